@@ -1,0 +1,22 @@
+# What every target of ours is built with.
+add_library(pocketagent_options INTERFACE)
+target_compile_features(pocketagent_options INTERFACE cxx_std_20)
+target_include_directories(pocketagent_options INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(pocketagent_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Wold-style-cast
+  -Woverloaded-virtual -Wnull-dereference -Wcast-align -Wformat=2 -Wimplicit-fallthrough
+  $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond -Wduplicated-branches -Wlogical-op>)
+
+option(POCKETAGENT_WERROR "Warnings are errors" ON)
+if(POCKETAGENT_WERROR)
+  target_compile_options(pocketagent_options INTERFACE -Werror)
+endif()
+
+set(POCKETAGENT_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize takes them")
+if(POCKETAGENT_SANITIZE)
+  add_compile_options(-fsanitize=${POCKETAGENT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${POCKETAGENT_SANITIZE})
+endif()
+
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)

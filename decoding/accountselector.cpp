@@ -1,0 +1,21 @@
+#include "decoding/jsonbody.h"
+#include "pocketagent/mobileworker.h"
+
+namespace orvane {
+
+ResultStatus MobileWorker::parseTid(int64_t requestId, OrvMobileTopic topic, const std::string& data,
+                                    AccountSelector& out) {
+  const FailureTeller teller("parse tid error,RequestID=", requestId, topic);
+  constexpr FailureTexts kNotArray{"Data member not array", ",msg=Data member not array"};
+  constexpr FailureTexts kElementNotInt{"Data member not array", ",msg=Data element not int"};  // the reply is the same
+
+  return decodeArray(data, teller, kNotArray, [&](const JsonValue& element) -> ResultStatus {
+    if (!element.IsInt()) {
+      return teller.fail(kElementNotInt);
+    }
+    out.push_back(element.GetInt());
+    return {};
+  });
+}
+
+}  // namespace orvane

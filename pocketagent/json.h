@@ -1,0 +1,31 @@
+#pragma once
+
+// The one place that sets rapidjson up and includes it. Its assertions stand in every build type: they end the process
+// where a body holds what a decoder must not read on. The SSE paths stay off, since they leave some control
+// characters unescaped.
+
+// clang-format off
+#pragma push_macro("NDEBUG")
+#undef NDEBUG
+#include <cassert>
+
+#include <rapidjson/document.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+#pragma pop_macro("NDEBUG")
+#include <cassert>  // NOLINT(readability-duplicate-include): assert as the including file has it
+// clang-format on
+
+#if defined(RAPIDJSON_SSE2) || defined(RAPIDJSON_SSE42) || defined(RAPIDJSON_NEON)
+#error "rapidjson's SIMD paths must stay off"
+#endif
+
+namespace orvane {
+
+// Stops behind the root value; a million opening brackets cost no stack; numbers to the last bit.
+inline constexpr unsigned kParseFlags =
+    rapidjson::kParseStopWhenDoneFlag | rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag;
+
+using JsonValue = rapidjson::Value;
+
+}  // namespace orvane

@@ -1,0 +1,138 @@
+#include "pocketagent/mobileworker.h"
+
+#include <array>
+#include <map>
+#include <mutex>
+#include <string_view>
+#include <utility>
+
+#include "pocketagent/log.h"
+#include "tasks/accountlist.h"
+#include "tasks/capitallist.h"
+#include "tasks/frametasks.h"
+
+namespace orvane {
+
+namespace {
+
+using TaskPtr = std::shared_ptr<IRequestTask>;
+using TaskMaker = TaskPtr (*)(MobileWorker& worker, int64_t requestId, OrvMobileTopic topic, const std::string& data);
+
+// A topic whose body is not looked at.
+template <typename Task>
+TaskPtr bodiless(MobileWorker& /*worker*/, int64_t requestId, OrvMobileTopic topic, const std::string& /*data*/) {
+  return std::make_shared<Task>(requestId, topic);
+}
+
+template <typename Payload>
+using Decoder = ResultStatus (MobileWorker::*)(int64_t, OrvMobileTopic, const std::string&, Payload&);
+
+template <typename Task, typename Payload>
+TaskPtr decodeTask(MobileWorker& worker, Decoder<Payload> decode, int64_t requestId, OrvMobileTopic topic,
+                   OrvMobileTopic replyTopic, const std::string& data) {
+  Payload payload;
+  ResultStatus result = (worker.*decode)(requestId, topic, data, payload);
+  if (result.code != 0) {
+    return std::make_shared<ErrorReqTask>(requestId, std::move(result.message));
+  }
+  return std::make_shared<Task>(requestId, replyTopic, std::move(payload));
+}
+
+// A topic whose body `kDecode` reads.
+template <typename Task, auto kDecode>
+TaskPtr decoded(MobileWorker& worker, int64_t requestId, OrvMobileTopic topic, const std::string& data) {
+  return decodeTask<Task>(worker, kDecode, requestId, topic, topic, data);
+}
+
+struct TopicRow {
+  OrvMobileTopic value;
+  const char* name;
+  TaskMaker make;  // null: the host's user interface takes the request
+};
+
+// The index of the protocol, in the order of the values. A new topic is a new row here.
+constexpr std::array kTopics = std::to_array<TopicRow>({
+    {kTopicMin, "min.topic", nullptr},
+    {kTopicUnknown, "unknown.topic", nullptr},
+    {kTopicAccountList, "account.list", bodiless<AccountListTask>},
+    {kTopicCapitalList, "capital.list", decoded<CapitalListTask, &MobileWorker::parseTid>},
+    {kTopicOrderList, "order.list", nullptr},
+    {kTopicPositionList, "position.list", nullptr},
+    {kTopicFillList, "trader.list", nullptr},
+    {kTopicMonitorList, "monitor.list", nullptr},
+    {kTopicCondOrderList, "order.condition.list", bodiless<CondOrderListTask>},
+    {kTopicNewOrder, "order.new", nullptr},
+    {kTopicCancelOrder, "order.cancel", nullptr},
+    {kTopicCodeTypePositionList, "position.codetype.list", nullptr},
+    {kTopicMonitorSyncOrderList, "monitor.sync.order.list", nullptr},
+    {kTopicMonitorSyncOrderNew, "monitor.sync.order.new", nullptr},
+    {kTopicMonitorManualList, "monitor.manual.list", nullptr},
+    {kTopicMonitorManualUpdate, "monitor.manual.update", nullptr},
+    {kTopicMonitorManualClean, "monitor.manual.clean", nullptr},
+    {kTopicMarginRateList, "marginrate.list", nullptr},
+    {kTopicCreditInfoList, "creditinfo.list", nullptr},
+});
+
+constexpr bool rowsFollowTheirValues() {
+  int32_t value = kTopicMin;
+  for (const TopicRow& row : kTopics) {
+    if (row.value != value++) {
+      return false;
+    }
+  }
+  return true;
+}
+static_assert(rowsFollowTheirValues(), "a row is found by its value");
+
+const TopicRow& topicRow(int32_t value) {
+  const int64_t row = int64_t{value} - kTopicMin;
+  const bool known = row >= 0 && row < std::ssize(kTopics);
+  return kTopics[static_cast<size_t>(known ? row : kTopicUnknown - kTopicMin)];
+}
+
+}  // namespace
+
+OrvMobileTopic topicFromName(const char* name) {
+  static const auto& values = *[] {
+    auto* map = new std::map<std::string_view, OrvMobileTopic>;
+    for (const TopicRow& row : kTopics) {
+      map->emplace(row.name, row.value);
+    }
+    return map;
+  }();
+  const auto found = values.find(name);
+  return found == values.end() ? kTopicUnknown : found->second;
+}
+
+const char* topicName(int32_t value) { return topicRow(value).name; }
+
+void MobileWorker::start() {
+  POCKET_TRACE("MobileWorker start begin");
+  {
+    const std::lock_guard control(controlMutex);
+    startThread();
+  }
+  POCKET_TRACE("MobileWorker start end");
+}
+
+void MobileWorker::stop() {
+  POCKET_TRACE("MobileWorker stop begin");
+  {
+    const std::lock_guard control(controlMutex);
+    runStopSteps(false);
+  }
+  POCKET_TRACE("MobileWorker stop end");
+}
+
+void MobileWorker::push(int64_t requestId, int32_t terminalType, const std::string& topic, const std::string& data) {
+  const OrvMobileTopic value = topicFromName(topic.c_str());
+  POCKET_TRACE("push RequestID=" + std::to_string(requestId) + ",Topic=" + topic + ",Data=" + data);
+  const TaskMaker make = topicRow(value).make;
+  if (make == nullptr) {
+    enqueue(std::make_shared<UIRequestTask>(requestId, terminalType, topic, data));
+  } else {
+    enqueue(make(*this, requestId, value, data));
+  }
+}
+
+}  // namespace orvane

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string>
+
+#include "pocketagent/json.h"
+
+namespace orvane {
+
+// Writes the JSON text of a reply with rapidjson's writer at its default settings. Strings go out byte for byte as C
+// strings, escaped but not converted. Two things that are no JSON are wanted and kept: a NaN or infinite double leaves
+// its key without a value, and a key written without a value puts all that follows in its object one place out of step.
+// The stock writer asserts on the second, so the separators are set here.
+class ReplyWriter : private rapidjson::Writer<rapidjson::StringBuffer> {
+  using Base = rapidjson::Writer<rapidjson::StringBuffer>;
+
+ public:
+  explicit ReplyWriter(rapidjson::StringBuffer& buffer) : Base(buffer) {}
+
+  // A key with no value.
+  template <size_t kSize>
+  void key(const char (&name)[kSize]) {
+    separate();
+    WriteString(name, kSize - 1);
+  }
+
+  // A key and its value.
+  template <size_t kSize, typename Value>
+  void member(const char (&name)[kSize], const Value& value) {
+    key(name);
+    separate();
+    write(value);
+  }
+
+  // A key and an array of objects, whose members `writeRow(writer, row)` writes.
+  template <size_t kSize, typename Rows, typename WriteRow>
+  void memberRows(const char (&name)[kSize], const Rows& rows, WriteRow writeRow) {
+    key(name);
+    this->rows(rows, writeRow);
+  }
+
+  // An array of objects, the frame of every list.
+  template <typename Rows, typename WriteRow>
+  void rows(const Rows& rows, WriteRow writeRow) {
+    separate();
+    begin('[', true);
+    for (const auto& row : rows) {
+      separate();
+      begin('{', false);
+      writeRow(*this, row);
+      end('}');
+    }
+    end(']');
+  }
+
+ private:
+  void write(bool value) { WriteBool(value); }
+  void write(int32_t value) { WriteInt(value); }
+  void write(int64_t value) { WriteInt64(value); }
+  void write(double value) { WriteDouble(value); }
+  void write(const char* value) { WriteString(value, static_cast<rapidjson::SizeType>(std::strlen(value))); }
+  void write(const std::string& value) { write(value.c_str()); }
+
+  // What the stock writer puts in front of a value, by its place among keys and values alone.
+  void separate() {
+    if (level_stack_.Empty()) {
+      return;
+    }
+    Level& level = *level_stack_.Top<Level>();
+    if (level.valueCount > 0) {
+      os_->Put(level.inArray || level.valueCount % 2 == 0 ? ',' : ':');
+    }
+    ++level.valueCount;
+  }
+
+  void begin(char bracket, bool inArray) {
+    new (level_stack_.Push<Level>()) Level(inArray);
+    os_->Put(bracket);
+  }
+
+  void end(char bracket) {
+    level_stack_.Pop<Level>(1);
+    os_->Put(bracket);
+  }
+};
+
+// The text of a list: an array with one object for each row.
+template <typename Rows, typename WriteRow>
+std::string writeRows(const Rows& rows, WriteRow writeRow) {
+  rapidjson::StringBuffer buffer;
+  ReplyWriter(buffer).rows(rows, writeRow);
+  return {buffer.GetString(), buffer.GetSize()};
+}
+
+}  // namespace orvane

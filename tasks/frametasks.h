@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+
+#include "host/mobilemessage.h"
+#include "pocketagent/requesttask.h"
+
+namespace orvane {
+
+// Answers a request whose body did not decode, in the request's turn. The reply's topic is "unknown.topic".
+class ErrorReqTask final : public IRequestTask {
+ public:
+  // `text` is GBK.
+  ErrorReqTask(int64_t id, std::string text) : IRequestTask(id, kTopicUnknown), error(std::move(text)) {}
+  void execute() override;
+
+ private:
+  std::string error;
+};
+
+// "order.condition.list": conditional orders are not supported, and the reply says so.
+class CondOrderListTask final : public IRequestTask {
+ public:
+  using IRequestTask::IRequestTask;
+  void execute() override;
+};
+
+// Hands a request whose topic is not known here to the host's user interface proxy.
+class UIRequestTask final : public IRequestTask {
+ public:
+  UIRequestTask(int64_t id, int32_t terminal, std::string name, std::string body)
+      : IRequestTask(id, kTopicUnknown), data(std::move(body)), topicText(std::move(name)), terminalType(terminal) {}
+  void execute() override;
+
+ private:
+  std::string data;
+  std::string topicText;
+  int32_t terminalType;
+};
+
+// Sends a message of the host's to the phones.
+class PushNotifyListTask final : public IRequestTask {
+ public:
+  // `notice` has its texts in GBK.
+  explicit PushNotifyListTask(MobileMessage notice) : message(std::move(notice)) {}
+  void execute() override;
+
+ private:
+  MobileMessage message;
+};
+
+}  // namespace orvane
