@@ -1,0 +1,174 @@
+#include <clocale>
+#include <functional>
+#include <string>
+
+#include <gmock/gmock.h>
+
+#include "pocketagent/mobilesrvspi.h"
+#include "pocketagent/pocketagent.h"
+#include "tests/support/logcapture.h"
+#include "tests/support/scriptedhost.h"
+
+namespace orvane::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const MobileSrvInfo kInfo{"http://127.0.0.1:1", "trader", "c", "d", "e", "f"};
+
+MobileMessage notice(const std::string& data = "[]") { return {kNoRequestId, "order.push", gbk("成交"), gbk(data), 3}; }
+
+TEST(Agent, StartsWorkerServiceCallbackAndStopsCallbackWorkerService) {
+  ScriptedHost host;
+  LogCapture log(log4cxx::Level::getTrace());
+  PocketAgent agent;
+  agent.start(kInfo);
+  ASSERT_NE(host.spi, nullptr);
+  host.spi->onRequest(5, 8, "account.list", "");
+  ASSERT_TRUE(host.waitForSent(1));
+  EXPECT_EQ(host.sent()[0].requestId, 5);
+  agent.stop();
+  EXPECT_THAT(host.calls(), ElementsAre("start(http://127.0.0.1:1,trader)", "registerSpi", "checkUser(account.list)",
+                                        "getAllTradingAccount(ids [],3)", "unregisterSpi(77)", "stop"));
+  EXPECT_THAT(log.lines(),
+              ElementsAre("[TRACE] PocketAgent MobileWorker start begin", "[TRACE] PocketAgent MobileWorker start end",
+                          "[DEBUG] PocketAgent PocketAgent start end",
+                          "[TRACE] PocketAgent push RequestID=5,Topic=account.list,Data=",
+                          "[DEBUG] PocketAgent PocketAgent stop begin", "[TRACE] PocketAgent MobileWorker stop begin",
+                          "[TRACE] PocketAgent MobileWorker stop end", "[DEBUG] PocketAgent PocketAgent stop end"));
+}
+
+TEST(Agent, TellsWhyItDoesNotStart) {
+  struct Row {
+    std::function<void(ScriptedHost&, MobileSrvInfo&)> spoil;
+    std::string line;
+    bool workerRuns;
+  };
+  const std::vector<Row> rows = {
+      {[](ScriptedHost& h, MobileSrvInfo&) { h.baseServiceUp = false; }, "空指针, BaseService未启动", false},
+      {[](ScriptedHost& h, MobileSrvInfo&) { h.mobileServiceUp = false; }, "空指针, BaseService未启动", false},
+      {[](ScriptedHost&, MobileSrvInfo& i) { i.url.clear(); }, "url or userid is empty", false},
+      {[](ScriptedHost&, MobileSrvInfo& i) { i.userid.clear(); }, "url or userid is empty", false},
+      {[](ScriptedHost& h, MobileSrvInfo&) {
+         h.startStatus = {1, gbk("端口被占")};
+       },
+       "端口被占", true},
+  };
+  for (const Row& row : rows) {
+    ScriptedHost host;
+    MobileSrvInfo info = kInfo;
+    row.spoil(host, info);
+    PocketAgent agent;
+    agent.pushNotify(notice());
+    LogCapture log(log4cxx::Level::getDebug());
+    agent.start(info);
+    const std::string prefix = row.workerRuns ? "start error=" : "start error ";
+    EXPECT_THAT(log.lines(), ElementsAre("[DEBUG] PocketAgent PocketAgent " + prefix + gbk(row.line)));
+    EXPECT_EQ(host.spi, nullptr);
+    host.baseServiceUp = host.mobileServiceUp = true;
+    if (row.workerRuns) {
+      EXPECT_TRUE(host.waitForSent(1));
+    } else {
+      EXPECT_THAT(host.sent(), IsEmpty());
+    }
+  }
+}
+
+TEST(Agent, StopWithoutServicesLeavesTheWorkerRunning) {
+  ScriptedHost host;
+  PocketAgent agent;
+  agent.start(kInfo);
+  host.mobileServiceUp = false;
+  LogCapture log(log4cxx::Level::getDebug());
+  agent.stop();
+  MobileServerStatus status;
+  status.url = "untouched";
+  agent.getServerStatus(status);
+  EXPECT_EQ(status.url, "untouched");
+  EXPECT_THAT(log.lines(),
+              ElementsAre("[DEBUG] PocketAgent PocketAgent stop begin",
+                          "[DEBUG] PocketAgent PocketAgent stop error " + gbk("空指针, BaseService未启动"),
+                          "[DEBUG] PocketAgent PocketAgent getServerStatus error " + gbk("空指针, BaseService未启动")));
+  host.mobileServiceUp = true;
+  agent.pushNotify(notice());
+  EXPECT_TRUE(host.waitForSent(1));
+}
+
+TEST(Agent, StatusReportsTheServiceButNotWhatStartWasGiven) {
+  ScriptedHost host;
+  PocketAgent agent;
+  agent.start(kInfo);
+  MobileServerStatus status{"1", "2", "3", "4", "5", "6", "7", "8", false};
+  agent.getServerStatus(status);
+  EXPECT_EQ(status.url, "");
+  EXPECT_EQ(status.userid, "");
+  EXPECT_EQ(status.reserved3, "3");
+  EXPECT_EQ(status.reserved4, "");
+  EXPECT_EQ(status.reserved5, "5");
+  EXPECT_EQ(status.reserved6, "6");
+  EXPECT_EQ(status.serviceName, "手机-移动交易服务器");
+  EXPECT_EQ(status.serviceKind, "移动交易");
+  EXPECT_TRUE(status.running);
+}
+
+TEST(Agent, PushesWaitForTheStartAndLeaveAsTheHostSetThem) {
+  ScriptedHost host;
+  PocketAgent agent;
+  agent.pushNotify(notice(R"([{"note":"全部成交"}])"));
+  agent.start(kInfo);
+  ASSERT_TRUE(host.waitForSent(1));
+  agent.stop();
+  agent.pushNotify(notice());
+  agent.start(kInfo);
+  ASSERT_TRUE(host.waitForSent(2));
+  const MobileMessage sent = host.sent()[0];
+  EXPECT_EQ(sent.requestId, kNoRequestId);
+  EXPECT_EQ(sent.topic, "order.push");
+  EXPECT_EQ(sent.message, "成交");
+  EXPECT_EQ(sent.data, R"([{"note":"全部成交"}])");
+  EXPECT_EQ(sent.terminalType, 3);
+}
+
+TEST(Agent, RefusedPushIsARefusalWithoutARequest) {
+  ScriptedHost host;
+  host.userRefusal = {1, gbk("无权限")};
+  PocketAgent agent;
+  agent.pushNotify(notice());
+  agent.start(kInfo);
+  ASSERT_TRUE(host.waitForSent(1));
+  EXPECT_EQ(host.sent()[0].requestId, kNoRequestId);
+  EXPECT_EQ(host.sent()[0].topic, "unknown.topic");
+  EXPECT_EQ(host.sent()[0].message, "无权限");
+  EXPECT_EQ(host.sent()[0].terminalType, 8);
+}
+
+TEST(Agent, EmptyHandlerRaisesInsteadOfLosingTheRequest) {
+  MobileSrvSpi spi(nullptr);
+  EXPECT_THROW(spi.onRequest(1, 8, "account.list", ""), std::bad_function_call);
+}
+
+TEST(Log, KeepsTheBytesInEveryLocale) {
+  ScriptedHost host;
+  const std::string bytes = gbk("空指针") + "\xFF 空指针";
+  for (const char* locale : {"C", "C.UTF-8"}) {
+    ASSERT_NE(std::setlocale(LC_ALL, locale), nullptr);
+    LogCapture log(log4cxx::Level::getDebug());
+    POCKET_DEBUG(bytes);
+    EXPECT_THAT(log.lines(), ElementsAre("[DEBUG] PocketAgent " + bytes));
+    EXPECT_EQ(log.lastPlace(), "DEBUG agenttest.cpp");
+  }
+  std::setlocale(LC_ALL, "C");
+}
+
+TEST(Log, BuildsNothingBelowItsLevel) {
+  ScriptedHost host;
+  LogCapture log(log4cxx::Level::getDebug());
+  bool built = false;
+  POCKET_TRACE((built = true, "text"));
+  EXPECT_FALSE(built);
+  EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace orvane::test

@@ -1,0 +1,216 @@
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "pocketagent/asyncbufferqueuethread.h"
+
+namespace orvane {
+namespace {
+
+using testing::ElementsAre;
+
+// Takes down the numbers it handles. `hold` makes the consumer wait inside an item until `release`.
+class Recorder : public AsyncBufferQueueThread<int> {
+ public:
+  using AsyncBufferQueueThread::AsyncBufferQueueThread;
+  ~Recorder() override {
+    release();
+    stopThread(false);
+  }
+
+  void hold() { set(held_, true); }
+  void release() { set(held_, false); }
+  void waitUntilHandling(int item) {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [&] { return current_ == item; });
+  }
+  std::vector<int> waitForHandled(size_t count) {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [&] { return handled_.size() >= count; });
+    return handled_;
+  }
+  std::vector<int> handled() { return waitForHandled(0); }
+  std::vector<std::thread::id> threads() {
+    const std::lock_guard lock(mutex_);
+    return threads_;
+  }
+  void waitUntilStopping() const {
+    while (state == QueueRunning) {
+      std::this_thread::yield();
+    }
+  }
+  void waitUntilEnded() {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [&] { return ended_; });
+  }
+
+  bool stopsItself = false;
+  std::error_code selfStopError;
+
+ protected:
+  void handle(int& item) override {
+    if (stopsItself) {
+      try {
+        stopThread(false);
+      } catch (const std::system_error& error) {
+        selfStopError = error.code();
+      }
+    }
+    std::unique_lock lock(mutex_);
+    current_ = item;
+    changed_.notify_all();
+    changed_.wait(lock, [&] { return !held_; });
+    handled_.push_back(item);
+    threads_.push_back(std::this_thread::get_id());
+    changed_.notify_all();
+  }
+  void run() override {
+    AsyncBufferQueueThread::run();
+    set(ended_, true);
+  }
+
+ private:
+  void set(bool& flag, bool value) {
+    const std::lock_guard lock(mutex_);
+    flag = value;
+    changed_.notify_all();
+  }
+
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::vector<int> handled_;
+  std::vector<std::thread::id> threads_;
+  int current_ = -1;
+  bool held_ = false;
+  bool ended_ = false;
+};
+
+TEST(Queue, OverflowDropsTheOldestAndCountsIt) {
+  Recorder queue(3, 1, false);
+  std::vector<int32_t> counts;
+  for (int item = 1; item <= 5; ++item) {
+    counts.push_back(queue.enqueue(item));
+  }
+  EXPECT_THAT(counts, ElementsAre(1, 2, 3, 4, 4));
+  queue.startThread();
+  EXPECT_THAT(queue.waitForHandled(3), ElementsAre(3, 4, 5));
+}
+
+TEST(Queue, LimitBelowOneDropsNothing) {
+  for (const int32_t limit : {0, -1}) {
+    Recorder queue(limit, 0, false);
+    for (int item = 0; item < 100; ++item) {
+      EXPECT_EQ(queue.enqueue(item), item + 1);
+    }
+    queue.startThread();
+    EXPECT_EQ(queue.waitForHandled(100).size(), 100U);
+  }
+}
+
+TEST(Queue, StopDropsAllButTheRunningItem) {
+  Recorder queue(-1, 1, false);
+  queue.hold();
+  queue.startThread();
+  queue.enqueue(0);
+  queue.waitUntilHandling(0);
+  for (int item = 1; item < 10; ++item) {
+    queue.enqueue(item);
+  }
+  std::thread stopper([&] { queue.stopThread(false); });
+  queue.waitUntilStopping();
+  queue.release();
+  stopper.join();
+  queue.startThread();
+  queue.enqueue(99);
+  EXPECT_THAT(queue.waitForHandled(2), ElementsAre(0, 99));
+}
+
+TEST(Queue, DrainRunsAllThatWaits) {
+  Recorder queue(-1, 1000, false);
+  queue.hold();
+  queue.startThread();
+  queue.enqueue(0);
+  queue.waitUntilHandling(0);
+  queue.enqueue(1);
+  queue.enqueue(2);
+  std::thread stopper([&] { queue.stopThread(true); });
+  queue.waitUntilStopping();
+  queue.release();
+  stopper.join();
+  EXPECT_THAT(queue.handled(), ElementsAre(0, 1, 2));
+}
+
+TEST(Queue, RestartKeepsWhatWaitsAndSecondStartIsTheSameThread) {
+  Recorder queue(-1, 1, false);
+  queue.stopThread(false);
+  queue.stopThread(true);
+  queue.enqueue(1);
+  queue.startThread();
+  queue.waitForHandled(1);
+  queue.startThread();
+  queue.enqueue(2);
+  EXPECT_THAT(queue.waitForHandled(2), ElementsAre(1, 2));
+  EXPECT_EQ(queue.threads()[0], queue.threads()[1]);
+}
+
+TEST(Queue, IdleExitEndsTheThreadAndTheNextStartCollectsIt) {
+  Recorder queue(-1, 1, true);
+  queue.enqueue(1);
+  queue.startThread();
+  queue.waitUntilEnded();
+  queue.enqueue(2);
+  queue.startThread();
+  EXPECT_THAT(queue.waitForHandled(2), ElementsAre(1, 2));
+}
+
+TEST(Queue, ClearDropsOnlyWhatTheConsumerHasNotTakenOver) {
+  Recorder queue(-1, 1, false);
+  queue.hold();
+  queue.startThread();
+  queue.enqueue(0);
+  queue.waitUntilHandling(0);
+  queue.enqueue(1);
+  queue.clearQueue();
+  queue.enqueue(2);
+  queue.release();
+  EXPECT_THAT(queue.waitForHandled(2), ElementsAre(0, 2));
+}
+
+TEST(Queue, StopFromWithinAnItemIsADeadlockError) {
+  Recorder queue(-1, 1, false);
+  queue.stopsItself = true;
+  queue.enqueue(1);
+  queue.startThread();
+  queue.waitForHandled(1);
+  queue.waitUntilEnded();
+  EXPECT_EQ(queue.selfStopError, std::errc::resource_deadlock_would_occur);
+}
+
+TEST(Queue, ProducersKeepTheirOrder) {
+  constexpr int kEach = 2000;
+  Recorder queue(-1, 1, false);
+  queue.startThread();
+  std::vector<std::thread> producers;
+  for (int producer = 0; producer < 4; ++producer) {
+    producers.emplace_back([&queue, producer] {
+      for (int item = 0; item < kEach; ++item) {
+        queue.enqueue(producer * kEach + item);
+      }
+    });
+  }
+  for (std::thread& producer : producers) {
+    producer.join();
+  }
+  std::vector<int> next{0, kEach, 2 * kEach, 3 * kEach};
+  for (const int item : queue.waitForHandled(4 * kEach)) {
+    EXPECT_EQ(item, next[static_cast<size_t>(item / kEach)]++);
+  }
+}
+
+}  // namespace
+}  // namespace orvane

@@ -1,0 +1,138 @@
+#include <cmath>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "serialise/codetext.h"
+#include "serialise/ordersource.h"
+#include "serialise/replywriter.h"
+#include "tests/support/scriptedhost.h"
+#include "vocabulary/gbk.h"
+
+namespace orvane::test {
+namespace {
+
+template <typename Value>
+std::string written(const Value& value) {
+  const std::string row =
+      writeRows(std::vector<Value>{value}, [](ReplyWriter& w, const Value& v) { w.member("k", v); });
+  return row.substr(6, row.size() - 8);  // between [{"k": and }]
+}
+
+TEST(ReplyWriter, ValuesHaveTheirExactText) {
+  EXPECT_EQ(writeRows(std::vector<int32_t>{}, [](ReplyWriter&, int32_t) {}), "[]");
+  EXPECT_EQ(written(100.0), "100.0");
+  EXPECT_EQ(written(0.0), "0.0");
+  EXPECT_EQ(written(-0.0), "-0.0");
+  EXPECT_EQ(written(1e21), "1e21");
+  EXPECT_EQ(written(0.1), "0.1");
+  EXPECT_EQ(written(1234567890.123456), "1234567890.123456");
+  EXPECT_EQ(written(5e-324), "5e-324");
+  EXPECT_EQ(written(std::numeric_limits<int32_t>::min()), "-2147483648");
+  EXPECT_EQ(written(std::numeric_limits<int64_t>::min()), "-9223372036854775808");
+  EXPECT_EQ(written(std::string("a\"b\\c/\n\x01\x1f\x7f")), "\"a\\\"b\\\\c/\\n\\u0001\\u001F\x7f\"");
+  EXPECT_EQ(written(std::string("cut\0here", 8)), "\"cut\"");
+  EXPECT_EQ(written(gbk("螺纹")), "\"" + gbk("螺纹") + "\"");
+  EXPECT_EQ(writeRows(std::vector{1}, [](ReplyWriter& w, int) { w.member("a", true), w.member("b", false); }),
+            R"([{"a":true,"b":false}])");
+}
+
+TEST(ReplyWriter, DoublesAreRapidjsonsOwnText) {
+  std::mt19937_64 random(1);
+  const auto stock = [](double value) {
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer<rapidjson::StringBuffer>(buffer).Double(value);
+    return std::string(buffer.GetString());
+  };
+  for (int round = 0; round < 20'000; ++round) {
+    const double decimals = static_cast<double>(static_cast<int64_t>(random() % 2'000'000'000'000) - 1'000'000'000'000);
+    for (const double value : {decimals, decimals / 10, decimals / 100, decimals / 1000, decimals / 3, 1 / decimals}) {
+      ASSERT_EQ(written(value), stock(value));
+    }
+  }
+}
+
+TEST(ReplyWriter, NumberThatIsNoneLeavesItsKeyWithoutAValue) {
+  for (const double value : {std::nan(""), HUGE_VAL, -HUGE_VAL}) {
+    EXPECT_EQ(writeRows(std::vector{value}, [](ReplyWriter& w, double v) { w.member("a", v), w.member("b", 1); }),
+              R"([{"a":,"b":1}])");
+  }
+}
+
+TEST(ReplyWriter, KeyWithoutAValuePutsItsObjectOutOfStepAndNoOther) {
+  EXPECT_EQ(writeRows(std::vector{1, 2},
+                      [](ReplyWriter& w, int row) {
+                        w.key("a");
+                        w.member("b", row);
+                        w.member("c", "x");
+                      }),
+            R"([{"a":"b",1:"c","x"},{"a":"b",2:"c","x"}])");
+}
+
+TEST(ReplyWriter, NestsRows) {
+  using Groups = std::vector<std::vector<int32_t>>;
+  EXPECT_EQ(writeRows(Groups{{1, 2}, {}},
+                      [](ReplyWriter& w, const std::vector<int32_t>& group) {
+                        w.member("n", static_cast<int64_t>(group.size()));
+                        w.memberRows("in", group, [](ReplyWriter& inner, int32_t v) { inner.member("v", v); });
+                      }),
+            R"([{"n":2,"in":[{"v":1},{"v":2}]},{"n":0,"in":[]}])");
+}
+
+TEST(CodeKey, IsCodeDotExchange) {
+  ScriptedHost host;
+  gBaseInformationMap->exchangeNames = {{3, "SHFE"}};
+  EXPECT_EQ(formatCodeKey(symbol(1, "rb2405", 3)), "rb2405.SHFE");
+  EXPECT_EQ(formatCodeKey(symbol(1, "rb2405", 4)), "rb2405.");
+}
+
+TEST(InstrumentName, IsEmptyWhereTheHostHasNone) {
+  ScriptedHost host;
+  host.codeNames = {{1, gbk("螺纹钢")}, {2, ""}};
+  EXPECT_EQ(instrumentName(symbol(1, "rb")), "螺纹钢");
+  EXPECT_EQ(instrumentName(symbol(2, "rb")), "");
+  EXPECT_EQ(instrumentName(symbol(3, "rb")), "");
+}
+
+TEST(OrderSource, ShowsTheTextAndTwoFlags) {
+  struct Row {
+    int64_t flags;
+    std::string text;
+  };
+  const std::vector<Row> rows = {{0x8400000, "x|算法下单|交易助手"}, {0x8000000, "x|算法下单"},
+                                 {0x400000, "x|交易助手"},           {0x100000, "x"},
+                                 {-1, "x|算法下单|交易助手"},        {0, "x"}};
+  for (const Row& row : rows) {
+    EXPECT_EQ(formatOrderSource({row.flags, "x", ""}), gbk(row.text)) << row.flags;
+  }
+}
+
+TEST(OrderSource, NamesEachFlag) {
+  EXPECT_EQ(orderFlagName(0), gbk("未知"));
+  EXPECT_EQ(orderFlagName(0x200000), gbk("orvpy下单"));
+  EXPECT_EQ(orderFlagName(0x40000000), gbk("模式下单"));
+  for (int32_t bit = 0; bit < 31; ++bit) {
+    EXPECT_NE(orderFlagName(1 << bit), "") << bit;
+  }
+  EXPECT_EQ(orderFlagName(3), "");
+  EXPECT_EQ(orderFlagName(-1), "");
+}
+
+TEST(Gbk, TableIsIconvsAndSorted) {
+  char32_t last = 0;
+  for (const gbk::Character& character : gbk::kCharacters) {
+    EXPECT_LT(last, character.unicode);
+    last = character.unicode;
+    const std::string bytes = {static_cast<char>(character.bytes >> 8), static_cast<char>(character.bytes & 0xFF)};
+    const std::string utf8 = CodeConvert::gbk_to_utf8(bytes);
+    ASSERT_EQ(utf8.size(), 3U);
+    const auto bits = [&](size_t at, unsigned mask) { return static_cast<unsigned char>(utf8[at]) & mask; };
+    EXPECT_EQ(character.unicode, bits(0, 0x0F) << 12 | bits(1, 0x3F) << 6 | bits(2, 0x3F));
+  }
+}
+
+}  // namespace
+}  // namespace orvane::test

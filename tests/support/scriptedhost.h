@@ -1,0 +1,148 @@
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <list>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "host/account.h"
+#include "host/authagent.h"
+#include "host/baseinformation.h"
+#include "host/codeservice.h"
+#include "host/common.h"
+#include "host/credit.h"
+#include "host/margin.h"
+#include "host/mobilesrv.h"
+#include "host/order.h"
+#include "host/position.h"
+#include "host/positionmonitor.h"
+#include "host/servicerouter.h"
+#include "host/tradeservice.h"
+#include "host/uiproxymgr.h"
+
+namespace orvane::test {
+
+// Texts of a test, readable there and GBK for the host.
+std::string gbk(const std::string& utf8);
+
+// A host made of what a test says. It stands behind every symbol of host/ while it lives (one at a time), answers from
+// the members below and writes down each call in order: `calls()` reads "checkUser(capital.list)",
+// "getAllFill([1,2],1)". A test sets members before the library runs; what the library sent may be read while it does.
+class ScriptedHost : public IServiceRouter,
+                     public IBaseService,
+                     public IMobileSrv,
+                     public ITradeService,
+                     public ICodeService,
+                     public IUIProxyMgr,
+                     public IPositionMonitor,
+                     public IAuthAgent {
+ public:
+  ScriptedHost();
+  ~ScriptedHost() override;
+  ScriptedHost(const ScriptedHost&) = delete;
+  ScriptedHost& operator=(const ScriptedHost&) = delete;
+
+  static ScriptedHost& current();
+
+  // What the host holds.
+  std::vector<TradingAccount> accounts;
+  std::list<int32_t> available;                                      // account indexes
+  std::map<int64_t, SymbolCode> symbols;                             // by hash code
+  std::map<int64_t, std::string> codeNames;                          // GBK
+  std::map<int64_t, std::pair<std::string, std::string>> codeTypes;  // type and name, GBK
+  std::list<Position> positions;
+  std::list<Order> orders;
+  std::list<OrderFill> fills;
+  std::vector<CodeTypePosition> codeTypePositions;
+  std::list<PositionMonitorRecord> monitorRecords;
+  std::list<MonitorSyncOrder> syncOrders;
+  std::list<MonitorManualPosition> manualPositions;
+  std::map<int32_t, std::vector<CreditInfoRecord>> credits;  // by account index; an account without one is an error
+  std::map<int64_t, MarginRateResult> marginRates;           // by hash code; an instrument without one is an error
+  double defaultMarginRate = 0;
+  std::map<int32_t, std::vector<AccountPrivilege>> privileges;
+  MobileMessage proxyReply;  // what requestSync fills in, GBK
+
+  // One lever for each failure. A code that is not 0 is the failure; texts are GBK.
+  bool baseServiceUp = true;
+  bool mobileServiceUp = true;
+  ResultStatus startStatus;
+  ResultStatus sendStatus;
+  ResultStatus userRefusal;
+  std::map<int32_t, ResultStatus> accountRefusals;  // by account index
+  std::map<int64_t, ResultStatus> insertStatuses;   // by the order's hash code
+  std::map<int64_t, ResultStatus> cancelStatuses;   // by local order id
+  bool logTime = false;
+
+  // Runs inside send, on the library's thread.
+  std::function<void(const MobileMessage&)> onSend;
+
+  // What the library handed over, besides the calls.
+  std::shared_ptr<IMobileSrvSpi> spi;
+  std::vector<MobileNewOrderItem> inserted;
+  std::vector<CancelOrderRequest> cancelled;
+  std::list<MonitorSyncOrder> placed;
+  std::list<MonitorManualPosition> updated;
+  std::vector<MarginRateQuery> marginQueries;
+  bool running = false;
+
+  // The calls so far, oldest first.
+  std::vector<std::string> calls() const;
+  void forgetCalls();
+  // The messages sent so far.
+  std::vector<MobileMessage> sent() const;
+  // Waits until `count` messages have been sent; false after ten seconds.
+  bool waitForSent(size_t count);
+  void note(const std::string& call);
+
+  // host/, in the order of its headers.
+  ResultStatus start(const MobileSrvInfo& info) override;
+  ResultStatus registerSpi(const std::shared_ptr<IMobileSrvSpi>& callback, int32_t* handle) override;
+  ResultStatus unregisterSpi(int32_t handle) override;
+  void stop() override;
+  ResultStatus send(const MobileMessage& message) override;
+  bool isRunning() override;
+  IBaseService* getBaseService() override;
+  ITradeService* getTradeService() override;
+  ICodeService* getCodeService() override;
+  IMobileSrv* getMobileSrv() override;
+  ResultStatus getCodeProperty(const SymbolCode& symbol, CodeProperty& property, int64_t version) override;
+  ResultStatus getCodeByHash(const int64_t& hashCode, SymbolCode& symbol) override;
+  ResultStatus insertOrder(const MobileNewOrderItem& order) override;
+  ResultStatus cancelOrder(const CancelOrderRequest& request) override;
+  ResultStatus queryCreditInfo(const TradingAccountID& account, std::vector<CreditInfoRecord>& records) override;
+  ResultStatus queryMarginRate(const MarginRateQuery& query, MarginRateResult& result) override;
+  std::list<MonitorSyncOrder> getSyncOrders(const MonitorAccountCodes& codes) override;
+  void placeSyncOrders(std::list<MonitorSyncOrder>& list) override;
+  void getMonitorRecords(MonitorSnapshot& snapshot) override;
+  void cleanManualPositions(const MonitorAccountCodes& codes) override;
+  void updateManualPositions(std::list<MonitorManualPosition>& list) override;
+  void getManualPositions(const MonitorAccountCodes& codes, std::list<MonitorManualPosition>& list) override;
+  void requestSync(const std::string& topic, const std::string& data, MobileMessage& reply) override;
+  void requestAsync(int64_t requestId, const std::string& topic, const std::string& data) override;
+  double getDefaultMarginRate(const SymbolCode& symbol) override;
+  void getCodeTypePositions(const std::vector<TradingAccountID>& ids, bool flag1, bool flag2,
+                            std::vector<CodeTypePosition>& list) override;
+  bool getCodeTypeName(int64_t hashCode, std::string& typeText, std::string& nameText) override;
+  ResultStatus checkUser(const std::string& function) override;
+  ResultStatus checkAccount(const std::string& function, const TradingAccountID& account) override;
+  bool hasPrivilege(const TradingAccountID& account, AccountPrivilege privilege) override;
+
+ private:
+  mutable std::mutex mutex_;  // guards the three below
+  std::condition_variable sentChanged_;
+  std::vector<std::string> calls_;
+  std::vector<MobileMessage> sent_;
+};
+
+// Records with what a test needs set.
+TradingAccountID accountId(int32_t index, const std::string& userCode = "", int32_t marketType = 1);
+TradingAccount account(int32_t index, const std::string& userCode = "", int32_t marketType = 1);
+SymbolCode symbol(int64_t hashCode, const std::string& code, int32_t exchangeId = 1, int32_t codeClass = 1);
+
+}  // namespace orvane::test
