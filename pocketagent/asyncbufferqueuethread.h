@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <deque>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -166,9 +167,13 @@ class AsyncBufferQueueThread {
   }
 
   void joinThread() {
-    if (thread.joinable()) {
-      thread.join();
+    if (!thread.joinable()) {
+      return;
     }
+    if (thread.get_id() == std::this_thread::get_id()) {
+      throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
+    }
+    thread.join();
   }
 
   std::deque<T> bufferA;

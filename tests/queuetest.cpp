@@ -23,6 +23,10 @@ class Recorder : public AsyncBufferQueueThread<int> {
     stopThread(false);
   }
 
+  void start() {
+    const std::lock_guard control(controlMutex);
+    startThread();
+  }
   void hold() { set(held_, true); }
   void release() { set(held_, false); }
   void waitUntilHandling(int item) {
@@ -97,7 +101,7 @@ TEST(Queue, OverflowDropsTheOldestAndCountsIt) {
     counts.push_back(queue.enqueue(item));
   }
   EXPECT_THAT(counts, ElementsAre(1, 2, 3, 4, 4));
-  queue.startThread();
+  queue.start();
   EXPECT_THAT(queue.waitForHandled(3), ElementsAre(3, 4, 5));
 }
 
@@ -107,7 +111,7 @@ TEST(Queue, LimitBelowOneDropsNothing) {
     for (int item = 0; item < 100; ++item) {
       EXPECT_EQ(queue.enqueue(item), item + 1);
     }
-    queue.startThread();
+    queue.start();
     EXPECT_EQ(queue.waitForHandled(100).size(), 100U);
   }
 }
@@ -115,7 +119,7 @@ TEST(Queue, LimitBelowOneDropsNothing) {
 TEST(Queue, StopDropsAllButTheRunningItem) {
   Recorder queue(-1, 1, false);
   queue.hold();
-  queue.startThread();
+  queue.start();
   queue.enqueue(0);
   queue.waitUntilHandling(0);
   for (int item = 1; item < 10; ++item) {
@@ -125,7 +129,7 @@ TEST(Queue, StopDropsAllButTheRunningItem) {
   queue.waitUntilStopping();
   queue.release();
   stopper.join();
-  queue.startThread();
+  queue.start();
   queue.enqueue(99);
   EXPECT_THAT(queue.waitForHandled(2), ElementsAre(0, 99));
 }
@@ -133,7 +137,7 @@ TEST(Queue, StopDropsAllButTheRunningItem) {
 TEST(Queue, DrainRunsAllThatWaits) {
   Recorder queue(-1, 1000, false);
   queue.hold();
-  queue.startThread();
+  queue.start();
   queue.enqueue(0);
   queue.waitUntilHandling(0);
   queue.enqueue(1);
@@ -150,9 +154,9 @@ TEST(Queue, RestartKeepsWhatWaitsAndSecondStartIsTheSameThread) {
   queue.stopThread(false);
   queue.stopThread(true);
   queue.enqueue(1);
-  queue.startThread();
+  queue.start();
   queue.waitForHandled(1);
-  queue.startThread();
+  queue.start();
   queue.enqueue(2);
   EXPECT_THAT(queue.waitForHandled(2), ElementsAre(1, 2));
   EXPECT_EQ(queue.threads()[0], queue.threads()[1]);
@@ -161,17 +165,17 @@ TEST(Queue, RestartKeepsWhatWaitsAndSecondStartIsTheSameThread) {
 TEST(Queue, IdleExitEndsTheThreadAndTheNextStartCollectsIt) {
   Recorder queue(-1, 1, true);
   queue.enqueue(1);
-  queue.startThread();
+  queue.start();
   queue.waitUntilEnded();
   queue.enqueue(2);
-  queue.startThread();
+  queue.start();
   EXPECT_THAT(queue.waitForHandled(2), ElementsAre(1, 2));
 }
 
 TEST(Queue, ClearDropsOnlyWhatTheConsumerHasNotTakenOver) {
   Recorder queue(-1, 1, false);
   queue.hold();
-  queue.startThread();
+  queue.start();
   queue.enqueue(0);
   queue.waitUntilHandling(0);
   queue.enqueue(1);
@@ -185,7 +189,7 @@ TEST(Queue, StopFromWithinAnItemIsADeadlockError) {
   Recorder queue(-1, 1, false);
   queue.stopsItself = true;
   queue.enqueue(1);
-  queue.startThread();
+  queue.start();
   queue.waitForHandled(1);
   queue.waitUntilEnded();
   EXPECT_EQ(queue.selfStopError, std::errc::resource_deadlock_would_occur);
@@ -194,7 +198,7 @@ TEST(Queue, StopFromWithinAnItemIsADeadlockError) {
 TEST(Queue, ProducersKeepTheirOrder) {
   constexpr int kEach = 2000;
   Recorder queue(-1, 1, false);
-  queue.startThread();
+  queue.start();
   std::vector<std::thread> producers;
   for (int producer = 0; producer < 4; ++producer) {
     producers.emplace_back([&queue, producer] {
