@@ -1,0 +1,19 @@
+#pragma once
+
+#include <list>
+#include <string>
+#include <vector>
+
+#include "host/account.h"
+#include "host/credit.h"
+
+namespace orvane {
+
+struct AccountCreditInfo {
+  TradingAccountID account;
+  std::vector<CreditInfoRecord> records;
+};
+
+std::string serializeCreditInfo(const std::list<AccountCreditInfo>& accounts);
+
+}  // namespace orvane
