@@ -6,14 +6,15 @@ namespace orvane {
 ResultStatus MobileWorker::parseTid(int64_t requestId, OrvMobileTopic topic, const std::string& data,
                                     AccountSelector& out) {
   const FailureTeller teller("parse tid error,RequestID=", requestId, topic);
-  constexpr FailureTexts kNotArray{"Data member not array", ",msg=Data member not array"};
   constexpr FailureTexts kElementNotInt{"Data member not array", ",msg=Data element not int"};  // the reply is the same
 
-  return decodeArray(data, teller, kNotArray, [&](const JsonValue& element) -> ResultStatus {
-    if (!element.IsInt()) {
-      return teller.fail(kElementNotInt);
+  return decodeArray(data, teller, kDataNotArray, [&](const JsonValue& root) -> ResultStatus {
+    for (const JsonValue& element : root.GetArray()) {
+      if (!element.IsInt()) {
+        return teller.fail(kElementNotInt);
+      }
+      out.push_back(element.GetInt());
     }
-    out.push_back(element.GetInt());
     return {};
   });
 }

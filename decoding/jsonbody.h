@@ -20,24 +20,21 @@ class JsonBody {
   rapidjson::Document document_;
 };
 
-// Walks a body whose root is an array: `readElement` takes each element and returns its status, and the first failure
-// ends the walk.
-template <typename ReadElement>
+inline constexpr FailureTexts kInvalidJson{"invalid json string", ",msg=invalid json string"};
+inline constexpr FailureTexts kDataNotArray{"Data member not array", ",msg=Data member not array"};
+
+// Parses a body whose root must be an array and hands that to `readRoot`, whose status is the result.
+template <typename ReadRoot>
 ResultStatus decodeArray(const std::string& data, const FailureTeller& teller, const FailureTexts& notArray,
-                         ReadElement readElement, const SourcePlace& place = SourcePlace::current()) {
+                         ReadRoot readRoot, const SourcePlace& place = SourcePlace::current()) {
   const JsonBody body(data);
   if (body.isInvalid()) {
-    return teller.fail({"invalid json string", ",msg=invalid json string"}, place);
+    return teller.fail(kInvalidJson, place);
   }
   if (!body.root().IsArray()) {
     return teller.fail(notArray, place);
   }
-  for (const JsonValue& element : body.root().GetArray()) {
-    if (ResultStatus status = readElement(element); status.code != 0) {
-      return status;
-    }
-  }
-  return {};
+  return readRoot(body.root());
 }
 
 }  // namespace orvane

@@ -3,10 +3,12 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "decoding/requestrecords.h"
 #include "host/resultstatus.h"
 #include "pocketagent/asyncbufferqueuethread.h"
+#include "pocketagent/json.h"
 #include "pocketagent/requesttask.h"
 #include "pocketagent/topic.h"
 
@@ -31,7 +33,29 @@ class MobileWorker : public AsyncBufferQueueThread<std::shared_ptr<IRequestTask>
   // the failure's text; `out` then holds what was read before the fault. They keep no state and may run on any thread.
   // An array element that must be an object and is not one ends the process by rapidjson's assertion.
 
+  // An account selector: an array of ints.
   ResultStatus parseTid(int64_t requestId, OrvMobileTopic topic, const std::string& data, AccountSelector& out);
+  ResultStatus parseCreditInfo(int64_t requestId, OrvMobileTopic topic, const std::string& data, AccountSelector& out) {
+    return parseTid(requestId, topic, data, out);
+  }
+  // {"orderList": [{...}, ...]}; the body must be an object.
+  ResultStatus parseNewOrder(int64_t requestId, OrvMobileTopic topic, const std::string& data, MobileNewOrder& out);
+  ResultStatus parseOrderList(int64_t requestId, OrvMobileTopic topic, const JsonValue& orderList, MobileNewOrder& out);
+  // The others: an array of objects.
+  ResultStatus parseCancelOrder(int64_t requestId, OrvMobileTopic topic, const std::string& data,
+                                std::vector<MobileCancelOrder>& out);
+  ResultStatus parseMonitorOrder(int64_t requestId, OrvMobileTopic topic, const std::string& data,
+                                 MobileSyncOrderReq& out);
+  ResultStatus parseMonitorNewOrder(int64_t requestId, OrvMobileTopic topic, const std::string& data,
+                                    MobileSyncNewOrderReq& out);
+  ResultStatus parseMonitorManualList(int64_t requestId, OrvMobileTopic topic, const std::string& data,
+                                      PosMonitorManualListReq& out);
+  ResultStatus parseMonitorManualUpdate(int64_t requestId, OrvMobileTopic topic, const std::string& data,
+                                        PosMonitorManualUpdateReq& out);
+  ResultStatus parseMonitorManualClean(int64_t requestId, OrvMobileTopic topic, const std::string& data,
+                                       PosMonitorManualCleanReq& out);
+  ResultStatus parseSymbolMarginRate(int64_t requestId, OrvMobileTopic topic, const std::string& data,
+                                     SymbolMarginRateReq& out);
 
  protected:
   void handle(std::shared_ptr<IRequestTask>& task) override { task->execute(); }

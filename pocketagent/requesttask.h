@@ -29,6 +29,17 @@ class IRequestTask {
   // Hands a message, all texts UTF-8, to the host's mobile service. A failure is logged and the message is lost.
   static void send(const MobileMessage& message);
 
+  // The host's records behind the numbers of a request. Each asks the host afresh and writes no log.
+
+  // Appends the selected accounts; an empty selector means every account. Always code 0.
+  static ResultStatus findAccounts(const std::list<int32_t>& selector, std::vector<TradingAccountID>& accounts);
+  // Assigns `account`; code 41 where the host knows no such account. `account` may be the record that holds `index`.
+  static ResultStatus findAccount(int32_t index, TradingAccountID& account);
+  // The host fills `symbol`; code -1 where it knows no such instrument.
+  static ResultStatus findCode(int64_t hashCode, SymbolCode& symbol);
+  // The code type and the name of an instrument, UTF-8; code -1 leaves both texts as they were.
+  static ResultStatus findCodeType(int64_t hashCode, std::string& typeText, std::string& nameText);
+
  protected:
   // May the user use this topic's function? If not, the refusal has been sent.
   bool checkEntitlement() const;
@@ -41,17 +52,6 @@ class IRequestTask {
   void reply(std::string data) const;
   // Sends the reply of a request that ended in `status`, without data: the status's text, if it is a failure.
   void reply(const ResultStatus& status) const;
-
-  // The host's records behind the numbers of a request. Each asks the host afresh and writes no log.
-
-  // Appends the selected accounts; an empty selector means every account. Always code 0.
-  static ResultStatus findAccounts(const std::list<int32_t>& selector, std::vector<TradingAccountID>& accounts);
-  // Assigns `account`; code 41 where the host knows no such account. `account` may be the record that holds `index`.
-  static ResultStatus findAccount(int32_t index, TradingAccountID& account);
-  // The host fills `symbol`; code -1 where it knows no such instrument.
-  static ResultStatus findCode(int64_t hashCode, SymbolCode& symbol);
-  // The code type and the name of an instrument, UTF-8; code -1 leaves both texts as they were.
-  static ResultStatus findCodeType(int64_t hashCode, std::string& typeText, std::string& nameText);
 
   int64_t requestId = kNoRequestId;
   OrvMobileTopic topic = kTopicUnknown;

@@ -1,0 +1,131 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+
+#include "decoding/failure.h"
+#include "decoding/jsonbody.h"
+#include "host/resultstatus.h"
+#include "pocketagent/json.h"
+
+namespace orvane {
+
+// A value into its target, if it is of the target's kind.
+inline bool read(const JsonValue& value, int32_t& target) {
+  const bool fits = value.IsInt();
+  if (fits) {
+    target = value.GetInt();
+  }
+  return fits;
+}
+
+inline bool read(const JsonValue& value, int64_t& target) {
+  const bool fits = value.IsInt64();
+  if (fits) {
+    target = value.GetInt64();
+  }
+  return fits;
+}
+
+// An integer counts as a number with no decimals, as far as it fits 64 bits.
+inline bool read(const JsonValue& value, double& target) {
+  const bool fits = value.IsDouble() || value.IsInt64();
+  if (fits) {
+    target = value.IsDouble() ? value.GetDouble() : static_cast<double>(value.GetInt64());
+  }
+  return fits;
+}
+
+// A text ends at its first NUL.
+inline bool read(const JsonValue& value, std::string& target) {
+  const bool fits = value.IsString();
+  if (fits) {
+    target = value.GetString();
+  }
+  return fits;
+}
+
+// The first member of this name, or null. A value that is no object ends the process by rapidjson's assertion.
+inline const JsonValue* findMember(const JsonValue& object, const char* name) {
+  const auto member = object.FindMember(name);
+  return member == object.MemberEnd() ? nullptr : &member->value;
+}
+
+// Reads the members of one element in the order of the calls; the first fault is told and ends the reading, so that
+// checks are joined by &&.
+class MemberReader {
+ public:
+  MemberReader(const JsonValue& element, const FailureTeller& teller) : element_(element), teller_(teller) {}
+
+  // The member must be there and of the target's kind.
+  template <typename Target>
+  bool require(const char* name, Target& target, const FailureTexts& texts,
+               const SourcePlace& place = SourcePlace::current()) {
+    const JsonValue* value = find(name);
+    return (value != nullptr && read(*value, target)) || fail(texts, place);
+  }
+
+  // The member must be there; of what kind, another check asks.
+  bool requirePresent(const char* name, const FailureTexts& texts, const SourcePlace& place = SourcePlace::current()) {
+    return find(name) != nullptr || fail(texts, place);
+  }
+
+  // The member may be left out, but must be of the target's kind otherwise.
+  template <typename Target>
+  bool allow(const char* name, Target& target, const FailureTexts& texts,
+             const SourcePlace& place = SourcePlace::current()) {
+    const JsonValue* value = find(name);
+    return value == nullptr || read(*value, target) || fail(texts, place);
+  }
+
+  // Reads the member if it is there and of the target's kind; true if so. Never a fault.
+  template <typename Target>
+  bool readIf(const char* name, Target& target) const {
+    const JsonValue* value = find(name);
+    return value != nullptr && read(*value, target);
+  }
+
+  const JsonValue* find(const char* name) const { return findMember(element_, name); }
+
+  // Tells a fault; false, to end a chain of checks.
+  bool fail(const FailureTexts& texts, const SourcePlace& place = SourcePlace::current()) {
+    status_ = teller_.fail(texts, place);
+    return false;
+  }
+
+  // Code 0, or the fault.
+  ResultStatus takeStatus() { return std::move(status_); }
+
+ private:
+  const JsonValue& element_;
+  const FailureTeller& teller_;
+  ResultStatus status_;
+};
+
+// Reads the elements of an array into records of their own; the first fault ends the reading.
+template <typename Items>
+ResultStatus readItems(const JsonValue& array, const FailureTeller& teller,
+                       bool (*readItem)(MemberReader&, typename Items::value_type&), Items& items) {
+  for (const JsonValue& element : array.GetArray()) {
+    MemberReader members(element, teller);
+    typename Items::value_type item;
+    if (!readItem(members, item)) {
+      return members.takeStatus();
+    }
+    items.push_back(std::move(item));
+  }
+  return {};
+}
+
+// Decodes a body that is an array of objects. Its frame and its elements tell their faults apart, since some decoders
+// log them under different prefixes.
+template <typename Items>
+ResultStatus decodeItems(const std::string& data, const FailureTeller& frame, const FailureTeller& ofElement,
+                         const FailureTexts& notArray, bool (*readItem)(MemberReader&, typename Items::value_type&),
+                         Items& items, const SourcePlace& place = SourcePlace::current()) {
+  return decodeArray(
+      data, frame, notArray, [&](const JsonValue& root) { return readItems(root, ofElement, readItem, items); }, place);
+}
+
+}  // namespace orvane

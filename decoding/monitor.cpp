@@ -1,0 +1,73 @@
+#include "decoding/members.h"
+#include "pocketagent/mobileworker.h"
+
+namespace orvane {
+
+namespace {
+
+constexpr FailureTexts kNoHashCode{"has no hashCode member or not int64", ",msg=has no hashCode member or not int64"};
+
+bool readPair(MemberReader& members, MobileCodeAccountPair& pair) {
+  return members.require("index", pair.index,
+                         {"has no index member or not int", ",msg=has no index member or not int"}) &&
+         members.require("hashCode", pair.hashCode, kNoHashCode);
+}
+
+bool readManualPosition(MemberReader& members, MonitorManualPosition& manual) {
+  return members.require("index", manual.account.index,
+                         {"has no index member or not int64", ",msg=has no index member or not int"}) &&
+         members.require("hashCode", manual.code.hashCode, kNoHashCode) &&
+         members.require("longPos", manual.position.longPos,
+                         {"has no longPos member or not int64", ",msg=has no longPos member or not int64"}) &&
+         members.require("shortPos", manual.position.shortPos,
+                         {"has no shortPos member or not int64", ",msg=has no shortPos member or not int64"});
+}
+
+bool readSyncOrder(MemberReader& members, MonitorSyncOrder& order) {
+  return members.require("index", order.account.index,
+                         {"has no index member or not int", ",msg=has no index member or not int"}) &&
+         members.require("hashCode", order.code.hashCode, kNoHashCode) &&
+         members.require("volume", order.volume,
+                         {"has no volume member or not int64", ",msg=has no volume member or not int64"}) &&
+         members.requirePresent("price", {"has no price member", ",msg=has no price member"}) &&
+         members.require("price", order.price, {"price member must be double or int64", nullptr}) &&
+         members.require("side", order.side, {"has no side member or not int", ",msg=has no side member or not int"}) &&
+         members.require("combOffsetFlag", order.combOffsetFlag,
+                         {"has no combOffsetFlag member or not int", ",msg=has no combOffsetFlag member or not int"});
+}
+
+}  // namespace
+
+ResultStatus MobileWorker::parseMonitorOrder(int64_t requestId, OrvMobileTopic topic, const std::string& data,
+                                             MobileSyncOrderReq& out) {
+  const FailureTeller frame("parse monitorSync error,RequestID=", requestId, topic);
+  return decodeItems(data, frame, frame.withPrefix("parse monitorManualList error,RequestID="), kDataNotArray, readPair,
+                     out.items);
+}
+
+ResultStatus MobileWorker::parseMonitorManualList(int64_t requestId, OrvMobileTopic topic, const std::string& data,
+                                                  PosMonitorManualListReq& out) {
+  const FailureTeller teller("parse monitorManualList error,RequestID=", requestId, topic);
+  return decodeItems(data, teller, teller, kDataNotArray, readPair, out.items);
+}
+
+ResultStatus MobileWorker::parseMonitorManualClean(int64_t requestId, OrvMobileTopic topic, const std::string& data,
+                                                   PosMonitorManualCleanReq& out) {
+  const FailureTeller frame("parse monitorManualClean error,RequestID=", requestId, topic);
+  return decodeItems(data, frame, frame.withPrefix("parse newOrder error,RequestID="), kDataNotArray, readPair,
+                     out.items);
+}
+
+ResultStatus MobileWorker::parseMonitorManualUpdate(int64_t requestId, OrvMobileTopic topic, const std::string& data,
+                                                    PosMonitorManualUpdateReq& out) {
+  const FailureTeller teller("parse manualUpdate error,RequestID=", requestId, topic);
+  return decodeItems(data, teller, teller, kDataNotArray, readManualPosition, out.items);
+}
+
+ResultStatus MobileWorker::parseMonitorNewOrder(int64_t requestId, OrvMobileTopic topic, const std::string& data,
+                                                MobileSyncNewOrderReq& out) {
+  const FailureTeller teller("parse monitorNewOrder error,RequestID=", requestId, topic);
+  return decodeItems(data, teller, teller, kDataNotArray, readSyncOrder, out.items);
+}
+
+}  // namespace orvane
