@@ -8,8 +8,19 @@
 
 #include "pocketagent/log.h"
 #include "tasks/accountlist.h"
+#include "tasks/cancelorder.h"
 #include "tasks/capitallist.h"
+#include "tasks/codetypelist.h"
+#include "tasks/creditinfo.h"
+#include "tasks/filllist.h"
 #include "tasks/frametasks.h"
+#include "tasks/manualposition.h"
+#include "tasks/marginrate.h"
+#include "tasks/monitorlist.h"
+#include "tasks/neworder.h"
+#include "tasks/orderlist.h"
+#include "tasks/positionlist.h"
+#include "tasks/syncorder.h"
 
 namespace orvane {
 
@@ -38,10 +49,12 @@ TaskPtr decodeTask(MobileWorker& worker, Decoder<Payload> decode, int64_t reques
   return std::make_shared<Task>(requestId, replyTopic, std::move(payload));
 }
 
-// A topic whose body `kDecode` reads.
-template <typename Task, auto kDecode>
+// A topic whose body `kDecode` reads. The task's own topic, which its reply carries, is the request's unless
+// `kReplyTopic` is another.
+template <typename Task, auto kDecode, OrvMobileTopic kReplyTopic = kTopicUnknown>
 TaskPtr decoded(MobileWorker& worker, int64_t requestId, OrvMobileTopic topic, const std::string& data) {
-  return decodeTask<Task>(worker, kDecode, requestId, topic, topic, data);
+  const OrvMobileTopic replyTopic = kReplyTopic == kTopicUnknown ? topic : kReplyTopic;
+  return decodeTask<Task>(worker, kDecode, requestId, topic, replyTopic, data);
 }
 
 struct TopicRow {
@@ -56,21 +69,26 @@ constexpr std::array kTopics = std::to_array<TopicRow>({
     {kTopicUnknown, "unknown.topic", nullptr},
     {kTopicAccountList, "account.list", bodiless<AccountListTask>},
     {kTopicCapitalList, "capital.list", decoded<CapitalListTask, &MobileWorker::parseTid>},
-    {kTopicOrderList, "order.list", nullptr},
-    {kTopicPositionList, "position.list", nullptr},
-    {kTopicFillList, "trader.list", nullptr},
-    {kTopicMonitorList, "monitor.list", nullptr},
+    {kTopicOrderList, "order.list", decoded<OrderListTask, &MobileWorker::parseTid>},
+    {kTopicPositionList, "position.list", decoded<PositionListTask, &MobileWorker::parseTid>},
+    {kTopicFillList, "trader.list", decoded<FillListTask, &MobileWorker::parseTid>},
+    {kTopicMonitorList, "monitor.list", decoded<PosMonitorListTask, &MobileWorker::parseTid>},
     {kTopicCondOrderList, "order.condition.list", bodiless<CondOrderListTask>},
-    {kTopicNewOrder, "order.new", nullptr},
-    {kTopicCancelOrder, "order.cancel", nullptr},
-    {kTopicCodeTypePositionList, "position.codetype.list", nullptr},
-    {kTopicMonitorSyncOrderList, "monitor.sync.order.list", nullptr},
-    {kTopicMonitorSyncOrderNew, "monitor.sync.order.new", nullptr},
-    {kTopicMonitorManualList, "monitor.manual.list", nullptr},
-    {kTopicMonitorManualUpdate, "monitor.manual.update", nullptr},
-    {kTopicMonitorManualClean, "monitor.manual.clean", nullptr},
-    {kTopicMarginRateList, "marginrate.list", nullptr},
-    {kTopicCreditInfoList, "creditinfo.list", nullptr},
+    {kTopicNewOrder, "order.new", decoded<NewOrderTask, &MobileWorker::parseNewOrder>},
+    {kTopicCancelOrder, "order.cancel", decoded<CancelOrderTask, &MobileWorker::parseCancelOrder>},
+    {kTopicCodeTypePositionList, "position.codetype.list", decoded<CodeTypePositionList, &MobileWorker::parseTid>},
+    {kTopicMonitorSyncOrderList, "monitor.sync.order.list",
+     decoded<PosMonitorSyncOrder, &MobileWorker::parseMonitorOrder>},
+    {kTopicMonitorSyncOrderNew, "monitor.sync.order.new",
+     decoded<PosMonitorNewOrder, &MobileWorker::parseMonitorNewOrder>},
+    {kTopicMonitorManualList, "monitor.manual.list",
+     decoded<PosMonitorManualList, &MobileWorker::parseMonitorManualList, kTopicMonitorList>},
+    {kTopicMonitorManualUpdate, "monitor.manual.update",
+     decoded<PosMonitorManualUpdate, &MobileWorker::parseMonitorManualUpdate>},
+    {kTopicMonitorManualClean, "monitor.manual.clean",
+     decoded<PosMonitorManualClean, &MobileWorker::parseMonitorManualClean>},
+    {kTopicMarginRateList, "marginrate.list", decoded<SymbolMarginRate, &MobileWorker::parseSymbolMarginRate>},
+    {kTopicCreditInfoList, "creditinfo.list", decoded<CreditInfoTask, &MobileWorker::parseCreditInfo>},
 });
 
 constexpr bool rowsFollowTheirValues() {

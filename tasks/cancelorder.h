@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "decoding/requestrecords.h"
+#include "host/resultstatus.h"
+#include "pocketagent/requesttask.h"
+
+namespace orvane {
+
+// "order.cancel": cancels one order after the other; what is done before a failure stays done.
+class CancelOrderTask final : public IRequestTask {
+ public:
+  CancelOrderTask(int64_t id, OrvMobileTopic value, std::vector<MobileCancelOrder> orders)
+      : IRequestTask(id, value), orders_(std::move(orders)) {}
+  void execute() override;
+
+ private:
+  ResultStatus run();
+  ResultStatus cancel(MobileCancelOrder& order, bool& refused) const;
+
+  std::vector<MobileCancelOrder> orders_;
+};
+
+}  // namespace orvane

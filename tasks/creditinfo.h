@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <list>
+#include <utility>
+
+#include "decoding/requestrecords.h"
+#include "host/resultstatus.h"
+#include "pocketagent/requesttask.h"
+#include "serialise/creditinfo.h"
+
+namespace orvane {
+
+// "creditinfo.list": the credit figures of the selected accounts. Makes no entitlement check, and an empty selector
+// selects nothing.
+class CreditInfoTask final : public IRequestTask {
+ public:
+  CreditInfoTask(int64_t id, OrvMobileTopic value, AccountSelector selector)
+      : IRequestTask(id, value), selector_(std::move(selector)) {}
+  void execute() override;
+
+ private:
+  ResultStatus collect(std::list<AccountCreditInfo>& accounts) const;
+
+  AccountSelector selector_;
+};
+
+}  // namespace orvane

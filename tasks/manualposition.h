@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <utility>
+
+#include "decoding/requestrecords.h"
+#include "pocketagent/requesttask.h"
+
+namespace orvane {
+
+// "monitor.manual.list": manual positions. Made with the topic value of "monitor.list", which its reply so carries.
+class PosMonitorManualList final : public IRequestTask {
+ public:
+  PosMonitorManualList(int64_t id, OrvMobileTopic value, PosMonitorManualListReq request)
+      : IRequestTask(id, value), request_(std::move(request)) {}
+  void execute() override;
+
+ private:
+  PosMonitorManualListReq request_;
+};
+
+// "monitor.manual.update": stores manual positions. Makes no entitlement check.
+class PosMonitorManualUpdate final : public IRequestTask {
+ public:
+  PosMonitorManualUpdate(int64_t id, OrvMobileTopic value, PosMonitorManualUpdateReq request)
+      : IRequestTask(id, value), request_(std::move(request)) {}
+  void execute() override;
+
+ private:
+  PosMonitorManualUpdateReq request_;
+};
+
+// "monitor.manual.clean": clears manual positions. Makes no entitlement check.
+class PosMonitorManualClean final : public IRequestTask {
+ public:
+  PosMonitorManualClean(int64_t id, OrvMobileTopic value, PosMonitorManualCleanReq request)
+      : IRequestTask(id, value), request_(std::move(request)) {}
+  void execute() override;
+
+ private:
+  PosMonitorManualCleanReq request_;
+};
+
+}  // namespace orvane

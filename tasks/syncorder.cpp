@@ -1,0 +1,22 @@
+#include "tasks/syncorder.h"
+
+#include "host/positionmonitor.h"
+#include "serialise/syncorderlist.h"
+#include "tasks/accountcodes.h"
+
+namespace orvane {
+
+void PosMonitorSyncOrder::execute() {
+  if (!checkEntitlement()) {
+    return;
+  }
+  reply(serializeSyncOrderList(IPositionMonitor::getInstance()->getSyncOrders(findAccountCodes(request_.items))));
+}
+
+void PosMonitorNewOrder::execute() {
+  keepKnown(request_.items);
+  IPositionMonitor::getInstance()->placeSyncOrders(request_.items);
+  reply(ResultStatus{});
+}
+
+}  // namespace orvane
