@@ -8,8 +8,7 @@ namespace {
 // Only the account must be named. Which of the two ids counts is the task's affair; an instrument is wanted, and looked
 // at, only beside the first.
 bool readItem(MemberReader& members, MobileCancelOrder& order) {
-  if (!members.require("index", order.account.index,
-                       {"has no index member or not int", ",msg=has no index member or not int"})) {
+  if (!members.require("index", order.account.index, kNoIndex)) {
     return false;
   }
   if (members.readIf("localOrderId", order.localOrderId) &&

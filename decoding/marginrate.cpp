@@ -20,9 +20,7 @@ bool readHashCodes(MemberReader& members, std::vector<int64_t>& hashCodes) {
 }
 
 bool readQuery(MemberReader& members, MobileMarginRateQuery& query) {
-  return members.require("index", query.index,
-                         {"has no index member or not int", ",msg=has no index member or not int"}) &&
-         readHashCodes(members, query.hashCodes);
+  return members.require("index", query.index, kNoIndex) && readHashCodes(members, query.hashCodes);
 }
 
 }  // namespace

@@ -66,9 +66,12 @@ class MemberReader {
     return (value != nullptr && read(*value, target)) || fail(texts, place);
   }
 
-  // The member must be there; of what kind, another check asks.
-  bool requirePresent(const char* name, const FailureTexts& texts, const SourcePlace& place = SourcePlace::current()) {
-    return find(name) != nullptr || fail(texts, place);
+  // The same where a member that is not there and one of another kind are two faults.
+  template <typename Target>
+  bool requireApart(const char* name, Target& target, const FailureTexts& absent, const FailureTexts& wrongKind,
+                    const SourcePlace& place = SourcePlace::current()) {
+    const JsonValue* value = find(name);
+    return value != nullptr ? read(*value, target) || fail(wrongKind, place) : fail(absent, place);
   }
 
   // The member may be left out, but must be of the target's kind otherwise.
@@ -103,10 +106,16 @@ class MemberReader {
   ResultStatus status_;
 };
 
+// What most decoders say of an account that is not named.
+inline constexpr FailureTexts kNoIndex{"has no index member or not int", ",msg=has no index member or not int"};
+
 // Reads the elements of an array into records of their own; the first fault ends the reading.
 template <typename Items>
 ResultStatus readItems(const JsonValue& array, const FailureTeller& teller,
                        bool (*readItem)(MemberReader&, typename Items::value_type&), Items& items) {
+  if constexpr (requires { items.reserve(array.Size()); }) {
+    items.reserve(array.Size());
+  }
   for (const JsonValue& element : array.GetArray()) {
     MemberReader members(element, teller);
     typename Items::value_type item;

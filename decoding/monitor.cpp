@@ -8,9 +8,7 @@ namespace {
 constexpr FailureTexts kNoHashCode{"has no hashCode member or not int64", ",msg=has no hashCode member or not int64"};
 
 bool readPair(MemberReader& members, MobileCodeAccountPair& pair) {
-  return members.require("index", pair.index,
-                         {"has no index member or not int", ",msg=has no index member or not int"}) &&
-         members.require("hashCode", pair.hashCode, kNoHashCode);
+  return members.require("index", pair.index, kNoIndex) && members.require("hashCode", pair.hashCode, kNoHashCode);
 }
 
 bool readManualPosition(MemberReader& members, MonitorManualPosition& manual) {
@@ -24,13 +22,12 @@ bool readManualPosition(MemberReader& members, MonitorManualPosition& manual) {
 }
 
 bool readSyncOrder(MemberReader& members, MonitorSyncOrder& order) {
-  return members.require("index", order.account.index,
-                         {"has no index member or not int", ",msg=has no index member or not int"}) &&
+  return members.require("index", order.account.index, kNoIndex) &&
          members.require("hashCode", order.code.hashCode, kNoHashCode) &&
          members.require("volume", order.volume,
                          {"has no volume member or not int64", ",msg=has no volume member or not int64"}) &&
-         members.requirePresent("price", {"has no price member", ",msg=has no price member"}) &&
-         members.require("price", order.price, {"price member must be double or int64", nullptr}) &&
+         members.requireApart("price", order.price, {"has no price member", ",msg=has no price member"},
+                              {"price member must be double or int64", nullptr}) &&
          members.require("side", order.side, {"has no side member or not int", ",msg=has no side member or not int"}) &&
          members.require("combOffsetFlag", order.combOffsetFlag,
                          {"has no combOffsetFlag member or not int", ",msg=has no combOffsetFlag member or not int"});

@@ -26,9 +26,8 @@ bool readRequired(MemberReader& members, MobileNewOrderItem& item) {
                       {"OrderList has no combOffset member", ",msg=has no combOffset member or not int"}) &&
       members.require("priceType", item.priceType,
                       {"OrderList has no priceType member", ",msg=has no priceType member or not int"}) &&
-      members.requirePresent("price", {"OrderList has no price member", ",msg=has no price member"}) &&
-      members.require("price", item.price,
-                      {"price member must be double or int64", ",msg=price member must be double or int64"}) &&
+      members.requireApart("price", item.price, {"OrderList has no price member", ",msg=has no price member"},
+                           {"price member must be double or int64", ",msg=price member must be double or int64"}) &&
       members.require("offset", offset, {"has no offset member or not int", ",msg=has no offset member or not int"}) &&
       members.require("volume", item.volume,
                       {"has no volume member or not int64", ",msg=has no volume member or not int64"}) &&

@@ -12,7 +12,8 @@
 
 namespace orvane {
 
-// What the decoders make of request bodies. Values are as the phone sent them: of the right kind, otherwise unchecked.
+// What the decoders make of request bodies. Values are of the right kind, otherwise unchecked, and as the phone sent
+// them but for the time and the source of a new order.
 // Of an account only `index` is set, of an instrument only `hashCode`; the task has the host fill in the rest. Records
 // stand in the order of the body, repeats kept.
 

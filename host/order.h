@@ -74,8 +74,8 @@ struct OrderFill {
   std::string reserved24;
 };
 
-// One new order, as ITradeService::insertOrder takes it. `price`, `volume` and the enumerations are the phone's own
-// values, unchecked: the host decides.
+// One new order, as ITradeService::insertOrder takes it. `price`, `volume` and the numbers at the end are the phone's
+// own values, unchecked: the host decides. Only `hedge` is always 1, speculation.
 struct MobileNewOrderItem {
   TradingAccountID account;
   SymbolCode code;
@@ -96,7 +96,7 @@ struct MobileNewOrderItem {
 
 // One cancel, as ITradeService::cancelOrder takes it. Only the first three members ever differ from their start.
 struct CancelOrderRequest {
-  int64_t localOrderId = 0;  // 0 where the phone's text had no digits
+  int64_t localOrderId = 0;  // 0 where the phone's text had no digits, clamped where it had too many
   TradingAccountID account;
   SymbolCode code;
   std::array<Source, 2> reserved4;

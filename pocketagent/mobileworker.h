@@ -31,14 +31,15 @@ class MobileWorker : public AsyncBufferQueueThread<std::shared_ptr<IRequestTask>
 
   // The decoders. Each reads the body, a UTF-8 text up to its first NUL, into `out` and returns code 0, or code -1 and
   // the failure's text; `out` then holds what was read before the fault. They keep no state and may run on any thread.
-  // An array element that must be an object and is not one ends the process by rapidjson's assertion.
+  // An array element that must be an object and is not one, and a body of "order.new" that is no object, end the
+  // process by rapidjson's assertion.
 
   // An account selector: an array of ints.
   ResultStatus parseTid(int64_t requestId, OrvMobileTopic topic, const std::string& data, AccountSelector& out);
   ResultStatus parseCreditInfo(int64_t requestId, OrvMobileTopic topic, const std::string& data, AccountSelector& out) {
     return parseTid(requestId, topic, data, out);
   }
-  // {"orderList": [{...}, ...]}; the body must be an object.
+  // {"orderList": [{...}, ...]}
   ResultStatus parseNewOrder(int64_t requestId, OrvMobileTopic topic, const std::string& data, MobileNewOrder& out);
   ResultStatus parseOrderList(int64_t requestId, OrvMobileTopic topic, const JsonValue& orderList, MobileNewOrder& out);
   // The others: an array of objects.

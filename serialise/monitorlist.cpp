@@ -13,7 +13,7 @@ namespace orvane {
 namespace {
 
 std::string syncRuleName(int32_t rule) {
-  constexpr std::array kNames = {"多空单独"_gbk, "开平互转"_gbk, "净头寸"_gbk, "开平互转"_gbk};  // 3 reads as 1
+  static constexpr std::array kNames = {"多空单独"_gbk, "开平互转"_gbk, "净头寸"_gbk, "开平互转"_gbk};  // 3 reads as 1
   const auto row = static_cast<size_t>(rule);  // a negative one is beyond the table too
   return CodeConvert::gbk_to_utf8(std::string(kNames[row < kNames.size() ? row : 0]));
 }

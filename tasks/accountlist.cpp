@@ -12,9 +12,8 @@ namespace orvane {
 namespace {
 
 void queryAccountPrivilege(MobileAccountItem& item) {
-  IAuthAgent* auth = IAuthAgent::getInstance();
-  item.triggerOrderPrivilege = auth->hasPrivilege(item.id, AccountPrivilege::TriggerOrder);
-  item.ordinaryOrderPrivilege = auth->hasPrivilege(item.id, AccountPrivilege::OrdinaryOrder);
+  item.triggerOrderPrivilege = IAuthAgent::getInstance()->hasPrivilege(item.id, AccountPrivilege::TriggerOrder);
+  item.ordinaryOrderPrivilege = IAuthAgent::getInstance()->hasPrivilege(item.id, AccountPrivilege::OrdinaryOrder);
 }
 
 }  // namespace

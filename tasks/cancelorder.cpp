@@ -5,21 +5,9 @@
 #include "host/order.h"
 #include "host/servicerouter.h"
 #include "host/tradeservice.h"
-#include "vocabulary/gbk.h"
+#include "tasks/orderrefusal.h"
 
 namespace orvane {
-
-namespace {
-
-// What the reply says at the end of an order that has no number.
-ResultStatus missingId(const MobileCancelOrder& order) {
-  if (order.strategyId.empty()) {
-    return {-1, "missing localOrderId or strategyId"};
-  }
-  return {-1, std::string("暂不支持条件单"_gbk)};
-}
-
-}  // namespace
 
 void CancelOrderTask::execute() {
   if (checkEntitlement()) {
@@ -28,38 +16,38 @@ void CancelOrderTask::execute() {
 }
 
 ResultStatus CancelOrderTask::run() {
-  ResultStatus remembered;
+  ResultStatus remembered;  // of the orders that name no order of the host's; they stop nothing
   for (MobileCancelOrder& order : orders_) {
     if (order.localOrderId.empty()) {
-      remembered = missingId(order);
-      continue;
-    }
-    bool refused = false;
-    ResultStatus cancelled = cancel(order, refused);
-    if (refused || cancelled.code != 0) {
-      return cancelled;
+      remembered =
+          order.strategyId.empty() ? ResultStatus{-1, "missing localOrderId or strategyId"} : conditionalOrder();
+    } else if (std::optional<ResultStatus> ended = cancel(order)) {
+      return std::move(*ended);
     }
   }
   return remembered;
 }
 
-ResultStatus CancelOrderTask::cancel(MobileCancelOrder& order, bool& refused) const {
+std::optional<ResultStatus> CancelOrderTask::cancel(MobileCancelOrder& order) const {
   const int32_t index = order.account.index;
   if (findAccount(index, order.account).code != 0) {
-    return {-1, "can not find tid by index:" + std::to_string(index)};
+    return accountNotFound(index);
   }
   if (!checkEntitlement(order.account)) {
-    refused = true;
-    return {};  // the refusal has been sent; an ordinary reply follows it
+    return ResultStatus{};
   }
   if (ResultStatus found = findCode(order.code.hashCode, order.code); found.code != 0) {
     return found;
   }
   CancelOrderRequest request;
   request.localOrderId = std::strtoll(order.localOrderId.c_str(), nullptr, 10);
-  request.account = order.account;
-  request.code = order.code;
-  return IServiceRouter::instance()->getTradeService()->cancelOrder(request);
+  request.account = std::move(order.account);
+  request.code = std::move(order.code);
+  ResultStatus cancelled = IServiceRouter::instance()->getTradeService()->cancelOrder(request);
+  if (cancelled.code != 0) {
+    return cancelled;
+  }
+  return std::nullopt;
 }
 
 }  // namespace orvane

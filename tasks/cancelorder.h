@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -19,7 +20,8 @@ class CancelOrderTask final : public IRequestTask {
 
  private:
   ResultStatus run();
-  ResultStatus cancel(MobileCancelOrder& order, bool& refused) const;
+  // What ends the run, or nothing; a refusal, which has been sent, ends it with code 0.
+  std::optional<ResultStatus> cancel(MobileCancelOrder& order) const;
 
   std::vector<MobileCancelOrder> orders_;
 };

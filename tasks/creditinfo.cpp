@@ -8,9 +8,10 @@ namespace orvane {
 void CreditInfoTask::execute() {
   std::list<AccountCreditInfo> accounts;
   if (collect(accounts).code != 0) {
-    return reply(ResultStatus{-1, "query credit info error"});
+    reply(ResultStatus{-1, "query credit info error"});
+  } else {
+    reply(serializeCreditInfo(accounts));
   }
-  reply(serializeCreditInfo(accounts));
 }
 
 // Accounts that fail are left out, so the status is always 0.

@@ -8,7 +8,8 @@
 
 namespace orvane {
 
-// "monitor.manual.list": manual positions. Made with the topic value of "monitor.list", which its reply so carries.
+// "monitor.manual.list": manual positions. Made with the topic value of "monitor.list", so its reply carries that
+// topic.
 class PosMonitorManualList final : public IRequestTask {
  public:
   PosMonitorManualList(int64_t id, OrvMobileTopic value, PosMonitorManualListReq request)

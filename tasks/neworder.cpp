@@ -2,15 +2,9 @@
 
 #include "host/servicerouter.h"
 #include "host/tradeservice.h"
-#include "vocabulary/gbk.h"
+#include "tasks/orderrefusal.h"
 
 namespace orvane {
-
-namespace {
-
-ResultStatus conditionalRefusal() { return {-1, std::string("暂不支持条件单"_gbk)}; }
-
-}  // namespace
 
 void NewOrderTask::execute() {
   if (checkEntitlement()) {
@@ -19,32 +13,29 @@ void NewOrderTask::execute() {
 }
 
 ResultStatus NewOrderTask::run() {
-  bool refused = false;
-  ResultStatus checked = checkAll(refused);
-  if (refused || checked.code != 0) {
-    return checked;
+  for (MobileNewOrderItem& item : order_.items) {
+    if (std::optional<ResultStatus> ended = check(item)) {
+      return std::move(*ended);
+    }
   }
-  return order_.isConditional ? conditionalRefusal() : submitAll();
+  return order_.isConditional ? conditionalOrder() : submitAll();
 }
 
-ResultStatus NewOrderTask::checkAll(bool& refused) {
-  for (MobileNewOrderItem& item : order_.items) {
-    const int32_t index = item.account.index;
-    if (findAccount(index, item.account).code != 0) {
-      return {-1, "can not find tid by index:" + std::to_string(index)};
-    }
-    if (order_.isConditional) {
-      return conditionalRefusal();
-    }
-    if (!checkEntitlement(item.account)) {
-      refused = true;
-      return {};  // the refusal has been sent; an ordinary reply follows it
-    }
-    if (ResultStatus found = findCode(item.code.hashCode, item.code); found.code != 0) {
-      return found;
-    }
+std::optional<ResultStatus> NewOrderTask::check(MobileNewOrderItem& item) const {
+  const int32_t index = item.account.index;
+  if (findAccount(index, item.account).code != 0) {
+    return accountNotFound(index);
   }
-  return {};
+  if (order_.isConditional) {
+    return conditionalOrder();
+  }
+  if (!checkEntitlement(item.account)) {
+    return ResultStatus{};
+  }
+  if (ResultStatus found = findCode(item.code.hashCode, item.code); found.code != 0) {
+    return found;
+  }
+  return std::nullopt;
 }
 
 ResultStatus NewOrderTask::submitAll() const {

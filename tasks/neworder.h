@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <utility>
 
 #include "decoding/requestrecords.h"
@@ -18,9 +19,10 @@ class NewOrderTask final : public IRequestTask {
 
  private:
   ResultStatus run();
-  // Completes the items from the host, up to the first fault.
-  ResultStatus checkAll(bool& refused);
-  // Goes on after a refusal; the first one is the result.
+  // Completes an item from the host. What ends the run, or nothing; a refusal, which has been sent, ends it with code
+  // 0.
+  std::optional<ResultStatus> check(MobileNewOrderItem& item) const;
+  // Goes on after a refusal of the host's; the first one is the result.
   ResultStatus submitAll() const;
 
   MobileNewOrder order_;

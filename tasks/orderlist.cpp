@@ -16,15 +16,14 @@ void OrderListTask::execute() {
 }
 
 std::list<Order> OrderListTask::collect(const AccountSelector& selector) {
-  ITradeService* service = IServiceRouter::instance()->getTradeService();
-  if (selector.empty()) {
-    return TradeUtils::getAllOrder(service, {});
+  std::vector<TradingAccountID> accounts;
+  if (!selector.empty()) {
+    accounts = TradeUtils::getTradingAccountID(IServiceRouter::instance()->getTradeService(), selector);
+    if (accounts.empty()) {
+      return {};  // an empty vector would ask for every account
+    }
   }
-  const std::vector<TradingAccountID> accounts = TradeUtils::getTradingAccountID(service, selector);
-  if (accounts.empty()) {
-    return {};  // an empty vector would ask for every account
-  }
-  return TradeUtils::getAllOrder(service, accounts);
+  return TradeUtils::getAllOrder(IServiceRouter::instance()->getTradeService(), accounts);
 }
 
 }  // namespace orvane

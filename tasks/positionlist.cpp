@@ -21,7 +21,7 @@ bool isEmpty(const Position& position) {
 std::string exchangeName(int32_t exchangeId) {
   const auto& names = gBaseInformationMap->exchangeFullNames;
   const auto name = names.find(exchangeId);
-  return CodeConvert::gbk_to_utf8(name == names.end() ? std::string() : name->second);
+  return name == names.end() ? std::string() : CodeConvert::gbk_to_utf8(name->second);
 }
 
 }  // namespace

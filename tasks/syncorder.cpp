@@ -10,7 +10,8 @@ void PosMonitorSyncOrder::execute() {
   if (!checkEntitlement()) {
     return;
   }
-  reply(serializeSyncOrderList(IPositionMonitor::getInstance()->getSyncOrders(findAccountCodes(request_.items))));
+  const MonitorAccountCodes codes = findAccountCodes(request_.items);
+  reply(serializeSyncOrderList(IPositionMonitor::getInstance()->getSyncOrders(codes)));
 }
 
 void PosMonitorNewOrder::execute() {

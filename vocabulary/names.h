@@ -48,7 +48,8 @@ inline constexpr NumbersByName<3> closePriorityNames({
     {"YESTERDAY_PRIORITY", 2},
 });
 
-// The origins of an order, one bit each, the last being all of them. GBK.
+// The origins that a list of orders may be narrowed to, one bit each, the last being all of them; not the flags of a
+// Source, which orderFlagName names. GBK.
 inline constexpr NamesByNumber<8> orderOriginNames({
     {1, "非本机"_gbk},
     {2, "手工单"_gbk},
