@@ -21,10 +21,10 @@ struct MobileSrvInfo {
 
 // What IPocketAgent::getServerStatus reports. UTF-8.
 struct MobileServerStatus {
-  std::string url;  // always empty: the agent keeps no copy of what start was given
+  std::string url;  // this and the next are always empty: the agent keeps no copy of what start was given
   std::string userid;
   std::string reserved3;  // never written
-  std::string reserved4;
+  std::string reserved4;  // always empty
   std::string reserved5;  // never written
   std::string reserved6;  // never written
   std::string serviceName;

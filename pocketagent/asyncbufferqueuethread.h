@@ -36,6 +36,23 @@ class AsyncBufferQueueThread {
     runStopSteps(false);
   }
 
+  // Starts the consumer, collecting one that has ended on its own first; a running one stays. What waits is kept, and
+  // the new consumer runs it. REQUIRES: the subclass holds controlMutex, or no other thread starts or stops this
+  // object.
+  void startThread() {
+    {
+      const std::lock_guard queue(queueMutex);
+      if (state == QueueRunning) {
+        return;
+      }
+      state.exchange(QueueStopNow);
+      wakeCondition.notify_one();
+    }
+    joinThread();
+    state.exchange(QueueRunning);
+    thread = std::thread([this] { run(); });
+  }
+
   // Ends the thread and waits for it. With `drain` all that waits runs first, otherwise only the item in `handle`
   // finishes and the others are dropped. Called from within `handle` it raises the resource-deadlock error.
   virtual void stopThread(bool drain) {
@@ -103,23 +120,6 @@ class AsyncBufferQueueThread {
     }
   }
 
- public:
-  // Starts the consumer, collecting one that has ended on its own first; a running one stays. What waits is kept, and
-  // the new consumer runs it. REQUIRES: controlMutex held, or no other thread controls this object.
-  void startThread() {
-    {
-      const std::lock_guard queue(queueMutex);
-      if (state == QueueRunning) {
-        return;
-      }
-      state.exchange(QueueStopNow);
-      wakeCondition.notify_one();
-    }
-    joinThread();
-    state.exchange(QueueRunning);
-    thread = std::thread([this] { run(); });
-  }
-
  protected:
   // The steps of a stop. REQUIRES: controlMutex held.
   void runStopSteps(bool drain) {
@@ -134,9 +134,6 @@ class AsyncBufferQueueThread {
     readBuffer->clear();
     state.exchange(QueueStopped);
   }
-
-  std::mutex controlMutex;  // orders starts and stops against each other
-  std::atomic<int32_t> state{QueueStopped};
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -176,10 +173,19 @@ class AsyncBufferQueueThread {
     thread.join();
   }
 
+ protected:
+  std::mutex controlMutex;  // orders starts and stops against each other
+
+ private:
   std::deque<T> bufferA;
   std::deque<T> bufferB;
   const int32_t maxItems;
   std::thread thread;
+
+ protected:
+  std::atomic<int32_t> state{QueueStopped};
+
+ private:
   std::mutex queueMutex;  // guards the two pointers and the write buffer
   std::condition_variable wakeCondition;
   std::deque<T>* readBuffer = &bufferB;   // the consumer's

@@ -29,10 +29,10 @@ class MobileWorker : public AsyncBufferQueueThread<std::shared_ptr<IRequestTask>
   // that does not decode is answered by the worker in its turn, a topic not known here by the host's user interface.
   void push(int64_t requestId, int32_t terminalType, const std::string& topic, const std::string& data);
 
-  // The decoders. Each reads the body, a UTF-8 text up to its first NUL, into `out` and returns code 0, or code -1 and
-  // the failure's text; `out` then holds what was read before the fault. They keep no state and may run on any thread.
-  // An array element that must be an object and is not one, and a body of "order.new" that is no object, end the
-  // process by rapidjson's assertion.
+  // The decoders. Each reads the body (a UTF-8 text up to its first NUL; parseOrderList an array of it) into `out` and
+  // returns code 0, or code -1 and the failure's text; `out` then holds what was read before the fault. They keep no
+  // state and may run on any thread. An array element that must be an object and is not one, and a body of "order.new"
+  // that is no object, end the process by rapidjson's assertion.
 
   // An account selector: an array of ints.
   ResultStatus parseTid(int64_t requestId, OrvMobileTopic topic, const std::string& data, AccountSelector& out);

@@ -36,17 +36,17 @@ class ReplyWriter : private rapidjson::Writer<rapidjson::StringBuffer> {
 
   // A key and an array of objects, whose members `writeRow(writer, row)` writes.
   template <size_t kSize, typename Rows, typename WriteRow>
-  void memberRows(const char (&name)[kSize], const Rows& rows, WriteRow writeRow) {
+  void memberRows(const char (&name)[kSize], const Rows& list, WriteRow writeRow) {
     key(name);
-    this->rows(rows, writeRow);
+    rows(list, writeRow);
   }
 
   // An array of objects, the frame of every list.
   template <typename Rows, typename WriteRow>
-  void rows(const Rows& rows, WriteRow writeRow) {
+  void rows(const Rows& list, WriteRow writeRow) {
     separate();
     begin('[', true);
-    for (const auto& row : rows) {
+    for (const auto& row : list) {
       separate();
       begin('{', false);
       writeRow(*this, row);

@@ -33,7 +33,7 @@ void UIRequestTask::execute() {
   message.requestId = requestId;
   message.message = CodeConvert::gbk_to_utf8(message.message);
   message.data = CodeConvert::gbk_to_utf8(message.data);
-  message.terminalType = MobileMessage{}.terminalType;
+  message.terminalType = kReplyTerminalType;
   send(message);
 }
 

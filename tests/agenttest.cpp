@@ -24,7 +24,7 @@ TEST(Agent, StartsWorkerServiceCallbackAndStopsCallbackWorkerService) {
   LogCapture log(log4cxx::Level::getTrace());
   PocketAgent agent;
   agent.start(kInfo);
-  ASSERT_NE(host.spi, nullptr);
+  ASSERT_EQ(host.spi.use_count(), 1);  // the service is the only owner
   host.spi->onRequest(5, 8, "account.list", "");
   ASSERT_TRUE(host.waitForSent(1));
   EXPECT_EQ(host.sent()[0].requestId, 5);
@@ -46,31 +46,31 @@ TEST(Agent, TellsWhyItDoesNotStart) {
     bool workerRuns;
   };
   const std::vector<Row> rows = {
-      {[](ScriptedHost& h, MobileSrvInfo&) { h.baseServiceUp = false; }, "空指针, BaseService未启动", false},
-      {[](ScriptedHost& h, MobileSrvInfo&) { h.mobileServiceUp = false; }, "空指针, BaseService未启动", false},
-      {[](ScriptedHost&, MobileSrvInfo& i) { i.url.clear(); }, "url or userid is empty", false},
-      {[](ScriptedHost&, MobileSrvInfo& i) { i.userid.clear(); }, "url or userid is empty", false},
+      {[](ScriptedHost& h, MobileSrvInfo&) { h.baseServiceUp = false; }, " 空指针, BaseService未启动", false},
+      {[](ScriptedHost& h, MobileSrvInfo&) { h.mobileServiceUp = false; }, " 空指针, BaseService未启动", false},
+      {[](ScriptedHost&, MobileSrvInfo& i) { i.url.clear(); }, " url or userid is empty", false},
+      {[](ScriptedHost&, MobileSrvInfo& i) { i.userid.clear(); }, " url or userid is empty", false},
       {[](ScriptedHost& h, MobileSrvInfo&) {
          h.startStatus = {1, gbk("端口被占")};
        },
-       "端口被占", true},
+       "=端口被占", true},
   };
   for (const Row& row : rows) {
     ScriptedHost host;
     MobileSrvInfo info = kInfo;
     row.spoil(host, info);
     PocketAgent agent;
-    agent.pushNotify(notice());
-    LogCapture log(log4cxx::Level::getDebug());
+    LogCapture log(log4cxx::Level::getTrace());
     agent.start(info);
-    const std::string prefix = row.workerRuns ? "start error=" : "start error ";
-    EXPECT_THAT(log.lines(), ElementsAre("[DEBUG] PocketAgent PocketAgent " + prefix + gbk(row.line)));
+    std::vector<std::string> lines = log.lines();
+    ASSERT_THAT(lines, testing::SizeIs(row.workerRuns ? 3 : 1));
+    EXPECT_EQ(lines.back(), "[DEBUG] PocketAgent PocketAgent start error" + gbk(row.line));
     EXPECT_EQ(host.spi, nullptr);
-    host.baseServiceUp = host.mobileServiceUp = true;
     if (row.workerRuns) {
-      EXPECT_TRUE(host.waitForSent(1));
-    } else {
-      EXPECT_THAT(host.sent(), IsEmpty());
+      EXPECT_EQ(lines.front(), "[TRACE] PocketAgent MobileWorker start begin");
+      host.startStatus = {};
+      agent.start(info);
+      EXPECT_NE(host.spi, nullptr);
     }
   }
 }
@@ -141,6 +141,25 @@ TEST(Agent, RefusedPushIsARefusalWithoutARequest) {
   EXPECT_EQ(host.sent()[0].topic, "unknown.topic");
   EXPECT_EQ(host.sent()[0].message, "无权限");
   EXPECT_EQ(host.sent()[0].terminalType, 8);
+}
+
+TEST(Agent, SecondStartAttachesASecondCallback) {
+  ScriptedHost host;
+  PocketAgent agent;
+  agent.start(kInfo);
+  const std::shared_ptr<IMobileSrvSpi> first = host.spi;
+  agent.start(kInfo);
+  EXPECT_NE(host.spi, first);
+  agent.stop();
+  EXPECT_THAT(host.calls(),
+              ElementsAre("start(http://127.0.0.1:1,trader)", "registerSpi", "start(http://127.0.0.1:1,trader)",
+                          "registerSpi", "unregisterSpi(77)", "stop"));
+}
+
+TEST(Agent, IsOneObjectThatTouchesNoHostWhenItIsMade) {
+  IPocketAgent* agent = IPocketAgent::getInstance();  // there is no scripted host to touch
+  EXPECT_NE(agent, nullptr);
+  EXPECT_EQ(agent, IPocketAgent::getInstance());
 }
 
 TEST(Agent, EmptyHandlerRaisesInsteadOfLosingTheRequest) {

@@ -15,3 +15,24 @@ vtable for orvane::IPocketAgent
 NAMES
 )
 diff <(echo "$expected") <(echo "$offered")
+
+wanted=$(nm -D --undefined-only --demangle "$1" | sed -nE 's/^ *U (orvane::[A-Za-z0-9_:]+).*/\1/p' | sort -u)
+host=$(sort <<'NAMES'
+orvane::CodeConvert::gbk_to_utf8
+orvane::CodeConvert::utf8_to_gbk
+orvane::IAuthAgent::getInstance
+orvane::IPositionMonitor::getInstance
+orvane::IServiceRouter::instance
+orvane::IUIProxyMgr::getInstance
+orvane::Timestamp::now
+orvane::Timestamp::toISO8601String
+orvane::TradeUtils::getAllFill
+orvane::TradeUtils::getAllOrder
+orvane::TradeUtils::getAllPosition
+orvane::TradeUtils::getAllTradingAccount
+orvane::TradeUtils::getTradingAccountID
+orvane::gBaseInformationMap
+orvane::isTimeEnabled
+NAMES
+)
+diff <(echo "$host") <(echo "$wanted")

@@ -17,6 +17,7 @@ check() {
 
 check host 'host/'
 check vocabulary 'vocabulary/'
+check pocketagent 'host/|vocabulary/|pocketagent/|decoding/requestrecords\.h|tasks/'
 check serialise 'host/|vocabulary/|serialise/|pocketagent/json\.h'
 check decoding 'host/|vocabulary/|decoding/|pocketagent/(json|log|topic|mobileworker)\.h'
 check tasks 'host/|vocabulary/|serialise/|tasks/|decoding/requestrecords\.h|pocketagent/(requesttask|topic)\.h'

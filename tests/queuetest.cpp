@@ -48,6 +48,7 @@ class Recorder : public AsyncBufferQueueThread<int> {
       std::this_thread::yield();
     }
   }
+  bool isStopped() const { return state == QueueStopped; }
   void waitUntilEnded() {
     std::unique_lock lock(mutex_);
     changed_.wait(lock, [&] { return ended_; });
@@ -132,6 +133,24 @@ TEST(Queue, StopDropsAllButTheRunningItem) {
   queue.start();
   queue.enqueue(99);
   EXPECT_THAT(queue.waitForHandled(2), ElementsAre(0, 99));
+}
+
+TEST(Queue, StopDropsWhatNoConsumerEverTookOver) {
+  Recorder queue(-1, 1, false);
+  queue.enqueue(1);
+  queue.stopThread(false);
+  queue.start();
+  queue.enqueue(99);
+  EXPECT_THAT(queue.waitForHandled(1), ElementsAre(99));
+}
+
+TEST(Queue, WakesFromTheLongestWaitForAnItemAndForAStop) {
+  Recorder queue(-1, INT64_MAX, false);
+  queue.start();
+  queue.enqueue(1);
+  EXPECT_THAT(queue.waitForHandled(1), ElementsAre(1));
+  queue.stopThread(false);
+  EXPECT_TRUE(queue.isStopped());
 }
 
 TEST(Queue, DrainRunsAllThatWaits) {

@@ -1,11 +1,11 @@
 #include <cmath>
 #include <limits>
-#include <random>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
 
+#include "pocketagent/requesttask.h"
 #include "serialise/codetext.h"
 #include "serialise/ordersource.h"
 #include "serialise/replywriter.h"
@@ -38,21 +38,6 @@ TEST(ReplyWriter, ValuesHaveTheirExactText) {
   EXPECT_EQ(written(gbk("螺纹")), "\"" + gbk("螺纹") + "\"");
   EXPECT_EQ(writeRows(std::vector{1}, [](ReplyWriter& w, int) { w.member("a", true), w.member("b", false); }),
             R"([{"a":true,"b":false}])");
-}
-
-TEST(ReplyWriter, DoublesAreRapidjsonsOwnText) {
-  std::mt19937_64 random(1);
-  const auto stock = [](double value) {
-    rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer>(buffer).Double(value);
-    return std::string(buffer.GetString());
-  };
-  for (int round = 0; round < 20'000; ++round) {
-    const double decimals = static_cast<double>(static_cast<int64_t>(random() % 2'000'000'000'000) - 1'000'000'000'000);
-    for (const double value : {decimals, decimals / 10, decimals / 100, decimals / 1000, decimals / 3, 1 / decimals}) {
-      ASSERT_EQ(written(value), stock(value));
-    }
-  }
 }
 
 TEST(ReplyWriter, NumberThatIsNoneLeavesItsKeyWithoutAValue) {
@@ -111,14 +96,53 @@ TEST(OrderSource, ShowsTheTextAndTwoFlags) {
 }
 
 TEST(OrderSource, NamesEachFlag) {
-  EXPECT_EQ(orderFlagName(0), gbk("未知"));
-  EXPECT_EQ(orderFlagName(0x200000), gbk("orvpy下单"));
-  EXPECT_EQ(orderFlagName(0x40000000), gbk("模式下单"));
-  for (int32_t bit = 0; bit < 31; ++bit) {
-    EXPECT_NE(orderFlagName(1 << bit), "") << bit;
+  const std::vector<std::string> names = {"非本机",           "预埋单",           "图中有宝",
+                                          "套利宝",           "价差下单",         "止损获利单",
+                                          "画线下单",         "一键全撤",         "一键撤单",
+                                          "融资融券",         "合约调仓",         "账户调仓",
+                                          "一键全平",         "一键平仓",         "盘口下单",
+                                          "一键下单",         "手工下单",         "触发下单",
+                                          "批量下单",         "快速下单",         "普通下单",
+                                          "orvpy下单",        "交易助手",         "交易助手撤单",
+                                          "头寸监控一键同步", "头寸监控自动同步", "监控器根据合约号撤单",
+                                          "算法下单",         "算法撤单",         "程序化下单",
+                                          "模式下单"};
+  ASSERT_EQ(names.size(), 31U);
+  for (size_t bit = 0; bit < names.size(); ++bit) {
+    EXPECT_EQ(orderFlagName(1 << bit), gbk(names[bit])) << bit;
   }
+  EXPECT_EQ(orderFlagName(0), gbk("未知"));
   EXPECT_EQ(orderFlagName(3), "");
   EXPECT_EQ(orderFlagName(-1), "");
+}
+
+TEST(Lookups, LeaveTheRecordAsItWasWhereTheHostHasNone) {
+  ScriptedHost host;
+  TradingAccountID found = accountId(3, "mine");
+  const ResultStatus noAccount = IRequestTask::findAccount(3, found);
+  EXPECT_EQ(noAccount.code, 41);
+  EXPECT_EQ(noAccount.message, "get capital fail,orvquant inner error");
+  EXPECT_EQ(found.userCode, "mine");
+  std::string type = "type";
+  std::string name = "name";
+  const ResultStatus noType = IRequestTask::findCodeType(-5, type, name);
+  EXPECT_EQ(noType.code, -1);
+  EXPECT_EQ(noType.message, "can not find code type by hashcode:-5");
+  EXPECT_EQ(type + name, "typename");
+  SymbolCode code;
+  const ResultStatus noCode = IRequestTask::findCode(-5, code);
+  EXPECT_EQ(noCode.code, -1);
+  EXPECT_EQ(noCode.message, "can not find code property by hashcode:-5");
+  EXPECT_THAT(host.calls(),
+              testing::ElementsAre("getAllTradingAccount([3],1)", "getCodeTypeName(-5)", "getCodeByHash(-5)"));
+}
+
+TEST(Lookups, TakeTheFirstOfTwoAccounts) {
+  ScriptedHost host;
+  host.accounts = {account(3, "first"), account(3, "second")};
+  TradingAccountID found;
+  EXPECT_EQ(IRequestTask::findAccount(3, found).code, 0);
+  EXPECT_EQ(found.userCode, "first");
 }
 
 TEST(Gbk, TableIsIconvsAndSorted) {

@@ -74,7 +74,9 @@ TEST(Selector, FailureIsTheSameWithTheLogOffAndNamesUnknownTopics) {
   ScriptedHost host;
   AccountSelector selector;
   LogCapture log(log4cxx::Level::getInfo());
-  EXPECT_EQ(MobileWorker().parseTid(7, kTopicCapitalList, "{}", selector).message, "Data member not array");
+  const ResultStatus failed = MobileWorker().parseTid(7, kTopicCapitalList, "{}", selector);
+  EXPECT_EQ(failed.code, -1);
+  EXPECT_EQ(failed.message, "Data member not array");
   EXPECT_THAT(log.lines(), IsEmpty());
   agentLogger()->setLevel(log4cxx::Level::getDebug());
   MobileWorker().parseTid(7, OrvMobileTopic{18}, "{}", selector);

@@ -1,5 +1,8 @@
 #include <array>
+#include <future>
+#include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -76,7 +79,10 @@ TEST(Worker, TopicEndsAtItsFirstNulButIsPassedOnAndLoggedWhole) {
   LogCapture log(log4cxx::Level::getTrace());
   const std::string topic("account.list\0rest", 17);
   EXPECT_EQ(Phone().ask(topic, "not json").data, "[]");
-  EXPECT_THAT(log.lines(), ElementsAre("[TRACE] PocketAgent push RequestID=42,Topic=" + topic + ",Data=not json"));
+  const std::string unknown("quote\0rest", 10);
+  Phone().askAll(unknown, "");
+  EXPECT_EQ(host.calls().back(), "requestAsync(42," + unknown + ",)");
+  EXPECT_EQ(log.lines().front(), "[TRACE] PocketAgent push RequestID=42,Topic=" + topic + ",Data=not json");
 }
 
 TEST(Worker, ConditionalOrdersAreRefusedInUtf8) {
@@ -132,16 +138,26 @@ TEST(Worker, RunsRequestsInOrderOnItsThread) {
   EXPECT_EQ(lines.back(), "[TRACE] PocketAgent MobileWorker stop end");
 }
 
-TEST(Worker, GoesWithItsThreadRunning) {
+TEST(Worker, GoesWithItsThreadRunningAndLetsTheRunningTaskFinish) {
   ScriptedHost host;
-  for (int round = 0; round < 50; ++round) {
-    MobileWorker worker;
-    worker.start();
-    for (int64_t id = 0; id < 20; ++id) {
-      worker.push(id, 8, "account.list", "");
+  std::promise<void> inTask;
+  std::promise<void> mayEnd;
+  host.onSend = [&](const MobileMessage& message) {
+    if (message.requestId == 0) {
+      inTask.set_value();
+      mayEnd.get_future().wait();
     }
+  };
+  auto worker = std::make_unique<MobileWorker>();
+  worker->start();
+  for (int64_t id = 0; id < 20; ++id) {
+    worker->push(id, 8, "order.condition.list", "");
   }
-  EXPECT_LE(host.sent().size(), 1000U);
+  inTask.get_future().wait();
+  std::thread end([&] { worker.reset(); });
+  mayEnd.set_value();
+  end.join();
+  EXPECT_GE(host.sent().size(), 1U);
 }
 
 }  // namespace

@@ -65,7 +65,9 @@ constexpr std::array<char, kSize> fromUtf8(const char (&utf8)[kSize]) {
       text[out++] = utf8[in++];
       continue;
     }
-    const uint16_t bytes = encode(bits(in, 0x0F) << 12 | bits(in + 1, 0x3F) << 6 | bits(in + 2, 0x3F));
+    const bool threeBytes = bits(in, 0xF0) == 0xE0;
+    const uint16_t bytes = threeBytes ? encode(bits(in, 0x0F) << 12 | bits(in + 1, 0x3F) << 6 | bits(in + 2, 0x3F))
+                                      : characterIsMissingFromTheTable();
     text[out++] = static_cast<char>(bytes >> 8);
     text[out++] = static_cast<char>(bytes & 0xFF);
     in += 3;
