@@ -120,7 +120,6 @@ class AsyncBufferQueueThread {
     }
   }
 
- protected:
   // The steps of a stop. REQUIRES: controlMutex held.
   void runStopSteps(bool drain) {
     state.exchange(drain ? QueueDraining : QueueStopNow);
