@@ -1,0 +1,180 @@
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "tests/support/logcapture.h"
+#include "tests/support/phone.h"
+
+namespace orvane::test {
+namespace {
+
+using testing::FieldsAre;
+using testing::IsEmpty;
+
+// Values that a check must refuse; "" leaves the member out.
+using Values = std::vector<std::string>;
+const Values kAbsent = {""};
+const Values kNotInt = {"", "1.0", "2147483648", "-2147483649", "\"1\"", "true", "null"};
+const Values kNotInt64 = {"", "1.0", "9223372036854775808", "\"1\"", "[1]"};
+const Values kNotNumber = {"\"1\"", "true", "null", "9223372036854775808"};
+const Values kNotText = {"", "7", "null"};
+const Values kNotArray = {"", "7", "{}", "null"};
+const Values kNotCodes = {"[1,\"1\"]", "[1.5]", "[{}]", "[9223372036854775808]"};
+const Values kNoIntIfThere = {"\"1\"", "1.0", "null"};
+
+// One check of an element: the member with a good value, the bad ones, and what the reply and the log say of them.
+struct Check {
+  std::string member, good;
+  Values bad;
+  std::string reply;
+  std::string log = reply;  // empty: no line
+};
+
+struct Decoder {
+  std::string topic, framePrefix, elementPrefix;
+  std::vector<Check> checks;
+
+  std::string body(const std::string& elements) const {
+    return topic == "order.new" ? R"({"orderList":[)" + elements + "]}" : "[" + elements + "]";
+  }
+};
+
+const Check kIndex = {"index", "2", kNotInt, "has no index member or not int"};
+const Check kHash = {"hashCode", "-777", kNotInt64, "has no hashCode member or not int64"};
+const Check kCode = {"hashCode", "777", kNotInt64, "has no code member or not int64"};
+const Check kSide = {"side", "1", kNotInt, "has no side member or not int"};
+const Check kVolume = {"volume", "3", kNotInt64, "has no volume member or not int64"};
+
+const std::vector<Check> kNewOrder = {
+    {"index", "2", kNotInt, "has no Index member or not int", "has no index member or not int"},
+    kCode,
+    kSide,
+    {"combOffset", "1", kNotInt, "OrderList has no combOffset member", "has no combOffset member or not int"},
+    {"priceType", "1", kNotInt, "OrderList has no priceType member", "has no priceType member or not int"},
+    {"price", "", kAbsent, "OrderList has no price member", "has no price member"},
+    {"price", "1.5", kNotNumber, "price member must be double or int64"},
+    {"offset", "0", kNotInt, "has no offset member or not int"},
+    kVolume,
+    {"insertTimestamp", "9", kNotInt, "has no insertTimestamp member or not int"},
+    {"source", "\"x\"", kNotText, "has no source member or not string"},
+    {"instructionType", "1", kNoIntIfThere, "instructionType member must be int", "instructionType member not int"},
+    {"orderType", "1", kNoIntIfThere, "orderType member must be int", "orderType member not int"}};
+
+const std::vector<Check> kManualUpdate = {
+    {"index", "2", kNotInt, "has no index member or not int64", "has no index member or not int"},
+    kHash,
+    {"longPos", "5", kNotInt64, "has no longPos member or not int64"},
+    {"shortPos", "0", kNotInt64, "has no shortPos member or not int64"}};
+
+const std::vector<Check> kSyncOrderNew = {kIndex,
+                                          kHash,
+                                          kVolume,
+                                          {"price", "", kAbsent, "has no price member"},
+                                          {"price", "3520", kNotNumber, "price member must be double or int64", ""},
+                                          kSide,
+                                          {"combOffsetFlag", "1", kNotInt, "has no combOffsetFlag member or not int"}};
+
+const std::vector<Check> kMarginRate = {kIndex,
+                                        {"hashCodes", "", kNotArray, "has no hashCodes member or not array"},
+                                        {"hashCodes", "[777]", kNotCodes, "hashCodes element not int64"}};
+
+const std::vector<Decoder> kDecoders = {
+    {"order.new", "newOrder", "orderList", kNewOrder},
+    {"order.cancel", "cancelOrder", "cancelOrder", {kIndex, {"localOrderId", "\"\"", {}, ""}, kCode}},
+    {"monitor.sync.order.list", "monitorSync", "monitorManualList", {kIndex, kHash}},
+    {"monitor.sync.order.new", "monitorNewOrder", "monitorNewOrder", kSyncOrderNew},
+    {"monitor.manual.list", "monitorManualList", "monitorManualList", {kIndex, kHash}},
+    {"monitor.manual.update", "manualUpdate", "manualUpdate", kManualUpdate},
+    {"monitor.manual.clean", "monitorManualClean", "newOrder", {kIndex, kHash}},
+    {"marginrate.list", "symbolMarginRate", "marginRate", kMarginRate}};
+
+// Asks with a body that must fail.
+void expectFailure(const std::string& topic, const std::string& body, const std::string& prefix,
+                   const std::string& reply, const std::string& log) {
+  SCOPED_TRACE(topic + " " + body);
+  ScriptedHost host;
+  LogCapture capture(log4cxx::Level::getDebug());
+  EXPECT_THAT(Phone().ask(topic, body), FieldsAre(42, "unknown.topic", reply, "", 8));
+  std::vector<std::string> lines;
+  if (!log.empty()) {
+    lines.push_back("[DEBUG] PocketAgent parse " + prefix + " error,RequestID=42, Topic=" + topic + ",msg=" + log);
+  }
+  EXPECT_EQ(capture.lines(), lines);
+  EXPECT_THAT(host.calls(), IsEmpty());
+}
+
+void append(std::string& members, const std::string& name, const std::string& value) {
+  if (!value.empty()) {
+    members += (members.empty() ? "\"" : ",\"") + name + "\":" + value;
+  }
+}
+
+std::string goodElement(const Decoder& decoder) {
+  std::string members;
+  for (const Check& check : decoder.checks) {
+    append(members, check.member, check.good);
+  }
+  return "{" + members + "}";
+}
+
+// Each faulty element ends at its fault, behind a good one: an omitted check and one out of its turn both show.
+TEST(Decoders, EachCheckHasItsReplyAndItsLogText) {
+  for (const Decoder& decoder : kDecoders) {
+    std::string before;
+    for (const Check& check : decoder.checks) {
+      for (const std::string& bad : check.bad) {
+        std::string members = before;
+        append(members, check.member, bad);
+        expectFailure(decoder.topic, decoder.body(goodElement(decoder) + ",{" + members + "}"), decoder.elementPrefix,
+                      check.reply, check.log);
+      }
+      append(before, check.member, check.good);
+    }
+  }
+}
+
+TEST(Decoders, EachFrameHasItsReplyAndItsLogText) {
+  for (const Decoder& decoder : kDecoders) {
+    std::string text = "Data member not array";
+    Values bodies = {"{}", "7", "null", R"("[]")"};
+    if (decoder.topic == "order.new") {
+      text = "has no orderList member or not array";
+      bodies = {"{}", R"({"orderList":{}})", R"({"orderList":null})", R"({"OrderList":[]})"};
+    } else if (decoder.topic == "order.cancel") {
+      text = "has no Data member or not array";
+    }
+    for (const std::string& body : bodies) {
+      expectFailure(decoder.topic, body, decoder.framePrefix, text, text);
+    }
+    for (const std::string body : {"", " ", "[{", R"({"orderList":[})"}) {
+      expectFailure(decoder.topic, body, decoder.framePrefix, "invalid json string", "invalid json string");
+    }
+  }
+  expectFailure("creditinfo.list", "{}", "tid", "Data member not array", "Data member not array");
+}
+
+TEST(Decoders, GoodBodyPassesWithMembersNobodyAsksForAndTextBehindIt) {
+  for (const Decoder& decoder : kDecoders) {
+    ScriptedHost host;
+    LogCapture log(log4cxx::Level::getDebug());
+    const std::string element = goodElement(decoder).insert(1, R"("more":[{}],)");
+    EXPECT_NE(Phone().ask(decoder.topic, decoder.body(element + "," + element) + "]]").topic, "unknown.topic");
+    EXPECT_THAT(log.lines(), IsEmpty()) << decoder.topic;
+  }
+}
+
+TEST(DecodersDeathTest, WhatMustBeAnObjectAndIsNotEndsTheProcess) {
+  ScriptedHost host;
+  for (const Decoder& decoder : kDecoders) {
+    for (const std::string element : {"7", "[]"}) {
+      EXPECT_DEATH(Phone().ask(decoder.topic, decoder.body(goodElement(decoder) + "," + element)), "IsObject\\(\\)");
+    }
+  }
+  for (const std::string root : {"[]", "7", "null"}) {
+    EXPECT_DEATH(Phone().ask("order.new", root), "IsObject\\(\\)") << root;
+  }
+}
+
+}  // namespace
+}  // namespace orvane::test
