@@ -1,0 +1,237 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "host/account.h"
+#include "host/baseinformation.h"
+#include "host/instrument.h"
+#include "host/order.h"
+
+namespace orvane::terminal {
+
+// The primary facts of the trading side as they stand in memory. Texts are GBK, as in the host's records; the database
+// holds the same facts in UTF-8. Figures are worked out from these in ledger.h and stored nowhere.
+
+// Order.status.
+enum class OrderStatus : int32_t { Working = 1, Filled = 2, Cancelled = 3, Refused = 4 };
+
+// Order.priceType.
+enum class PriceType : int32_t { Limit = 1, Market = 2 };
+
+// SymbolCode.codeClass.
+enum class CodeClass : int32_t { Stock = 0, Future = 1, Option = 2, Fund = 3 };
+
+// TradingAccountID.marketType.
+enum class MarketType : int32_t { Futures = 1, Stocks = 2, Options = 8, Credit = 16 };
+
+inline bool holdsSecurities(MarketType market) { return market == MarketType::Stocks || market == MarketType::Credit; }
+
+// Order.side.
+enum class Side : int32_t {
+  Buy = 1,
+  Sell = 2,
+  MarginBuying = 3,
+  ShortSelling = 4,
+  SecurityReimbursement = 5,
+  SellingReimbursement = 6,
+  ReturnFund = 7,
+  ReturnSec = 8
+};
+
+// Order.combOffset.
+enum class Offset : int32_t {
+  Unknown = 0,
+  Open = 1,
+  OpenAuto = 2,
+  AutoOpenClose = 3,
+  Close = 4,
+  CloseToday = 5,
+  CloseYesterday = 6,
+  CloseAuto = 7
+};
+
+enum class Direction : int32_t { Long = 1, Short = 2 };
+
+// One account and instrument, in the order in which lists show them.
+struct Key {
+  int32_t account = 0;
+  int64_t hashCode = 0;
+  bool operator==(const Key&) const = default;
+  bool operator<(const Key& other) const {
+    return std::tie(account, hashCode) < std::tie(other.account, other.hashCode);
+  }
+};
+
+struct Instrument {
+  SymbolCode symbol;
+  std::string name;
+  std::string codeType;
+  double defaultMarginRate = 0;
+  int64_t multiplier = 1;
+  double priceTick = 0;
+  int64_t lot = 1;  // step of an order's volume
+  int64_t maxVolume = 0;
+  double preClose = 0;
+  double preSettlement = 0;  // reference of today's profit; equals preClose where nothing settles
+  double lowerLimit = 0;
+  double upperLimit = 0;
+  double last = 0;
+
+  double bid() const;
+  double ask() const;
+};
+
+// The price nearest to `price` that is a multiple of `tick`, free of the noise of repeated addition.
+double roundToTick(double price, double tick);
+
+// Terms of a credit account; rates and ratios are plain factors.
+struct CreditTerms {
+  double longMarginRate = 1;
+  double shortMarginRate = 1;
+  double keepMarginRatio = 1.3;
+  double collateralRate = 0.7;  // share of a holding's value that counts as collateral
+  double interestRate = 0;      // of a year of 360 days
+  double longLimit = 0;
+  double shortLimit = 0;
+};
+
+struct Account {
+  TradingAccountID id;
+  bool online = true;
+  bool triggerOrders = true;
+  bool ordinaryOrders = true;
+  double preBalance = 0;
+  double deposit = 0;
+  double withdraw = 0;
+  double commission = 0;  // of today
+  std::optional<CreditTerms> credit;
+
+  MarketType market() const { return static_cast<MarketType>(id.marketType); }
+};
+
+// What is held on one side of one instrument in one account.
+struct Holding {
+  int64_t yesterdayVolume = 0;  // held at the start of the day
+  int64_t yesterdayClosed = 0;  // of it, closed today
+  int64_t todayVolume = 0;      // opened today and still held
+  double yesterdayPrice = 0;    // average opening price of yesterday's part
+  double todayPrice = 0;        // of today's part
+  double closeProfit = 0;       // realised today
+
+  int64_t yesterdayLeft() const { return yesterdayVolume - yesterdayClosed; }
+  int64_t volume() const { return yesterdayLeft() + todayVolume; }
+};
+
+struct Holdings {
+  Holding longs;
+  Holding shorts;
+
+  Holding& of(Direction direction) { return direction == Direction::Long ? longs : shorts; }
+  const Holding& of(Direction direction) const { return direction == Direction::Long ? longs : shorts; }
+};
+
+// An order with what it closes; both volumes are 0 where it opens.
+struct BookOrder {
+  Order order;
+  int64_t closeYesterday = 0;
+  int64_t closeToday = 0;
+
+  OrderStatus status() const { return static_cast<OrderStatus>(order.status); }
+  Side side() const { return static_cast<Side>(order.side); }
+  Key key() const { return {order.account.index, order.code.hashCode}; }
+  bool opens() const { return closeYesterday + closeToday == 0; }
+  Direction direction() const;
+};
+
+// A fill of `order`, its own identity, time, volume and price left open.
+OrderFill fillOf(const Order& order);
+
+// Whether the side pays for an instrument rather than parts with it.
+bool isBuying(Side side);
+
+// Share of the value (byMoney) and amount per unit of volume (byVolume).
+struct Rate {
+  double byMoney = 0;
+  double byVolume = 0;
+};
+
+struct MarginRate {
+  Rate longs;
+  Rate shorts;
+};
+
+struct CommissionRate {
+  Rate rate;
+  double minimum = 0;  // of one fill
+  double saleTax = 0;  // share of the value of a sale
+};
+
+// A debt of a credit account: money borrowed to buy with, or securities borrowed to sell.
+struct CreditContract {
+  int64_t id = 0;
+  Key key;
+  Direction direction = Direction::Long;
+  int64_t volume = 0;   // still owed, or still held against the loan
+  double amount = 0;    // still owed in money; of borrowed securities, what their sale brought
+  double interest = 0;  // accrued to the end of the last day
+};
+
+struct Volumes {
+  int64_t longs = 0;
+  int64_t shorts = 0;
+};
+
+enum class TargetFamily : int32_t { Active = 1, Unsend = 2, Algo = 3 };
+
+struct StrategyTarget {
+  Key key;
+  TargetFamily family = TargetFamily::Active;
+  Volumes volumes;
+};
+
+// A function that is refused to the user, or, where an account is named, on that account.
+struct Refusal {
+  std::string function;
+  std::optional<int32_t> account;
+  std::string reason;
+};
+
+struct Book {
+  int64_t day = 0;  // the trading day, in days since 1970 by local time
+  BaseInformationMap exchanges;
+  std::map<int64_t, Instrument> instruments;  // by hash code
+  std::map<int32_t, Account> accounts;        // by index
+  std::map<Key, Holdings> holdings;           // an entry for every working order too
+  std::map<int64_t, BookOrder> orders;        // of the day, by local order id
+  std::set<std::pair<Key, int64_t>> working;  // local order ids, by account and instrument
+  std::vector<OrderFill> fills;               // of the day
+  int64_t lastOrderId = 0;                    // given out so far, of any day
+  int64_t lastFillId = 0;
+  std::map<Key, MarginRate> marginRates;
+  std::map<std::pair<int32_t, std::string>, CommissionRate> commissionRates;  // by account and code type
+  std::map<int64_t, CreditContract> contracts;                                // by id
+  std::vector<StrategyTarget> targets;
+  std::map<Key, Volumes> manual;
+  std::map<Key, int32_t> syncRules;
+  std::vector<Refusal> refusals;
+
+  // Enters or replaces an order, and keeps `working` and `holdings` in step.
+  void put(BookOrder order);
+
+  // Null where there is none.
+  const Instrument* instrument(int64_t hashCode) const;
+  const Account* account(int32_t index) const;
+  const MarginRate* marginRate(const Key& key) const;
+};
+
+// The instrument's code, ".", and its exchange's short text.
+std::string codeKey(const Book& book, const SymbolCode& symbol);
+
+}  // namespace orvane::terminal

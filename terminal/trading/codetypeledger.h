@@ -1,0 +1,15 @@
+#pragma once
+
+#include <vector>
+
+#include "host/uiproxymgr.h"
+#include "terminal/trading/book.h"
+
+namespace orvane::terminal {
+
+// One record for each code type that the accounts hold, in the order of their names. `derivatives` takes in futures and
+// options accounts, `securities` stock and credit accounts.
+std::vector<CodeTypePosition> codeTypePositions(const Book& book, const std::vector<TradingAccountID>& accounts,
+                                                bool derivatives, bool securities);
+
+}  // namespace orvane::terminal

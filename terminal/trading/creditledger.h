@@ -1,0 +1,14 @@
+#pragma once
+
+#include "host/credit.h"
+#include "terminal/trading/ledger.h"
+
+namespace orvane::terminal {
+
+// Figures of a credit account. REQUIRES: the account has credit terms.
+CreditInfoRecord creditInfo(const Book& book, const Account& account);
+
+// Volume of an instrument that was bought with borrowed money.
+int64_t financedVolume(const Book& book, const Key& key);
+
+}  // namespace orvane::terminal

@@ -1,0 +1,74 @@
+#include "terminal/trading/desk.h"
+
+#include <ctime>
+
+#include "host/common.h"
+#include "terminal/trading/pushrow.h"
+#include "terminal/trading/settlement.h"
+
+namespace orvane::terminal {
+namespace {
+
+int64_t localDay() {
+  const std::time_t now = std::time(nullptr);
+  std::tm local{};
+  localtime_r(&now, &local);
+  return (now + local.tm_gmtoff) / 86400;
+}
+
+}  // namespace
+
+Desk::Desk(const std::filesystem::path& dir) : database_(dir), book_(database_.load()) {
+  apply([](Book&, Change&) {});
+}
+
+void Desk::apply(const std::function<void(Book&, Change&)>& work) {
+  const std::lock_guard lock(mutex_);
+  if (const int64_t today = localDay(); today > book_.day) {
+    commit([today](Book& book, Change& change) { settle(book, change, today); });
+    book_ = database_.load();
+  }
+  commit(work);
+}
+
+void Desk::commit(const std::function<void(Book&, Change&)>& work) {
+  Change change;
+  try {
+    work(book_, change);
+    if (!change.empty()) database_.save(book_, change);
+  } catch (...) {
+    reload();
+    throw;
+  }
+  announce(change);
+}
+
+void Desk::notice(const std::string& text) {
+  MobileMessage message;
+  message.topic = "terminal.notice";
+  message.message = CodeConvert::utf8_to_gbk(text);
+  outbox_.post(std::move(message));
+}
+
+// Ends the process where the book can be neither written nor read: nothing may trade on it then.
+void Desk::reload() noexcept {
+  Book fresh = database_.load();
+  for (auto& [hashCode, instrument] : fresh.instruments) instrument.last = book_.instruments.at(hashCode).last;
+  book_ = std::move(fresh);
+}
+
+void Desk::announce(const Change& change) {
+  MobileMessage message;
+  if (!change.orders.empty()) {
+    message.topic = "order.push";
+    message.data = orderRows(book_, change);
+    outbox_.post(message);
+  }
+  if (!change.fills.empty()) {
+    message.topic = "trade.push";
+    message.data = fillRows(book_, change);
+    outbox_.post(std::move(message));
+  }
+}
+
+}  // namespace orvane::terminal

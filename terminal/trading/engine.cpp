@@ -1,0 +1,135 @@
+#include "terminal/trading/engine.h"
+
+#include <chrono>
+#include <cmath>
+
+#include <fmt/format.h>
+
+#include "host/common.h"
+#include "terminal/trading/fills.h"
+#include "terminal/trading/ordercheck.h"
+
+namespace orvane::terminal {
+namespace {
+
+constexpr size_t kMaxSourceText = 64;
+
+int64_t nowMillis() {
+  const auto since = std::chrono::system_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(since).count();
+}
+
+bool crosses(const Order& order, const Instrument& instrument) {
+  const double slack = instrument.priceTick / 2;
+  return isBuying(static_cast<Side>(order.side)) ? order.price > instrument.ask() - slack
+                                                 : order.price < instrument.bid() + slack;
+}
+
+BookOrder makeOrder(const Book& book, const MobileNewOrderItem& item) {
+  BookOrder it;
+  Order& order = it.order;
+  order.localOrderId = book.lastOrderId + 1;
+  order.account = book.accounts.at(item.account.index).id;
+  order.code = book.instruments.at(item.code.hashCode).symbol;
+  order.orderSource = item.orderSource;
+  order.srcTimestamp = nowMillis();
+  order.volume = item.volume;
+  order.price = std::isfinite(item.price) ? item.price : 0;
+  order.priceType = item.priceType;
+  order.combOffset = item.combOffset;
+  order.hedge = item.hedge;
+  order.side = item.side;
+  return it;
+}
+
+// Returns the refusal, UTF-8, empty where the order was taken.
+std::string enter(Book& book, Change& change, const MobileNewOrderItem& item) {
+  if (book.account(item.account.index) == nullptr) return fmt::format("没有账户 {}", item.account.index);
+  const Instrument* instrument = book.instrument(item.code.hashCode);
+  if (instrument == nullptr) return fmt::format("没有合约 {}", item.code.hashCode);
+  if (const size_t size = item.orderSource.sourceText.size(); size > kMaxSourceText) {
+    return fmt::format("委托来源 {} 字节, 超过上限 {}", size, kMaxSourceText);
+  }
+  BookOrder entered = makeOrder(book, item);
+  Order& order = entered.order;
+  const int64_t id = order.localOrderId;
+  std::string fault = OrderCheck(book, entered).fault();
+  order.status = static_cast<int32_t>(fault.empty() ? OrderStatus::Working : OrderStatus::Refused);
+  order.note = CodeConvert::utf8_to_gbk(fault);
+  if (fault.empty()) {
+    order.orderId = fmt::format("{}{:08}", book.exchanges.exchangeNames.at(order.code.exchangeId), id);
+  }
+  const bool fills = fault.empty() && crosses(order, *instrument);
+  const double quote = isBuying(entered.side()) ? instrument->ask() : instrument->bid();
+  change.orders.insert(id);
+  book.put(std::move(entered));
+  if (fills) fillOrder(book, change, id, quote, nowMillis());
+  return fault;
+}
+
+std::string cancel(Book& book, Change& change, const CancelOrderRequest& request) {
+  auto found = book.orders.find(request.localOrderId);
+  if (found == book.orders.end() || found->second.key() != Key{request.account.index, request.code.hashCode}) {
+    return fmt::format("账户 {} 在该合约上没有委托 {}", request.account.userCode, request.localOrderId);
+  }
+  if (found->second.status() != OrderStatus::Working) {
+    const char* state = found->second.status() == OrderStatus::Filled      ? "已全部成交"
+                        : found->second.status() == OrderStatus::Cancelled ? "已撤单"
+                                                                           : "是废单";
+    return fmt::format("委托 {} {}, 不能撤单", request.localOrderId, state);
+  }
+  BookOrder order = found->second;
+  order.order.status = static_cast<int32_t>(OrderStatus::Cancelled);
+  order.order.note = CodeConvert::utf8_to_gbk("用户撤单");
+  change.orders.insert(request.localOrderId);
+  book.put(std::move(order));
+  return {};
+}
+
+// Fills the working orders that the prices have reached, each at its own price.
+void match(Book& book, Change& change) {
+  std::vector<BookOrder> reached;
+  for (const auto& [key, id] : book.working) {
+    const BookOrder& order = book.orders.at(id);
+    if (crosses(order.order, book.instruments.at(key.hashCode))) reached.push_back(order);
+  }
+  for (const BookOrder& it : reached) {
+    fillOrder(book, change, it.order.localOrderId, it.order.price, nowMillis());
+    change.quotes.insert(it.order.code.hashCode);
+  }
+}
+
+// Runs one action on the desk; a text it returns, or that the desk could not store it, is the refusal.
+template <typename Action>
+ResultStatus carryOut(Desk& desk, const Action& action) {
+  std::string fault;
+  try {
+    desk.apply([&](Book& book, Change& change) { fault = action(book, change); });
+  } catch (const std::exception& e) {
+    fault = fmt::format("数据库写入失败, 未作任何更改: {}", e.what());
+  }
+  if (fault.empty()) return {};
+  return {-1, CodeConvert::utf8_to_gbk(fault)};
+}
+
+}  // namespace
+
+ResultStatus Engine::insertOrder(const MobileNewOrderItem& item) {
+  return carryOut(desk_, [&](Book& book, Change& change) { return enter(book, change, item); });
+}
+
+ResultStatus Engine::cancelOrder(const CancelOrderRequest& request) {
+  return carryOut(desk_, [&](Book& book, Change& change) { return cancel(book, change, request); });
+}
+
+void Engine::movePrices(const std::vector<Price>& prices, bool store) {
+  desk_.apply([&](Book& book, Change& change) {
+    for (const auto& [hashCode, price] : prices) {
+      book.instruments.at(hashCode).last = price;
+      if (store) change.quotes.insert(hashCode);
+    }
+    match(book, change);
+  });
+}
+
+}  // namespace orvane::terminal

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <functional>
+#include <list>
+
+#include "host/positionmonitor.h"
+#include "terminal/trading/engine.h"
+
+namespace orvane::terminal {
+
+// Compares what is held with what strategies, algorithms and the user want held. How the families, differences and
+// flags are formed stands in docs/terminal.md. An empty MonitorAccountCodes means every account and instrument.
+class PositionMonitor : public IPositionMonitor {
+ public:
+  PositionMonitor(Desk& desk, Engine& engine) : desk_(desk), engine_(engine) {}
+
+  std::list<MonitorSyncOrder> getSyncOrders(const MonitorAccountCodes& codes) override;
+  void placeSyncOrders(std::list<MonitorSyncOrder>& orders) override;
+  void getMonitorRecords(MonitorSnapshot& snapshot) override;
+  void cleanManualPositions(const MonitorAccountCodes& codes) override;
+  void updateManualPositions(std::list<MonitorManualPosition>& positions) override;
+  void getManualPositions(const MonitorAccountCodes& codes, std::list<MonitorManualPosition>& positions) override;
+
+ private:
+  void changeManual(const std::function<void(Book&, Change&)>& work);
+
+  Desk& desk_;
+  Engine& engine_;
+};
+
+}  // namespace orvane::terminal

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <random>
+#include <thread>
+#include <vector>
+
+#include "terminal/trading/engine.h"
+#include "terminal/trading/tradinghost.h"
+
+namespace orvane::terminal {
+
+// One line of a quote file.
+struct ReplayedPrice {
+  std::chrono::milliseconds time;  // since the feed's start
+  Price price;
+};
+
+// Reads a quote file: lines of "milliseconds,instrument,price", such as "1500,rb2701.SHFE,3326", in ascending time;
+// empty lines and lines that begin with '#' are skipped. Throws std::runtime_error that names the line at fault.
+std::vector<ReplayedPrice> readQuoteFile(const std::filesystem::path& file, const Book& book);
+
+// Moves the prices on a thread of its own, in the way that the options say.
+class QuoteFeed {
+ public:
+  // Throws as readQuoteFile does.
+  QuoteFeed(Desk& desk, Engine& engine, const TradingOptions& options);
+  ~QuoteFeed() { stop(); }
+
+  // REQUIRES: not started.
+  void start();
+
+  // Stores the prices where they walked. Does nothing when not started.
+  void stop();
+
+ private:
+  void walk();
+  void replay();
+  void step(bool store);
+  bool sleepUntil(std::chrono::steady_clock::time_point time);
+  void move(const std::vector<Price>& prices, bool store);
+
+  Desk& desk_;
+  Engine& engine_;
+  QuoteMode mode_;
+  std::mt19937_64 random_;
+  std::vector<ReplayedPrice> replayed_;
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  bool running_ = false;
+  bool failed_ = false;  // the last move could not be stored; told once
+  std::thread thread_;
+};
+
+}  // namespace orvane::terminal

@@ -1,0 +1,148 @@
+#include "terminal/trading/uiproxy.h"
+
+#include <cmath>
+
+#include <fmt/format.h>
+#include <rapidjson/document.h>
+
+#include "host/common.h"
+#include "terminal/trading/codetypeledger.h"
+#include "terminal/trading/jsontext.h"
+
+namespace orvane::terminal {
+namespace {
+
+const char* modeName(QuoteMode mode) {
+  switch (mode) {
+    case QuoteMode::Walk:
+      return "walk";
+    case QuoteMode::Still:
+      return "still";
+    default:
+      return "replay";
+  }
+}
+
+void writeQuote(JsonText& row, const Book& book, const Instrument& it) {
+  row.member("hashCode", it.symbol.hashCode);
+  row.member("codeExch", codeKey(book, it.symbol));
+  row.member("codeName", CodeConvert::gbk_to_utf8(it.name));
+  row.member("codeClass", it.symbol.codeClass);
+  row.member("lastPrice", it.last);
+  row.member("bidPrice", it.bid());
+  row.member("askPrice", it.ask());
+  row.member("preClosePrice", it.preClose);
+  row.member("preSettlementPrice", it.preSettlement);
+  row.member("lowerLimit", it.lowerLimit);
+  row.member("upperLimit", it.upperLimit);
+  row.member("priceTick", it.priceTick);
+  row.member("volumeStep", it.lot);
+  row.member("maxVolume", it.maxVolume);
+  row.member("multiplier", it.multiplier);
+}
+
+// What is wrong with a price set by hand, UTF-8; empty where nothing is.
+std::string quoteFault(const Instrument* instrument, int64_t hashCode, double price) {
+  if (instrument == nullptr) return fmt::format("没有合约 {}", hashCode);
+  if (!(price >= instrument->lowerLimit && price <= instrument->upperLimit)) {
+    return fmt::format("价格 {} 超出涨跌停范围 {} 至 {}", price, instrument->lowerLimit, instrument->upperLimit);
+  }
+  if (std::abs(price - roundToTick(price, instrument->priceTick)) > instrument->priceTick * 1e-6) {
+    return fmt::format("价格 {} 不是最小变动价位 {} 的整数倍", price, instrument->priceTick);
+  }
+  return {};
+}
+
+}  // namespace
+
+void UiProxy::requestSync(const std::string& topic, const std::string& data, MobileMessage& reply) {
+  reply.topic = topic;
+  answer(topic, data, reply.message, reply.data);
+}
+
+void UiProxy::requestAsync(int64_t requestId, const std::string& topic, const std::string& data) {
+  MobileMessage reply;
+  reply.requestId = requestId;
+  requestSync(topic, data, reply);
+  desk_.outbox().post(std::move(reply));
+}
+
+void UiProxy::answer(const std::string& topic, const std::string& body, std::string& message, std::string& data) {
+  std::string text;
+  if (topic == "terminal.info") {
+    text = terminalInfo();
+  } else if (topic == "quote.list") {
+    text = quoteList();
+  } else if (topic == "quote.set") {
+    message = CodeConvert::utf8_to_gbk(setQuote(body));
+  } else {
+    message = CodeConvert::utf8_to_gbk(fmt::format("未知的功能: {}", topic));
+  }
+  data = CodeConvert::utf8_to_gbk(text);
+}
+
+std::string UiProxy::terminalInfo() {
+  return desk_.read([&](const Book& book) {
+    JsonText json;
+    json.beginObject();
+    json.member("name", std::string("pocket-terminal"));
+    json.member("quotes", std::string(modeName(mode_)));
+    json.member("accounts", static_cast<int64_t>(book.accounts.size()));
+    json.member("instruments", static_cast<int64_t>(book.instruments.size()));
+    json.member("workingOrders", static_cast<int64_t>(book.working.size()));
+    json.endObject();
+    return json.text();
+  });
+}
+
+std::string UiProxy::quoteList() {
+  return desk_.read([](const Book& book) {
+    return jsonRows(book.instruments, [&](JsonText& row, const auto& entry) { writeQuote(row, book, entry.second); });
+  });
+}
+
+std::string UiProxy::setQuote(const std::string& body) {
+  if (mode_ != QuoteMode::Still) return "quote.set 只能在 --quotes still 方式下使用";
+  rapidjson::Document root;
+  root.Parse<rapidjson::kParseIterativeFlag>(body.c_str());
+  if (root.HasParseError() || !root.IsObject()) return R"(quote.set 需要 {"hashCode": 整数, "price": 数})";
+  const rapidjson::Value& object = root;
+  const auto hashCode = object.FindMember("hashCode");
+  const auto price = object.FindMember("price");
+  if (hashCode == object.MemberEnd() || !hashCode->value.IsInt64()) return "quote.set 缺少整数 hashCode";
+  if (price == object.MemberEnd() || !price->value.IsNumber()) return "quote.set 缺少数值 price";
+  const Price wanted{hashCode->value.GetInt64(), price->value.GetDouble()};
+  std::string fault = desk_.read(
+      [&](const Book& book) { return quoteFault(book.instrument(wanted.first), wanted.first, wanted.second); });
+  if (!fault.empty()) return fault;
+  try {
+    engine_.movePrices({wanted}, true);
+  } catch (const std::exception& e) {
+    return fmt::format("数据库写入失败, 未作任何更改: {}", e.what());
+  }
+  return {};
+}
+
+double UiProxy::getDefaultMarginRate(const SymbolCode& symbol) {
+  return desk_.read([&](const Book& book) {
+    const Instrument* instrument = book.instrument(symbol.hashCode);
+    return instrument == nullptr ? 1.0 : instrument->defaultMarginRate;
+  });
+}
+
+void UiProxy::getCodeTypePositions(const std::vector<TradingAccountID>& accounts, bool flag1, bool flag2,
+                                   std::vector<CodeTypePosition>& positions) {
+  positions = desk_.read([&](const Book& book) { return codeTypePositions(book, accounts, flag1, flag2); });
+}
+
+bool UiProxy::getCodeTypeName(int64_t hashCode, std::string& typeText, std::string& nameText) {
+  return desk_.read([&](const Book& book) {
+    const Instrument* instrument = book.instrument(hashCode);
+    if (instrument == nullptr) return false;
+    typeText = instrument->codeType;
+    nameText = instrument->name;
+    return true;
+  });
+}
+
+}  // namespace orvane::terminal

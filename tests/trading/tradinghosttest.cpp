@@ -1,0 +1,152 @@
+#include <gmock/gmock.h>
+
+#include "host/baseinformation.h"
+#include "tests/trading/desktest.h"
+
+namespace orvane::terminal::testing {
+namespace {
+
+using ::testing::HasSubstr;
+using TradingHostTest = DeskTest;
+
+std::string faultOf(const TradingOptions& options) {
+  try {
+    const TradingHost host(options);
+  } catch (const std::runtime_error& e) {
+    return e.what();
+  }
+  return "";
+}
+
+TEST_F(TradingHostTest, ASecondTerminalOnTheSameFolderIsTurnedAway) {
+  EXPECT_THAT(faultOf({dir_, QuoteMode::Still, {}, 1}), HasSubstr("database is locked"));
+  EXPECT_THAT(faultOf({dir_, QuoteMode::Still, {}, 1}), HasSubstr("choose another folder with --data"));
+}
+
+TEST_F(TradingHostTest, ADatabaseOfAnotherVersionIsLeftAlone) {
+  host_.reset();
+  SQLite::Database((dir_ / "terminal.db").string(), SQLite::OPEN_READWRITE).exec("PRAGMA user_version = 7");
+  EXPECT_THAT(faultOf({dir_, QuoteMode::Still, {}, 1}), HasSubstr("its version is 7, this program reads version 1"));
+  EXPECT_THAT(faultOf({"/proc/none", QuoteMode::Still, {}, 1}), HasSubstr("cannot open the database in /proc/none"));
+}
+
+TEST_F(TradingHostTest, BadQuoteFilesNameTheLine) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"0,rb2701.SHFE,3326\nx,rb2701.SHFE,1\n", "line 2: bad milliseconds: x"},
+      {"0,rb2701.SHFE\n", "line 1: expected milliseconds,instrument,price"},
+      {"\n", "holds no price"},
+      {"# comment\r\n-1,rb2701.SHFE,3326\n", "line 2: milliseconds must not be negative"},
+      {"0,rb0000.SHFE,3326\n", "line 1: unknown instrument rb0000.SHFE"},
+      {"0,rb2701.SHFE,3326x\n", "line 1: bad price: 3326x"},
+      {"0,rb2701.SHFE,nan\n", "line 1: price nan is outside 3077 to 3539"},
+      {"5,rb2701.SHFE,3326\n4,rb2701.SHFE,3327\n", "line 2: times must not go back"},
+  };
+  host_.reset();
+  for (const auto& [text, fault] : cases) {
+    std::ofstream(dir_ / "quotes.csv") << text;
+    EXPECT_THAT(faultOf({dir_, QuoteMode::Replay, dir_ / "quotes.csv", 1}), HasSubstr(fault));
+  }
+  EXPECT_THAT(faultOf({dir_, QuoteMode::Replay, dir_ / "none.csv", 1}), HasSubstr("cannot be read"));
+}
+
+TEST_F(TradingHostTest, QuotesAreReplayedAndFillWhatTheyReach) {
+  host_.reset();
+  std::ofstream(dir_ / "quotes.csv") << "0,rb2701.SHFE,3326\n1,SR701.CZCE,5450\n";
+  host_.emplace(TradingOptions{dir_, QuoteMode::Replay, dir_ / "quotes.csv", 1});
+  host_->start([this](const MobileMessage& message) { inbox_.put(message); });
+  EXPECT_THAT(inbox_.next("trade.push").data, HasSubstr("\"localOrderId\":\"1006\""));
+  EXPECT_EQ(positions().at({1, kRebar}).currentPrice, 3326);
+  EXPECT_EQ(setQuote(kRebar, "3327"), "quote.set 只能在 --quotes still 方式下使用");
+}
+
+TEST_F(TradingHostTest, QuotesWalkOnTheTicksAndAreStored) {
+  host_.reset();
+  host_.emplace(TradingOptions{dir_, QuoteMode::Walk, {}, 7});
+  EXPECT_EQ(order(1, kRebar, Side::Sell, Offset::Open, 3325, 1), "");  // one tick above the bid
+  host_->start([this](const MobileMessage& message) { inbox_.put(message); });
+  EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3325, 1), "");  // one tick below the ask
+  inbox_.next("trade.push");
+  host_->stop();
+  const double walked = positions().at({2, kMaotai}).currentPrice;
+  reopen();
+  EXPECT_EQ(positions().at({2, kMaotai}).currentPrice, walked);
+}
+
+TEST_F(TradingHostTest, TheTerminalAnswersItsOwnTopicsBothWays) {
+  IUIProxyMgr& proxy = *IUIProxyMgr::getInstance();
+  MobileMessage reply;
+  proxy.requestSync("quote.list", "", reply);
+  EXPECT_EQ(reply.topic, "quote.list");
+  EXPECT_THAT(utf8(reply.data), HasSubstr(R"("codeExch":"T2703.CFFEX","codeName":"十年期国债2703","codeClass":1,)"
+                                          R"("lastPrice":108.31,"bidPrice":108.305,"askPrice":108.315)"));
+  proxy.requestAsync(5, "terminal.info", "");
+  const MobileMessage later = inbox_.next("terminal.info");
+  EXPECT_EQ(later.requestId, 5);
+  EXPECT_EQ(later.data,
+            R"({"name":"pocket-terminal","quotes":"still","accounts":4,"instruments":20,"workingOrders":5})");
+  proxy.requestAsync(6, "no.such", "");
+  EXPECT_EQ(utf8(inbox_.next("no.such").message), "未知的功能: no.such");
+}
+
+TEST_F(TradingHostTest, AQuoteSetByHandIsChecked) {
+  EXPECT_EQ(setQuote(42, "1"), "没有合约 42");
+  EXPECT_EQ(setQuote(kRebar, "3326.5"), "价格 3326.5 不是最小变动价位 1 的整数倍");
+  EXPECT_EQ(setQuote(kRebar, "9999"), "价格 9999 超出涨跌停范围 3077 至 3539");
+  EXPECT_EQ(setQuote(kRebar, "\"x\""), "quote.set 缺少数值 price");
+  EXPECT_EQ(setQuote(kRebar, "[}"), R"(quote.set 需要 {"hashCode": 整数, "price": 数})");
+}
+
+TEST_F(TradingHostTest, EntitlementsComeFromTheDatabase) {
+  IAuthAgent* auth = IAuthAgent::getInstance();
+  EXPECT_EQ(auth->checkUser("order.new").code, 0);
+  EXPECT_TRUE(auth->hasPrivilege(capital(1).id, AccountPrivilege::TriggerOrder));
+  EXPECT_FALSE(auth->hasPrivilege(capital(2).id, AccountPrivilege::TriggerOrder));
+  reopen("INSERT INTO refused_function VALUES ('order.new', NULL, '只读用户'), ('order.cancel', 2, '账户冻结')");
+  auth = IAuthAgent::getInstance();
+  EXPECT_EQ(utf8(auth->checkUser("order.new").message), "只读用户");
+  EXPECT_EQ(auth->checkUser("order.cancel").code, 0);
+  EXPECT_EQ(utf8(auth->checkAccount("order.cancel", capital(2).id).message), "账户冻结");
+  EXPECT_EQ(auth->checkAccount("order.cancel", capital(1).id).code, 0);
+}
+
+TEST_F(TradingHostTest, MasterDataIsGbkAtTheBoundary) {
+  EXPECT_EQ(gBaseInformationMap->exchangeNames.at(1), "SHFE");
+  EXPECT_EQ(utf8(gBaseInformationMap->exchangeFullNames.at(1)), "上海期货交易所");
+  ICodeService* codes = IServiceRouter::instance()->getBaseService()->getCodeService();
+  SymbolCode symbol;
+  CodeProperty property;
+  EXPECT_EQ(codes->getCodeByHash(kTreasury, symbol).code, 0);
+  EXPECT_EQ(symbol.code, "T2703");
+  EXPECT_EQ(codes->getCodeProperty(symbol, property, INT64_MAX).code, 0);
+  EXPECT_EQ(property.codeName,
+            "\xCA\xAE\xC4\xEA\xC6\xDA\xB9\xFA\xD5\xAE"
+            "2703");
+  EXPECT_NE(codes->getCodeByHash(42, symbol).code, 0);
+  host_.reset();
+  EXPECT_EQ(IServiceRouter::instance()->getBaseService(), nullptr);
+}
+
+TEST(CodeConvertTest, KeepsEveryCharacterAndReplacesWhatIsNoText) {
+  EXPECT_EQ(CodeConvert::utf8_to_gbk("\xE8\x9E\xBA"), "\xC2\xDD");
+  const std::string mixed = "多空 €𠮷😀 abc";
+  EXPECT_EQ(CodeConvert::gbk_to_utf8(CodeConvert::utf8_to_gbk(mixed)), mixed);
+  EXPECT_EQ(CodeConvert::utf8_to_gbk("a\xFF"
+                                     "b\xE8"),
+            "a?b?");
+  EXPECT_EQ(CodeConvert::gbk_to_utf8("a\xFF"
+                                     "b"),
+            "a\xEF\xBF\xBD"
+            "b");
+  std::string longText;
+  for (int i = 0; i < 1000; ++i) longText += "螺纹";
+  EXPECT_EQ(CodeConvert::gbk_to_utf8(CodeConvert::utf8_to_gbk(longText)), longText);
+}
+
+TEST(TimestampTest, IsWrittenInTheIsoForm) {
+  EXPECT_THAT(Timestamp::now(OrvTimeZone::Default).toISO8601String(),
+              ::testing::MatchesRegex("2[0-9]+-[0-9]+-[0-9]+T[0-9:]+[.][0-9]+[+-][0-9]+"));
+  EXPECT_TRUE(isTimeEnabled());
+}
+
+}  // namespace
+}  // namespace orvane::terminal::testing
