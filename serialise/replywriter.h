@@ -1,11 +1,14 @@
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <string_view>
 
 #include "pocketagent/json.h"
+#include "serialise/valuetext.h"
 
 namespace orvane {
 
@@ -19,7 +22,7 @@ class ReplyWriter : private rapidjson::Writer<rapidjson::StringBuffer> {
  public:
   explicit ReplyWriter(rapidjson::StringBuffer& buffer) : Base(buffer) {}
 
-  // A key with no value.
+  // A key with no value. Keys are plain texts, which need no escape.
   template <size_t kSize>
   void key(const char (&name)[kSize]) {
     separate();
@@ -29,8 +32,14 @@ class ReplyWriter : private rapidjson::Writer<rapidjson::StringBuffer> {
   // A key and its value.
   template <size_t kSize, typename Value>
   void member(const char (&name)[kSize], const Value& value) {
-    key(name);
-    separate();
+    Level& level = *level_stack_.Top<Level>();
+    if (level.valueCount % 2 == 0) {
+      writeKeyInStep(name, kSize - 1, level.valueCount == 0);
+      level.valueCount += 2;
+    } else {
+      key(name);
+      separate();
+    }
     write(value);
   }
 
@@ -56,12 +65,48 @@ class ReplyWriter : private rapidjson::Writer<rapidjson::StringBuffer> {
   }
 
  private:
+  // Separator, key and colon in one piece: members are nearly all that there is to write.
+  void writeKeyInStep(const char* name, size_t size, bool isFirst) {
+    char* out = os_->Push(size + 4);
+    if (isFirst) {
+      os_->Pop(1);
+    } else {
+      *out++ = ',';
+    }
+    *out++ = '"';
+    std::memcpy(out, name, size);
+    out += size;
+    *out++ = '"';
+    *out = ':';
+  }
+
   void write(bool value) { WriteBool(value); }
-  void write(int32_t value) { WriteInt(value); }
-  void write(int64_t value) { WriteInt64(value); }
-  void write(double value) { WriteDouble(value); }
-  void write(const char* value) { WriteString(value, static_cast<rapidjson::SizeType>(std::strlen(value))); }
-  void write(const std::string& value) { write(value.c_str()); }
+  void write(int32_t value) { writeNumberText(value); }
+  void write(int64_t value) { writeNumberText(value); }
+  void write(double value) {
+    if (std::isfinite(value)) {
+      writeNumberText(value);
+    }
+  }
+  void write(const char* value) { write(std::string_view(value)); }
+  void write(const std::string& value) { write(std::string_view(value)); }
+
+  void write(std::string_view value) {
+    if (!isPlain(value)) {
+      WriteString(value.data(), static_cast<rapidjson::SizeType>(value.substr(0, value.find('\0')).size()));
+      return;
+    }
+    char* out = os_->Push(value.size() + 2);
+    *out++ = '"';
+    value.copy(out, value.size());
+    out[value.size()] = '"';
+  }
+
+  template <typename Number>
+  void writeNumberText(Number value) {
+    char* const begin = os_->Push(kMaxNumberText);
+    os_->Pop(kMaxNumberText - static_cast<size_t>(writeNumber(begin, value) - begin));
+  }
 
   // What the stock writer puts in front of a value, by its place among keys and values alone.
   void separate() {
