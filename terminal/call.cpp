@@ -1,0 +1,51 @@
+#include "terminal/call.h"
+
+#include <cstdio>
+#include <string>
+
+#include <fmt/format.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include "terminal/client.h"
+#include "terminal/gateway/tokens.h"
+#include "terminal/table.h"
+
+namespace orvane::terminal {
+namespace {
+
+enum ExitCode { kDone = 0, kRefused = 1, kNotAsked = 2 };
+
+// 0 where the output goes elsewhere.
+size_t screenWidth() {
+  winsize size{};
+  return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
+void printReply(const Reply& reply, bool asTable) {
+  const std::string& text = reply.text.empty() ? reply.data : reply.text;
+  fmt::print("{}", asTable ? writeTable(text, screenWidth()) : text + '\n');
+}
+
+}  // namespace
+
+int runCall(const Settings& settings) try {
+  const CallSettings& call = *settings.call;
+  const std::string token = call.token.empty() ? loadToken(settings.dataDir) : call.token;
+  Client client(settings.port);
+  client.login(token);
+  const Reply reply = client.request(call.topic, call.data, call.terminalType);
+  if (reply.message.empty()) {
+    printReply(reply, call.asTable);
+    return kDone;
+  }
+  fmt::print(stderr, "{}\n", reply.message);
+  return kRefused;
+} catch (const std::exception& error) {
+  fmt::print(stderr,
+             "pocket-terminal: {}\nIs the terminal running, and are --port and --data those it was started with?\n",
+             error.what());
+  return kNotAsked;
+}
+
+}  // namespace orvane::terminal

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include <fmt/format.h>
+#include <log4cxx/logger.h>
+
+namespace orvane::terminal {
+
+// Sends every logger's lines, the library's "PocketAgent" included, to `file`, which is appended to. `level` is a name
+// that log4cxx knows, such as "info". Throws std::runtime_error when the file cannot be opened. Call once, before any
+// thread starts.
+void setUpLogging(const std::filesystem::path& file, const std::string& level);
+
+// The form of all lines: one line of readable UTF-8 for each event, ended by a line feed. Bytes that are no UTF-8 are
+// taken for GBK; control characters, which a phone could use to forge lines, are written as \xNN.
+std::string logLine(const std::string& text);
+
+// Writes one line in the library's own form: time, tag, logger name, text. Any thread.
+void writeLog(const log4cxx::LoggerPtr& logger, const log4cxx::LevelPtr& level, const std::string& text,
+              const log4cxx::spi::LocationInfo& location);
+
+}  // namespace orvane::terminal
+
+// TERMINAL_LOG(logger, Info, "text {}", value): builds nothing where the level is off. Texts are UTF-8.
+#define TERMINAL_LOG(logger, level, ...)                                                             \
+  do {                                                                                               \
+    if (logger->isEnabledFor(log4cxx::Level::get##level())) {                                        \
+      ::orvane::terminal::writeLog(logger, log4cxx::Level::get##level(), ::fmt::format(__VA_ARGS__), \
+                                   LOG4CXX_LOCATION);                                                \
+    }                                                                                                \
+  } while (false)

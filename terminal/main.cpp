@@ -1,0 +1,103 @@
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <stdexcept>
+#include <string>
+
+#include <fmt/format.h>
+
+#include "pocketagent/ipocketagent.h"
+#include "terminal/call.h"
+#include "terminal/gateway/gateway.h"
+#include "terminal/gateway/mobileserver.h"
+#include "terminal/gateway/tokens.h"
+#include "terminal/logging.h"
+#include "terminal/settings.h"
+#include "terminal/trading/tradinghost.h"
+
+namespace orvane::terminal {
+namespace {
+
+// Ctrl-C and SIGTERM wait until somebody asks for them, in this thread and in all that it starts.
+class StopSignals {
+ public:
+  StopSignals() {
+    sigemptyset(&signals_);
+    sigaddset(&signals_, SIGINT);
+    sigaddset(&signals_, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
+  }
+  void wait() const {
+    int signal = 0;
+    sigwait(&signals_, &signal);
+  }
+
+ private:
+  sigset_t signals_{};
+};
+
+// The agent, and then the host's own messages, running as long as this lives. They stop in the reverse order.
+class Running {
+ public:
+  Running(TradingHost& host, MobileServer& server, const std::string& url) : host_(host) {
+    MobileSrvInfo info;
+    info.url = url;
+    info.userid = "paper";
+    host_.setMobileServer(&server);
+    agent_->start(info);
+    if (!server.isRunning()) throw std::runtime_error("the agent did not start: see the log, with --log-level debug");
+    host_.start([agent = agent_](const MobileMessage& message) { agent->pushNotify(message); });
+  }
+  ~Running() {
+    host_.stop();
+    agent_->stop();
+    host_.setMobileServer(nullptr);
+  }
+  Running(const Running&) = delete;
+  Running& operator=(const Running&) = delete;
+
+ private:
+  TradingHost& host_;
+  IPocketAgent* agent_ = IPocketAgent::getInstance();
+};
+
+void makeDataDir(const std::filesystem::path& dir) {
+  std::error_code error;
+  if (std::filesystem::create_directories(dir, error)) {
+    std::filesystem::permissions(dir, std::filesystem::perms::owner_all, error);
+  }
+  if (error) {
+    throw std::runtime_error(
+        fmt::format("cannot make the folder {}: {}; choose another with --data", dir.string(), error.message()));
+  }
+}
+
+int serve(const Settings& settings) try {
+  const StopSignals stopSignals;
+  makeDataDir(settings.dataDir);
+  setUpLogging(settings.logFile, settings.logLevel);
+  const std::string token = loadOrMakeToken(settings.dataDir);
+  TradingHost host(settings.trading);
+  Gateway gateway({settings.port, token, settings.limits});
+  MobileServer server(gateway);
+  const std::string url = fmt::format("http://127.0.0.1:{}", gateway.port());
+  const Running running(host, server, url);
+  fmt::print("{}/#token={}\n", url, token);
+  std::fflush(stdout);
+  stopSignals.wait();
+  return EXIT_SUCCESS;
+} catch (const std::exception& error) {
+  fmt::print(stderr, "pocket-terminal: {}\n", error.what());
+  return EXIT_FAILURE;
+}
+
+}  // namespace
+}  // namespace orvane::terminal
+
+int main(int argc, char** argv) {
+  int exitCode = EXIT_SUCCESS;
+  const auto settings = orvane::terminal::readSettings(argc, argv, exitCode);
+  if (!settings) return exitCode;
+  return settings->call ? orvane::terminal::runCall(*settings) : orvane::terminal::serve(*settings);
+}

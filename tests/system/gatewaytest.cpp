@@ -1,0 +1,278 @@
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include "tests/system/terminalprocess.h"
+
+namespace orvane::test {
+namespace {
+
+using terminal::Client;
+using terminal::Reply;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class GatewayTest : public testing::Test {
+ protected:
+  TempDir dir_;
+  TerminalProcess terminal_{dir_.path() / "data", {"--login-timeout", "0.2", "--log-level", "debug"}};
+};
+
+TEST_F(GatewayTest, ListsAccountsAndCapital) {
+  const auto phone = terminal_.login();
+  const Reply accounts = phone->request("account.list");
+  EXPECT_EQ(accounts.topic, "account.list");
+  EXPECT_EQ(accounts.message, "");
+  EXPECT_THAT(accounts.data, StartsWith(R"([{"userCode":"80010001","index":1,"marketType":1,)"));
+  EXPECT_THAT(accounts.data, HasSubstr(R"("index":4,"marketType":16,)"));
+
+  const Reply capital = phone->request("capital.list", "[0, 3]");
+  EXPECT_THAT(capital.data, StartsWith(R"([{"userCode":"80080003","index":3,)"));
+  EXPECT_THAT(capital.data, HasSubstr(R"("preBalance":600000.0,)"));
+
+  struct stat token {};
+  ASSERT_EQ(stat((dir_.path() / "data" / "token").c_str(), &token), 0);
+  EXPECT_EQ(token.st_mode & 0777, 0600U);
+  EXPECT_EQ(terminal_.stop(), 0);
+  EXPECT_EQ(phone->waitClose(), 1001);
+}
+
+TEST_F(GatewayTest, KeepsTokenOverRestart) {
+  ASSERT_EQ(terminal_.stop(), 0);
+  EXPECT_EQ(TerminalProcess(dir_.path() / "data").token(), terminal_.token());
+}
+
+TEST_F(GatewayTest, AnswersEachFrame) {
+  struct Row {
+    std::string frame;
+    std::string id;
+    std::string topic;
+    std::string message;
+  };
+  const std::string deep(100000, '[');
+  const std::vector<Row> rows{
+      {"", "null", "", "the frame cannot be read: The document is empty. at byte 0"},
+      {"7", "null", "", "a frame must be an object, not a number"},
+      {"[7]", "null", "", "a frame must be an object, not an array"},
+      {R"({"id":7,"topic":"x")", "7", "x",
+       "the frame cannot be read: Missing a comma or '}' after an object member. at byte 19"},
+      {R"({"id":7,"topic":"x"} {})", "7", "x",
+       "the frame cannot be read: The document root must not be followed by other values. at byte 21"},
+      {std::string("{\"id\":7,\"topic\":\"account.list\"}\0", 32), "7", "account.list",
+       "the frame cannot be read: A NUL stands behind the value."},
+      {R"({"id":7,"id":8,"topic":"x"})", "7", "", R"(the frame cannot be read: "id" stands twice, at byte 12)"},
+      {R"({"topic":"x","id":[7]})", "null", "x", R"(the frame's "id" must be a string or a number, not an array)"},
+      {R"({"id":7})", "7", "", R"(the frame's "topic" must be a string, not nothing)"},
+      {R"({"id":7,"topic":null})", "7", "", R"(the frame's "topic" must be a string, not null)"},
+      {R"({"id":7,"topic":"x","token":{}})", "7", "x", R"(the frame's "token" must be a string, not an object)"},
+      {R"({"id":7,"topic":"x","terminalType":8.0})", "7", "x",
+       R"(the frame's "terminalType" must be a whole number of 32 bits, not 8.0)"},
+      {R"({"id":7,"topic":"x","data":)" + deep, "7", "x", "the frame cannot be read: Invalid value. at byte 100027"},
+      {R"({"id":7,"topic":"x","data":1e999})", "7", "x",
+       "the frame cannot be read: Number too big to be stored in double. at byte 27"},
+      // Good frames: the id comes back as it stands, and the library answers.
+      {R"({ "id" : 1.50e+3 , "topic":"order.condition.list"})", "1.50e+3", "order.condition.list", "暂不支持条件单"},
+      {R"({"topic":"order.condition.list","id":"a\"\u4e2d,"})", R"("a\"\u4e2d,")", "order.condition.list",
+       "暂不支持条件单"},
+      {R"({"topic":"order.condition.list"})", "null", "order.condition.list", "暂不支持条件单"},
+      {R"({"id":7,"topic":"capital.list"})", "7", "unknown.topic", "invalid json string"},
+      {R"({"id":7,"topic":"login","token":")" + terminal_.token() + R"("})", "7", "login", ""},
+  };
+  const auto phone = terminal_.login();
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.frame.substr(0, 100));
+    phone->send(row.frame);
+    const Reply reply = phone->receive();
+    EXPECT_EQ(reply.id, row.id);
+    EXPECT_EQ(reply.topic, row.topic);
+    EXPECT_EQ(reply.message, row.message);
+    EXPECT_EQ(reply.data, "null");
+  }
+}
+
+// Bodies that would end the process are answered by the gateway, and only those: the library sees the first of doubled
+// members, and a topic up to its NUL.
+TEST_F(GatewayTest, LetsNoFatalBodyThrough) {
+  struct Row {
+    std::string topic;
+    std::string data;
+    std::string message;
+  };
+  const std::vector<Row> rows{
+      {"order.new", "[]", R"(data must be an object with the array "orderList", not an array)"},
+      {"order.new", "null", R"(data must be an object with the array "orderList", not null)"},
+      {"order.new", R"({"orderList":[{},7]})", "element 2 of orderList must be an object, not a number"},
+      {"order.new", R"({"a":[1],"order\u004cist":[[{}]]})", "element 1 of orderList must be an object, not an array"},
+      {std::string("order.new\0x", 11), R"({"orderList":["x"]})",
+       "element 1 of orderList must be an object, not a string"},
+      {"order.new", R"({"orderList":7,"orderList":[1]})", "has no orderList member or not array"},
+      {"order.new", R"({"orderList":[{"side":[1]}],"orderList":[1]})", "has no Index member or not int"},
+      {"order.new", R"({"a":{"orderList":[1]},"b":[1]})", "has no orderList member or not array"},
+      {"order.cancel", "[true]", "element 1 of data must be an object, not true or false"},
+      {"order.cancel", "{}", "has no Data member or not array"},
+      {"order.cancel", R"([{"index":[1]}])", "has no index member or not int"},
+      {"monitor.sync.order.list", "[1]", "element 1 of data must be an object, not a number"},
+      {"monitor.sync.order.new", "[{},null]", "element 2 of data must be an object, not null"},
+      {"monitor.manual.list", "[[]]", "element 1 of data must be an object, not an array"},
+      {"monitor.manual.update", "[\"\"]", "element 1 of data must be an object, not a string"},
+      {"monitor.manual.clean", "[1]", "element 1 of data must be an object, not a number"},
+      {"marginrate.list", "[1]", "element 1 of data must be an object, not a number"},
+      {"marginrate.list", R"([{"index":1,"hashCodes":["x"]}])", "hashCodes element not int64"},
+      {"position.list", "[{}]", "Data member not array"},
+  };
+  const auto phone = terminal_.login();
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.topic + " " + row.data);
+    EXPECT_EQ(phone->request(row.topic, row.data).message, row.message);
+  }
+  EXPECT_EQ(terminal_.stop(), 0);
+}
+
+TEST_F(GatewayTest, ClosesWhoDoesNotLogIn) {
+  struct Row {
+    std::string first;
+    std::string message;
+  };
+  const std::vector<Row> rows{
+      {R"({"topic":"login","token":"wrong"})", "wrong token: take it from the link that the terminal printed"},
+      {R"({"topic":"login"})", "wrong token: take it from the link that the terminal printed"},
+      {R"({"topic":"account.list"})", R"(log in first: {"topic": "login", "token": ...})"},
+      {"x", "the frame cannot be read: Invalid value. at byte 0"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.first);
+    Client phone(terminal_.port());
+    phone.send(row.first);
+    EXPECT_EQ(phone.receive().message, row.message);
+    EXPECT_EQ(phone.waitClose(), 4401);
+  }
+  EXPECT_EQ(Client(terminal_.port()).waitClose(), 4401);
+  EXPECT_EQ(terminal_.login()->request("account.list").message, "");
+}
+
+TEST_F(GatewayTest, ClosesWhoBreaksTheProtocol) {
+  struct Row {
+    std::string frame;
+    bool asText;
+    uint16_t code;
+  };
+  const std::vector<Row> rows{
+      {"{\"topic\":\"\xD6\xD0\"}", true, 1007},
+      {R"({"topic":"account.list"})", false, 1003},
+      {std::string(256 * 1024 + 1, ' '), true, 1009},
+  };
+  for (const Row& row : rows) {
+    const auto phone = terminal_.login();
+    phone->send(row.frame, row.asText);
+    EXPECT_EQ(phone->waitClose(), row.code);
+  }
+  EXPECT_EQ(terminal_.login()->request("account.list").message, "");
+}
+
+TEST_F(GatewayTest, KeepsConnectionsApart) {
+  const auto one = terminal_.login();
+  const auto two = terminal_.login();
+  constexpr int kRequests = 100;
+  for (int i = 0; i < kRequests; ++i) {
+    const std::string id = std::to_string(i);
+    one->send(R"({"id":)" + id + R"(,"topic":"capital.list","data":[1]})");
+    two->send(R"({"id":)" + id + R"(,"topic":"account.list"})");
+  }
+  for (int i = 0; i < kRequests; ++i) {
+    const Reply capital = one->receive();
+    const Reply accounts = two->receive();
+    ASSERT_EQ(capital.id, std::to_string(i));
+    ASSERT_EQ(capital.topic, "capital.list");
+    ASSERT_EQ(accounts.id, std::to_string(i));
+    ASSERT_EQ(accounts.topic, "account.list");
+  }
+}
+
+TEST_F(GatewayTest, PassesOtherTopicsOnBothWays) {
+  const auto phone = terminal_.login();
+  for (const int32_t terminalType : {8, 24}) {
+    SCOPED_TRACE(terminalType);
+    const Reply info = phone->request("terminal.info", {}, terminalType);
+    EXPECT_EQ(info.topic, "terminal.info");
+    EXPECT_THAT(info.data, HasSubstr(R"("quotes":"still")"));
+    const Reply unknown = phone->request("没有\n这个", "{}", terminalType);
+    EXPECT_THAT(unknown.message, HasSubstr("没有\n这个"));
+  }
+  ASSERT_EQ(terminal_.stop(), 0);
+  EXPECT_THAT(readFile(dir_.path() / "data" / "terminal.log"), HasSubstr("[INFO] Gateway phone 1 is logged in\n"));
+}
+
+TEST_F(GatewayTest, CallTellsTheOutcome) {
+  struct Row {
+    std::vector<std::string> arguments;
+    int exitCode;
+    std::string output;
+    std::string error;
+  };
+  const std::string port = std::to_string(terminal_.port());
+  const std::string data = (dir_.path() / "data").string();
+  const std::vector<Row> rows{
+      {{"account.list", "--port", port, "--data", data}, 0, R"([{"userCode":"80010001",)", ""},
+      {{"account.list", "--port", port, "--token", terminal_.token()}, 0, R"([{"userCode":"80010001",)", ""},
+      {{"capital.list", "{}", "--port", port, "--data", data}, 1, "", "Data member not array\n"},
+      {{"no.topic", "--terminal-type", "24", "--port", port, "--data", data}, 1, "", "未知的功能: no.topic\n"},
+      {{"account.list", "--port", "1", "--data", data}, 2, "", "cannot connect to 127.0.0.1:1: Connection refused"},
+      {{"account.list", "--port", port, "--token", "x"}, 2, "", "wrong token"},
+      {{"account.list", "--port", port, "--data", data + "/none"}, 2, "", "/none/token: start the terminal once"},
+      {{"capital.list", "[1", "--port", port},
+       2,
+       "",
+       "not JSON: Missing a comma or ']' after an array element. at byte 2"},
+      {{"--port", port}, 2, "", "TOPIC is required"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(testing::PrintToString(row.arguments));
+    std::vector<std::string> arguments{"call"};
+    arguments.insert(arguments.end(), row.arguments.begin(), row.arguments.end());
+    const Outcome outcome = runTerminal(arguments);
+    EXPECT_EQ(outcome.exitCode, row.exitCode);
+    EXPECT_THAT(outcome.output, StartsWith(row.output));
+    EXPECT_THAT(outcome.error, HasSubstr(row.error));
+  }
+}
+
+TEST_F(GatewayTest, SaysWhyItCannotStart) {
+  const std::string port = std::to_string(terminal_.port());
+  TempDir other;
+  const Outcome taken = runTerminal({"--port", port, "--data", other.path().string()});
+  EXPECT_EQ(taken.exitCode, 1);
+  EXPECT_THAT(taken.error, HasSubstr("cannot listen on 127.0.0.1:" + port + ": Address already in use"));
+
+  std::filesystem::permissions(other.path() / "token", std::filesystem::perms(0644));
+  const Outcome shared = runTerminal({"--port", "0", "--data", other.path().string()});
+  EXPECT_EQ(shared.exitCode, 1);
+  EXPECT_THAT(shared.error, HasSubstr("can be read by other users"));
+}
+
+// The answers carry the long ids back, until neither the connection nor the queue can hold more of them.
+TEST(SlowPhone, IsDropped) {
+  const TempDir dir;
+  TerminalProcess terminal(dir.path());
+  const auto phone = terminal.login();
+  const std::string frame = "{\"id\":\"" + std::string(200'000, 'x') + "\",\"topic\":\"order.condition.list\"}";
+  while (readFile(dir.path() / "terminal.log").find("phone 1 reads too slowly") == std::string::npos) {
+    phone->send(frame);
+  }
+  EXPECT_EQ(phone->waitClose(), 4408);
+  EXPECT_EQ(terminal.login()->request("account.list").message, "");
+}
+
+// A client that waits for nothing answers no ping, either.
+TEST(DeadPhone, IsDropped) {
+  const TempDir dir;
+  TerminalProcess terminal(dir.path(), {"--idle-timeout", "0.2", "--log-level", "debug"});
+  const auto dead = terminal.login();
+  const auto alive = terminal.login();
+  const std::filesystem::path log = dir.path() / "terminal.log";
+  while (readFile(log).find("phone 1 is gone") == std::string::npos) {
+    EXPECT_EQ(alive->request("account.list").message, "");
+  }
+  EXPECT_EQ(dead->waitClose(), 0);
+}
+
+}  // namespace
+}  // namespace orvane::test

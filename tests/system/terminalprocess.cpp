@@ -1,0 +1,90 @@
+#include "tests/system/terminalprocess.h"
+
+#include <boost/process/args.hpp>
+#include <boost/process/io.hpp>
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <istream>
+#include <regex>
+#include <sstream>
+#include <stdexcept>
+
+namespace orvane::test {
+namespace {
+
+namespace process = boost::process;
+
+std::vector<std::string> serveArguments(const std::filesystem::path& dataDir, const std::vector<std::string>& options) {
+  std::vector<std::string> arguments{"--port", "0", "--quotes", "still", "--data", dataDir.string()};
+  arguments.insert(arguments.end(), options.begin(), options.end());
+  return arguments;
+}
+
+std::string readAll(std::istream& stream) {
+  std::ostringstream text;
+  text << stream.rdbuf();
+  return text.str();
+}
+
+}  // namespace
+
+TempDir::TempDir() {
+  std::string name = (std::filesystem::temp_directory_path() / "pocket-terminal-XXXXXX").string();
+  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("cannot make a folder for the test");
+  path_ = name;
+}
+
+TempDir::~TempDir() { std::filesystem::remove_all(path_); }
+
+TerminalProcess::TerminalProcess(const std::filesystem::path& dataDir, const std::vector<std::string>& options)
+    : process_(POCKET_TERMINAL, process::args(serveArguments(dataDir, options)), process::std_out > output_) {
+  std::string link;
+  std::getline(output_, link);
+  std::smatch parts;
+  if (!std::regex_match(link, parts, std::regex("http://127\\.0\\.0\\.1:([0-9]+)/#token=([A-Za-z0-9_-]{43})"))) {
+    throw std::runtime_error("the terminal did not start; its first line is: " + link);
+  }
+  port_ = static_cast<uint16_t>(std::stoi(parts[1]));
+  token_ = parts[2];
+}
+
+TerminalProcess::~TerminalProcess() {
+  if (process_.valid()) kill();
+}
+
+std::unique_ptr<terminal::Client> TerminalProcess::login() const {
+  auto client = std::make_unique<terminal::Client>(port_);
+  client->login(token_);
+  return client;
+}
+
+int TerminalProcess::stop() {
+  ::kill(process_.id(), SIGTERM);
+  process_.wait();
+  return process_.exit_code();
+}
+
+void TerminalProcess::kill() {
+  ::kill(process_.id(), SIGKILL);
+  process_.wait();
+}
+
+Outcome runTerminal(const std::vector<std::string>& arguments) {
+  process::ipstream output;
+  process::ipstream error;
+  process::child child(POCKET_TERMINAL, process::args(arguments), process::std_out > output, process::std_err > error);
+  Outcome outcome;
+  outcome.output = readAll(output);
+  outcome.error = readAll(error);
+  child.wait();
+  outcome.exitCode = child.exit_code();
+  return outcome;
+}
+
+std::string readFile(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return readAll(stream);
+}
+
+}  // namespace orvane::test

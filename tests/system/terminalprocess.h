@@ -1,0 +1,68 @@
+#pragma once
+
+#include <boost/process/child.hpp>
+#include <boost/process/pipe.hpp>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "terminal/client.h"
+
+namespace orvane::test {
+
+// A folder of its own, gone with the object.
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+
+  const std::filesystem::path& path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+// The built pocket-terminal with quotes that stand still, on a port of its own. It answers once the constructor is
+// through; it is killed where a test leaves it running.
+class TerminalProcess {
+ public:
+  explicit TerminalProcess(const std::filesystem::path& dataDir, const std::vector<std::string>& options = {});
+  ~TerminalProcess();
+  TerminalProcess(const TerminalProcess&) = delete;
+  TerminalProcess& operator=(const TerminalProcess&) = delete;
+
+  uint16_t port() const { return port_; }
+  const std::string& token() const { return token_; }
+
+  // A phone that is logged in.
+  std::unique_ptr<terminal::Client> login() const;
+
+  // Ends it by SIGTERM and returns its exit code.
+  int stop();
+
+  // Ends it by SIGKILL.
+  void kill();
+
+ private:
+  boost::process::ipstream output_;
+  boost::process::child process_;
+  uint16_t port_ = 0;
+  std::string token_;
+};
+
+struct Outcome {
+  int exitCode = -1;
+  std::string output;
+  std::string error;
+};
+
+// Runs pocket-terminal to its end.
+Outcome runTerminal(const std::vector<std::string>& arguments);
+
+// What a log or any other file holds.
+std::string readFile(const std::filesystem::path& file);
+
+}  // namespace orvane::test
