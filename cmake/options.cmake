@@ -5,7 +5,9 @@ target_include_directories(pocketagent_options INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(pocketagent_options INTERFACE
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=  # log lines name the sources from here
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Wold-style-cast
-  -Woverloaded-virtual -Wnull-dereference -Wcast-align -Wformat=2 -Wimplicit-fallthrough
+  -Woverloaded-virtual -Wcast-align -Wformat=2 -Wimplicit-fallthrough
+  # GCC's null dereference warning sees ghosts in its own library where it optimises.
+  $<$<CXX_COMPILER_ID:Clang>:-Wnull-dereference>
   $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond -Wduplicated-branches -Wlogical-op>)
 
 option(POCKETAGENT_WERROR "Warnings are errors" ON)
