@@ -39,12 +39,13 @@ int runCall(const Settings& settings) try {
     printReply(reply, call.asTable);
     return kDone;
   }
-  fmt::print(stderr, "{}\n", reply.message);
+  std::fputs((reply.message + '\n').c_str(), stderr);
   return kRefused;
 } catch (const std::exception& error) {
-  fmt::print(stderr,
-             "pocket-terminal: {}\nIs the terminal running, and are --port and --data those it was started with?\n",
-             error.what());
+  const std::string text = fmt::format(
+      "pocket-terminal: {}\nIs the terminal running, and are --port and --data those it was started with?\n",
+      error.what());
+  std::fputs(text.c_str(), stderr);
   return kNotAsked;
 }
 

@@ -70,6 +70,8 @@ Client::Client(uint16_t port, std::chrono::milliseconds patience)
   const tcp::endpoint endpoint(asio::ip::address_v4::loopback(), port);
   error_code error = connection_->run([&](auto done) { ws.next_layer().async_connect(endpoint, done); });
   if (!error) {
+    error_code ignored;
+    ws.next_layer().socket().set_option(tcp::no_delay(true), ignored);
     ws.read_message_max(kMaxReply);
     error = connection_->run([&](auto done) { ws.async_handshake("127.0.0.1", "/ws", done); });
   }

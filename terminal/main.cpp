@@ -6,6 +6,7 @@
 #include <string>
 
 #include <fmt/format.h>
+#include <sys/stat.h>
 
 #include "pocketagent/ipocketagent.h"
 #include "terminal/call.h"
@@ -75,6 +76,7 @@ void makeDataDir(const std::filesystem::path& dir) {
 
 int serve(const Settings& settings) try {
   const StopSignals stopSignals;
+  umask(S_IRWXG | S_IRWXO);  // database, token and log are the user's alone
   makeDataDir(settings.dataDir);
   setUpLogging(settings.logFile, settings.logLevel);
   const std::string token = loadOrMakeToken(settings.dataDir);
@@ -88,7 +90,7 @@ int serve(const Settings& settings) try {
   stopSignals.wait();
   return EXIT_SUCCESS;
 } catch (const std::exception& error) {
-  fmt::print(stderr, "pocket-terminal: {}\n", error.what());
+  std::fputs(fmt::format("pocket-terminal: {}\n", error.what()).c_str(), stderr);
   return EXIT_FAILURE;
 }
 

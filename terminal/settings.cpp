@@ -30,6 +30,12 @@ std::string checkData(const std::string& data) {
   return result.ok ? "" : "not JSON: " + result.message;
 }
 
+std::string checkFinite(const std::string& number) {
+  return number.find_first_not_of("0123456789.eE+-") == std::string::npos ? "" : number + " is not a number";
+}
+
+std::string checkUnsigned(const std::string& number) { return number.starts_with('-') ? number + " is below 0" : ""; }
+
 // The values of the options as they were typed.
 struct Arguments {
   std::string quotes = "walk";
@@ -48,12 +54,14 @@ void addOptions(CLI::App& app, Settings& settings, Arguments& typed) {
       ->check(CLI::IsMember({"trace", "debug", "info", "warn", "error", "off"}))
       ->capture_default_str();
   app.add_option("--quotes", typed.quotes, "walk, still, or a CSV file of quotes to replay")->capture_default_str();
-  app.add_option("--seed", settings.trading.seed, "start of the random walk")->capture_default_str();
+  app.add_option("--seed", settings.trading.seed, "start of the random walk")
+      ->check(CLI::Validator(checkUnsigned, "UINT"))
+      ->capture_default_str();
   app.add_option("--login-timeout", typed.loginSeconds, "seconds within which a phone must log in")
-      ->check(CLI::Range(0.01, 3600.0))
+      ->check(CLI::Validator(checkFinite, "SECONDS") & CLI::Range(0.01, 3600.0))
       ->capture_default_str();
   app.add_option("--idle-timeout", typed.idleSeconds, "seconds after which a silent phone is dropped")
-      ->check(CLI::Range(0.01, 3600.0))
+      ->check(CLI::Validator(checkFinite, "SECONDS") & CLI::Range(0.01, 3600.0))
       ->capture_default_str();
 }
 

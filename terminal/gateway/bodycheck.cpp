@@ -28,10 +28,17 @@ constexpr std::array<Rule, 8> kRules{{
 
 constexpr std::string_view kOrderList = "orderList";
 
+// The library answers each element, a repeated one too, and while it does nobody else is answered.
+constexpr int kMaxElements = 1000;
+
 // Looks at the elements of one array: the root, or the member `orderList` of a root object, the first of that name.
 class ElementReader : public JsonHandler<ElementReader> {
  public:
-  explicit ElementReader(JsonKind root) : wantedRoot_(root), elementDepth_(root == JsonKind::Object ? 2 : 1) {}
+  // `rule` is null where elements may be of any kind.
+  explicit ElementReader(const Rule* rule)
+      : mustBeObjects_(rule != nullptr),
+        wantedRoot_(rule == nullptr ? JsonKind::Array : rule->root),
+        elementDepth_(wantedRoot_ == JsonKind::Object ? 2 : 1) {}
 
   const std::string& fault() const { return fault_; }
 
@@ -63,13 +70,16 @@ class ElementReader : public JsonHandler<ElementReader> {
   }
 
   bool checkElement(JsonKind kind) {
-    ++elements_;
-    if (kind == JsonKind::Object) return true;
-    fault_ = fmt::format("element {} of {} must be an object, not {}", elements_,
-                         wantedRoot_ == JsonKind::Object ? kOrderList : "data", kindName(kind));
-    return false;
+    const std::string_view list = wantedRoot_ == JsonKind::Object ? kOrderList : "data";
+    if (++elements_ > kMaxElements) {
+      fault_ = fmt::format("{} has more than {} elements: ask in parts", list, kMaxElements);
+    } else if (mustBeObjects_ && kind != JsonKind::Object) {
+      fault_ = fmt::format("element {} of {} must be an object, not {}", elements_, list, kindName(kind));
+    }
+    return fault_.empty();
   }
 
+  bool mustBeObjects_;
   JsonKind wantedRoot_;
   int elementDepth_;
   bool listSeen_ = false;
@@ -81,11 +91,11 @@ class ElementReader : public JsonHandler<ElementReader> {
 
 }  // namespace
 
-std::string findFatalFault(const std::string& topic, std::string_view body) {
+std::string findBodyFault(const std::string& topic, std::string_view body) {
   const std::string_view name = topic.c_str();
   const auto* rule = std::find_if(kRules.begin(), kRules.end(), [&](const Rule& row) { return row.topic == name; });
-  if (rule == kRules.end() || body.empty()) return {};
-  ElementReader reader(rule->root);
+  if (body.empty()) return {};
+  ElementReader reader(rule == kRules.end() ? nullptr : &*rule);
   rapidjson::MemoryStream stream(body.data(), body.size());
   readJson(stream, reader);
   return reader.fault();

@@ -120,7 +120,7 @@ void Gateway::onLogin(Session& session, const Frame& frame) {
 }
 
 void Gateway::onRequest(Session& session, const Frame& frame) {
-  if (const std::string fault = findFatalFault(frame.topic, frame.body); !fault.empty()) {
+  if (const std::string fault = findBodyFault(frame.topic, frame.body); !fault.empty()) {
     return refuse(session, frame.id, frame.topic, fault);
   }
   Peer& peer = peers_.at(&session);

@@ -46,13 +46,15 @@ class WebSocketSession final : public Session, public std::enable_shared_from_th
       : ws_(std::move(socket)), timer_(ws_.get_executor()), name_(std::move(name)), owner_(owner), limits_(limits) {}
 
   void start() override {
+    error_code ignored;
+    stream().socket().set_option(boost::asio::ip::tcp::no_delay(true), ignored);  // a push must not hold up the reply
     stream().expires_after(limits_.login);
     http::async_read(stream(), buffer_, request_, handler(&WebSocketSession::onRequest));
   }
 
   void send(std::shared_ptr<const std::string> text) override {
     if (closing_) return;
-    if (queuedBytes_ > limits_.maxQueuedBytes) return dropSlowPeer();
+    if (!queue_.empty() && queuedBytes_ + text->size() > limits_.maxQueuedBytes) return dropSlowPeer();
     queuedBytes_ += text->size();
     queue_.push_back(std::move(text));
     if (queue_.size() == 1) write();
@@ -81,8 +83,9 @@ class WebSocketSession final : public Session, public std::enable_shared_from_th
   beast::tcp_stream& stream() { return ws_.next_layer(); }
 
   void onRequest(error_code error, size_t /*bytes*/) {
-    if (error) return finish();
-    if (websocket::is_upgrade(request_.get()) && pathOf(request_.get().target()) == kSocketPath) return upgrade();
+    if (error && error != http::error::unexpected_body) return finish();
+    if (!error && websocket::is_upgrade(request_.get()) && pathOf(request_.get().target()) == kSocketPath)
+      return upgrade();
     writePage();
   }
 
@@ -108,6 +111,7 @@ class WebSocketSession final : public Session, public std::enable_shared_from_th
     stream().expires_never();
     ws_.set_option(websocket::stream_base::timeout{limits_.login, limits_.idle, true});
     ws_.read_message_max(limits_.maxFrameBytes);
+    ws_.auto_fragment(false);
     buffer_.clear();
     ws_.async_accept(request_.get(), handler(&WebSocketSession::onAccept));
   }

@@ -88,15 +88,19 @@ TEST(Acting, OrderRestsFillsAndCancels) {
 
 TEST(Acting, KillLosesNoAcknowledgedOrder) {
   constexpr int kOrders = 200;
+  constexpr int kUnderWay = 50;  // so that many wait for their answer at any time
   const TempDir dir;
   std::set<std::string> acknowledged;
   {
     TerminalProcess terminal(dir.path());
     const auto phone = terminal.login();
-    for (int i = 0; i < kOrders; ++i) {
-      phone->send(fmt::format(R"({{"id":"b{}","topic":"order.new","data":{}}})", i,
-                              buyOrder(kMeal, 2840, 1, fmt::format("b{}", i))));
-    }
+    int sent = 0;
+    const auto sendNext = [&] {
+      phone->send(fmt::format(R"({{"id":"b{0}","topic":"order.new","data":{1}}})", sent,
+                              buyOrder(kMeal, 2840, 1, fmt::format("b{}", sent))));
+      ++sent;
+    };
+    while (sent < kUnderWay) sendNext();
     try {
       for (bool killed = false;;) {
         const Reply reply = phone->receive();
@@ -107,6 +111,7 @@ TEST(Acting, KillLosesNoAcknowledgedOrder) {
           terminal.kill();
           killed = true;
         }
+        if (!killed && sent < kOrders) sendNext();
       }
     } catch (const ClientError&) {
       // The end of the killed terminal's connection.

@@ -97,6 +97,11 @@ TEST_F(GatewayTest, LetsNoFatalBodyThrough) {
     std::string data;
     std::string message;
   };
+  const auto ones = [](size_t count) {
+    std::string list = "[1";
+    for (size_t i = 1; i < count; ++i) list += ",1";
+    return list + "]";
+  };
   const std::vector<Row> rows{
       {"order.new", "[]", R"(data must be an object with the array "orderList", not an array)"},
       {"order.new", "null", R"(data must be an object with the array "orderList", not null)"},
@@ -116,12 +121,14 @@ TEST_F(GatewayTest, LetsNoFatalBodyThrough) {
       {"monitor.manual.update", "[\"\"]", "element 1 of data must be an object, not a string"},
       {"monitor.manual.clean", "[1]", "element 1 of data must be an object, not a number"},
       {"marginrate.list", "[1]", "element 1 of data must be an object, not a number"},
+      {"monitor.list", ones(1001), "data has more than 1000 elements: ask in parts"},
+      {"monitor.list", ones(1000), ""},
       {"marginrate.list", R"([{"index":1,"hashCodes":["x"]}])", "hashCodes element not int64"},
       {"position.list", "[{}]", "Data member not array"},
   };
   const auto phone = terminal_.login();
   for (const Row& row : rows) {
-    SCOPED_TRACE(row.topic + " " + row.data);
+    SCOPED_TRACE(row.topic + " " + row.data.substr(0, 80));
     EXPECT_EQ(phone->request(row.topic, row.data).message, row.message);
   }
   EXPECT_EQ(terminal_.stop(), 0);
