@@ -33,6 +33,7 @@ char* writeNumber(char* out, double value) {
   const double size = std::fabs(value);
   if (size < kShortDecimalLimit) {
     // The nearest thousandth; whether it is the value itself tells the division, which rounds as reading a text does.
+    // NOLINTNEXTLINE(bugprone-incorrect-roundings)
     const auto thousandths = static_cast<uint64_t>(size * static_cast<double>(kThousandths) + 0.5);
     if (static_cast<double>(thousandths) / static_cast<double>(kThousandths) == size) {
       if (std::signbit(value)) {

@@ -84,8 +84,8 @@ class WebSocketSession final : public Session, public std::enable_shared_from_th
 
   void onRequest(error_code error, size_t /*bytes*/) {
     if (error && error != http::error::unexpected_body) return finish();
-    if (!error && websocket::is_upgrade(request_.get()) && pathOf(request_.get().target()) == kSocketPath)
-      return upgrade();
+    const bool upgrades = !error && websocket::is_upgrade(request_.get());
+    if (upgrades && pathOf(request_.get().target()) == kSocketPath) return upgrade();
     writePage();
   }
 
