@@ -27,14 +27,6 @@ void addContracts(const Book& book, const Account& account, CreditInfoRecord& it
 
 }  // namespace
 
-int64_t financedVolume(const Book& book, const Key& key) {
-  int64_t sum = 0;
-  for (const auto& [id, contract] : book.contracts) {
-    if (contract.key == key && contract.direction == Direction::Long) sum += contract.volume;
-  }
-  return sum;
-}
-
 CreditInfoRecord creditInfo(const Book& book, const Account& account) {
   const AccountFigures figures = accountFigures(book, account);
   const CreditTerms& terms = *account.credit;

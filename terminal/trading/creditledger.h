@@ -8,7 +8,4 @@ namespace orvane::terminal {
 // Figures of a credit account. REQUIRES: the account has credit terms.
 CreditInfoRecord creditInfo(const Book& book, const Account& account);
 
-// Volume of an instrument that was bought with borrowed money.
-int64_t financedVolume(const Book& book, const Key& key);
-
 }  // namespace orvane::terminal

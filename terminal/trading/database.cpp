@@ -6,6 +6,7 @@
 #include <SQLiteCpp/Transaction.h>
 #include <SQLiteCpp/VariadicBind.h>
 #include <fmt/format.h>
+#include <sqlite3.h>
 
 #include "host/common.h"
 #include "terminal/trading/sampledata.h"
@@ -59,14 +60,29 @@ void write(const SQLite::Database& db, const char* sql, const Values&... values)
   statement.exec();
 }
 
-SQLite::Database openFile(const std::filesystem::path& dir) {
+bool isBusy(const std::exception& fault) {
+  const auto* exception = dynamic_cast<const SQLite::Exception*>(&fault);
+  return exception != nullptr && exception->getErrorCode() == SQLITE_BUSY;
+}
+
+// Returns what `work` returns; where it throws, tells the file and what to do about it.
+template <typename Work>
+auto withFile(const std::string& file, const Work& work) {
   try {
-    std::filesystem::create_directories(dir);
-    return {(dir / "terminal.db").string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE};
+    return work();
   } catch (const std::exception& e) {
-    throw std::runtime_error(
-        fmt::format("cannot open the database in {}: {}; choose another folder with --data", dir.string(), e.what()));
+    throw std::runtime_error(fmt::format(
+        "cannot use the database {}: {}; {}", file, e.what(),
+        isBusy(e) ? "stop the program that uses it" : "move the file away, or name another folder with --data"));
   }
+}
+
+SQLite::Database openFile(const std::filesystem::path& dir) {
+  const std::string file = (dir / "terminal.db").string();
+  return withFile(file, [&] {
+    std::filesystem::create_directories(dir);
+    return SQLite::Database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+  });
 }
 
 // Exclusive locking keeps a second terminal out, and lets a lock go with its process.
@@ -325,25 +341,20 @@ void saveContract(const SQLite::Database& db, const CreditContract& it) {
 }  // namespace
 
 Database::Database(const std::filesystem::path& dir) : db_(openFile(dir)) {
-  try {
-    setUp(db_);
-  } catch (const std::exception& e) {
-    throw std::runtime_error(
-        fmt::format("cannot use the database {}: {}; stop the program that uses it, or choose"
-                    " another folder with --data",
-                    db_.getFilename(), e.what()));
-  }
+  withFile(db_.getFilename(), [this] { setUp(db_); });
 }
 
 Book Database::load() {
-  Book book;
-  loadInstruments(db_, book);
-  loadAccounts(db_, book);
-  loadRates(db_, book);
-  loadHoldings(db_, book);
-  loadOrders(db_, book);
-  loadMonitor(db_, book);
-  return book;
+  return withFile(db_.getFilename(), [this] {
+    Book book;
+    loadInstruments(db_, book);
+    loadAccounts(db_, book);
+    loadRates(db_, book);
+    loadHoldings(db_, book);
+    loadOrders(db_, book);
+    loadMonitor(db_, book);
+    return book;
+  });
 }
 
 void Database::save(const Book& book, const Change& change) {

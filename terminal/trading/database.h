@@ -41,6 +41,7 @@ class Database {
   // Opens the file in `dir`, or makes it with the sample data. Throws std::runtime_error with a clear message.
   explicit Database(const std::filesystem::path& dir);
 
+  // Throws as the constructor does.
   Book load();
 
   // Writes what `change` names as it stands in `book`. Throws SQLite::Exception, and then nothing is written.

@@ -1,6 +1,11 @@
 #include "terminal/trading/desk.h"
 
+#include <cstdio>
 #include <ctime>
+#include <exception>
+#include <vector>
+
+#include <fmt/format.h>
 
 #include "host/common.h"
 #include "terminal/trading/pushrow.h"
@@ -16,6 +21,14 @@ int64_t localDay() {
   return (now + local.tm_gmtoff) / 86400;
 }
 
+// By hash code; most of them stand in memory alone.
+std::vector<double> lastPrices(const Book& book) {
+  std::vector<double> prices;
+  prices.reserve(book.instruments.size());
+  for (const auto& [hashCode, instrument] : book.instruments) prices.push_back(instrument.last);
+  return prices;
+}
+
 }  // namespace
 
 Desk::Desk(const std::filesystem::path& dir) : database_(dir), book_(database_.load()) {
@@ -26,18 +39,21 @@ void Desk::apply(const std::function<void(Book&, Change&)>& work) {
   const std::lock_guard lock(mutex_);
   if (const int64_t today = localDay(); today > book_.day) {
     commit([today](Book& book, Change& change) { settle(book, change, today); });
-    book_ = database_.load();
+    book_ = reload();
   }
   commit(work);
 }
 
 void Desk::commit(const std::function<void(Book&, Change&)>& work) {
   Change change;
+  const std::vector<double> prices = lastPrices(book_);
   try {
     work(book_, change);
     if (!change.empty()) database_.save(book_, change);
   } catch (...) {
-    reload();
+    book_ = reload();
+    auto price = prices.begin();
+    for (auto& [hashCode, instrument] : book_.instruments) instrument.last = *price++;
     throw;
   }
   announce(change);
@@ -51,10 +67,14 @@ void Desk::notice(const std::string& text) {
 }
 
 // Ends the process where the book can be neither written nor read: nothing may trade on it then.
-void Desk::reload() noexcept {
-  Book fresh = database_.load();
-  for (auto& [hashCode, instrument] : fresh.instruments) instrument.last = book_.instruments.at(hashCode).last;
-  book_ = std::move(fresh);
+Book Desk::reload() noexcept {
+  try {
+    return database_.load();
+  } catch (const std::exception& e) {
+    fmt::print(stderr, "pocket-terminal: the book cannot be read again: {}; nothing may trade on it, ending\n",
+               e.what());
+    std::terminate();
+  }
 }
 
 void Desk::announce(const Change& change) {

@@ -36,7 +36,7 @@ class Desk {
 
  private:
   void commit(const std::function<void(Book&, Change&)>& work);
-  void reload() noexcept;
+  Book reload() noexcept;
   void announce(const Change& change);
 
   std::mutex mutex_;

@@ -32,30 +32,38 @@ void borrow(Book& book, Change& change, const BookOrder& order, double amount) {
   change.contracts.insert(id);
 }
 
-// Gives borrowed securities back, oldest contract first.
+// Gives borrowed securities back, oldest contract first, and pays their share of its interest.
 void giveBack(Book& book, Change& change, const Key& key, int64_t volume) {
   for (auto& [id, contract] : book.contracts) {
     if (contract.key != key || contract.direction != Direction::Short || contract.volume == 0) continue;
     const int64_t part = std::min(volume, contract.volume);
-    contract.amount -= contract.amount * static_cast<double>(part) / static_cast<double>(contract.volume);
+    const double left = 1 - static_cast<double>(part) / static_cast<double>(contract.volume);
+    contract.amount *= left;
+    contract.interest *= left;
     contract.volume -= part;
     volume -= part;
     change.contracts.insert(id);
   }
 }
 
-// Pays borrowed money back out of a sale: the contracts of the instrument sold first, then the account's others. What
-// is paid off whole no longer ties its shares.
+// Takes what `amount` covers off `owed`.
+void pay(double& owed, double& amount) {
+  const double part = std::min(amount, owed);
+  owed -= part;
+  amount -= part;
+}
+
+// Pays borrowed money back out of a sale: the contracts of the instrument sold first, then the account's others, of
+// each its interest first. What is paid off whole no longer ties its shares.
 void payBack(Book& book, Change& change, const Key& key, int64_t volume, double amount) {
   for (const bool sameInstrument : {true, false}) {
     for (auto& [id, contract] : book.contracts) {
-      if (contract.key.account != key.account || contract.direction != Direction::Long || contract.amount <= 0 ||
-          (contract.key == key) != sameInstrument) {
+      if (contract.key.account != key.account || contract.direction != Direction::Long ||
+          contract.amount + contract.interest <= 0 || (contract.key == key) != sameInstrument) {
         continue;
       }
-      const double part = std::min(amount, contract.amount);
-      contract.amount -= part;
-      amount -= part;
+      pay(contract.interest, amount);
+      pay(contract.amount, amount);
       const int64_t sold = sameInstrument ? std::min(volume, contract.volume) : 0;
       volume -= sold;
       contract.volume = contract.amount > 0 ? contract.volume - sold : 0;

@@ -95,6 +95,18 @@ Position position(const Book& book, const Account& account, const Key& key, cons
   return it;
 }
 
+// Volume bought with borrowed money that no working order sells to pay it back.
+int64_t financedVolume(const Book& book, const Key& key) {
+  int64_t sum = 0;
+  for (const auto& [id, contract] : book.contracts) {
+    if (contract.key == key && contract.direction == Direction::Long) sum += contract.volume;
+  }
+  forEachWorking(book, key, [&](const BookOrder& it) {
+    if (it.side() == Side::SellingReimbursement) sum -= it.order.volume;
+  });
+  return std::max<int64_t>(sum, 0);
+}
+
 }  // namespace
 
 double ratio(double part, double whole) { return whole > 0 ? part / whole : 0; }
@@ -186,6 +198,21 @@ WorkingVolumes workingVolumes(const Book& book, const Key& key, Direction direct
   return sum;
 }
 
+Closable closable(const Book& book, const Key& key, Direction direction) {
+  const auto found = book.holdings.find(key);
+  if (found == book.holdings.end()) return {};
+  const Holding& held = found->second.of(direction);
+  const WorkingVolumes working = workingVolumes(book, key, direction);
+  const auto kind = static_cast<CodeClass>(book.instruments.at(key.hashCode).symbol.codeClass);
+  Closable it;
+  it.yesterday = held.yesterdayLeft() - working.closeYesterday;
+  if (kind != CodeClass::Stock) it.today = held.todayVolume - working.closeToday;
+  if (direction == Direction::Long) {
+    it.own = std::max<int64_t>(held.volume() - working.closing() - financedVolume(book, key), 0);
+  }
+  return it;
+}
+
 AccountFigures accountFigures(const Book& book, const Account& account) {
   AccountFigures it;
   forEachHolding(book, account.id.index, [&](const Key& key, const Holdings& held) {
@@ -196,15 +223,19 @@ AccountFigures accountFigures(const Book& book, const Account& account) {
   });
   for (auto entry = book.working.lower_bound({{account.id.index, INT64_MIN}, INT64_MIN});
        entry != book.working.end() && entry->first.account == account.id.index; ++entry) {
-    const OrderFunds funds = orderFunds(book, book.orders.at(entry->second));
+    const BookOrder& order = book.orders.at(entry->second);
+    const OrderFunds funds = orderFunds(book, order);
     it.frozen += funds.cash;
+    if (order.side() == Side::SecurityReimbursement) it.buyBack += funds.cash;
     it.frozenMargin += funds.margin;
   }
   it.equity = account.preBalance + account.deposit - account.withdraw + it.todayProfit() - account.commission;
   it.margin = it.longs.margin + it.shorts.margin;
   if (account.credit) addDebts(book, account, it);
   if (holdsSecurities(account.market())) it.cash = it.equity + it.debt - it.longs.marketValue;
-  it.available = account.credit ? it.cash - it.shortProceeds - it.frozen : it.equity - it.margin - it.frozen;
+  // Orders that buy back are paid out of what the short sales brought as far as it goes.
+  it.available = account.credit ? it.cash - std::max(it.shortProceeds, it.buyBack) - (it.frozen - it.buyBack)
+                                : it.equity - it.margin - it.frozen;
   return it;
 }
 

@@ -57,6 +57,17 @@ struct WorkingVolumes {
 
 WorkingVolumes workingVolumes(const Book& book, const Key& key, Direction direction);
 
+// What of a holding no working order closes already; stocks bought today stay until tomorrow.
+struct Closable {
+  int64_t yesterday = 0;
+  int64_t today = 0;
+  int64_t own = 0;  // of a long holding, what was not bought with borrowed money; never negative
+
+  int64_t volume() const { return yesterday + today; }
+};
+
+Closable closable(const Book& book, const Key& key, Direction direction);
+
 // Totals of one account.
 struct AccountFigures {
   SideFigures longs;
@@ -64,6 +75,7 @@ struct AccountFigures {
   double debt = 0;           // money borrowed, interest and borrowed securities at their present value
   double shortProceeds = 0;  // what the securities sold short brought; bound until they are back
   double frozen = 0;         // cash held back for working orders
+  double buyBack = 0;        // of it, for those that buy borrowed securities back
   double frozenMargin = 0;   // collateral margin held back for working orders
   double equity = 0;
   double cash = 0;  // of accounts that hold securities

@@ -14,7 +14,8 @@ namespace orvane::terminal {
 namespace {
 
 constexpr int64_t kSyncFlag = 0x1000000;
-constexpr int64_t kMaxManual = 1'000'000'000;
+constexpr int64_t kMaxManualOrders = 1000;  // of the instrument's greatest volume each
+constexpr int kMaxSyncOrders = 100;         // of one record
 
 enum SyncRule : int32_t { Apart = 0, Convert = 1, Net = 2 };
 
@@ -98,23 +99,25 @@ std::map<Key, PositionMonitorRecord> monitorRecords(const Book& book) {
 class SyncOrders {
  public:
   SyncOrders(const Book& book, const Key& key, const PositionMonitorRecord& record, std::list<MonitorSyncOrder>& orders)
-      : instrument_(book.instruments.at(key.hashCode)), record_(record), orders_(orders) {
+      : instrument_(book.instruments.at(key.hashCode)),
+        market_(book.accounts.at(key.account).market()),
+        record_(record),
+        orders_(orders),
+        freeLongs_(closable(book, key, Direction::Long)),
+        freeShorts_(closable(book, key, Direction::Short)) {
     held_ = {expected(book, key, Direction::Long), expected(book, key, Direction::Short)};
   }
 
   void append() {
     const int64_t longs = record_.system.longPos - held_.longs;
     const int64_t shorts = record_.system.shortPos - held_.shorts;
-    switch (record_.syncRule) {
-      case Apart:
-        emit(longs > 0 ? Side::Buy : Side::Sell, longs > 0 ? Offset::Open : Offset::Close, std::abs(longs));
-        emit(shorts > 0 ? Side::Sell : Side::Buy, shorts > 0 ? Offset::Open : Offset::Close, std::abs(shorts));
-        break;
-      case Net:
-        emit(longs > shorts ? Side::Buy : Side::Sell, Offset::AutoOpenClose, std::abs(longs - shorts));
-        break;
-      default:
-        convert(longs - shorts);
+    if (record_.syncRule == Apart) {
+      longs > 0 ? open(Direction::Long, longs) : close(Direction::Long, -longs);
+      shorts > 0 ? open(Direction::Short, shorts) : close(Direction::Short, -shorts);
+    } else if (record_.syncRule == Net && !holdsSecurities(market_)) {
+      emit(longs > shorts ? Side::Buy : Side::Sell, Offset::AutoOpenClose, std::abs(longs - shorts));
+    } else {
+      convert(longs - shorts);
     }
   }
 
@@ -130,21 +133,43 @@ class SyncOrders {
 
   // Closes what is held on the other side first and opens the rest.
   void convert(int64_t net) {
-    const Side side = net > 0 ? Side::Buy : Side::Sell;
     const int64_t closing = std::min(std::abs(net), net > 0 ? held_.shorts : held_.longs);
-    emit(side, Offset::Close, closing);
-    emit(side, Offset::Open, std::abs(net) - closing);
+    close(net > 0 ? Direction::Short : Direction::Long, closing);
+    open(net > 0 ? Direction::Long : Direction::Short, std::abs(net) - closing);
+  }
+
+  // A stock account cannot sell short.
+  void open(Direction direction, int64_t volume) {
+    if (direction == Direction::Long) {
+      emit(Side::Buy, Offset::Open, volume);
+    } else if (market_ != MarketType::Stocks) {
+      emit(market_ == MarketType::Credit ? Side::ShortSelling : Side::Sell, Offset::Open, volume);
+    }
+  }
+
+  // Of securities what can be closed today, own shares before those that were bought with borrowed money.
+  void close(Direction direction, int64_t volume) {
+    if (!holdsSecurities(market_)) {
+      return emit(direction == Direction::Long ? Side::Sell : Side::Buy, Offset::Close, volume);
+    }
+    if (direction == Direction::Short) {
+      return emit(Side::SecurityReimbursement, Offset::Close, std::min(volume, freeShorts_.volume()));
+    }
+    volume = std::min(volume, freeLongs_.volume());
+    const int64_t own = std::min(volume, freeLongs_.own);
+    emit(Side::Sell, Offset::Close, own);
+    emit(Side::SellingReimbursement, Offset::Close, volume - own);
   }
 
   // Whole lots, each order within the instrument's limit, at a price that is filled at once.
   void emit(Side side, Offset offset, int64_t volume) {
     volume -= volume % instrument_.lot;
-    while (volume > 0) {
+    for (; volume > 0 && formed_ < kMaxSyncOrders; ++formed_) {
       MonitorSyncOrder it;
       it.account = record_.account;
       it.code = record_.code;
       it.volume = std::min(volume, instrument_.maxVolume);
-      it.price = side == Side::Buy ? instrument_.ask() : instrument_.bid();
+      it.price = isBuying(side) ? instrument_.ask() : instrument_.bid();
       it.side = static_cast<int32_t>(side);
       it.combOffsetFlag = static_cast<int32_t>(offset);
       it.position = record_.accountPos;
@@ -154,14 +179,22 @@ class SyncOrders {
   }
 
   const Instrument& instrument_;
+  MarketType market_;
   const PositionMonitorRecord& record_;
   std::list<MonitorSyncOrder>& orders_;
+  Closable freeLongs_;
+  Closable freeShorts_;
   Volumes held_;
+  int formed_ = 0;
 };
 
-bool isPlausible(const PositionFigures& figures) {
-  return figures.longPos >= 0 && figures.longPos <= kMaxManual && figures.shortPos >= 0 &&
-         figures.shortPos <= kMaxManual;
+int64_t manualLimit(const Book& book, int64_t hashCode) {
+  const Instrument* instrument = book.instrument(hashCode);
+  return instrument == nullptr ? 0 : instrument->maxVolume * kMaxManualOrders;
+}
+
+bool isPlausible(const PositionFigures& figures, int64_t limit) {
+  return figures.longPos >= 0 && figures.longPos <= limit && figures.shortPos >= 0 && figures.shortPos <= limit;
 }
 
 }  // namespace
@@ -216,9 +249,10 @@ void PositionMonitor::cleanManualPositions(const MonitorAccountCodes& codes) {
 void PositionMonitor::updateManualPositions(std::list<MonitorManualPosition>& positions) {
   changeManual([&](Book& book, Change& change) {
     for (const MonitorManualPosition& it : positions) {
-      if (!isPlausible(it.position)) {
+      const int64_t limit = manualLimit(book, it.code.hashCode);
+      if (!isPlausible(it.position, limit)) {
         desk_.notice(fmt::format("手工头寸无效 ({} {}): 多 {}, 空 {}, 应在 0 至 {} 之间", it.account.userCode,
-                                 it.code.code, it.position.longPos, it.position.shortPos, kMaxManual));
+                                 it.code.code, it.position.longPos, it.position.shortPos, limit));
         continue;
       }
       const Key key{it.account.index, it.code.hashCode};

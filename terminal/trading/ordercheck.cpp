@@ -119,18 +119,14 @@ bool OrderCheck::wantsToClose() const {
   }
 }
 
-// What of the opposite holding no other order closes already; stocks bought today stay until tomorrow.
+// What the order's offset lets it close of the opposite holding.
 void OrderCheck::findClosable() {
   const Direction direction = isBuying(order_.side()) ? Direction::Short : Direction::Long;
-  const auto found = book_.holdings.find(order_.key());
-  if (found == book_.holdings.end()) return;
-  const Holding& held = found->second.of(direction);
-  const WorkingVolumes working = workingVolumes(book_, order_.key(), direction);
+  const Closable free = closable(book_, order_.key(), direction);
   const auto offset = static_cast<Offset>(order_.order.combOffset);
-  const bool isStock = instrument_.symbol.codeClass == static_cast<int32_t>(CodeClass::Stock);
-  ownLeft_ = held.volume() - working.closing() - financedVolume(book_, order_.key());
-  if (offset != Offset::CloseToday) freeYesterday_ = held.yesterdayLeft() - working.closeYesterday;
-  if (offset != Offset::CloseYesterday && !isStock) freeToday_ = held.todayVolume - working.closeToday;
+  ownLeft_ = free.own;
+  if (offset != Offset::CloseToday) freeYesterday_ = free.yesterday;
+  if (offset != Offset::CloseYesterday) freeToday_ = free.today;
 }
 
 std::string OrderCheck::closing() {
@@ -160,8 +156,15 @@ std::string OrderCheck::allocate() {
   return {};
 }
 
+// The order at the price that it is to be paid at: an opening sell below the market is filled at the bid.
+BookOrder OrderCheck::atFillPrice() const {
+  BookOrder it = order_;
+  if (it.opens() && !isBuying(it.side())) it.order.price = std::max(it.order.price, instrument_.bid());
+  return it;
+}
+
 std::string OrderCheck::funds() {
-  const OrderFunds needed = orderFunds(book_, order_);
+  const OrderFunds needed = orderFunds(book_, atFillPrice());
   if (needed.cash <= 0) return {};
   const AccountFigures figures = accountFigures(book_, account_);
   // What short sales brought may be spent on buying the securities back, and on nothing else.
@@ -171,11 +174,12 @@ std::string OrderCheck::funds() {
 
 std::string OrderCheck::creditLimit() {
   if (!account_.credit) return {};
-  const OrderFunds needed = orderFunds(book_, order_);
+  const BookOrder priced = atFillPrice();
+  const OrderFunds needed = orderFunds(book_, priced);
   if (needed.margin <= 0) return {};
   const CreditInfoRecord credit = creditInfo(book_, account_);
   const bool buying = order_.side() == Side::MarginBuying;
-  const double value = order_.order.price * static_cast<double>(order_.order.volume * instrument_.multiplier);
+  const double value = priced.order.price * static_cast<double>(order_.order.volume * instrument_.multiplier);
   if (std::string text = shortOf("保证金可用余额", needed.margin, credit.marginAvl); !text.empty()) return text;
   return shortOf(buying ? "融资额度" : "融券额度", value, buying ? credit.longLimitAvl : credit.shortLimitAvl);
 }

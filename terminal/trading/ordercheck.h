@@ -28,6 +28,7 @@ class OrderCheck {
   void findClosable();
   bool wantsToClose() const;
   std::string allocate();
+  BookOrder atFillPrice() const;
 
   const Book& book_;
   BookOrder& order_;

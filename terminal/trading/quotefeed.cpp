@@ -1,11 +1,13 @@
 #include "terminal/trading/quotefeed.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <fstream>
 #include <stdexcept>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include <fmt/format.h>
@@ -26,7 +28,7 @@ class QuoteFile {
 
   std::vector<ReplayedPrice> read() {
     std::ifstream input(file_);
-    if (!input) fail("cannot be read; give the path of a quote file with --quotes");
+    if (!input) failToRead();
     std::vector<ReplayedPrice> prices;
     for (std::string text; std::getline(input, text);) {
       ++line_;
@@ -35,6 +37,7 @@ class QuoteFile {
       prices.push_back(parse(text));
       if (prices.size() > 1 && prices.back().time < prices[prices.size() - 2].time) fail("times must not go back");
     }
+    if (input.bad()) failToRead();
     if (prices.empty()) fail("holds no price");
     return prices;
   }
@@ -63,6 +66,12 @@ class QuoteFile {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc() || end != text.data() + text.size()) fail(fmt::format("bad {}: {}", what, text));
     return value;
+  }
+
+  [[noreturn]] void failToRead() const {
+    throw std::runtime_error(
+        fmt::format("quote file {} cannot be read: {}; give the path of a quote file with --quotes", file_.string(),
+                    std::generic_category().message(errno)));
   }
 
   [[noreturn]] void fail(const std::string& what) const {

@@ -19,7 +19,8 @@ struct ReplayedPrice {
 };
 
 // Reads a quote file: lines of "milliseconds,instrument,price", such as "1500,rb2701.SHFE,3326", in ascending time;
-// empty lines and lines that begin with '#' are skipped. Throws std::runtime_error that names the line at fault.
+// empty lines and lines that begin with '#' are skipped. Throws std::runtime_error that names the file, and the line at
+// fault where there is one.
 std::vector<ReplayedPrice> readQuoteFile(const std::filesystem::path& file, const Book& book);
 
 // Moves the prices on a thread of its own, in the way that the options say.

@@ -44,6 +44,7 @@ TEST_F(EngineTest, RefusalsNameTheFigureThatFailed) {
       {1, kRebar, Side::Sell, Offset::CloseYesterday, 3325, 7, "可平数量不足: 委托 7, 可平 6"},
       {2, kCatl, Side::Sell, Offset::Close, 388, 300, "可平数量不足: 委托 300, 可平 0"},
       {4, kPingAn, Side::Sell, Offset::Close, 57, 100, "可平数量不足: 委托 100, 可平 0"},
+      {1, kRebar, Side::Sell, Offset::Open, 3077, 500, "可用资金不足: 需要 2162262.00, 可用 "},  // at the bid, 3324
       {2, kMaotai, Side::Buy, Offset::Open, 1475, 1000, "可用资金不足: 需要 1475368.75, 可用 "},
       {4, kMaotai, Side::MarginBuying, Offset::Open, 1475, 500, "保证金可用余额不足: 需要 590000.00, 可用 "},
   };
@@ -55,7 +56,7 @@ TEST_F(EngineTest, RefusalsNameTheFigureThatFailed) {
   const size_t unknown = 2;  // of these there is nothing to record against
   EXPECT_EQ(orders().size(), before + std::size(cases) - unknown);
   EXPECT_EQ(lastOrder().status, static_cast<int32_t>(OrderStatus::Refused));
-  EXPECT_EQ(utf8(lastOrder().note).substr(0, cases[22].text.size()), cases[22].text);
+  EXPECT_EQ(utf8(lastOrder().note).substr(0, cases[23].text.size()), cases[23].text);
   EXPECT_EQ(lastOrder().orderId, "");
   EXPECT_EQ(capital(1).available, available);
 }
@@ -133,7 +134,7 @@ TEST_F(EngineTest, CreditSidesBorrowAndPayBack) {
   EXPECT_NEAR(credit().cashAssets, before.cashAssets - 42890 * 0.0003, kCent) << "only the commission is paid";
 
   EXPECT_EQ(order(4, kPingAn, Side::SellingReimbursement, Offset::Close, 57, 1000), "");
-  EXPECT_NEAR(credit().longDebtBalance, before.longDebtBalance + 42890 - 57950, kCent);
+  EXPECT_NEAR(credit().longDebtBalance, before.longDebtBalance + 42890 - (57950 - 412.30), kCent) << "interest first";
 
   EXPECT_EQ(order(4, kMerchants, Side::ShortSelling, Offset::Open, 42, 500), "");
   EXPECT_EQ(positions().at({4, kMerchants}).shortPosition, 500);
@@ -141,11 +142,24 @@ TEST_F(EngineTest, CreditSidesBorrowAndPayBack) {
       << "borrowed today";
   EXPECT_EQ(order(4, kWuliangye, Side::SecurityReimbursement, Offset::Close, 126, 400), "");
   EXPECT_EQ(positions().at({4, kWuliangye}).shortPosition, 600);
+  EXPECT_NEAR(credit().debtInterest, 0.6 * 105.20, kCent);
   EXPECT_NEAR(credit().shortLimitUsed, before.shortLimitUsed + 500 * 42.87 - 0.4 * 128300, kCent);
   EXPECT_NEAR(credit().totalAssets, credit().netAssets + credit().totalDebtBalance, kCent);
   const CreditInfoRecord last = credit();
   reopen();
   EXPECT_NEAR(credit().marginAvl, last.marginAvl, kCent);
+}
+
+TEST_F(EngineTest, WorkingCreditOrdersBindWhatTheyUseOnce) {
+  const double available = capital(4).available;
+  EXPECT_EQ(order(4, kWuliangye, Side::SecurityReimbursement, Offset::Close, 120, 1000), "");
+  EXPECT_NEAR(capital(4).available, available, kCent) << "within what the short sale brought";
+  EXPECT_NEAR(credit().freeBalance, available, kCent);
+  EXPECT_EQ(order(4, kMerchants, Side::MarginBuying, Offset::Open, 43, 1000), "");
+  reopen("UPDATE holding SET yesterday_volume = 9000, today_volume = 0 WHERE account = 4 AND hash_code = 5000002");
+  EXPECT_EQ(order(4, kMerchants, Side::SellingReimbursement, Offset::Close, 45, 400), "");
+  EXPECT_EQ(order(4, kMerchants, Side::Sell, Offset::Close, 45, 8100), "可平数量不足: 委托 8100, 可平 8000");
+  EXPECT_EQ(order(4, kMerchants, Side::Sell, Offset::Close, 45, 8000), "");
 }
 
 TEST_F(EngineTest, EachChangeIsPushed) {
@@ -235,6 +249,8 @@ TEST_F(EngineTest, WhatCannotBeStoredDidNotHappen) {
   EXPECT_EQ(fills().size(), 8U);
   EXPECT_EQ(capital(1).dynamicAmount, equity);
   EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3300, 2), "") << "what rests needs no fill";
+  EXPECT_THAT(setQuote(kSugar, "5450"), ::testing::HasSubstr("disk full"));
+  EXPECT_EQ(positions().at({1, kSugar}).currentPrice, 5490) << "the bid at 5460 could not be filled";
 }
 
 }  // namespace

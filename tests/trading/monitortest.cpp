@@ -51,8 +51,8 @@ TEST_F(MonitorTest, DifferencesFlagsAndOrdersUnderEachRule) {
       {{1, kSugar}, 3, -5, 0, 5, "0000", "2 1 5; "},
       {{1, 3000002}, 0, 4, 0, 0, "0111", ""},
       {{1, 4000001}, 2, 1, 1, 0, "0000", "1 3 1; "},
-      {{2, 6000001}, 2, 2000, 2000, 0, "0000", "1 3 2000; "},
-      {{4, kWuliangye}, 0, -500, 0, 500, "0000", "2 1 500; "},
+      {{2, 6000001}, 2, 2000, 2000, 0, "0000", "1 1 2000; "},
+      {{4, kWuliangye}, 0, -500, 0, 500, "0000", "4 1 500; "},
   };
   for (const Case& it : cases) {
     SCOPED_TRACE(it.key.hashCode);
@@ -88,6 +88,60 @@ TEST_F(MonitorTest, PlacedOrdersCloseTheDifference) {
   orders = {refused};
   monitor().placeSyncOrders(orders);
   EXPECT_FALSE(inbox_.next("terminal.notice").message.empty());
+}
+
+TEST_F(MonitorTest, SecuritiesAccountsAreOfferedWhatTheEngineTakes) {
+  struct Case {
+    Key key;
+    int32_t rule;
+    Volumes target;
+    std::string orders;
+  };
+  const Case cases[] = {
+      {{2, kMerchants}, 0, {0, 500}, "2 4 4000; "},
+      {{2, kMaotai}, 1, {100, 500}, "2 4 200; "},
+      {{2, kWuliangye}, 0, {0, 500}, ""},
+      {{2, kCatl}, 0, {100, 0}, ""},  // bought today
+      {{4, kMerchants}, 0, {9000, 0}, "1 1 1000; "},
+      {{4, kPingAn}, 0, {3000, 0}, "6 4 1000; "},
+      {{4, 6000001}, 0, {19000, 200}, "2 4 1000; 4 1 200; "},
+      {{4, kCatl}, 0, {0, 0}, ""},
+      {{4, kWuliangye}, 2, {100, 0}, "5 4 1000; 1 1 100; "},
+  };
+  std::string sql = "DELETE FROM strategy_target; DELETE FROM sync_rule; DELETE FROM manual_position;";
+  for (const Case& it : cases) {
+    const std::string key = std::to_string(it.key.account) + ", " + std::to_string(it.key.hashCode) + ", ";
+    sql += "INSERT INTO sync_rule VALUES (" + key + std::to_string(it.rule) + ");";
+    sql += "INSERT INTO manual_position VALUES (" + key + std::to_string(it.target.longs) + ", " +
+           std::to_string(it.target.shorts) + ");";
+  }
+  reopen(sql);
+  for (const Case& it : cases) {
+    SCOPED_TRACE(it.key.hashCode);
+    EXPECT_EQ(syncOrders(only(it.key)), it.orders);
+    std::list<MonitorSyncOrder> offered = monitor().getSyncOrders(only(it.key));
+    const size_t before = orders().size();
+    monitor().placeSyncOrders(offered);
+    const std::list<Order> after = orders();
+    ASSERT_EQ(after.size(), before + offered.size());
+    for (auto placed = std::next(after.begin(), static_cast<int64_t>(before)); placed != after.end(); ++placed) {
+      EXPECT_EQ(placed->status, static_cast<int32_t>(OrderStatus::Filled)) << utf8(placed->note);
+    }
+  }
+}
+
+TEST_F(MonitorTest, AGreatDifferenceIsOfferedInParts) {
+  std::list<MonitorManualPosition> update(2);
+  for (MonitorManualPosition& it : update) it.account = capital(1).id;
+  update.front().code.hashCode = update.back().code.hashCode = kTreasury;
+  update.back().code.code = "T2703";
+  update.front().position.longPos = 50'000;  // a thousand of the greatest orders
+  update.back().position.shortPos = 50'001;
+  monitor().updateManualPositions(update);
+  EXPECT_EQ(utf8(inbox_.next("terminal.notice").message),
+            "手工头寸无效 (80010001 T2703): 多 0, 空 50001, 应在 0 至 50000 之间");
+  EXPECT_EQ(record({1, kTreasury}).manual.longPos, 50'000);
+  EXPECT_EQ(monitor().getSyncOrders(only({1, kTreasury})).size(), 100U);
 }
 
 TEST_F(MonitorTest, ManualPositionsAreStoredListedAndCleared) {

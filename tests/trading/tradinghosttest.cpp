@@ -20,14 +20,23 @@ std::string faultOf(const TradingOptions& options) {
 
 TEST_F(TradingHostTest, ASecondTerminalOnTheSameFolderIsTurnedAway) {
   EXPECT_THAT(faultOf({dir_, QuoteMode::Still, {}, 1}), HasSubstr("database is locked"));
-  EXPECT_THAT(faultOf({dir_, QuoteMode::Still, {}, 1}), HasSubstr("choose another folder with --data"));
+  EXPECT_THAT(faultOf({dir_, QuoteMode::Still, {}, 1}), HasSubstr("stop the program that uses it"));
 }
 
-TEST_F(TradingHostTest, ADatabaseOfAnotherVersionIsLeftAlone) {
+TEST_F(TradingHostTest, ADatabaseThatCannotBeUsedIsLeftAlone) {
+  const std::string advice = "; move the file away, or name another folder with --data";
+  const std::string file = "cannot use the database " + (dir_ / "terminal.db").string() + ": ";
   host_.reset();
+  SQLite::Database((dir_ / "terminal.db").string(), SQLite::OPEN_READWRITE).exec("DROP TABLE sync_rule");
+  EXPECT_EQ(faultOf({dir_, QuoteMode::Still, {}, 1}), file + "no such table: sync_rule" + advice);
   SQLite::Database((dir_ / "terminal.db").string(), SQLite::OPEN_READWRITE).exec("PRAGMA user_version = 7");
-  EXPECT_THAT(faultOf({dir_, QuoteMode::Still, {}, 1}), HasSubstr("its version is 7, this program reads version 1"));
-  EXPECT_THAT(faultOf({"/proc/none", QuoteMode::Still, {}, 1}), HasSubstr("cannot open the database in /proc/none"));
+  EXPECT_THAT(faultOf({dir_, QuoteMode::Still, {}, 1}),
+              HasSubstr("its version is 7, this program reads version 1" + advice));
+  std::ofstream(dir_ / "terminal.db", std::ios::trunc) << "no database, but longer than a header of one hundred bytes"
+                                                          ", so that it is not taken for an empty file";
+  EXPECT_EQ(faultOf({dir_, QuoteMode::Still, {}, 1}), file + "file is not a database" + advice);
+  EXPECT_THAT(faultOf({"/proc/none", QuoteMode::Still, {}, 1}),
+              HasSubstr("cannot use the database /proc/none/terminal.db: "));
 }
 
 TEST_F(TradingHostTest, BadQuoteFilesNameTheLine) {
@@ -46,7 +55,9 @@ TEST_F(TradingHostTest, BadQuoteFilesNameTheLine) {
     std::ofstream(dir_ / "quotes.csv") << text;
     EXPECT_THAT(faultOf({dir_, QuoteMode::Replay, dir_ / "quotes.csv", 1}), HasSubstr(fault));
   }
-  EXPECT_THAT(faultOf({dir_, QuoteMode::Replay, dir_ / "none.csv", 1}), HasSubstr("cannot be read"));
+  EXPECT_THAT(faultOf({dir_, QuoteMode::Replay, dir_ / "none.csv", 1}),
+              HasSubstr("none.csv cannot be read: No such file or directory; give"));
+  EXPECT_THAT(faultOf({dir_, QuoteMode::Replay, dir_, 1}), HasSubstr("cannot be read: Is a directory; give"));
 }
 
 TEST_F(TradingHostTest, QuotesAreReplayedAndFillWhatTheyReach) {
