@@ -2,20 +2,16 @@
 #include <functional>
 #include <string>
 
-#include <gmock/gmock.h>
-
 #include "pocketagent/mobilesrvspi.h"
 #include "pocketagent/pocketagent.h"
 #include "tests/support/logcapture.h"
-#include "tests/support/scriptedhost.h"
+#include "tests/support/phone.h"
 
 namespace orvane::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 const MobileSrvInfo kInfo{"http://127.0.0.1:1", "trader", "c", "d", "e", "f"};
+const std::string kStartCall = "start(http://127.0.0.1:1,trader)";
 
 MobileMessage notice(const std::string& data = "[]") { return {kNoRequestId, "order.push", gbk("成交"), gbk(data), 3}; }
 
@@ -29,7 +25,7 @@ TEST(Agent, StartsWorkerServiceCallbackAndStopsCallbackWorkerService) {
   ASSERT_TRUE(host.waitForSent(1));
   EXPECT_EQ(host.sent()[0].requestId, 5);
   agent.stop();
-  EXPECT_THAT(host.calls(), ElementsAre("start(http://127.0.0.1:1,trader)", "registerSpi", "checkUser(account.list)",
+  EXPECT_THAT(host.calls(), ElementsAre(kStartCall, "registerSpi", "checkUser(account.list)",
                                         "getAllTradingAccount(ids [],3)", "unregisterSpi(77)", "stop"));
   EXPECT_THAT(log.lines(),
               ElementsAre("[TRACE] PocketAgent MobileWorker start begin", "[TRACE] PocketAgent MobileWorker start end",
@@ -43,18 +39,16 @@ TEST(Agent, TellsWhyItDoesNotStart) {
   struct Row {
     std::function<void(ScriptedHost&, MobileSrvInfo&)> spoil;
     std::string line;
-    bool workerRuns;
+    bool workerRuns = false;
   };
+  // clang-format off
   const std::vector<Row> rows = {
-      {[](ScriptedHost& h, MobileSrvInfo&) { h.baseServiceUp = false; }, " 空指针, BaseService未启动", false},
-      {[](ScriptedHost& h, MobileSrvInfo&) { h.mobileServiceUp = false; }, " 空指针, BaseService未启动", false},
-      {[](ScriptedHost&, MobileSrvInfo& i) { i.url.clear(); }, " url or userid is empty", false},
-      {[](ScriptedHost&, MobileSrvInfo& i) { i.userid.clear(); }, " url or userid is empty", false},
-      {[](ScriptedHost& h, MobileSrvInfo&) {
-         h.startStatus = {1, gbk("端口被占")};
-       },
-       "=端口被占", true},
-  };
+      {[](auto& host, auto&) { host.baseServiceUp = false; }, " 空指针, BaseService未启动"},
+      {[](auto& host, auto&) { host.mobileServiceUp = false; }, " 空指针, BaseService未启动"},
+      {[](auto&, auto& info) { info.url.clear(); }, " url or userid is empty"},
+      {[](auto&, auto& info) { info.userid.clear(); }, " url or userid is empty"},
+      {[](auto& host, auto&) { host.startStatus = {1, gbk("端口被占")}; }, "=端口被占", true}};
+  // clang-format on
   for (const Row& row : rows) {
     ScriptedHost host;
     MobileSrvInfo info = kInfo;
@@ -62,12 +56,11 @@ TEST(Agent, TellsWhyItDoesNotStart) {
     PocketAgent agent;
     LogCapture log(log4cxx::Level::getTrace());
     agent.start(info);
-    std::vector<std::string> lines = log.lines();
-    ASSERT_THAT(lines, testing::SizeIs(row.workerRuns ? 3 : 1));
-    EXPECT_EQ(lines.back(), "[DEBUG] PocketAgent PocketAgent start error" + gbk(row.line));
+    ASSERT_THAT(log.lines(), testing::SizeIs(row.workerRuns ? 3 : 1));
+    EXPECT_EQ(log.lines().back(), "[DEBUG] PocketAgent PocketAgent start error" + gbk(row.line));
     EXPECT_EQ(host.spi, nullptr);
     if (row.workerRuns) {
-      EXPECT_EQ(lines.front(), "[TRACE] PocketAgent MobileWorker start begin");
+      EXPECT_EQ(log.lines().front(), "[TRACE] PocketAgent MobileWorker start begin");
       host.startStatus = {};
       agent.start(info);
       EXPECT_NE(host.spi, nullptr);
@@ -101,15 +94,7 @@ TEST(Agent, StatusReportsTheServiceButNotWhatStartWasGiven) {
   agent.start(kInfo);
   MobileServerStatus status{"1", "2", "3", "4", "5", "6", "7", "8", false};
   agent.getServerStatus(status);
-  EXPECT_EQ(status.url, "");
-  EXPECT_EQ(status.userid, "");
-  EXPECT_EQ(status.reserved3, "3");
-  EXPECT_EQ(status.reserved4, "");
-  EXPECT_EQ(status.reserved5, "5");
-  EXPECT_EQ(status.reserved6, "6");
-  EXPECT_EQ(status.serviceName, "手机-移动交易服务器");
-  EXPECT_EQ(status.serviceKind, "移动交易");
-  EXPECT_TRUE(status.running);
+  EXPECT_THAT(status, FieldsAre("", "", "3", "", "5", "6", "手机-移动交易服务器", "移动交易", true));
 }
 
 TEST(Agent, PushesWaitForTheStartAndLeaveAsTheHostSetThem) {
@@ -118,16 +103,11 @@ TEST(Agent, PushesWaitForTheStartAndLeaveAsTheHostSetThem) {
   agent.pushNotify(notice(R"([{"note":"全部成交"}])"));
   agent.start(kInfo);
   ASSERT_TRUE(host.waitForSent(1));
+  EXPECT_THAT(host.sent()[0], FieldsAre(kNoRequestId, "order.push", "成交", R"([{"note":"全部成交"}])", 3));
   agent.stop();
   agent.pushNotify(notice());
   agent.start(kInfo);
   ASSERT_TRUE(host.waitForSent(2));
-  const MobileMessage sent = host.sent()[0];
-  EXPECT_EQ(sent.requestId, kNoRequestId);
-  EXPECT_EQ(sent.topic, "order.push");
-  EXPECT_EQ(sent.message, "成交");
-  EXPECT_EQ(sent.data, R"([{"note":"全部成交"}])");
-  EXPECT_EQ(sent.terminalType, 3);
 }
 
 TEST(Agent, RefusedPushIsARefusalWithoutARequest) {
@@ -137,10 +117,7 @@ TEST(Agent, RefusedPushIsARefusalWithoutARequest) {
   agent.pushNotify(notice());
   agent.start(kInfo);
   ASSERT_TRUE(host.waitForSent(1));
-  EXPECT_EQ(host.sent()[0].requestId, kNoRequestId);
-  EXPECT_EQ(host.sent()[0].topic, "unknown.topic");
-  EXPECT_EQ(host.sent()[0].message, "无权限");
-  EXPECT_EQ(host.sent()[0].terminalType, 8);
+  EXPECT_THAT(host.sent()[0], FieldsAre(kNoRequestId, "unknown.topic", "无权限", "", 8));
 }
 
 TEST(Agent, SecondStartAttachesASecondCallback) {
@@ -152,8 +129,7 @@ TEST(Agent, SecondStartAttachesASecondCallback) {
   EXPECT_NE(host.spi, first);
   agent.stop();
   EXPECT_THAT(host.calls(),
-              ElementsAre("start(http://127.0.0.1:1,trader)", "registerSpi", "start(http://127.0.0.1:1,trader)",
-                          "registerSpi", "unregisterSpi(77)", "stop"));
+              ElementsAre(kStartCall, "registerSpi", kStartCall, "registerSpi", "unregisterSpi(77)", "stop"));
 }
 
 TEST(Agent, IsOneObjectThatTouchesNoHostWhenItIsMade) {

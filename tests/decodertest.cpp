@@ -1,16 +1,11 @@
 #include <string>
 #include <vector>
 
-#include <gmock/gmock.h>
-
 #include "tests/support/logcapture.h"
 #include "tests/support/phone.h"
 
 namespace orvane::test {
 namespace {
-
-using testing::FieldsAre;
-using testing::IsEmpty;
 
 // Values that a check must refuse; "" leaves the member out.
 using Values = std::vector<std::string>;
@@ -46,10 +41,10 @@ const Check kCode = {"hashCode", "777", kNotInt64, "has no code member or not in
 const Check kSide = {"side", "1", kNotInt, "has no side member or not int"};
 const Check kVolume = {"volume", "3", kNotInt64, "has no volume member or not int64"};
 
+// clang-format off
 const std::vector<Check> kNewOrder = {
     {"index", "2", kNotInt, "has no Index member or not int", "has no index member or not int"},
-    kCode,
-    kSide,
+    kCode, kSide,
     {"combOffset", "1", kNotInt, "OrderList has no combOffset member", "has no combOffset member or not int"},
     {"priceType", "1", kNotInt, "OrderList has no priceType member", "has no priceType member or not int"},
     {"price", "", kAbsent, "OrderList has no price member", "has no price member"},
@@ -67,17 +62,18 @@ const std::vector<Check> kManualUpdate = {
     {"longPos", "5", kNotInt64, "has no longPos member or not int64"},
     {"shortPos", "0", kNotInt64, "has no shortPos member or not int64"}};
 
-const std::vector<Check> kSyncOrderNew = {kIndex,
-                                          kHash,
-                                          kVolume,
-                                          {"price", "", kAbsent, "has no price member"},
-                                          {"price", "3520", kNotNumber, "price member must be double or int64", ""},
-                                          kSide,
-                                          {"combOffsetFlag", "1", kNotInt, "has no combOffsetFlag member or not int"}};
+const std::vector<Check> kSyncOrderNew = {
+    kIndex, kHash, kVolume,
+    {"price", "", kAbsent, "has no price member"},
+    {"price", "3520", kNotNumber, "price member must be double or int64", ""},
+    kSide,
+    {"combOffsetFlag", "1", kNotInt, "has no combOffsetFlag member or not int"}};
 
-const std::vector<Check> kMarginRate = {kIndex,
-                                        {"hashCodes", "", kNotArray, "has no hashCodes member or not array"},
-                                        {"hashCodes", "[777]", kNotCodes, "hashCodes element not int64"}};
+const std::vector<Check> kMarginRate = {
+    kIndex,
+    {"hashCodes", "", kNotArray, "has no hashCodes member or not array"},
+    {"hashCodes", "[777]", kNotCodes, "hashCodes element not int64"}};
+// clang-format on
 
 const std::vector<Decoder> kDecoders = {
     {"order.new", "newOrder", "orderList", kNewOrder},
@@ -159,7 +155,8 @@ TEST(Decoders, GoodBodyPassesWithMembersNobodyAsksForAndTextBehindIt) {
     ScriptedHost host;
     LogCapture log(log4cxx::Level::getDebug());
     const std::string element = goodElement(decoder).insert(1, R"("more":[{}],)");
-    EXPECT_NE(Phone().ask(decoder.topic, decoder.body(element + "," + element) + "]]").topic, "unknown.topic");
+    const std::string body = decoder.body(std::string(element).append(",").append(element)).append("]]");
+    EXPECT_NE(Phone().ask(decoder.topic, body).topic, "unknown.topic");
     EXPECT_THAT(log.lines(), IsEmpty()) << decoder.topic;
   }
 }

@@ -3,25 +3,13 @@
 #include <string>
 #include <vector>
 
-#include <gmock/gmock.h>
-
 #include "tests/support/phone.h"
 
 namespace orvane::test {
 namespace {
 
-using testing::_;
-using testing::ElementsAre;
-using testing::FieldsAre;
-using testing::IsEmpty;
-
 MarginRateResult ratios(double a, double b, double c, double d) {
-  MarginRateResult result;
-  result.a = a;
-  result.b = b;
-  result.c = c;
-  result.d = d;
-  return result;
+  return {.account = {}, .code = {}, .a = a, .b = b, .c = c, .d = d};
 }
 
 TEST(MarginRate, AnswersPairByPair) {
@@ -32,14 +20,13 @@ TEST(MarginRate, AnswersPairByPair) {
   host.marginRates[7] = ratios(1, 1, 1, 1);
   host.defaultMarginRate = 0.5;
   host.userRefusal = {1, "this topic does not ask"};
-  const MobileMessage reply =
-      Phone().ask("marginrate.list",
-                  R"([{"index":3,"hashCodes":[6,-5,7,8,-5]},{"index":9,"hashCodes":[6]},{"index":1,"hashCodes":[]},)"
-                  R"({"index":3,"hashCodes":[8]}])");
-  EXPECT_THAT(reply, FieldsAre(42, "marginrate.list", "", _, 8));
-  EXPECT_EQ(reply.data, R"([{"index":3,"accountStatus":1,"rate":[{"hashCode":6,"marginRate":0.5},)"
-                        R"({"hashCode":-5,"marginRate":0.125},{"hashCode":-5,"marginRate":0.125}]},)"
-                        R"({"index":1,"accountStatus":1,"rate":[]},{"index":3,"accountStatus":1,"rate":[]}])");
+  const std::string body =
+      R"([{"index":3,"hashCodes":[6,-5,7,8,-5]},{"index":9,"hashCodes":[6]},{"index":1,"hashCodes":[]},)"
+      R"({"index":3,"hashCodes":[8]}])";
+  EXPECT_EQ(Phone().data("marginrate.list", body),
+            R"([{"index":3,"accountStatus":1,"rate":[{"hashCode":6,"marginRate":0.5},)"
+            R"({"hashCode":-5,"marginRate":0.125},{"hashCode":-5,"marginRate":0.125}]},)"
+            R"({"index":1,"accountStatus":1,"rate":[]},{"index":3,"accountStatus":1,"rate":[]}])");
   EXPECT_THAT(
       host.calls(),
       ElementsAre("getAllTradingAccount([3],1)", "getCodeByHash(6)", "queryMarginRate(3,6)", "getDefaultMarginRate(6)",
@@ -70,7 +57,7 @@ TEST(MarginRate, PicksOneOfFourRatios) {
     host.symbols[6] = symbol(6, "b");
     host.marginRates[6] = ratios(row.a, row.b, row.c, row.d);
     const std::string data = R"([{"index":1,"accountStatus":1,"rate":[{"hashCode":6,"marginRate":)" + row.rate + "}]}]";
-    EXPECT_EQ(Phone().ask("marginrate.list", R"([{"index":1,"hashCodes":[6]}])").data, data)
+    EXPECT_EQ(Phone().data("marginrate.list", R"([{"index":1,"hashCodes":[6]}])"), data)
         << row.a << " " << row.b << " " << row.c << " " << row.d;
   }
 }
@@ -81,9 +68,7 @@ TEST(CreditInfo, WritesEveryMemberInOrder) {
   host.credits[7] = {{unread, 1,  2,  3,  4,  0.05, 0.06, 0.07, 8,  0.09, -10, 11, -12, 13,   14,
                       15,     16, 17, 18, 19, 20,   21,   22,   23, 24,   25,  26, 27,  28.5, 29}};
   host.accounts = {account(7)};
-  const MobileMessage reply = Phone().ask("creditinfo.list", "[7]");
-  EXPECT_THAT(reply, FieldsAre(42, "creditinfo.list", "", _, 8));
-  EXPECT_EQ(reply.data,
+  EXPECT_EQ(Phone().data("creditinfo.list", "[7]"),
             R"([{"index":7,"accountStatus":1,"creditInfo":[{"totalAssets":1.0,"netAssets":2.0,"cashAssets":3.0,)"
             R"("freeBalance":4.0,"longMarginRate":0.05,"shortMarginRate":0.06,"keepMarginRatio":0.07,)"
             R"("marginAvl":8.0,"marginRatio":0.09,"longProfit":-10.0,"shortProfit":11.0,"totalProfit":-12.0,)"
@@ -99,10 +84,9 @@ TEST(CreditInfo, LooksEachAccountUpByItself) {
   host.accounts = {account(1), account(2), account(3)};
   host.credits = {{1, {}}, {3, {}}};
   host.userRefusal = {1, "this topic does not ask"};
-  const MobileMessage reply = Phone().ask("creditinfo.list", "[3,2,9,1,3]");
-  EXPECT_EQ(reply.message, "");
-  EXPECT_EQ(reply.data, R"([{"index":3,"accountStatus":1,"creditInfo":[]},{"index":1,"accountStatus":1,)"
-                        R"("creditInfo":[]},{"index":3,"accountStatus":1,"creditInfo":[]}])");
+  EXPECT_EQ(Phone().data("creditinfo.list", "[3,2,9,1,3]"),
+            R"([{"index":3,"accountStatus":1,"creditInfo":[]},{"index":1,"accountStatus":1,)"
+            R"("creditInfo":[]},{"index":3,"accountStatus":1,"creditInfo":[]}])");
   EXPECT_THAT(host.calls(),
               ElementsAre("getAllTradingAccount([3],1)", "queryCreditInfo(3)", "getAllTradingAccount([2],1)",
                           "queryCreditInfo(2)", "getAllTradingAccount([9],1)", "getAllTradingAccount([1],1)",
@@ -113,8 +97,8 @@ TEST(MarginAndCredit, RequestThatNamesNothingIsAnsweredEmpty) {
   ScriptedHost host;
   host.accounts = {account(1)};
   host.credits[1] = {{}};
-  EXPECT_EQ(Phone().ask("creditinfo.list", "[]").data, "[]");
-  EXPECT_EQ(Phone().ask("marginrate.list", "[]").data, "[]");
+  EXPECT_EQ(Phone().data("creditinfo.list", "[]"), "[]");
+  EXPECT_EQ(Phone().data("marginrate.list", "[]"), "[]");
   EXPECT_THAT(host.calls(), IsEmpty());
 }
 

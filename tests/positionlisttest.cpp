@@ -1,73 +1,36 @@
 #include <string>
 #include <vector>
 
-#include <gmock/gmock.h>
-
 #include "tests/support/phone.h"
 
 namespace orvane::test {
 namespace {
 
-using testing::_;
-using testing::ElementsAre;
-using testing::FieldsAre;
-using testing::HasSubstr;
-
 Position& add(ScriptedHost& host, int32_t index, int64_t hashCode) {
-  Position& position = host.positions.emplace_back();
-  position.account = accountId(index);
-  position.code = symbol(hashCode, "c");
-  return position;
+  return host.positions.emplace_back(
+      Position{.account = accountId(index), .code = symbol(hashCode, "c"), .reserved4 = ""});
 }
 
 TEST(PositionList, WritesEveryMemberInOrder) {
   ScriptedHost host;
-  gBaseInformationMap->exchangeNames = {{3, "SHFE"}};
-  gBaseInformationMap->exchangeFullNames = {{3, gbk("上期所")}};
-  host.positions = {{.account = accountId(7, "u7", 16),
-                     .code = symbol(-5'000'000'000, "rb2405", 3, 1),
-                     .reserved4 = "",
-                     .longYesterdayVolume = 11,
-                     .longCloseYesterdayVolume = 2,
-                     .longPosition = 30,
-                     .longActiveVolume = 4,
-                     .longFrozenVolume = 5,
-                     .shortYesterdayVolume = 21,
-                     .shortCloseYesterdayVolume = 6,
-                     .shortPosition = 40,
-                     .shortActiveVolume = 7,
-                     .shortFrozenVolume = 50,
-                     .currentPrice = 3520.5,
-                     .preSettlementPrice = 3510,
-                     .preClosePrice = 3499.5,
-                     .longLever = 1.5,
-                     .shortLever = 3.75,
-                     .currentVolume = 71,
-                     .yesterdayVolume = 32,
-                     .avgPrice = 3505.25,
-                     .floatProfit = -1200.5,
-                     .todayProfit = 88.125,
-                     .todayProfitRatio = 0.01,
-                     .todayProfitCateRatio = -0.02,
-                     .todayProfitAccRatio = 0.03,
-                     .longTodayVolume = 19,
-                     .longMarketValue = 100.5,
-                     .longAvgPrice = 3501,
-                     .longFloatProfit = -12.75,
-                     .longMargin = 500.25,
-                     .shortTodayVolume = 29,
-                     .shortMarketValue = 300,
-                     .shortAvgPrice = 3530.5,
-                     .shortFloatProfit = 44.5,
-                     .shortMargin = 0.5}};
+  // clang-format off
+  host.positions = {{
+      .account = accountId(7, "u7", 16), .code = symbol(-5'000'000'000, "rb2405", 3, 1), .reserved4 = "",
+      .longYesterdayVolume = 11, .longCloseYesterdayVolume = 2, .longPosition = 30, .longActiveVolume = 4,
+      .longFrozenVolume = 5, .shortYesterdayVolume = 21, .shortCloseYesterdayVolume = 6, .shortPosition = 40,
+      .shortActiveVolume = 7, .shortFrozenVolume = 50, .currentPrice = 3520.5, .preSettlementPrice = 3510,
+      .preClosePrice = 3499.5, .longLever = 1.5, .shortLever = 3.75, .currentVolume = 71, .yesterdayVolume = 32,
+      .avgPrice = 3505.25, .floatProfit = -1200.5, .todayProfit = 88.125, .todayProfitRatio = 0.01,
+      .todayProfitCateRatio = -0.02, .todayProfitAccRatio = 0.03, .longTodayVolume = 19, .longMarketValue = 100.5,
+      .longAvgPrice = 3501, .longFloatProfit = -12.75, .longMargin = 500.25, .shortTodayVolume = 29,
+      .shortMarketValue = 300, .shortAvgPrice = 3530.5, .shortFloatProfit = 44.5, .shortMargin = 0.5}};
+  // clang-format on
   host.positions.front().account.aimType = 3;
   host.available = {9, 7};
   host.codeTypes[-5'000'000'000] = {gbk("黑色"), gbk("螺纹钢2405")};
-  host.marginRates[-5'000'000'000].a = 0.1;
   host.marginRates[-5'000'000'000].c = 0.12;
-  const MobileMessage reply = Phone().ask("position.list", "[7]");
-  EXPECT_THAT(reply, FieldsAre(42, "position.list", "", _, 8));
-  EXPECT_EQ(reply.data,
+  host.marginRates[-5'000'000'000].a = 0.1;
+  EXPECT_EQ(Phone().data("position.list", "[7]"),
             R"([{"userCode":"u7","index":7,"accountType":1,"codeExch":"rb2405.SHFE","hashCode":-5000000000,)"
             R"("netLever":-2.25,"totalLever":5.25,"longLever":1.5,"shortLever":3.75,"netMarketValue":199.5,)"
             R"("totalMarketValue":400.5,"totalPosition":70,"longPosition":30,"longAvailableQuantity":25,)"
@@ -96,7 +59,7 @@ TEST(PositionList, KeepsWhatIsHeldOrWorkedAndAsksAfreshForEachRow) {
   add(host, 2, 7).shortPosition = -1;
   add(host, 2, 8).shortActiveVolume = 2;
   add(host, 9, 9).longPosition = 1;
-  EXPECT_THAT(Phone().ask("position.list", "[1,2,2]").data,
+  EXPECT_THAT(Phone().data("position.list", "[1,2,2]"),
               testing::ContainsRegex(R"("index":2,.*"hashCode":6,.*"totalPosition":1,.*"index":1,.*"hashCode":6,.*)"
                                      R"("totalPosition":0,.*"hashCode":7,.*"totalPosition":-1,.*"hashCode":8,.*)"
                                      R"("totalPosition":0,)"));
@@ -109,20 +72,17 @@ TEST(PositionList, KeepsWhatIsHeldOrWorkedAndAsksAfreshForEachRow) {
 
 TEST(PositionList, ClosableVolumeDependsOnTheClassOfTheInstrument) {
   ScriptedHost host;
-  Position& position = add(host, 1, 5);
-  position.longYesterdayVolume = 10;
-  position.longCloseYesterdayVolume = 3;
-  position.longPosition = 25;
-  position.longFrozenVolume = 2;
-  position.shortYesterdayVolume = 4;
-  position.shortCloseYesterdayVolume = 6;
-  position.shortPosition = 9;
-  position.shortFrozenVolume = 1;
+  // clang-format off
+  host.positions = {{.account = accountId(1), .code = symbol(5, "c"), .reserved4 = "",
+                     .longYesterdayVolume = 10, .longCloseYesterdayVolume = 3, .longPosition = 25,
+                     .longFrozenVolume = 2, .shortYesterdayVolume = 4, .shortCloseYesterdayVolume = 6,
+                     .shortPosition = 9, .shortFrozenVolume = 1}};
+  // clang-format on
   const std::string sinceYesterday = R"("longAvailableQuantity":5,"shortPosition":9,"shortAvailableQuantity":-3,)";
   const std::string all = R"("longAvailableQuantity":23,"shortPosition":9,"shortAvailableQuantity":8,)";
   for (const int32_t codeClass : {-1, 0, 1, 2}) {
-    position.code.codeClass = codeClass;
-    EXPECT_THAT(Phone().ask("position.list", "[]").data, HasSubstr(codeClass == 0 ? sinceYesterday : all));
+    host.positions.front().code.codeClass = codeClass;
+    EXPECT_THAT(Phone().data("position.list", "[]"), HasSubstr(codeClass == 0 ? sinceYesterday : all));
   }
 }
 
@@ -134,7 +94,7 @@ TEST(PositionList, NamesTheAim) {
                                                              {5, ""},     {6, ""},     {-1, ""},    {INT32_MIN, ""}};
   for (const auto& [aim, name] : rows) {
     position.account.aimType = aim;
-    EXPECT_THAT(Phone().ask("position.list", "[]").data, HasSubstr(R"("aimType":")" + name + R"(","codeType")"));
+    EXPECT_THAT(Phone().data("position.list", "[]"), HasSubstr(R"("aimType":")" + name + R"(","codeType")"));
   }
 }
 
@@ -145,7 +105,7 @@ TEST(PositionList, RowStandsWhereTheHostKnowsNothingMore) {
   position.code.codeClass = position.account.marketType = 4;
   host.available = {2};
   host.defaultMarginRate = 0.375;
-  EXPECT_THAT(Phone().ask("position.list", "[]").data,
+  EXPECT_THAT(Phone().data("position.list", "[]"),
               AllOf(HasSubstr(R"([{"userCode":"","index":1,"accountType":"codeExch","c.":"hashCode",5:)"),
                     HasSubstr(R"("codeType","":"codeName","":"code","c":"exchangeName","":)"),
                     HasSubstr(R"("marginRate",0.375:"accountStatus",0}])")));

@@ -14,7 +14,7 @@ namespace {
 
 using testing::ElementsAre;
 
-// Takes down the numbers it handles. `hold` makes the consumer wait inside an item until `release`.
+// Takes down the numbers it handles. `startAndHold` makes the consumer wait inside an item until `release`.
 class Recorder : public AsyncBufferQueueThread<int> {
  public:
   using AsyncBufferQueueThread::AsyncBufferQueueThread;
@@ -23,15 +23,23 @@ class Recorder : public AsyncBufferQueueThread<int> {
     stopThread(false);
   }
 
-  void start() {
-    const std::lock_guard control(controlMutex);
+  // Starts the consumer with the items 0 and 1 and returns once it is inside the first.
+  void startAndHold() {
+    set(held_, true);
+    enqueue(0);
+    enqueue(1);
     startThread();
-  }
-  void hold() { set(held_, true); }
-  void release() { set(held_, false); }
-  void waitUntilHandling(int item) {
     std::unique_lock lock(mutex_);
-    changed_.wait(lock, [&] { return current_ == item; });
+    changed_.wait(lock, [&] { return current_ == 0; });
+  }
+  void release() { set(held_, false); }
+  void stopWhileHeld(bool drain) {
+    std::thread stopper([this, drain] { stopThread(drain); });
+    while (state == QueueRunning) {
+      std::this_thread::yield();
+    }
+    release();
+    stopper.join();
   }
   std::vector<int> waitForHandled(size_t count) {
     std::unique_lock lock(mutex_);
@@ -42,11 +50,6 @@ class Recorder : public AsyncBufferQueueThread<int> {
   std::vector<std::thread::id> threads() {
     const std::lock_guard lock(mutex_);
     return threads_;
-  }
-  void waitUntilStopping() const {
-    while (state == QueueRunning) {
-      std::this_thread::yield();
-    }
   }
   bool isStopped() const { return state == QueueStopped; }
   void waitUntilEnded() {
@@ -102,7 +105,7 @@ TEST(Queue, OverflowDropsTheOldestAndCountsIt) {
     counts.push_back(queue.enqueue(item));
   }
   EXPECT_THAT(counts, ElementsAre(1, 2, 3, 4, 4));
-  queue.start();
+  queue.startThread();
   EXPECT_THAT(queue.waitForHandled(3), ElementsAre(3, 4, 5));
 }
 
@@ -112,60 +115,42 @@ TEST(Queue, LimitBelowOneDropsNothing) {
     for (int item = 0; item < 100; ++item) {
       EXPECT_EQ(queue.enqueue(item), item + 1);
     }
-    queue.start();
+    queue.startThread();
     EXPECT_EQ(queue.waitForHandled(100).size(), 100U);
   }
 }
 
-TEST(Queue, StopDropsAllButTheRunningItem) {
-  Recorder queue(-1, 1, false);
-  queue.hold();
-  queue.start();
-  queue.enqueue(0);
-  queue.waitUntilHandling(0);
-  for (int item = 1; item < 10; ++item) {
-    queue.enqueue(item);
+TEST(Queue, StopDropsAllButTheRunningItemAndDrainRunsAllThatWaits) {
+  for (const bool drain : {false, true}) {
+    Recorder queue(-1, 1000, false);
+    queue.startAndHold();
+    queue.enqueue(2);
+    queue.stopWhileHeld(drain);
+    std::vector<int> handled = drain ? std::vector{0, 1, 2} : std::vector{0};
+    EXPECT_EQ(queue.handled(), handled);
+    queue.startThread();
+    queue.enqueue(99);
+    handled.push_back(99);
+    EXPECT_EQ(queue.waitForHandled(handled.size()), handled);
   }
-  std::thread stopper([&] { queue.stopThread(false); });
-  queue.waitUntilStopping();
-  queue.release();
-  stopper.join();
-  queue.start();
-  queue.enqueue(99);
-  EXPECT_THAT(queue.waitForHandled(2), ElementsAre(0, 99));
 }
 
 TEST(Queue, StopDropsWhatNoConsumerEverTookOver) {
   Recorder queue(-1, 1, false);
   queue.enqueue(1);
   queue.stopThread(false);
-  queue.start();
+  queue.startThread();
   queue.enqueue(99);
   EXPECT_THAT(queue.waitForHandled(1), ElementsAre(99));
 }
 
 TEST(Queue, WakesFromTheLongestWaitForAnItemAndForAStop) {
   Recorder queue(-1, INT64_MAX, false);
-  queue.start();
+  queue.startThread();
   queue.enqueue(1);
   EXPECT_THAT(queue.waitForHandled(1), ElementsAre(1));
   queue.stopThread(false);
   EXPECT_TRUE(queue.isStopped());
-}
-
-TEST(Queue, DrainRunsAllThatWaits) {
-  Recorder queue(-1, 1000, false);
-  queue.hold();
-  queue.start();
-  queue.enqueue(0);
-  queue.waitUntilHandling(0);
-  queue.enqueue(1);
-  queue.enqueue(2);
-  std::thread stopper([&] { queue.stopThread(true); });
-  queue.waitUntilStopping();
-  queue.release();
-  stopper.join();
-  EXPECT_THAT(queue.handled(), ElementsAre(0, 1, 2));
 }
 
 TEST(Queue, RestartKeepsWhatWaitsAndSecondStartIsTheSameThread) {
@@ -173,9 +158,9 @@ TEST(Queue, RestartKeepsWhatWaitsAndSecondStartIsTheSameThread) {
   queue.stopThread(false);
   queue.stopThread(true);
   queue.enqueue(1);
-  queue.start();
+  queue.startThread();
   queue.waitForHandled(1);
-  queue.start();
+  queue.startThread();
   queue.enqueue(2);
   EXPECT_THAT(queue.waitForHandled(2), ElementsAre(1, 2));
   EXPECT_EQ(queue.threads()[0], queue.threads()[1]);
@@ -184,31 +169,28 @@ TEST(Queue, RestartKeepsWhatWaitsAndSecondStartIsTheSameThread) {
 TEST(Queue, IdleExitEndsTheThreadAndTheNextStartCollectsIt) {
   Recorder queue(-1, 1, true);
   queue.enqueue(1);
-  queue.start();
+  queue.startThread();
   queue.waitUntilEnded();
   queue.enqueue(2);
-  queue.start();
+  queue.startThread();
   EXPECT_THAT(queue.waitForHandled(2), ElementsAre(1, 2));
 }
 
 TEST(Queue, ClearDropsOnlyWhatTheConsumerHasNotTakenOver) {
   Recorder queue(-1, 1, false);
-  queue.hold();
-  queue.start();
-  queue.enqueue(0);
-  queue.waitUntilHandling(0);
-  queue.enqueue(1);
-  queue.clearQueue();
+  queue.startAndHold();
   queue.enqueue(2);
+  queue.clearQueue();
+  queue.enqueue(3);
   queue.release();
-  EXPECT_THAT(queue.waitForHandled(2), ElementsAre(0, 2));
+  EXPECT_THAT(queue.waitForHandled(3), ElementsAre(0, 1, 3));
 }
 
 TEST(Queue, StopFromWithinAnItemIsADeadlockError) {
   Recorder queue(-1, 1, false);
   queue.stopsItself = true;
   queue.enqueue(1);
-  queue.start();
+  queue.startThread();
   queue.waitForHandled(1);
   queue.waitUntilEnded();
   EXPECT_EQ(queue.selfStopError, std::errc::resource_deadlock_would_occur);
@@ -217,8 +199,9 @@ TEST(Queue, StopFromWithinAnItemIsADeadlockError) {
 TEST(Queue, ProducersKeepTheirOrder) {
   constexpr int kEach = 2000;
   Recorder queue(-1, 1, false);
-  queue.start();
+  queue.startThread();
   std::vector<std::thread> producers;
+  producers.reserve(4);
   for (int producer = 0; producer < 4; ++producer) {
     producers.emplace_back([&queue, producer] {
       for (int item = 0; item < kEach; ++item) {
@@ -230,7 +213,7 @@ TEST(Queue, ProducersKeepTheirOrder) {
     producer.join();
   }
   std::vector<int> next{0, kEach, 2 * kEach, 3 * kEach};
-  for (const int item : queue.waitForHandled(4 * kEach)) {
+  for (const int item : queue.waitForHandled(size_t{4} * kEach)) {
     EXPECT_EQ(item, next[static_cast<size_t>(item / kEach)]++);
   }
 }

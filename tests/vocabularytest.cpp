@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-#include "tests/support/scriptedhost.h"
+#include "tests/support/phone.h"
 #include "vocabulary/names.h"
 
 namespace orvane::test {

@@ -5,10 +5,19 @@
 #include <string>
 #include <vector>
 
+#include <gmock/gmock.h>
+
 #include "pocketagent/mobileworker.h"
 #include "tests/support/scriptedhost.h"
 
 namespace orvane::test {
+
+// What nearly every test says.
+using testing::_;
+using testing::ElementsAre;
+using testing::FieldsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
 
 // A worker that runs each task at once, on the thread that pushes, so that a test needs no thread and no waiting.
 class DirectWorker : public MobileWorker {
@@ -22,12 +31,10 @@ class DirectWorker : public MobileWorker {
 // Asks the library and takes its answers from the host's mobile service.
 class Phone {
  public:
-  static constexpr int64_t kRequestId = 42;
-
   // All that came back for one request.
   std::vector<MobileMessage> askAll(const std::string& topic, const std::string& body, int32_t terminalType = 8) {
     const size_t before = ScriptedHost::current().sent().size();
-    worker_.push(kRequestId, terminalType, topic, body);
+    worker_.push(42, terminalType, topic, body);
     const std::vector<MobileMessage> sent = ScriptedHost::current().sent();
     return {sent.begin() + static_cast<std::ptrdiff_t>(before), sent.end()};
   }
@@ -39,6 +46,13 @@ class Phone {
       throw std::logic_error(topic + " got " + std::to_string(replies.size()) + " replies");
     }
     return replies.front();
+  }
+
+  // The data of the one reply, which must be a good one.
+  std::string data(const std::string& topic, const std::string& body) {
+    const MobileMessage reply = ask(topic, body);
+    EXPECT_THAT(reply, FieldsAre(42, topic, "", _, 8));
+    return reply.data;
   }
 
  private:

@@ -2,10 +2,17 @@
 
 #include <algorithm>
 #include <chrono>
+#include <concepts>
+#include <ranges>
 #include <stdexcept>
+#include <tuple>
 
 #include <iconv.h>
 
+#include "host/baseinformation.h"
+#include "host/codeservice.h"
+#include "host/servicerouter.h"
+#include "host/tradeservice.h"
 #include "host/tradeutils.h"
 
 namespace orvane {
@@ -19,7 +26,7 @@ namespace {
 ScriptedHost* gHost = nullptr;
 
 std::string convert(const char* to, const char* from, std::string text) {
-  const iconv_t handle = iconv_open(to, from);
+  iconv_t handle = iconv_open(to, from);
   std::string result(text.size() * 3 + 1, '\0');
   char* in = text.data();
   char* out = result.data();
@@ -27,64 +34,168 @@ std::string convert(const char* to, const char* from, std::string text) {
   size_t outLeft = result.size();
   const bool failed = iconv(handle, &in, &inLeft, &out, &outLeft) == static_cast<size_t>(-1);
   iconv_close(handle);
-  if (failed) {
-    return "<not " + std::string(from) + ">";
-  }
-  result.resize(result.size() - outLeft);
-  return result;
+  return failed ? "<not " + std::string(from) + ">" : result.substr(0, result.size() - outLeft);
 }
 
-template <typename Items, typename Text>
-std::string join(const Items& items, Text text) {
-  std::string joined = "[";
+// The argument of a call as `calls()` shows it; in the map of accounts and codes with the account's user code.
+std::string text(const std::string& value) { return value; }
+std::string text(std::integral auto value) { return std::to_string(value); }
+std::string text(AccountPrivilege value) { return value == AccountPrivilege::TriggerOrder ? "trigger" : "ordinary"; }
+std::string text(const TradingAccountID& account) { return text(account.index); }
+std::string text(const SymbolCode& code) { return text(code.hashCode); }
+std::string text(const MonitorAccountCodes::value_type& entry);
+std::string text(const std::ranges::range auto& items) {
+  std::string joined;
   for (const auto& item : items) {
-    joined += (joined.size() > 1 ? "," : "") + text(item);
+    joined += (joined.empty() ? "" : ",") + text(item);
   }
-  return joined + "]";
+  return "[" + joined + "]";
+}
+std::string text(const MonitorAccountCodes::value_type& entry) {
+  return text(entry.first) + entry.first.userCode + ":" + text(entry.second);
 }
 
-std::string numbers(const std::list<int32_t>& list) {
-  return join(list, [](int32_t number) { return std::to_string(number); });
+// Writes a call down and hands out the script that answers it.
+template <typename... Arguments>
+ScriptedHost& noted(const std::string& name, const Arguments&... arguments) {
+  std::string list;
+  ((list += (list.empty() ? "(" : ",") + text(arguments)), ...);
+  ScriptedHost::current().note(name + list + (list.empty() ? "" : ")"));
+  return ScriptedHost::current();
 }
 
-std::string indexes(const std::vector<TradingAccountID>& ids) {
-  return join(ids, [](const TradingAccountID& id) { return std::to_string(id.index); });
+template <typename Map>
+typename Map::mapped_type valueOrNone(const Map& map, const typename Map::key_type& key) {
+  return map.contains(key) ? map.at(key) : typename Map::mapped_type{};
 }
 
-std::string text(const MonitorAccountCodes& codes) {
-  return join(codes, [](const auto& entry) {
-    return std::to_string(entry.first.index) + ":" +
-           join(entry.second, [](const SymbolCode& code) { return std::to_string(code.hashCode); });
-  });
+// Fills `found` in, or fails.
+template <typename Map>
+ResultStatus lookUp(const Map& map, const typename Map::key_type& key, typename Map::mapped_type& found,
+                    const ResultStatus& failure) {
+  if (!map.contains(key)) {
+    return failure;
+  }
+  found = map.at(key);
+  return {};
 }
 
-template <typename Map, typename Key>
-typename Map::mapped_type valueOr(const Map& map, const Key& key, typename Map::mapped_type other = {}) {
-  const auto found = map.find(key);
-  return found == map.end() ? other : found->second;
-}
+const TradingAccountID& accountOf(const TradingAccount& record) { return record.id; }
+const TradingAccountID& accountOf(const auto& record) { return record.account; }
 
 // The selector as the host understands it: empty is every account.
-bool selects(const std::list<int32_t>& selector, int32_t index) {
-  return selector.empty() || std::find(selector.begin(), selector.end(), index) != selector.end();
-}
-
 template <typename Records>
 Records ofAccounts(const Records& records, const std::list<int32_t>& selector) {
   Records found;
-  std::copy_if(records.begin(), records.end(), std::back_inserter(found),
-               [&](const auto& record) { return selects(selector, record.account.index); });
+  std::copy_if(records.begin(), records.end(), std::back_inserter(found), [&](const auto& record) {
+    return selector.empty() || std::ranges::find(selector, accountOf(record).index) != selector.end();
+  });
   return found;
 }
 
-std::vector<TradingAccount> selected(const std::list<int32_t>& selector) {
-  std::vector<TradingAccount> found;
-  for (const TradingAccount& one : ScriptedHost::current().accounts) {
-    if (selects(selector, one.id.index)) {
-      found.push_back(one);
-    }
+struct Routes : IServiceRouter, IBaseService {};
+struct Agents : IUIProxyMgr, IPositionMonitor, IAuthAgent {};
+// All services of the host.
+struct Services final : Routes, Agents, IMobileSrv, ITradeService, ICodeService {
+  IBaseService* getBaseService() override { return ScriptedHost::current().baseServiceUp ? this : nullptr; }
+  ITradeService* getTradeService() override { return this; }
+  ICodeService* getCodeService() override { return this; }
+  IMobileSrv* getMobileSrv() override { return ScriptedHost::current().mobileServiceUp ? this : nullptr; }
+
+  ResultStatus start(const MobileSrvInfo& info) override {
+    ScriptedHost& host = noted("start", info.url, info.userid);
+    host.running = host.startStatus.code == 0;
+    return host.startStatus;
   }
-  return found;
+  ResultStatus registerSpi(const std::shared_ptr<IMobileSrvSpi>& callback, int32_t* handle) override {
+    noted("registerSpi").spi = callback;
+    *handle = 77;
+    return {};
+  }
+  ResultStatus unregisterSpi(int32_t handle) override {
+    noted("unregisterSpi", handle).spi.reset();
+    return {};
+  }
+  void stop() override { noted("stop").running = false; }
+  ResultStatus send(const MobileMessage& message) override { return ScriptedHost::current().send(message); }
+  bool isRunning() override { return ScriptedHost::current().running; }
+
+  ResultStatus getCodeProperty(const SymbolCode& symbol, CodeProperty& property, int64_t version) override {
+    const ScriptedHost& host = noted("getCodeProperty", symbol);
+    const ResultStatus failure = {1, "no such code"};
+    return version == INT64_MAX ? lookUp(host.codeNames, symbol.hashCode, property.codeName, failure) : failure;
+  }
+  ResultStatus getCodeByHash(const int64_t& hashCode, SymbolCode& symbol) override {
+    return lookUp(noted("getCodeByHash", hashCode).symbols, hashCode, symbol, {7, "the host's own text"});
+  }
+
+  ResultStatus insertOrder(const MobileNewOrderItem& order) override {
+    noted("insertOrder", order.code).inserted.push_back(order);
+    return valueOrNone(ScriptedHost::current().insertStatuses, order.code.hashCode);
+  }
+  ResultStatus cancelOrder(const CancelOrderRequest& request) override {
+    noted("cancelOrder", request.localOrderId).cancelled.push_back(request);
+    return valueOrNone(ScriptedHost::current().cancelStatuses, request.localOrderId);
+  }
+  ResultStatus queryCreditInfo(const TradingAccountID& account, std::vector<CreditInfoRecord>& records) override {
+    records.emplace_back();  // what a failing service leaves behind must not be shown
+    return lookUp(noted("queryCreditInfo", account).credits, account.index, records, {3, "no credit"});
+  }
+  ResultStatus queryMarginRate(const MarginRateQuery& query, MarginRateResult& result) override {
+    noted("queryMarginRate", query.account, query.code).marginQueries.push_back(query);
+    return lookUp(ScriptedHost::current().marginRates, query.code.hashCode, result, {5, "no rate"});
+  }
+
+  std::list<MonitorSyncOrder> getSyncOrders(const MonitorAccountCodes& codes) override {
+    return noted("getSyncOrders", codes).syncOrders;
+  }
+  void placeSyncOrders(std::list<MonitorSyncOrder>& list) override {
+    noted("placeSyncOrders", list.size()).placed = list;
+  }
+  void getMonitorRecords(MonitorSnapshot& snapshot) override {
+    snapshot.records = noted("getMonitorRecords").monitorRecords;
+  }
+  void cleanManualPositions(const MonitorAccountCodes& codes) override { noted("cleanManualPositions", codes); }
+  void updateManualPositions(std::list<MonitorManualPosition>& list) override {
+    noted("updateManualPositions", list.size()).updated = list;
+  }
+  void getManualPositions(const MonitorAccountCodes& codes, std::list<MonitorManualPosition>& list) override {
+    std::ranges::copy(noted("getManualPositions", codes).manualPositions, std::back_inserter(list));
+  }
+
+  void requestSync(const std::string& topic, const std::string& data, MobileMessage& reply) override {
+    reply = noted("requestSync", topic, data).proxyReply;
+  }
+  void requestAsync(int64_t requestId, const std::string& topic, const std::string& data) override {
+    noted("requestAsync", requestId, topic, data);
+  }
+  double getDefaultMarginRate(const SymbolCode& symbol) override {
+    return noted("getDefaultMarginRate", symbol).defaultMarginRate;
+  }
+  void getCodeTypePositions(const std::vector<TradingAccountID>& accounts, bool flag1, bool flag2,
+                            std::vector<CodeTypePosition>& list) override {
+    list = noted("getCodeTypePositions", accounts, flag1, flag2).codeTypePositions;
+  }
+  bool getCodeTypeName(int64_t hashCode, std::string& typeText, std::string& nameText) override {
+    const auto& codeTypes = noted("getCodeTypeName", hashCode).codeTypes;
+    std::tie(typeText, nameText) = valueOrNone(codeTypes, hashCode);
+    return codeTypes.contains(hashCode);
+  }
+
+  ResultStatus checkUser(const std::string& function) override { return noted("checkUser", function).userRefusal; }
+  ResultStatus checkAccount(const std::string& function, const TradingAccountID& account) override {
+    return valueOrNone(noted("checkAccount", function, account).accountRefusals, account.index);
+  }
+  bool hasPrivilege(const TradingAccountID& account, AccountPrivilege privilege) override {
+    const auto granted = valueOrNone(noted("hasPrivilege", account, privilege).privileges, account.index);
+    return std::ranges::find(granted, privilege) != granted.end();
+  }
+};
+
+Services* services() {
+  static Services services;
+  ScriptedHost::current();  // throws where there is no host
+  return &services;
 }
 
 }  // namespace
@@ -97,6 +208,8 @@ ScriptedHost::ScriptedHost() {
   }
   gHost = this;
   gBaseInformationMap = std::make_shared<BaseInformationMap>();
+  gBaseInformationMap->exchangeNames = {{3, "SHFE"}};
+  gBaseInformationMap->exchangeFullNames = {{3, gbk("上期所")}};
 }
 
 ScriptedHost::~ScriptedHost() {
@@ -136,30 +249,6 @@ void ScriptedHost::note(const std::string& call) {
   calls_.push_back(call);
 }
 
-ResultStatus ScriptedHost::start(const MobileSrvInfo& info) {
-  note("start(" + info.url + "," + info.userid + ")");
-  running = startStatus.code == 0;
-  return startStatus;
-}
-
-ResultStatus ScriptedHost::registerSpi(const std::shared_ptr<IMobileSrvSpi>& callback, int32_t* handle) {
-  note("registerSpi");
-  spi = callback;
-  *handle = 77;
-  return {};
-}
-
-ResultStatus ScriptedHost::unregisterSpi(int32_t handle) {
-  note("unregisterSpi(" + std::to_string(handle) + ")");
-  spi.reset();
-  return {};
-}
-
-void ScriptedHost::stop() {
-  note("stop");
-  running = false;
-}
-
 ResultStatus ScriptedHost::send(const MobileMessage& message) {
   if (onSend) {
     onSend(message);
@@ -170,152 +259,12 @@ ResultStatus ScriptedHost::send(const MobileMessage& message) {
   return sendStatus;
 }
 
-bool ScriptedHost::isRunning() { return running; }
-IBaseService* ScriptedHost::getBaseService() { return baseServiceUp ? this : nullptr; }
-ITradeService* ScriptedHost::getTradeService() { return this; }
-ICodeService* ScriptedHost::getCodeService() { return this; }
-IMobileSrv* ScriptedHost::getMobileSrv() { return mobileServiceUp ? this : nullptr; }
-
-ResultStatus ScriptedHost::getCodeProperty(const SymbolCode& symbol, CodeProperty& property, int64_t version) {
-  note("getCodeProperty(" + std::to_string(symbol.hashCode) + ")");
-  if (version != INT64_MAX || !codeNames.contains(symbol.hashCode)) {
-    return {1, "no such code"};
-  }
-  property.codeName = codeNames[symbol.hashCode];
-  return {};
-}
-
-ResultStatus ScriptedHost::getCodeByHash(const int64_t& hashCode, SymbolCode& symbol) {
-  note("getCodeByHash(" + std::to_string(hashCode) + ")");
-  if (!symbols.contains(hashCode)) {
-    return {7, "the host's own text"};
-  }
-  symbol = symbols[hashCode];
-  return {};
-}
-
-ResultStatus ScriptedHost::insertOrder(const MobileNewOrderItem& order) {
-  note("insertOrder(" + std::to_string(order.code.hashCode) + ")");
-  inserted.push_back(order);
-  return valueOr(insertStatuses, order.code.hashCode);
-}
-
-ResultStatus ScriptedHost::cancelOrder(const CancelOrderRequest& request) {
-  note("cancelOrder(" + std::to_string(request.localOrderId) + ")");
-  cancelled.push_back(request);
-  return valueOr(cancelStatuses, request.localOrderId);
-}
-
-ResultStatus ScriptedHost::queryCreditInfo(const TradingAccountID& account, std::vector<CreditInfoRecord>& records) {
-  note("queryCreditInfo(" + std::to_string(account.index) + ")");
-  if (!credits.contains(account.index)) {
-    records.emplace_back();  // what a failing service leaves behind must not be shown
-    return {3, "no credit"};
-  }
-  records = credits[account.index];
-  return {};
-}
-
-ResultStatus ScriptedHost::queryMarginRate(const MarginRateQuery& query, MarginRateResult& result) {
-  note("queryMarginRate(" + std::to_string(query.account.index) + "," + std::to_string(query.code.hashCode) + ")");
-  marginQueries.push_back(query);
-  if (!marginRates.contains(query.code.hashCode)) {
-    return {5, "no rate"};
-  }
-  result = marginRates[query.code.hashCode];
-  return {};
-}
-
-std::list<MonitorSyncOrder> ScriptedHost::getSyncOrders(const MonitorAccountCodes& codes) {
-  note("getSyncOrders(" + text(codes) + ")");
-  return syncOrders;
-}
-
-void ScriptedHost::placeSyncOrders(std::list<MonitorSyncOrder>& list) {
-  note("placeSyncOrders(" + std::to_string(list.size()) + ")");
-  placed = list;
-}
-
-void ScriptedHost::getMonitorRecords(MonitorSnapshot& snapshot) {
-  note("getMonitorRecords");
-  snapshot.records = monitorRecords;
-}
-
-void ScriptedHost::cleanManualPositions(const MonitorAccountCodes& codes) {
-  note("cleanManualPositions(" + text(codes) + ")");
-}
-
-void ScriptedHost::updateManualPositions(std::list<MonitorManualPosition>& list) {
-  note("updateManualPositions(" + std::to_string(list.size()) + ")");
-  updated = list;
-}
-
-void ScriptedHost::getManualPositions(const MonitorAccountCodes& codes, std::list<MonitorManualPosition>& list) {
-  note("getManualPositions(" + text(codes) + ")");
-  list.insert(list.end(), manualPositions.begin(), manualPositions.end());
-}
-
-void ScriptedHost::requestSync(const std::string& topic, const std::string& data, MobileMessage& reply) {
-  note("requestSync(" + topic + "," + data + ")");
-  reply.topic = proxyReply.topic;
-  reply.message = proxyReply.message;
-  reply.data = proxyReply.data;
-  reply.terminalType = 99;
-}
-
-void ScriptedHost::requestAsync(int64_t requestId, const std::string& topic, const std::string& data) {
-  note("requestAsync(" + std::to_string(requestId) + "," + topic + "," + data + ")");
-}
-
-double ScriptedHost::getDefaultMarginRate(const SymbolCode& symbol) {
-  note("getDefaultMarginRate(" + std::to_string(symbol.hashCode) + ")");
-  return defaultMarginRate;
-}
-
-void ScriptedHost::getCodeTypePositions(const std::vector<TradingAccountID>& ids, bool flag1, bool flag2,
-                                        std::vector<CodeTypePosition>& list) {
-  note("getCodeTypePositions(" + indexes(ids) + "," + std::to_string(flag1) + "," + std::to_string(flag2) + ")");
-  list = codeTypePositions;
-}
-
-bool ScriptedHost::getCodeTypeName(int64_t hashCode, std::string& typeText, std::string& nameText) {
-  note("getCodeTypeName(" + std::to_string(hashCode) + ")");
-  if (!codeTypes.contains(hashCode)) {
-    return false;
-  }
-  std::tie(typeText, nameText) = codeTypes[hashCode];
-  return true;
-}
-
-ResultStatus ScriptedHost::checkUser(const std::string& function) {
-  note("checkUser(" + function + ")");
-  return userRefusal;
-}
-
-ResultStatus ScriptedHost::checkAccount(const std::string& function, const TradingAccountID& account) {
-  note("checkAccount(" + function + "," + std::to_string(account.index) + ")");
-  return valueOr(accountRefusals, account.index);
-}
-
-bool ScriptedHost::hasPrivilege(const TradingAccountID& account, AccountPrivilege privilege) {
-  const bool trigger = privilege == AccountPrivilege::TriggerOrder;
-  note("hasPrivilege(" + std::to_string(account.index) + (trigger ? ",trigger)" : ",ordinary)"));
-  const auto granted = valueOr(privileges, account.index);
-  return std::find(granted.begin(), granted.end(), privilege) != granted.end();
-}
-
 TradingAccountID accountId(int32_t index, const std::string& userCode, int32_t marketType) {
-  TradingAccountID id;
-  id.index = index;
-  id.userCode = userCode;
-  id.marketType = marketType;
-  return id;
+  return {.index = index, .reserved5 = {}, .userCode = userCode, .marketType = marketType, .reserved12 = {}};
 }
 
 TradingAccount account(int32_t index, const std::string& userCode, int32_t marketType) {
-  TradingAccount record;
-  record.id = accountId(index, userCode, marketType);
-  return record;
+  return {.id = accountId(index, userCode, marketType)};
 }
 
 SymbolCode symbol(int64_t hashCode, const std::string& code, int32_t exchangeId, int32_t codeClass) {
@@ -326,18 +275,19 @@ SymbolCode symbol(int64_t hashCode, const std::string& code, int32_t exchangeId,
 
 // The statics of host/.
 
+using test::noted;
+using test::ofAccounts;
 using test::ScriptedHost;
 
-IServiceRouter* IServiceRouter::instance() { return &ScriptedHost::current(); }
-IUIProxyMgr* IUIProxyMgr::getInstance() { return &ScriptedHost::current(); }
-IPositionMonitor* IPositionMonitor::getInstance() { return &ScriptedHost::current(); }
-IAuthAgent* IAuthAgent::getInstance() { return &ScriptedHost::current(); }
+IServiceRouter* IServiceRouter::instance() { return test::services(); }
+IUIProxyMgr* IUIProxyMgr::getInstance() { return test::services(); }
+IPositionMonitor* IPositionMonitor::getInstance() { return test::services(); }
+IAuthAgent* IAuthAgent::getInstance() { return test::services(); }
 
 std::vector<TradingAccountID> TradeUtils::getTradingAccountID(ITradeService* /*service*/,
                                                               const std::list<int32_t>& selector) {
-  ScriptedHost::current().note("getTradingAccountID(" + test::numbers(selector) + ")");
   std::vector<TradingAccountID> ids;
-  for (const TradingAccount& found : test::selected(selector)) {
+  for (const TradingAccount& found : ofAccounts(noted("getTradingAccountID", selector).accounts, selector)) {
     ids.push_back(found.id);
   }
   return ids;
@@ -346,17 +296,18 @@ std::vector<TradingAccountID> TradeUtils::getTradingAccountID(ITradeService* /*s
 void TradeUtils::getAllTradingAccount(ITradeService* /*service*/, const std::list<int32_t>& selector,
                                       int32_t queryFlags, std::vector<TradingAccount>& accounts,
                                       std::list<int32_t>& availableIndexes) {
-  ScriptedHost& host = ScriptedHost::current();
-  host.note("getAllTradingAccount(" + test::numbers(selector) + "," + std::to_string(queryFlags) + ")");
-  accounts = test::selected(selector);
+  ScriptedHost& host = noted("getAllTradingAccount", selector, queryFlags);
+  accounts = ofAccounts(host.accounts, selector);
   availableIndexes = host.available;
+  if (!host.laterAccounts.empty()) {
+    host.accounts = host.laterAccounts;
+  }
 }
 
 void TradeUtils::getAllTradingAccount(ITradeService* /*service*/, const std::vector<TradingAccountID>& selector,
                                       int32_t queryFlags, std::vector<TradingAccount>& accounts,
                                       std::vector<TradingAccountID>& availableAccounts) {
-  ScriptedHost& host = ScriptedHost::current();
-  host.note("getAllTradingAccount(ids " + test::indexes(selector) + "," + std::to_string(queryFlags) + ")");
+  const ScriptedHost& host = noted("getAllTradingAccount", "ids " + test::text(selector), queryFlags);
   accounts = host.accounts;
   for (const int32_t index : host.available) {
     availableAccounts.push_back(test::accountId(index));
@@ -365,28 +316,20 @@ void TradeUtils::getAllTradingAccount(ITradeService* /*service*/, const std::vec
 
 void TradeUtils::getAllPosition(ITradeService* /*service*/, const std::list<int32_t>& selector, int32_t queryFlags,
                                 std::list<Position>& positions, std::list<int32_t>& availableIndexes) {
-  ScriptedHost& host = ScriptedHost::current();
-  host.note("getAllPosition(" + test::numbers(selector) + "," + std::to_string(queryFlags) + ")");
-  positions = test::ofAccounts(host.positions, selector);
-  availableIndexes = host.available;
+  positions = ofAccounts(noted("getAllPosition", selector, queryFlags).positions, selector);
+  availableIndexes = ScriptedHost::current().available;
 }
 
 void TradeUtils::getAllFill(ITradeService* /*service*/, const std::list<int32_t>& selector, int32_t queryFlags,
                             std::list<OrderFill>& fills, std::list<int32_t>& availableIndexes) {
-  ScriptedHost& host = ScriptedHost::current();
-  host.note("getAllFill(" + test::numbers(selector) + "," + std::to_string(queryFlags) + ")");
-  fills = test::ofAccounts(host.fills, selector);
-  availableIndexes = host.available;
+  fills = ofAccounts(noted("getAllFill", selector, queryFlags).fills, selector);
+  availableIndexes = ScriptedHost::current().available;
 }
 
 std::list<Order> TradeUtils::getAllOrder(ITradeService* /*service*/, const std::vector<TradingAccountID>& accounts) {
-  ScriptedHost& host = ScriptedHost::current();
-  host.note("getAllOrder(" + test::indexes(accounts) + ")");
   std::list<int32_t> selector;
-  for (const TradingAccountID& id : accounts) {
-    selector.push_back(id.index);
-  }
-  return test::ofAccounts(host.orders, selector);
+  std::ranges::transform(accounts, std::back_inserter(selector), &TradingAccountID::index);
+  return ofAccounts(noted("getAllOrder", accounts).orders, selector);
 }
 
 std::string CodeConvert::gbk_to_utf8(const std::string& text) { return test::convert("UTF-8", "GBK", text); }
@@ -396,6 +339,6 @@ Timestamp Timestamp::now(OrvTimeZone zone) { return {1'700'000'000'000'000, zone
 std::string Timestamp::toISO8601String() const {
   return zone == OrvTimeZone{0} && microseconds == 1'700'000'000'000'000 ? "2023-11-14T22:13:20.000000Z" : "?";
 }
-bool isTimeEnabled() { return test::ScriptedHost::current().logTime; }
+bool isTimeEnabled() { return ScriptedHost::current().logTime; }
 
 }  // namespace orvane

@@ -8,12 +8,11 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/account.h"
 #include "host/authagent.h"
-#include "host/baseinformation.h"
-#include "host/codeservice.h"
 #include "host/common.h"
 #include "host/credit.h"
 #include "host/margin.h"
@@ -21,8 +20,6 @@
 #include "host/order.h"
 #include "host/position.h"
 #include "host/positionmonitor.h"
-#include "host/servicerouter.h"
-#include "host/tradeservice.h"
 #include "host/uiproxymgr.h"
 
 namespace orvane::test {
@@ -33,17 +30,11 @@ std::string gbk(const std::string& utf8);
 // A host made of what a test says. It stands behind every symbol of host/ while it lives (one at a time), answers from
 // the members below and writes down each call in order: `calls()` reads "checkUser(capital.list)",
 // "getAllFill([1,2],1)". A test sets members before the library runs; what the library sent may be read while it does.
-class ScriptedHost : public IServiceRouter,
-                     public IBaseService,
-                     public IMobileSrv,
-                     public ITradeService,
-                     public ICodeService,
-                     public IUIProxyMgr,
-                     public IPositionMonitor,
-                     public IAuthAgent {
+// It knows one exchange: 3 is "SHFE", in full "上期所".
+class ScriptedHost {
  public:
   ScriptedHost();
-  ~ScriptedHost() override;
+  ~ScriptedHost();
   ScriptedHost(const ScriptedHost&) = delete;
   ScriptedHost& operator=(const ScriptedHost&) = delete;
 
@@ -51,6 +42,7 @@ class ScriptedHost : public IServiceRouter,
 
   // What the host holds.
   std::vector<TradingAccount> accounts;
+  std::vector<TradingAccount> laterAccounts;                         // if any, `accounts` from the second look-up on
   std::list<int32_t> available;                                      // account indexes
   std::map<int64_t, SymbolCode> symbols;                             // by hash code
   std::map<int64_t, std::string> codeNames;                          // GBK
@@ -98,40 +90,10 @@ class ScriptedHost : public IServiceRouter,
   std::vector<MobileMessage> sent() const;
   // Waits until `count` messages have been sent; false after ten seconds.
   bool waitForSent(size_t count);
-  void note(const std::string& call);
 
-  // host/, in the order of its headers.
-  ResultStatus start(const MobileSrvInfo& info) override;
-  ResultStatus registerSpi(const std::shared_ptr<IMobileSrvSpi>& callback, int32_t* handle) override;
-  ResultStatus unregisterSpi(int32_t handle) override;
-  void stop() override;
-  ResultStatus send(const MobileMessage& message) override;
-  bool isRunning() override;
-  IBaseService* getBaseService() override;
-  ITradeService* getTradeService() override;
-  ICodeService* getCodeService() override;
-  IMobileSrv* getMobileSrv() override;
-  ResultStatus getCodeProperty(const SymbolCode& symbol, CodeProperty& property, int64_t version) override;
-  ResultStatus getCodeByHash(const int64_t& hashCode, SymbolCode& symbol) override;
-  ResultStatus insertOrder(const MobileNewOrderItem& order) override;
-  ResultStatus cancelOrder(const CancelOrderRequest& request) override;
-  ResultStatus queryCreditInfo(const TradingAccountID& account, std::vector<CreditInfoRecord>& records) override;
-  ResultStatus queryMarginRate(const MarginRateQuery& query, MarginRateResult& result) override;
-  std::list<MonitorSyncOrder> getSyncOrders(const MonitorAccountCodes& codes) override;
-  void placeSyncOrders(std::list<MonitorSyncOrder>& list) override;
-  void getMonitorRecords(MonitorSnapshot& snapshot) override;
-  void cleanManualPositions(const MonitorAccountCodes& codes) override;
-  void updateManualPositions(std::list<MonitorManualPosition>& list) override;
-  void getManualPositions(const MonitorAccountCodes& codes, std::list<MonitorManualPosition>& list) override;
-  void requestSync(const std::string& topic, const std::string& data, MobileMessage& reply) override;
-  void requestAsync(int64_t requestId, const std::string& topic, const std::string& data) override;
-  double getDefaultMarginRate(const SymbolCode& symbol) override;
-  void getCodeTypePositions(const std::vector<TradingAccountID>& ids, bool flag1, bool flag2,
-                            std::vector<CodeTypePosition>& list) override;
-  bool getCodeTypeName(int64_t hashCode, std::string& typeText, std::string& nameText) override;
-  ResultStatus checkUser(const std::string& function) override;
-  ResultStatus checkAccount(const std::string& function, const TradingAccountID& account) override;
-  bool hasPrivilege(const TradingAccountID& account, AccountPrivilege privilege) override;
+  // What the services do with a call and with a message.
+  void note(const std::string& call);
+  ResultStatus send(const MobileMessage& message);
 
  private:
   mutable std::mutex mutex_;  // guards the three below
