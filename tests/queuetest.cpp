@@ -32,6 +32,11 @@ class Recorder : public AsyncBufferQueueThread<int> {
     std::unique_lock lock(mutex_);
     changed_.wait(lock, [&] { return current_ == 0; });
   }
+  // An item that stops the queue reads what a start writes, so the start holds the lock that a stop takes.
+  void startLocked() {
+    const std::lock_guard control(controlMutex);
+    startThread();
+  }
   void release() { set(held_, false); }
   void stopWhileHeld(bool drain) {
     std::thread stopper([this, drain] { stopThread(drain); });
@@ -190,7 +195,7 @@ TEST(Queue, StopFromWithinAnItemIsADeadlockError) {
   Recorder queue(-1, 1, false);
   queue.stopsItself = true;
   queue.enqueue(1);
-  queue.startThread();
+  queue.startLocked();
   queue.waitForHandled(1);
   queue.waitUntilEnded();
   EXPECT_EQ(queue.selfStopError, std::errc::resource_deadlock_would_occur);
