@@ -109,6 +109,7 @@ std::optional<Settings> readSettings(int argc, const char* const* argv, int& exi
   Settings settings;
   Arguments typed;
   CLI::App app("A paper-trading terminal that phones can see and work.", "pocket-terminal");
+  app.set_version_flag("--version", "pocket-terminal " POCKETAGENT_VERSION);
   addOptions(app, settings, typed);
   const CLI::App& call = addCall(app, typed);
   try {
