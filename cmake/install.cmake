@@ -1,0 +1,49 @@
+# What `cmake --install` puts in place, by component: library, dev (headers, CMake package, pkg-config file) and
+# terminal.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+string(COMPARE EQUAL "${CMAKE_INSTALL_PREFIX}" /usr system)
+
+# install_gzipped(FILE NAME DESTINATION COMPONENT): FILE, with @VARIABLES@ filled in, compressed as NAME.gz.
+function(install_gzipped file name destination component)
+  set(text ${CMAKE_CURRENT_BINARY_DIR}/packaging/${component}/${name})
+  configure_file(${file} ${text} @ONLY)
+  execute_process(COMMAND gzip -9nkf ${text} COMMAND_ERROR_IS_FATAL ANY)
+  install(FILES ${text}.gz DESTINATION ${destination} COMPONENT ${component})
+endfunction()
+
+# install_configured(FILE DESTINATION COMPONENT): FILE.in with @VARIABLES@ filled in.
+function(install_configured name destination component)
+  configure_file(packaging/${name}.in packaging/${name} @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/packaging/${name} DESTINATION ${destination} COMPONENT ${component})
+endfunction()
+
+# The headers of the boundary, and nothing more. They ask for no more than C++17.
+file(GLOB boundary CONFIGURE_DEPENDS host/*.h)
+target_sources(pocketagent PUBLIC FILE_SET HEADERS
+  BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${boundary} pocketagent/ipocketagent.h)
+target_compile_features(pocketagent INTERFACE cxx_std_17)
+
+install(TARGETS pocketagent EXPORT pocketagent
+  LIBRARY COMPONENT library NAMELINK_COMPONENT dev
+  FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/pocketagent COMPONENT dev)
+set(package ${CMAKE_INSTALL_LIBDIR}/cmake/pocketagent)
+install(EXPORT pocketagent NAMESPACE pocketagent:: FILE pocketagentConfig.cmake DESTINATION ${package} COMPONENT dev)
+write_basic_package_version_file(packaging/pocketagentConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/packaging/pocketagentConfigVersion.cmake
+  DESTINATION ${package} COMPONENT dev)
+file(RELATIVE_PATH UP /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+install_configured(pocketagent.pc ${CMAKE_INSTALL_LIBDIR}/pkgconfig dev)
+install(FILES README.md docs/library.md docs/install.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
+
+if(POCKETAGENT_TERMINAL)
+  if(NOT system)  # the loader does not look there by itself
+    file(RELATIVE_PATH libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+    set_target_properties(pocket-terminal PROPERTIES INSTALL_RPATH $ORIGIN/${libraries})
+  endif()
+  install(TARGETS pocket-terminal RUNTIME COMPONENT terminal)
+  install_gzipped(packaging/pocket-terminal.1.in pocket-terminal.1 ${CMAKE_INSTALL_MANDIR}/man1 terminal)
+  install_configured(pocket-terminal.service lib/systemd/system terminal)
+  install(FILES docs/gateway.md docs/terminal.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/pocket-terminal
+    COMPONENT terminal)
+endif()
