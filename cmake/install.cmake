@@ -47,3 +47,7 @@ if(POCKETAGENT_TERMINAL)
   install(FILES docs/gateway.md docs/terminal.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/pocket-terminal
     COMPONENT terminal)
 endif()
+
+if(system)
+  include(cmake/packages.cmake)
+endif()

@@ -1,0 +1,62 @@
+# The two Debian packages that CPack makes: the library with its headers, and the terminal. See scripts/make-packages.
+set(POCKETAGENT_MAINTAINER "pocketagent maintainers <maintainers@pocketagent.invalid>" CACHE STRING
+  "Name and address of who answers for the packages")
+
+# The release's date stands at its heading in the changelog.
+file(STRINGS CHANGELOG.md heading REGEX "^## \\[${PROJECT_VERSION}\\] - ")
+string(REGEX MATCH "[0-9-]+$" released "${heading}")
+if(NOT released)
+  message(FATAL_ERROR "CHANGELOG.md has no heading \"## [${PROJECT_VERSION}] - YYYY-MM-DD\"")
+endif()
+execute_process(COMMAND date --utc --rfc-email --date=${released} OUTPUT_VARIABLE RELEASE_DATE
+  OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+
+# install_documents(PACKAGE COMPONENT): what a Debian package must say of itself.
+function(install_documents PACKAGE component)
+  set(folder ${CMAKE_INSTALL_DATADIR}/doc/${PACKAGE})
+  install_gzipped(CHANGELOG.md changelog ${folder} ${component})
+  install_gzipped(packaging/changelog.Debian.in changelog.Debian ${folder} ${component})
+  install(FILES packaging/copyright DESTINATION ${folder} COMPONENT ${component})
+endfunction()
+install_documents(pocketagent library)
+install_documents(pocket-terminal terminal)
+
+install(FILES packaging/pocket-terminal.toml DESTINATION /etc/pocket-terminal COMPONENT terminal)
+
+set(control ${PROJECT_SOURCE_DIR}/packaging/control)
+set(CPACK_GENERATOR DEB)
+set(CPACK_SET_DESTDIR ON)  # settings go to /etc
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_MAINTAINER ${POCKETAGENT_MAINTAINER})
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+
+set(CPACK_DEBIAN_AGENT_PACKAGE_NAME pocketagent)
+set(CPACK_DEBIAN_AGENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_AGENT_PACKAGE_CONTROL_EXTRA ${control}/triggers)
+set(CPACK_COMPONENT_AGENT_DESCRIPTION "phone access to the accounts of a trading terminal
+A shared library that a desktop trading terminal loads, so that a phone can
+see and work the terminal's accounts, with its headers, CMake package and
+pkg-config file.")
+
+set(CPACK_DEBIAN_TERMINAL_PACKAGE_NAME pocket-terminal)
+set(CPACK_DEBIAN_TERMINAL_PACKAGE_SECTION misc)
+set(CPACK_DEBIAN_TERMINAL_PACKAGE_DEPENDS "pocketagent (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
+set(CPACK_DEBIAN_TERMINAL_PACKAGE_CONTROL_EXTRA
+  ${control}/conffiles ${control}/postinst ${control}/prerm ${control}/postrm)
+set(CPACK_COMPONENT_TERMINAL_DESCRIPTION "paper-trading terminal that phones can see and work
+The reference host of the pocketagent library: a paper-trading terminal with
+an embedded database, and a gateway that phones reach by WebSocket. It trades
+on paper only.")
+
+include(CPack)
+cpack_add_component_group(agent)
+cpack_add_component(library GROUP agent)
+cpack_add_component(dev GROUP agent)
+cpack_add_component(terminal)
