@@ -34,7 +34,8 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/packaging/pocketagentConfigVersion.cma
   DESTINATION ${package} COMPONENT dev)
 file(RELATIVE_PATH UP /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 install_configured(pocketagent.pc ${CMAKE_INSTALL_LIBDIR}/pkgconfig dev)
-install(FILES README.md docs/library.md docs/install.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
 
 if(POCKETAGENT_TERMINAL)
   if(NOT system)  # the loader does not look there by itself
@@ -44,8 +45,6 @@ if(POCKETAGENT_TERMINAL)
   install(TARGETS pocket-terminal RUNTIME COMPONENT terminal)
   install_gzipped(packaging/pocket-terminal.1.in pocket-terminal.1 ${CMAKE_INSTALL_MANDIR}/man1 terminal)
   install_configured(pocket-terminal.service lib/systemd/system terminal)
-  install(FILES docs/gateway.md docs/terminal.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/pocket-terminal
-    COMPONENT terminal)
 endif()
 
 if(system)

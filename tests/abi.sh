@@ -14,7 +14,8 @@ symbols() {
       s/, std::allocator<[^<>]*> >/>/g'
 }
 
-# Every header, a use of each record, and for each interface a class that calls for its table of operations.
+# Every header, a use of each record, and for each interface a class that calls for its table of operations. It is
+# compiled as the C++17 that the headers promise to be.
 everything() {
   printf '#include "%s"\n' host/*.h pocketagent/ipocketagent.cpp
   echo 'template <class I> struct Probe : I { Probe() {} };'
@@ -23,7 +24,7 @@ everything() {
 }
 
 layout() {
-  everything | clang++-14 -std=c++20 -I. -w -x c++ - -S -emit-llvm -o /dev/null \
+  everything | clang++-14 -std=c++17 -I. -w -x c++ - -S -emit-llvm -o /dev/null \
     -Xclang -fdump-record-layouts -Xclang -fdump-vtable-layouts | awk '
       /^$/ && on { print; on = 0 }
       /^ +0 \| (struct|class) orvane::[A-Za-z]+( \(empty\))?$/ || /^Vtable for .orvane::/ { on = 1; print; next }
