@@ -139,7 +139,9 @@ Reply Client::read() {
                                   std::string_view(ws.reason().reason.data(), ws.reason().reason.size())));
   }
   if (error) throw ClientError(fmt::format("the connection to the terminal is lost: {}", error.message()));
-  return readReply({static_cast<const char*>(buffer.cdata().data()), buffer.size()});
+  const std::string_view text(static_cast<const char*>(buffer.cdata().data()), buffer.size());
+  onMessage(text);
+  return readReply(text);
 }
 
 // The first message, kept or new, that is wanted; the others are kept.

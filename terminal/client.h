@@ -30,7 +30,7 @@ class Client {
  public:
   // Connects to 127.0.0.1. No later call waits longer than `patience` for anything. Throws ClientError.
   explicit Client(uint16_t port, std::chrono::milliseconds patience = std::chrono::seconds(10));
-  ~Client();
+  virtual ~Client();
   Client(const Client&) = delete;
   Client& operator=(const Client&) = delete;
 
@@ -50,6 +50,10 @@ class Client {
   // Waits for the gateway to close the connection, passing over what comes before. Returns the close code; 0 where the
   // connection ended without one.
   uint16_t waitClose();
+
+ protected:
+  // Sees each message as it comes, before any call returns it.
+  virtual void onMessage(std::string_view /*text*/) {}
 
  private:
   struct Connection;
