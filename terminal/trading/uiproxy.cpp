@@ -55,9 +55,33 @@ std::string quoteFault(const Instrument* instrument, int64_t hashCode, double pr
 
 }  // namespace
 
+// The index of the terminal's own topics.
+const std::array<UiProxy::Topic, 3> UiProxy::kTopics{{
+    {"terminal.info",
+     [](UiProxy& proxy, const std::string& /*body*/) {
+       return Answer{"", proxy.terminalInfo()};
+     }},
+    {"quote.list",
+     [](UiProxy& proxy, const std::string& /*body*/) {
+       return Answer{"", proxy.quoteList()};
+     }},
+    {"quote.set",
+     [](UiProxy& proxy, const std::string& body) {
+       return Answer{proxy.setQuote(body), ""};
+     }},
+}};
+
+std::vector<std::string_view> UiProxy::topics() {
+  std::vector<std::string_view> names;
+  for (const Topic& topic : kTopics) names.push_back(topic.name);
+  return names;
+}
+
 void UiProxy::requestSync(const std::string& topic, const std::string& data, MobileMessage& reply) {
+  const Answer made = answer(topic, data);
   reply.topic = topic;
-  answer(topic, data, reply.message, reply.data);
+  reply.message = CodeConvert::utf8_to_gbk(made.message);
+  reply.data = CodeConvert::utf8_to_gbk(made.data);
 }
 
 void UiProxy::requestAsync(int64_t requestId, const std::string& topic, const std::string& data) {
@@ -67,18 +91,11 @@ void UiProxy::requestAsync(int64_t requestId, const std::string& topic, const st
   desk_.outbox().post(std::move(reply));
 }
 
-void UiProxy::answer(const std::string& topic, const std::string& body, std::string& message, std::string& data) {
-  std::string text;
-  if (topic == "terminal.info") {
-    text = terminalInfo();
-  } else if (topic == "quote.list") {
-    text = quoteList();
-  } else if (topic == "quote.set") {
-    message = CodeConvert::utf8_to_gbk(setQuote(body));
-  } else {
-    message = CodeConvert::utf8_to_gbk(fmt::format("未知的功能: {}", topic));
+UiProxy::Answer UiProxy::answer(const std::string& topic, const std::string& body) {
+  for (const Topic& each : kTopics) {
+    if (each.name == topic) return each.answer(*this, body);
   }
-  data = CodeConvert::utf8_to_gbk(text);
+  return {fmt::format("未知的功能: {}", topic), ""};
 }
 
 std::string UiProxy::terminalInfo() {

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <array>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "host/uiproxymgr.h"
 #include "terminal/trading/engine.h"
@@ -13,6 +16,9 @@ class UiProxy : public IUIProxyMgr {
  public:
   UiProxy(Desk& desk, Engine& engine, QuoteMode mode) : desk_(desk), engine_(engine), mode_(mode) {}
 
+  // The topics that it answers.
+  static std::vector<std::string_view> topics();
+
   void requestSync(const std::string& topic, const std::string& data, MobileMessage& reply) override;
   void requestAsync(int64_t requestId, const std::string& topic, const std::string& data) override;
   double getDefaultMarginRate(const SymbolCode& symbol) override;
@@ -21,7 +27,18 @@ class UiProxy : public IUIProxyMgr {
   bool getCodeTypeName(int64_t hashCode, std::string& typeText, std::string& nameText) override;
 
  private:
-  void answer(const std::string& topic, const std::string& body, std::string& message, std::string& data);
+  // The two texts of a reply, UTF-8.
+  struct Answer {
+    std::string message;
+    std::string data;
+  };
+  struct Topic {
+    std::string_view name;
+    Answer (*answer)(UiProxy& proxy, const std::string& body);
+  };
+  static const std::array<Topic, 3> kTopics;
+
+  Answer answer(const std::string& topic, const std::string& body);
   std::string terminalInfo();
   std::string quoteList();
   std::string setQuote(const std::string& body);
