@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include "tests/system/contract.h"
 #include "tests/system/terminalprocess.h"
 
 namespace orvane::test {
@@ -147,7 +148,7 @@ TEST_F(GatewayTest, ClosesWhoDoesNotLogIn) {
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.first);
-    Client phone(terminal_.port());
+    CheckedClient phone(terminal_.port());
     phone.send(row.first);
     EXPECT_EQ(phone.receive().message, row.message);
     EXPECT_EQ(phone.waitClose(), 4401);

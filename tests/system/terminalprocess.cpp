@@ -10,6 +10,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "tests/system/contract.h"
+
 namespace orvane::test {
 namespace {
 
@@ -54,7 +56,7 @@ TerminalProcess::~TerminalProcess() {
 }
 
 std::unique_ptr<terminal::Client> TerminalProcess::login() const {
-  auto client = std::make_unique<terminal::Client>(port_);
+  auto client = std::make_unique<CheckedClient>(port_);
   client->login(token_);
   return client;
 }

@@ -37,7 +37,7 @@ class TerminalProcess {
   uint16_t port() const { return port_; }
   const std::string& token() const { return token_; }
 
-  // A phone that is logged in.
+  // A phone that is logged in, and holds each message against its schema.
   std::unique_ptr<terminal::Client> login() const;
 
   // Ends it by SIGTERM and returns its exit code.

@@ -1,0 +1,64 @@
+#include <set>
+
+#include <gmock/gmock.h>
+#include <rapidjson/document.h>
+
+#include "pocketagent/topic.h"
+#include "terminal/trading/uiproxy.h"
+#include "tests/system/contract.h"
+#include "tests/system/terminalprocess.h"
+
+namespace orvane::test {
+namespace {
+
+using testing::HasSubstr;
+
+TEST(Contract, DescribesEachTopicAndNoOther) {
+  std::set<std::string> topics{"login"};
+  for (int32_t value = kTopicUnknown + 1; topicFromName(topicName(value)) == value; ++value) {
+    topics.insert(topicName(value));
+  }
+  for (const std::string_view own : terminal::UiProxy::topics()) topics.emplace(own);
+  EXPECT_EQ(describedTopics(), topics) << "describe the topic in docs/contract/topics.yaml";
+}
+
+TEST(Contract, AcceptsItsExamples) {
+  rapidjson::Document examples;
+  examples.Parse(readFile(std::filesystem::path(CONTRACT_DIR) / "contract/examples.json").c_str());
+  for (const auto& example : examples["topics"].GetObject()) {
+    EXPECT_EQ(findRequestFault(example.value["request"].GetString()), "");
+    EXPECT_EQ(findAnswerFault(example.value["reply"].GetString()), "");
+  }
+  for (const auto& push : examples["pushes"].GetObject()) {
+    EXPECT_EQ(findAnswerFault(push.value.GetString()), "");
+  }
+}
+
+TEST(Contract, TellsWhatIsNotAsDescribed) {
+  struct Row {
+    std::string frame;
+    std::string fault;
+  };
+  const std::string rate = R"("rate":[{"hashCode":1,"marginRate":0.1}]}]})";
+  const std::string reply = R"({"id":1,"topic":"marginrate.list","message":"","data":[{"index":1,"accountStatus":1,)";
+  const std::vector<Row> rows{
+      {reply + rate, ""},
+      {reply + R"("more":1,)" + rate, R"(marginrate.list.reply.json: "additionalProperties" is broken at #/0)"},
+      {reply + R"("rate":[{"hashCode":1}]}]})", R"("required" is broken at #/0/rate/0: {"hashCode":1})"},
+      {reply + R"("rate":[{"hashCode":1.0,"marginRate":0}]}]})", R"("type" is broken at #/0/rate/0/hashCode: 1.0)"},
+      {R"({"id":1,"topic":"new.list","message":"","data":[]})", R"(no topic is described whose reply is "new.list")"},
+      {R"({"id":1,"topic":"monitor.list","message":"","data":[{}]})", "monitor.manual.list.reply.json"},
+      {R"({"id":1,"topic":"order.condition.list","message":"","data":null})", R"("not" is broken at #)"},
+      {R"({"id":1,"topic":"x","message":"why","data":[]})", R"(frame.failure.json: "type" is broken at #/data)"},
+      {R"({"seq":0,"topic":"order.push","message":"","data":[]})", R"(frame.push.json: "minimum" is broken at #/seq)"},
+      {R"({"seq":1,"topic":"new.push","message":"","data":[]})", "there is no docs/schemas/new.push.push.json"},
+  };
+  for (const Row& row : rows) {
+    const std::string fault = findAnswerFault(row.frame);
+    EXPECT_EQ(fault.empty(), row.fault.empty());
+    EXPECT_THAT(fault, HasSubstr(row.fault));
+  }
+}
+
+}  // namespace
+}  // namespace orvane::test
