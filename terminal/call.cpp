@@ -27,12 +27,20 @@ void printReply(const Reply& reply, bool asTable) {
   fmt::print("{}", asTable ? writeTable(text, screenWidth()) : text + '\n');
 }
 
+// A terminal that listens on all addresses is asked on loopback.
+ClientOptions optionsOf(const Settings& settings) {
+  ClientOptions options;
+  options.address = settings.address == "0.0.0.0" ? "127.0.0.1" : settings.address == "::" ? "::1" : settings.address;
+  if (settings.tls) options.certificate = settings.tls->certificate;
+  return options;
+}
+
 }  // namespace
 
 int runCall(const Settings& settings) try {
   const CallSettings& call = *settings.call;
   const std::string token = call.token.empty() ? loadToken(settings.dataDir) : call.token;
-  Client client(settings.port);
+  Client client(settings.port, optionsOf(settings));
   client.login(token);
   const Reply reply = client.request(call.topic, call.data, call.terminalType);
   if (reply.message.empty()) {
@@ -43,7 +51,8 @@ int runCall(const Settings& settings) try {
   return kRefused;
 } catch (const std::exception& error) {
   const std::string text = fmt::format(
-      "pocket-terminal: {}\nIs the terminal running, and are --port and --data those it was started with?\n",
+      "pocket-terminal: {}\nIs the terminal running, and are --listen, --port, --data and --tls-... those it was "
+      "started with?\n",
       error.what());
   std::fputs(text.c_str(), stderr);
   return kNotAsked;

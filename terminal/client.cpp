@@ -11,6 +11,8 @@
 #include <fmt/format.h>
 
 #include "terminal/jsonmembers.h"
+#include "terminal/securestream.h"
+#include "terminal/tls.h"
 
 namespace orvane::terminal {
 namespace {
@@ -38,7 +40,10 @@ Reply readReply(std::string_view text) {
 
 // Beast's own synchronous calls know no time limit, so each call runs one asynchronous operation to its end.
 struct Client::Connection {
-  explicit Connection(std::chrono::milliseconds time) : patience(time), ws(io) {}
+  explicit Connection(const ClientOptions& options)
+      : patience(options.patience),
+        tls(options.certificate.empty() ? nullptr : makeClientTls(options.certificate)),
+        ws(beast::tcp_stream(io), tls.get()) {}
 
   // Runs what `begin` starts with the completion handler it is given.
   template <typename Begin>
@@ -52,30 +57,38 @@ struct Client::Connection {
     io.restart();
     io.run_for(patience);
     if (done) return outcome;
-    beast::get_lowest_layer(ws).close();
+    tcp().close();
     io.restart();
     io.run();
     throw ClientError(fmt::format("no answer from the terminal within {} ms", patience.count()));
   }
 
+  beast::tcp_stream& tcp() { return beast::get_lowest_layer(ws); }
+
   std::chrono::milliseconds patience;
+  std::shared_ptr<asio::ssl::context> tls;
   asio::io_context io{1};
-  websocket::stream<beast::tcp_stream> ws;
+  websocket::stream<SecureStream> ws;
   beast::flat_buffer buffer;
 };
 
-Client::Client(uint16_t port, std::chrono::milliseconds patience)
-    : connection_(std::make_unique<Connection>(patience)) {
+Client::Client(uint16_t port, const ClientOptions& options) : connection_(std::make_unique<Connection>(options)) {
+  const tcp::endpoint endpoint(asio::ip::make_address(options.address), port);
+  const std::string& address = options.address;
+  const std::string host = fmt::format("{}:{}", endpoint.address().is_v6() ? '[' + address + ']' : address, port);
+  const auto require = [&](const error_code& error, std::string_view step) {
+    if (error) throw ClientError(fmt::format("cannot connect to {}: {}{}", host, step, error.message()));
+  };
   auto& ws = connection_->ws;
-  const tcp::endpoint endpoint(asio::ip::address_v4::loopback(), port);
-  error_code error = connection_->run([&](auto done) { ws.next_layer().async_connect(endpoint, done); });
-  if (!error) {
-    error_code ignored;
-    ws.next_layer().socket().set_option(tcp::no_delay(true), ignored);
-    ws.read_message_max(kMaxReply);
-    error = connection_->run([&](auto done) { ws.async_handshake("127.0.0.1", "/ws", done); });
+  require(connection_->run([&](auto done) { connection_->tcp().async_connect(endpoint, done); }), "");
+  error_code ignored;
+  connection_->tcp().socket().set_option(tcp::no_delay(true), ignored);
+  ws.read_message_max(kMaxReply);
+  if (ws.next_layer().isSecure()) {
+    require(connection_->run([&](auto done) { ws.next_layer().handshake(asio::ssl::stream_base::client, done); }),
+            "no TLS with the certificate that was given: ");
   }
-  if (error) throw ClientError(fmt::format("cannot connect to 127.0.0.1:{}: {}", port, error.message()));
+  require(connection_->run([&](auto done) { ws.async_handshake(host, "/ws", done); }), "");
 }
 
 Client::~Client() {

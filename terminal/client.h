@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 #include <deque>
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -25,11 +26,19 @@ struct Reply {
   std::string text;     // stands in for data that is no JSON
 };
 
+// How to reach a gateway.
+struct ClientOptions {
+  std::string address = "127.0.0.1";                             // an IP address
+  std::filesystem::path certificate;                             // the gateway's own; empty without TLS
+  std::chrono::milliseconds patience{std::chrono::seconds(10)};  // no call waits longer for anything
+};
+
 // A phone, as the gateway sees it: one connection, used by one thread, each call waiting for its end.
 class Client {
  public:
-  // Connects to 127.0.0.1. No later call waits longer than `patience` for anything. Throws ClientError.
-  explicit Client(uint16_t port, std::chrono::milliseconds patience = std::chrono::seconds(10));
+  // Throws ClientError where the gateway cannot be reached or is not the one that holds the certificate, and
+  // std::runtime_error where the certificate cannot be read.
+  explicit Client(uint16_t port, const ClientOptions& options = {});
   virtual ~Client();
   Client(const Client&) = delete;
   Client& operator=(const Client&) = delete;

@@ -10,6 +10,7 @@
 
 #include "pocketagent/ipocketagent.h"
 #include "terminal/call.h"
+#include "terminal/certificate.h"
 #include "terminal/gateway/gateway.h"
 #include "terminal/gateway/mobileserver.h"
 #include "terminal/gateway/tokens.h"
@@ -81,11 +82,18 @@ int serve(const Settings& settings) try {
   setUpLogging(settings.logFile, settings.logLevel);
   const std::string token = loadOrMakeToken(settings.dataDir);
   TradingHost host(settings.trading);
-  Gateway gateway({settings.port, token, settings.limits});
+  if (settings.keepsOwnCertificate) keepOwnCertificate(*settings.tls, settings.address);
+  Gateway gateway({.address = settings.address,
+                   .port = settings.port,
+                   .tls = settings.tls,
+                   .allowedOrigins = settings.allowedOrigins,
+                   .token = token,
+                   .limits = settings.limits,
+                   .probe = {}});
   MobileServer server(gateway);
-  const std::string url = fmt::format("http://127.0.0.1:{}", gateway.port());
-  const Running running(host, server, url);
-  fmt::print("{}/#token={}\n", url, token);
+  const Running running(host, server, gateway.url());
+  fmt::print("{}/#token={}\n", gateway.url(), token);
+  if (settings.tls) fmt::print("Certificate's SHA-256: {}\n", fingerprint(settings.tls->certificate));
   std::fflush(stdout);
   stopSignals.wait();
   return EXIT_SUCCESS;

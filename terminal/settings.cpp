@@ -1,10 +1,12 @@
 #include "terminal/settings.h"
 
 #include <CLI/CLI.hpp>
+#include <boost/asio/ip/address.hpp>
 #include <cstdlib>
 
 #include <unistd.h>
 
+#include "terminal/certificate.h"
 #include "terminal/json.h"
 
 namespace orvane::terminal {
@@ -41,12 +43,40 @@ struct Arguments {
   std::string quotes = "walk";
   double loginSeconds = 10;
   double idleSeconds = 36;
+  TlsFiles tls;
   CallSettings call;
   bool json = false;
 };
 
+std::string checkAddress(const std::string& text) {
+  boost::system::error_code error;
+  boost::asio::ip::make_address(text, error);
+  return error ? text + " is no IP address" : "";
+}
+
+std::string checkOrigin(const std::string& origin) {
+  const size_t host = origin.starts_with("https://") ? 8 : origin.starts_with("http://") ? 7 : origin.size();
+  const bool isOrigin = host < origin.size() && origin.find_first_of("/?#@ ", host) == std::string::npos;
+  return isOrigin ? "" : origin + " is no origin such as https://trade.example.com:8443";
+}
+
+void addNetworkOptions(CLI::App& app, Settings& settings, Arguments& typed) {
+  app.add_option("--listen", settings.address, "IP address to listen on; beyond loopback TLS is a must")
+      ->check(CLI::Validator(checkAddress, "ADDRESS"))
+      ->capture_default_str();
+  app.add_option("--port", settings.port, "port; 0 is any free one")->capture_default_str();
+  CLI::Option* own = app.add_flag("--tls-self", settings.keepsOwnCertificate,
+                                  "TLS with a certificate of its own, made and kept in the data folder");
+  CLI::Option* certificate =
+      app.add_option("--tls-cert", typed.tls.certificate, "TLS with the certificate of this file (PEM)")->excludes(own);
+  app.add_option("--tls-key", typed.tls.key, "the key of --tls-cert (PEM)")->needs(certificate);
+  app.add_option("--allow-origin", settings.allowedOrigins,
+                 "origin of pages, beside its own, that may use the terminal")
+      ->check(CLI::Validator(checkOrigin, "ORIGIN"));
+}
+
 void addOptions(CLI::App& app, Settings& settings, Arguments& typed) {
-  app.add_option("--port", settings.port, "port on 127.0.0.1; 0 is any free one")->capture_default_str();
+  addNetworkOptions(app, settings, typed);
   app.add_option("--data", settings.dataDir, "folder of the database, the token and the log")
       ->default_str(defaultDataDir().string());
   app.add_option("--log", settings.logFile, "log file")->default_str("terminal.log in the data folder");
@@ -89,6 +119,13 @@ std::chrono::milliseconds milliseconds(double seconds) {
   return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
 }
 
+void setTls(Settings& settings, const TlsFiles& typed, bool isCall) {
+  if (settings.keepsOwnCertificate) settings.tls = ownTlsFiles(settings.dataDir);
+  if (typed.certificate.empty()) return;
+  if (!isCall && typed.key.empty()) throw CLI::ValidationError("--tls-cert", "its key is missing: add --tls-key");
+  settings.tls = typed;
+}
+
 // What follows from what was typed.
 void complete(Settings& settings, const Arguments& typed, bool isCall) {
   if (settings.dataDir.empty()) settings.dataDir = defaultDataDir();
@@ -98,6 +135,7 @@ void complete(Settings& settings, const Arguments& typed, bool isCall) {
   settings.limits.idle = milliseconds(typed.idleSeconds);
   settings.trading.dataDir = settings.dataDir;
   setQuotes(settings.trading, typed.quotes);
+  setTls(settings, typed.tls, isCall);
   if (!isCall) return;
   settings.call = typed.call;
   settings.call->asTable = typed.call.asTable || (!typed.json && isatty(STDOUT_FILENO) == 1);

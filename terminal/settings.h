@@ -4,8 +4,10 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "terminal/gateway/session.h"
+#include "terminal/tls.h"
 #include "terminal/trading/tradinghost.h"
 
 namespace orvane::terminal {
@@ -20,7 +22,11 @@ struct CallSettings {
 };
 
 struct Settings {
+  std::string address = "127.0.0.1";
   uint16_t port = 8700;
+  std::optional<TlsFiles> tls;
+  bool keepsOwnCertificate = false;  // makes the files of `tls` itself
+  std::vector<std::string> allowedOrigins;
   std::filesystem::path dataDir;
   std::filesystem::path logFile;
   std::string logLevel = "info";

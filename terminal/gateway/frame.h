@@ -1,13 +1,21 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
 
 #include "host/mobilemessage.h"
+#include "terminal/gateway/grant.h"
 
 namespace orvane::terminal {
+
+// The push that a phone saw last.
+struct PushPosition {
+  std::string epoch;
+  uint64_t seq = 0;
+};
 
 // One frame of a phone, {"id": 7, "topic": "capital.list", "data": [0, 3]}, taken apart. The views point into the
 // frame's own text.
@@ -16,6 +24,8 @@ struct Frame {
   std::string topic;             // UTF-8; may hold a NUL
   std::string_view body;         // the bytes of `data`; empty where it was left out
   std::string token;             // empty where it was left out
+  std::string device;            // the phone's own name for itself, at most 64 bytes
+  std::optional<PushPosition> resume;
   int32_t terminalType = 8;
 };
 
@@ -31,7 +41,10 @@ std::variant<Frame, FrameError> readFrame(std::string_view text);
 
 // Answers and pushes, as JSON in UTF-8. `id` is JSON text and goes out as it stands.
 std::string writeAnswer(std::string_view id, const MobileMessage& message);
-std::string writePush(const MobileMessage& message);
+std::string writePush(uint64_t seq, const MobileMessage& message);
 std::string writeFailure(std::string_view id, std::string_view topic, std::string_view message);
+
+// The answer to a login. `now` is the last push so far; `resumed` where those that the phone missed follow.
+std::string writeWelcome(std::string_view id, const Grant& grant, const PushPosition& now, bool resumed);
 
 }  // namespace orvane::terminal

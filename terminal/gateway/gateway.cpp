@@ -1,5 +1,7 @@
 #include "terminal/gateway/gateway.h"
 
+#include <algorithm>
+#include <boost/asio/ip/host_name.hpp>
 #include <boost/asio/post.hpp>
 #include <stdexcept>
 #include <utility>
@@ -18,8 +20,12 @@ using boost::system::error_code;
 
 constexpr size_t kMaxSessions = 256;
 constexpr size_t kMaxWaiting = 1024;  // requests of one connection
+constexpr size_t kMaxOverruns = 1024;
 constexpr std::chrono::milliseconds kAcceptPause{100};
+constexpr std::chrono::seconds kLongAnswer{10};
 constexpr std::string_view kLogin = "login";
+constexpr std::string_view kSocketPath = "/ws";
+constexpr std::string_view kBearer = "Bearer ";
 
 const log4cxx::LoggerPtr& logger() {
   static const log4cxx::LoggerPtr instance = log4cxx::Logger::getLogger("Gateway");
@@ -30,32 +36,63 @@ void sendText(Session& session, std::string text) {
   session.send(std::make_shared<const std::string>(std::move(text)));
 }
 
-void refuse(Session& session, std::string_view id, std::string_view topic, std::string_view why) {
-  TERMINAL_LOG(logger(), Debug, "{}: {}", session.name(), why);
-  sendText(session, writeFailure(id, topic, why));
+asio::ip::address parseAddress(const std::string& text) {
+  error_code error;
+  const asio::ip::address address = asio::ip::make_address(text, error);
+  if (error) throw std::runtime_error(fmt::format("--listen must be an IP address, not {}", text));
+  return address;
+}
+
+// What stands for all addresses leads nowhere from elsewhere; the machine's name does.
+std::string urlHost(const asio::ip::address& address) {
+  error_code error;
+  if (address.is_unspecified()) return asio::ip::host_name(error);
+  return address.is_v6() ? '[' + address.to_string() + ']' : address.to_string();
+}
+
+std::string secondsText(std::chrono::steady_clock::duration time) {
+  return fmt::format("{:.1f} s", std::chrono::duration<double>(time).count());
+}
+
+OriginPolicy::IsOwnName certifiedNames(const std::shared_ptr<asio::ssl::context>& tls) {
+  if (tls == nullptr) return {};
+  return [tls](const std::string& name) { return isCertified(*tls, name); };
 }
 
 }  // namespace
 
-Gateway::Gateway(GatewayOptions options) : options_(std::move(options)) {
-  const tcp::endpoint endpoint(asio::ip::address_v4::loopback(), options_.port);
+Gateway::Gateway(GatewayOptions options)
+    : options_(std::move(options)),
+      tls_(options_.tls ? makeServerTls(*options_.tls) : nullptr),
+      origins_(tls_ != nullptr, options_.allowedOrigins, certifiedNames(tls_)) {
+  const asio::ip::address address = parseAddress(options_.address);
+  if (!address.is_loopback() && tls_ == nullptr) {
+    throw std::runtime_error(fmt::format(
+        "beyond this machine, on {}, the terminal listens with TLS only: add --tls-self, or --tls-cert and --tls-key",
+        options_.address));
+  }
   try {
-    acceptor_ = tcp::acceptor(io_, endpoint);
+    acceptor_ = tcp::acceptor(io_, tcp::endpoint(address, options_.port));
     port_ = acceptor_.local_endpoint().port();
   } catch (const boost::system::system_error& error) {
     throw std::runtime_error(fmt::format(
-        "cannot listen on 127.0.0.1:{}: {}; end the program that holds the port, or choose another with --port",
-        options_.port, error.code().message()));
+        "cannot listen on {}:{}: {}; end the program that holds the port, or choose others with --port and --listen",
+        options_.address, options_.port, error.code().message()));
   }
 }
 
 Gateway::~Gateway() { stop(); }
 
-void Gateway::start(Receive receive) {
+std::string Gateway::url() const {
+  return fmt::format("{}://{}:{}", tls_ ? "https" : "http", urlHost(parseAddress(options_.address)), port_);
+}
+
+void Gateway::start(Receive receive, IsTaking isTaking) {
   receive_ = std::move(receive);
+  isTaking_ = std::move(isTaking);
   accept();
   thread_ = std::thread([this] { io_.run(); });
-  TERMINAL_LOG(logger(), Info, "listening on 127.0.0.1:{}", port_);
+  TERMINAL_LOG(logger(), Info, "listening at {}", url());
 }
 
 void Gateway::stop() {
@@ -76,15 +113,34 @@ void Gateway::accept() {
 void Gateway::onAccept(const error_code& error, tcp::socket socket) {
   if (!acceptor_.is_open()) return;
   if (error) return retryAccept(error.message());
-  if (peers_.size() >= kMaxSessions) {
-    TERMINAL_LOG(logger(), Warn, "a connection is refused: {} are open", peers_.size());
-  } else {
+  if (makeRoom()) {
     const auto session =
-        makeSession(std::move(socket), fmt::format("phone {}", ++connections_), *this, options_.limits);
-    peers_.emplace(session.get(), Peer{session});
+        makeSession(std::move(socket), tls_.get(), fmt::format("phone {}", ++connections_), *this, options_.limits);
+    Peer& peer = peers_[session.get()];
+    peer.session = session;
+    peer.number = connections_;
     session->start();
+  } else {
+    TERMINAL_LOG(logger(), Warn, "a connection is refused: {} are open", peers_.size());
+    metrics_.countRefusal(Refusal::Connection);
   }
   accept();
+}
+
+// Where all places are taken, the oldest connection without a login gives way: who opens many and says nothing keeps
+// no phone out.
+bool Gateway::makeRoom() {
+  if (peers_.size() < kMaxSessions) return true;
+  Peer* oldest = nullptr;
+  for (auto& [session, peer] : peers_) {
+    const bool mayGo = !session->isAdmitted() && !peer.givesWay;
+    if (mayGo && (oldest == nullptr || peer.number < oldest->number)) oldest = &peer;
+  }
+  if (oldest == nullptr) return false;
+  metrics_.countRefusal(Refusal::Connection);
+  oldest->givesWay = true;
+  oldest->session->cut("it gives way to a new one");
+  return true;
 }
 
 // Without the pause a process that is out of descriptors would spin here.
@@ -96,48 +152,152 @@ void Gateway::retryAccept(const std::string& reason) {
   });
 }
 
-void Gateway::onFrame(Session& session, std::string_view text) {
+std::optional<Page> Gateway::onRequestHead(Session& session, const HttpRequest& request) {
+  if (std::string fault = origins_.findFault(request.host, request.origin); !fault.empty()) {
+    metrics_.countRefusal(Refusal::Origin);
+    return Page{.status = 403, .body = std::move(fault)};
+  }
+  if (request.upgrades && request.path == kSocketPath) return std::nullopt;
+  if (auto page = statusPage(session, request)) return page;
+  return findPage(request.method, request.path);
+}
+
+// The pages that say how the gateway fares.
+std::optional<Page> Gateway::statusPage(const Session& session, const HttpRequest& request) {
+  if (request.method != "GET") return std::nullopt;
+  constexpr const char* kHealthType = "application/health+json";
+  const auto page = [](const std::vector<HealthCheck>& checks) {
+    return Page{worstOf(checks) == HealthStatus::Fail ? 503U : 200U, kHealthType, writeHealth(checks)};
+  };
+  const HealthCheck live{.name = "live"};
+  if (request.path == "/health/live") return page({live});
+  if (request.path == "/health/ready") return page(readiness());
+  if (request.path == "/health") {
+    std::vector<HealthCheck> checks = readiness();
+    checks.insert(checks.begin(), live);
+    return page(checks);
+  }
+  if (request.path != "/metrics") return std::nullopt;
+  if (maySeeMetrics(session, request)) return Page{200, "text/plain; version=0.0.4", metrics_.write(gauges())};
+  return Page{.status = 401, .body = "From another machine: send the header Authorization: Bearer TOKEN.\n"};
+}
+
+bool Gateway::maySeeMetrics(const Session& session, const HttpRequest& request) const {
+  if (session.address().is_loopback()) return true;
+  return request.authorization.starts_with(kBearer) &&
+         sameToken(options_.token, request.authorization.substr(kBearer.size()));
+}
+
+// Ready: the agent takes requests and answers them, and the host says nothing against it.
+std::vector<HealthCheck> Gateway::readiness() const {
+  Clock::time_point oldest = Clock::now();
+  const Clock::time_point now = oldest;
+  for (const auto& [id, request] : pending_) oldest = std::min(oldest, request.since);
+  HealthCheck agent{.name = "agent:requests"};
+  if (!isTaking_()) agent = {agent.name, HealthStatus::Fail, "the agent takes no requests"};
+  HealthCheck answers{.name = "agent:answers", .seconds = std::chrono::duration<double>(now - oldest).count()};
+  if (now - oldest > kLongAnswer) {
+    answers.status = HealthStatus::Fail;
+    answers.output = fmt::format("a request has waited for {}", secondsText(now - oldest));
+  }
+  std::vector<HealthCheck> checks = options_.probe ? options_.probe() : std::vector<HealthCheck>{};
+  checks.push_back(std::move(agent));
+  checks.push_back(std::move(answers));
+  checks.insert(checks.begin(), HealthCheck{.name = "ready", .status = worstOf(checks)});
+  return checks;
+}
+
+Gauges Gateway::gauges() const {
+  const auto isAdmitted = [](const auto& entry) { return entry.first->isAdmitted(); };
+  return {.connections = peers_.size(),
+          .loggedIn = static_cast<size_t>(std::count_if(peers_.begin(), peers_.end(), isAdmitted)),
+          .waiting = pending_.size()};
+}
+
+void Gateway::onFrame(Session& session, std::string_view text) try {
+  take(session, text);
+} catch (const std::exception& error) {
+  TERMINAL_LOG(logger(), Error, "{}: a frame could not be worked off: {}", session.name(), error.what());
+  metrics_.countRefusal(Refusal::Fault);
+  session.close(CloseCode::Fault, "the terminal failed inside; its log says more");
+}
+
+void Gateway::take(Session& session, std::string_view text) {
   const auto read = readFrame(text);
   const auto* frame = std::get_if<Frame>(&read);
   if (frame != nullptr && frame->topic == kLogin) return onLogin(session, *frame);
   if (frame != nullptr && session.isAdmitted()) return onRequest(session, *frame);
   if (const auto* error = std::get_if<FrameError>(&read)) {
-    refuse(session, error->id, error->topic, error->message);
+    refuse(session, Refusal::Frame, error->id, error->topic, error->message);
   } else {
-    refuse(session, frame->id, frame->topic, R"(log in first: {"topic": "login", "token": ...})");
+    refuse(session, Refusal::Login, frame->id, frame->topic, R"(log in first: {"topic": "login", "token": ...})");
   }
   if (!session.isAdmitted()) session.close(CloseCode::NoLogin, "the first message must be a login");
 }
 
 void Gateway::onLogin(Session& session, const Frame& frame) {
   if (!sameToken(options_.token, frame.token)) {
-    refuse(session, frame.id, kLogin, "wrong token: take it from the link that the terminal printed");
+    refuse(session, Refusal::Login, frame.id, kLogin, "wrong token: take it from the link that the terminal printed");
     return session.close(CloseCode::NoLogin, "wrong token");
   }
+  admit(session, frame, {.name = "first", .see = true, .cancel = true, .trade = true});
+}
+
+void Gateway::admit(Session& session, const Frame& frame, Grant grant) {
   TERMINAL_LOG(logger(), Info, "{} is logged in", session.name());
+  Peer& peer = peers_.at(&session);
+  peer.grant = std::move(grant);
+  peer.device = frame.device;
+  replaceOlder(session, peer);
   session.admit();
-  sendText(session, writeFailure(frame.id, kLogin, {}));
+  const bool resumes = frame.resume && pushes_.canResume(frame.resume->epoch, frame.resume->seq);
+  sendText(session, writeWelcome(frame.id, peer.grant, {pushes_.epoch(), pushes_.last()}, resumes));
+  if (resumes) pushes_.resume(frame.resume->seq, [&](const PushLog::Text& text) { session.send(text); });
+}
+
+// A phone that comes back has given its older connection up.
+void Gateway::replaceOlder(Session& session, const Peer& peer) {
+  if (peer.device.empty()) return;
+  for (const auto& [other, each] : peers_) {
+    if (other == &session || each.device != peer.device || each.grant.name != peer.grant.name) continue;
+    other->close(CloseCode::Replaced, "the same device has logged in anew");
+  }
 }
 
 void Gateway::onRequest(Session& session, const Frame& frame) {
   if (const std::string fault = findBodyFault(frame.topic, frame.body); !fault.empty()) {
-    return refuse(session, frame.id, frame.topic, fault);
+    return refuse(session, Refusal::Body, frame.id, frame.topic, fault);
   }
   Peer& peer = peers_.at(&session);
-  if (peer.waiting >= kMaxWaiting) {
-    return refuse(session, frame.id, frame.topic,
-                  fmt::format("{} requests wait for their reply already", peer.waiting));
-  }
+  if (peer.waiting >= kMaxWaiting) return onOverrun(session, peer, frame);
+  const Pending pending{&session, std::string(frame.id), Metrics::topicNumber(frame.topic), Clock::now()};
   const int64_t requestId = ++lastRequestId_;
   if (!receive_(requestId, frame.terminalType, frame.topic, std::string(frame.body))) {
-    return refuse(session, frame.id, frame.topic, "the terminal takes no requests now: this one was not taken");
+    return refuse(session, Refusal::Agent, frame.id, frame.topic,
+                  "the terminal takes no requests now: this one was not taken");
   }
-  pending_.emplace(requestId, Pending{&session, std::string(frame.id)});
+  metrics_.countRequest(pending.topic);
+  pending_.emplace(requestId, pending);
   ++peer.waiting;
+  peer.overruns = 0;
+}
+
+void Gateway::onOverrun(Session& session, Peer& peer, const Frame& frame) {
+  refuse(session, Refusal::Crowd, frame.id, frame.topic,
+         fmt::format("{} requests wait for their reply already", peer.waiting));
+  if (++peer.overruns >= kMaxOverruns) session.close(CloseCode::TooMany, "too many requests wait for their reply");
+}
+
+void Gateway::refuse(Session& session, Refusal reason, std::string_view id, std::string_view topic,
+                     std::string_view why) {
+  TERMINAL_LOG(logger(), Debug, "{}: {}", session.name(), why);
+  metrics_.countRefusal(reason);
+  sendText(session, writeFailure(id, topic, why));
 }
 
 void Gateway::onClosed(Session& session) {
   TERMINAL_LOG(logger(), Debug, "{} is gone", session.name());
+  if (const auto code = session.closeCode()) metrics_.countClose(static_cast<int>(*code));
   std::erase_if(pending_, [&](const auto& entry) { return entry.second.session == &session; });
   peers_.erase(&session);
 }
@@ -151,12 +311,14 @@ void Gateway::onMessage(const MobileMessage& message) {
   }
   const Pending request = std::move(pending->second);
   pending_.erase(pending);
+  metrics_.countAnswer(request.topic, !message.message.empty(), Clock::now() - request.since);
   --peers_.at(request.session).waiting;
   sendText(*request.session, writeAnswer(request.id, message));
 }
 
 void Gateway::push(const MobileMessage& message) {
-  const auto text = std::make_shared<const std::string>(writePush(message));
+  metrics_.countPush();
+  const PushLog::Text text = pushes_.add(message);
   for (const auto& [session, peer] : peers_) {
     if (session->isAdmitted()) session->send(text);
   }

@@ -2,25 +2,39 @@
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/ssl/context.hpp>
 #include <boost/asio/steady_timer.hpp>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
 #include <unordered_map>
+#include <vector>
 
 #include "host/mobilemessage.h"
 #include "terminal/gateway/frame.h"
+#include "terminal/gateway/grant.h"
+#include "terminal/gateway/health.h"
+#include "terminal/gateway/metrics.h"
+#include "terminal/gateway/originpolicy.h"
+#include "terminal/gateway/pushlog.h"
 #include "terminal/gateway/session.h"
+#include "terminal/tls.h"
 
 namespace orvane::terminal {
 
 struct GatewayOptions {
-  uint16_t port = 8700;  // on 127.0.0.1; 0 is any free one
-  std::string token;     // what a phone must know
+  std::string address = "127.0.0.1";  // an IP address of this machine, or one that stands for all
+  uint16_t port = 8700;               // 0 is any free one
+  std::optional<TlsFiles> tls;        // REQUIRED beyond loopback
+  std::vector<std::string> allowedOrigins;
+  std::string token;  // what a phone must know
   SessionLimits limits;
+  HealthProbe probe;  // what of the host belongs into the health page; called on the gateway's thread
 };
 
 // The phones' side of the terminal: takes their connections and frames, gives each request an id of its own, and
@@ -33,16 +47,21 @@ class Gateway : private ISessionOwner {
   using Receive =
       std::function<bool(int64_t requestId, int32_t terminalType, const std::string& topic, const std::string& data)>;
 
-  // Takes the port, but no connection yet. Throws std::runtime_error where it is not to be had.
+  // Whether somebody is there to answer a request. Any thread.
+  using IsTaking = std::function<bool()>;
+
+  // Takes the port, but no connection yet. Throws std::runtime_error where it is not to be had, or a TLS file is at
+  // fault.
   explicit Gateway(GatewayOptions options);
   ~Gateway() override;
   Gateway(const Gateway&) = delete;
   Gateway& operator=(const Gateway&) = delete;
 
-  uint16_t port() const { return port_; }
+  // Where a browser of this machine, or of others where it listens beyond loopback, finds it: "http://127.0.0.1:8700".
+  std::string url() const;
 
   // Takes connections from now on. REQUIRES: not started before.
-  void start(Receive receive);
+  void start(Receive receive, IsTaking isTaking);
 
   // Closes every connection with 1001 and ends the thread. Does nothing when not started.
   void stop();
@@ -52,32 +71,57 @@ class Gateway : private ISessionOwner {
   void deliver(const MobileMessage& message);
 
  private:
+  using Clock = std::chrono::steady_clock;
+
   struct Peer {
     std::shared_ptr<Session> session;
-    size_t waiting = 0;  // requests without a reply
+    int64_t number = 0;  // counts up with each connection
+    Grant grant;
+    std::string device;
+    size_t waiting = 0;   // requests without a reply
+    size_t overruns = 0;  // requests refused since the last that was taken
+    bool givesWay = false;
   };
   struct Pending {
     Session* session = nullptr;
-    std::string id;  // the phone's own, as JSON text
+    std::string id;    // the phone's own, as JSON text
+    size_t topic = 0;  // as the metrics number it
+    Clock::time_point since;
   };
 
   void accept();
   void onAccept(const boost::system::error_code& error, boost::asio::ip::tcp::socket socket);
   void retryAccept(const std::string& reason);
+  bool makeRoom();
+  std::optional<Page> onRequestHead(Session& session, const HttpRequest& request) override;
+  std::optional<Page> statusPage(const Session& session, const HttpRequest& request);
+  bool maySeeMetrics(const Session& session, const HttpRequest& request) const;
+  std::vector<HealthCheck> readiness() const;
+  Gauges gauges() const;
   void onFrame(Session& session, std::string_view text) override;
   void onClosed(Session& session) override;
+  void take(Session& session, std::string_view text);
   void onLogin(Session& session, const Frame& frame);
+  void admit(Session& session, const Frame& frame, Grant grant);
+  void replaceOlder(Session& session, const Peer& peer);
   void onRequest(Session& session, const Frame& frame);
+  void onOverrun(Session& session, Peer& peer, const Frame& frame);
+  void refuse(Session& session, Refusal reason, std::string_view id, std::string_view topic, std::string_view why);
   void onMessage(const MobileMessage& message);
   void push(const MobileMessage& message);
   void closeAll();
 
   const GatewayOptions options_;
+  const std::shared_ptr<boost::asio::ssl::context> tls_;  // null without TLS
+  const OriginPolicy origins_;
   boost::asio::io_context io_{1};
   boost::asio::ip::tcp::acceptor acceptor_{io_};
   boost::asio::steady_timer acceptTimer_{io_};
   uint16_t port_ = 0;
   Receive receive_;
+  IsTaking isTaking_;
+  PushLog pushes_;
+  Metrics metrics_;
   std::unordered_map<Session*, Peer> peers_;
   std::unordered_map<int64_t, Pending> pending_;
   int64_t connections_ = 0;

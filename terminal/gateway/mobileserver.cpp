@@ -4,9 +4,10 @@ namespace orvane::terminal {
 
 ResultStatus MobileServer::start(const MobileSrvInfo& /*info*/) {
   if (started_.exchange(true)) return {-1, "the mobile server was started before"};
-  gateway_.start([this](int64_t requestId, int32_t terminalType, const std::string& topic, const std::string& data) {
+  const auto take = [this](int64_t requestId, int32_t terminalType, const std::string& topic, const std::string& data) {
     return receive(requestId, terminalType, topic, data);
-  });
+  };
+  gateway_.start(take, [this] { return isTaking(); });
   running_ = true;
   return {};
 }
@@ -34,6 +35,11 @@ ResultStatus MobileServer::send(const MobileMessage& message) {
   if (!running_) return {-1, "the mobile server is not running"};
   gateway_.deliver(message);
   return {};
+}
+
+bool MobileServer::isTaking() {
+  const std::scoped_lock lock(spiMutex_);
+  return spi_ != nullptr;
 }
 
 bool MobileServer::receive(int64_t requestId, int32_t terminalType, const std::string& topic, const std::string& data) {

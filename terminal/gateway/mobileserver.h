@@ -28,6 +28,7 @@ class MobileServer : public IMobileSrv {
   bool isRunning() override { return running_; }
 
  private:
+  bool isTaking();
   bool receive(int64_t requestId, int32_t terminalType, const std::string& topic, const std::string& data);
 
   Gateway& gateway_;

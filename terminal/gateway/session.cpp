@@ -1,5 +1,6 @@
 #include "terminal/gateway/session.h"
 
+#include <array>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
@@ -8,8 +9,8 @@
 #include <optional>
 #include <utility>
 
-#include "terminal/gateway/pages.h"
 #include "terminal/logging.h"
+#include "terminal/securestream.h"
 
 namespace orvane::terminal {
 namespace {
@@ -19,8 +20,8 @@ namespace http = beast::http;
 namespace websocket = beast::websocket;
 using boost::system::error_code;
 
-constexpr std::string_view kSocketPath = "/ws";
 constexpr std::chrono::milliseconds kCloseTime{3000};
+constexpr std::chrono::milliseconds kStopTime{500};  // where the terminal itself waits for it
 constexpr std::chrono::milliseconds kAtOnce{0};
 
 const log4cxx::LoggerPtr& logger() {
@@ -28,9 +29,34 @@ const log4cxx::LoggerPtr& logger() {
   return instance;
 }
 
-std::string_view pathOf(beast::string_view target) {
-  const std::string_view text(target.data(), target.size());
-  return text.substr(0, text.find('?'));
+// A page loads nothing from elsewhere, and stands in no frame of others.
+constexpr std::array<std::pair<std::string_view, std::string_view>, 4> kPageHeaders{{
+    {"Cache-Control", "no-store"},
+    {"Content-Security-Policy",
+     "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self' data:; connect-src 'self'; "
+     "manifest-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'"},
+    {"Referrer-Policy", "no-referrer"},
+    {"X-Content-Type-Options", "nosniff"},
+}};
+
+std::string_view view(beast::string_view text) { return {text.data(), text.size()}; }
+
+HttpRequest headOf(const http::request<http::empty_body>& request) {
+  const std::string_view target = view(request.target());
+  return {.method = view(request.method_string()),
+          .path = target.substr(0, target.find('?')),
+          .host = view(request[http::field::host]),
+          .origin = view(request[http::field::origin]),
+          .authorization = view(request[http::field::authorization]),
+          .upgrades = websocket::is_upgrade(request)};
+}
+
+boost::asio::ip::address addressOf(const boost::asio::ip::tcp::socket& socket) {
+  namespace ip = boost::asio::ip;
+  error_code gone;
+  const ip::address address = socket.remote_endpoint(gone).address();
+  if (!address.is_v6() || !address.to_v6().is_v4_mapped()) return address;
+  return ip::make_address_v4(ip::v4_mapped, address.to_v6());
 }
 
 class WebSocketSession final : public Session, public std::enable_shared_from_this<WebSocketSession> {
@@ -41,15 +67,21 @@ class WebSocketSession final : public Session, public std::enable_shared_from_th
   }
 
  public:
-  WebSocketSession(boost::asio::ip::tcp::socket socket, std::string name, ISessionOwner& owner,
-                   const SessionLimits& limits)
-      : ws_(std::move(socket)), timer_(ws_.get_executor()), name_(std::move(name)), owner_(owner), limits_(limits) {}
+  WebSocketSession(boost::asio::ip::tcp::socket socket, boost::asio::ssl::context* tls, std::string name,
+                   ISessionOwner& owner, const SessionLimits& limits)
+      : address_(addressOf(socket)),
+        ws_(beast::tcp_stream(std::move(socket)), tls),
+        timer_(ws_.get_executor()),
+        name_(std::move(name)),
+        owner_(owner),
+        limits_(limits) {}
 
   void start() override {
     error_code ignored;
-    stream().socket().set_option(boost::asio::ip::tcp::no_delay(true), ignored);  // a push must not hold up the reply
-    stream().expires_after(limits_.login);
-    http::async_read(stream(), buffer_, request_, handler(&WebSocketSession::onRequest));
+    tcp().socket().set_option(boost::asio::ip::tcp::no_delay(true), ignored);  // a push must not hold up the reply
+    tcp().expires_after(limits_.login);
+    if (!stream().isSecure()) return readRequest();
+    stream().handshake(boost::asio::ssl::stream_base::server, handler(&WebSocketSession::onHandshake));
   }
 
   void send(std::shared_ptr<const std::string> text) override {
@@ -64,11 +96,19 @@ class WebSocketSession final : public Session, public std::enable_shared_from_th
     if (closing_) return;
     TERMINAL_LOG(logger(), Info, "{} is closed with {}: {}", name_, static_cast<unsigned>(code), reason);
     closing_ = true;
+    closeCode_ = code;
     reason_.code = static_cast<uint16_t>(code);
     reason_.reason.assign(reason.data(), reason.size());
-    // Before the handshake there is nobody to say it to. The owner hears of the end later, never from within this call.
-    startTimer(ws_.is_open() ? kCloseTime : kAtOnce, [](WebSocketSession& session) { session.finish(); });
-    if (ws_.is_open() && queue_.empty()) writeClose();
+    if (!ws_.is_open()) return finishAfter(kAtOnce);  // there is nobody to say it to yet
+    finishAfter(code == CloseCode::GoingAway ? kStopTime : kCloseTime);
+    if (queue_.empty()) writeClose();
+  }
+
+  void cut(std::string_view reason) override {
+    if (closing_) return;
+    TERMINAL_LOG(logger(), Info, "{} is cut off: {}", name_, reason);
+    closing_ = true;
+    finishAfter(kAtOnce);
   }
 
   void admit() override {
@@ -77,38 +117,57 @@ class WebSocketSession final : public Session, public std::enable_shared_from_th
   }
 
   bool isAdmitted() const override { return admitted_; }
+  std::optional<CloseCode> closeCode() const override { return closeCode_; }
   const std::string& name() const override { return name_; }
+  const boost::asio::ip::address& address() const override { return address_; }
 
  private:
-  beast::tcp_stream& stream() { return ws_.next_layer(); }
+  SecureStream& stream() { return ws_.next_layer(); }
+  beast::tcp_stream& tcp() { return stream().next_layer(); }
 
-  void onRequest(error_code error, size_t /*bytes*/) {
-    if (error && error != http::error::unexpected_body) return finish();
-    const bool upgrades = !error && websocket::is_upgrade(request_.get());
-    if (upgrades && pathOf(request_.get().target()) == kSocketPath) return upgrade();
-    writePage();
-  }
-
-  void writePage() {
-    const beast::string_view method = request_.get().method_string();
-    const Page page = findPage({method.data(), method.size()}, pathOf(request_.get().target()));
-    http::response<http::string_body>& response = response_.emplace(http::status(page.status), 11);
-    response.set(http::field::content_type, page.contentType);
-    response.set(http::field::cache_control, "no-store");
-    response.keep_alive(false);
-    response.body() = page.body;
-    response.prepare_payload();
-    http::async_write(stream(), response, handler(&WebSocketSession::onPage));
-  }
-
-  void onPage(error_code /*error*/, size_t /*bytes*/) {
-    error_code ignored;
-    stream().socket().shutdown(boost::asio::socket_base::shutdown_send, ignored);
+  void onHandshake(error_code error) {
+    if (!error) return readRequest();
+    TERMINAL_LOG(logger(), Debug, "{}: no TLS: {}", name_, error.message());
     finish();
   }
 
+  void readRequest() { http::async_read(stream(), buffer_, request_, handler(&WebSocketSession::onRequest)); }
+
+  void onRequest(error_code error, size_t /*bytes*/) {
+    if (closing_) return finish();
+    if (error && error != http::error::unexpected_body) return onBadRequest(error);
+    HttpRequest head = headOf(request_.get());
+    head.upgrades = head.upgrades && !error;
+    const std::optional<Page> page = owner_.onRequestHead(*this, head);
+    page ? writePage(*page) : upgrade();
+  }
+
+  void onBadRequest(const error_code& error) {
+    const bool isGone = error == http::error::end_of_stream || error == http::error::partial_message;
+    if (isGone || error.category() != make_error_code(http::error::bad_method).category()) return finish();
+    writePage({.status = 400, .body = fmt::format("This is no HTTP request: {}.\n", error.message())});
+  }
+
+  void writePage(const Page& page) {
+    http::response<http::string_body>& response = response_.emplace(http::status(page.status), 11);
+    response.set(http::field::content_type, page.contentType);
+    for (const auto& [name, value] : kPageHeaders) response.set(name, value);
+    response.keep_alive(false);
+    response.body() = page.body;
+    response.prepare_payload();
+    tcp().expires_after(limits_.login);
+    http::async_write(stream(), response, handler(&WebSocketSession::onPage));
+  }
+
+  void onPage(error_code error, size_t /*bytes*/) {
+    if (error) return finish();
+    stream().shutdown(beast::role_type::server, handler(&WebSocketSession::onShutdown));
+  }
+
+  void onShutdown(error_code /*error*/) { finish(); }
+
   void upgrade() {
-    stream().expires_never();
+    tcp().expires_never();
     ws_.set_option(websocket::stream_base::timeout{limits_.login, limits_.idle, true});
     ws_.read_message_max(limits_.maxFrameBytes);
     ws_.auto_fragment(false);
@@ -164,6 +223,10 @@ class WebSocketSession final : public Session, public std::enable_shared_from_th
     close(CloseCode::TooSlow, "too slow");
   }
 
+  void finishAfter(std::chrono::milliseconds time) {
+    startTimer(time, [](WebSocketSession& session) { session.finish(); });
+  }
+
   template <typename Action>
   void startTimer(std::chrono::milliseconds time, Action action) {
     timer_.expires_after(time);
@@ -177,11 +240,12 @@ class WebSocketSession final : public Session, public std::enable_shared_from_th
     finished_ = true;
     closing_ = true;
     timer_.cancel();
-    stream().close();
+    tcp().close();
     owner_.onClosed(*this);
   }
 
-  websocket::stream<beast::tcp_stream> ws_;
+  const boost::asio::ip::address address_;
+  websocket::stream<SecureStream> ws_;
   boost::asio::steady_timer timer_;  // the login's, then the close's
   std::string name_;
   ISessionOwner& owner_;
@@ -192,6 +256,7 @@ class WebSocketSession final : public Session, public std::enable_shared_from_th
   std::deque<std::shared_ptr<const std::string>> queue_;  // the first is on its way
   size_t queuedBytes_ = 0;
   websocket::close_reason reason_;
+  std::optional<CloseCode> closeCode_;
   bool admitted_ = false;
   bool closing_ = false;
   bool finished_ = false;
@@ -199,9 +264,9 @@ class WebSocketSession final : public Session, public std::enable_shared_from_th
 
 }  // namespace
 
-std::shared_ptr<Session> makeSession(boost::asio::ip::tcp::socket socket, std::string name, ISessionOwner& owner,
-                                     const SessionLimits& limits) {
-  return std::make_shared<WebSocketSession>(std::move(socket), std::move(name), owner, limits);
+std::shared_ptr<Session> makeSession(boost::asio::ip::tcp::socket socket, boost::asio::ssl::context* tls,
+                                     std::string name, ISessionOwner& owner, const SessionLimits& limits) {
+  return std::make_shared<WebSocketSession>(std::move(socket), tls, std::move(name), owner, limits);
 }
 
 }  // namespace orvane::terminal

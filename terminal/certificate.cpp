@@ -1,0 +1,168 @@
+#include "terminal/certificate.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <stdexcept>
+#include <string_view>
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <ifaddrs.h>
+#include <net/if.h>
+#include <netdb.h>
+#include <openssl/evp.h>
+#include <openssl/pem.h>
+#include <openssl/rand.h>
+#include <openssl/x509v3.h>
+#include <unistd.h>
+
+namespace orvane::terminal {
+namespace {
+
+constexpr long kDay = 86400;
+constexpr long kGoodFor = 825 * kDay;  // phones take none that is good for longer
+constexpr long kRenewBefore = 30 * kDay;
+
+using Key = std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)>;
+using Text = std::unique_ptr<BIO, decltype(&BIO_free)>;
+using Extension = std::unique_ptr<X509_EXTENSION, decltype(&X509_EXTENSION_free)>;
+
+void require(bool done) {
+  if (!done) throw std::runtime_error("cannot make a certificate: OpenSSL failed");
+}
+
+Text openText(const std::filesystem::path& file) { return {BIO_new_file(file.c_str(), "r"), BIO_free}; }
+
+bool isWildcard(const std::string& address) { return address == "0.0.0.0" || address == "::"; }
+
+std::string hostName() {
+  std::array<char, 256> name{};
+  return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
+}
+
+// Those of the interfaces that are up, loopback's included.
+std::vector<std::string> machineAddresses() {
+  ifaddrs* first = nullptr;
+  require(getifaddrs(&first) == 0);
+  const std::unique_ptr<ifaddrs, decltype(&freeifaddrs)> owner(first, freeifaddrs);
+  std::vector<std::string> addresses;
+  for (const ifaddrs* each = first; each != nullptr; each = each->ifa_next) {
+    const int family = each->ifa_addr == nullptr ? AF_UNSPEC : each->ifa_addr->sa_family;
+    if ((family != AF_INET && family != AF_INET6) || (each->ifa_flags & IFF_UP) == 0) continue;
+    std::array<char, NI_MAXHOST> text{};
+    const socklen_t size = family == AF_INET ? sizeof(sockaddr_in) : sizeof(sockaddr_in6);
+    if (getnameinfo(each->ifa_addr, size, text.data(), text.size(), nullptr, 0, NI_NUMERICHOST) != 0) continue;
+    if (std::strchr(text.data(), '%') == nullptr) addresses.emplace_back(text.data());
+  }
+  return addresses;
+}
+
+// As OpenSSL's configuration has it.
+std::string alternativeNames(const std::string& address) {
+  std::vector<std::string> names{"DNS:localhost"};
+  if (const std::string host = hostName(); !host.empty() && host != "localhost") names.push_back("DNS:" + host);
+  const auto addresses = isWildcard(address) ? machineAddresses() : std::vector<std::string>{address};
+  for (const std::string& each : addresses) names.push_back("IP:" + each);
+  return fmt::format("{}", fmt::join(names, ","));
+}
+
+void addExtension(X509& certificate, int kind, const std::string& value) {
+  X509V3_CTX context{};
+  X509V3_set_ctx(&context, &certificate, &certificate, nullptr, nullptr, 0);
+  const Extension extension(X509V3_EXT_conf_nid(nullptr, &context, kind, value.c_str()), X509_EXTENSION_free);
+  require(extension != nullptr && X509_add_ext(&certificate, extension.get(), -1) == 1);
+}
+
+void setSerial(X509& certificate) {
+  uint64_t serial = 0;
+  require(RAND_bytes(reinterpret_cast<unsigned char*>(&serial), sizeof serial) == 1);
+  require(ASN1_INTEGER_set_uint64(X509_get_serialNumber(&certificate), serial >> 1U) == 1);
+}
+
+void setNames(X509& certificate) {
+  X509_NAME* name = X509_get_subject_name(&certificate);
+  const auto* text = reinterpret_cast<const unsigned char*>("pocket-terminal");
+  require(X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_UTF8, text, -1, -1, 0) == 1);
+  require(X509_set_issuer_name(&certificate, name) == 1);
+}
+
+std::shared_ptr<X509> makeCertificate(EVP_PKEY& key, const std::string& address) {
+  std::shared_ptr<X509> made(X509_new(), X509_free);
+  require(made != nullptr && X509_set_version(made.get(), X509_VERSION_3) == 1);
+  setSerial(*made);
+  setNames(*made);
+  require(X509_gmtime_adj(X509_getm_notBefore(made.get()), -kDay) != nullptr);  // a phone's clock may be behind
+  require(X509_gmtime_adj(X509_getm_notAfter(made.get()), kGoodFor - kDay) != nullptr);
+  require(X509_set_pubkey(made.get(), &key) == 1);
+  addExtension(*made, NID_basic_constraints, "critical,CA:FALSE");
+  addExtension(*made, NID_key_usage, "critical,digitalSignature");
+  addExtension(*made, NID_ext_key_usage, "serverAuth");
+  addExtension(*made, NID_subject_alt_name, alternativeNames(address));
+  require(X509_sign(made.get(), &key, EVP_sha256()) != 0);
+  return made;
+}
+
+// Written beside its place and moved there whole: a start that dies half-way leaves no half file.
+void savePrivately(const std::filesystem::path& file, BIO& text) {
+  char* bytes = nullptr;
+  const auto size = static_cast<size_t>(BIO_get_mem_data(&text, &bytes));
+  const std::filesystem::path fresh = file.string() + ".new";
+  const int opened = open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  const bool isWritten = opened >= 0 && write(opened, bytes, size) == static_cast<ssize_t>(size) && fsync(opened) == 0;
+  if (opened >= 0) close(opened);
+  if (!isWritten || std::rename(fresh.c_str(), file.c_str()) != 0) {
+    throw std::runtime_error(fmt::format("cannot write {}: {}", file.string(), std::strerror(errno)));
+  }
+}
+
+// Whether the files belong together, are good for a while, and were made for the address.
+bool areUsable(const TlsFiles& files, const std::string& address) {
+  if (!std::filesystem::exists(files.certificate) || !std::filesystem::exists(files.key)) return false;
+  const auto certificate = readCertificate(files.certificate);
+  const Text text = openText(files.key);
+  const Key key(text ? PEM_read_bio_PrivateKey(text.get(), nullptr, nullptr, nullptr) : nullptr, EVP_PKEY_free);
+  std::time_t soon = std::time(nullptr) + kRenewBefore;
+  return key != nullptr && X509_check_private_key(certificate.get(), key.get()) == 1 &&
+         X509_cmp_time(X509_get0_notAfter(certificate.get()), &soon) > 0 &&
+         (isWildcard(address) || X509_check_ip_asc(certificate.get(), address.c_str(), 0) == 1);
+}
+
+}  // namespace
+
+std::shared_ptr<X509> readCertificate(const std::filesystem::path& file) {
+  const Text text = openText(file);
+  std::shared_ptr<X509> certificate(text ? PEM_read_bio_X509(text.get(), nullptr, nullptr, nullptr) : nullptr,
+                                    X509_free);
+  if (certificate == nullptr) {
+    throw std::runtime_error(fmt::format("cannot read a certificate from {}: it must be a PEM file", file.string()));
+  }
+  return certificate;
+}
+
+std::string fingerprint(const std::filesystem::path& certificate) {
+  std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
+  unsigned size = 0;
+  require(X509_digest(readCertificate(certificate).get(), EVP_sha256(), digest.data(), &size) == 1);
+  return fmt::format("{:02X}", fmt::join(digest.begin(), digest.begin() + size, ":"));
+}
+
+TlsFiles ownTlsFiles(const std::filesystem::path& dataDir) { return {dataDir / "tls.crt", dataDir / "tls.key"}; }
+
+void keepOwnCertificate(const TlsFiles& files, const std::string& address) {
+  if (areUsable(files, address)) return;
+  const Key key(EVP_EC_gen("P-256"), EVP_PKEY_free);
+  require(key != nullptr);
+  const auto certificate = makeCertificate(*key, address);
+  const Text keyText(BIO_new(BIO_s_mem()), BIO_free);
+  const Text text(BIO_new(BIO_s_mem()), BIO_free);
+  require(PEM_write_bio_PKCS8PrivateKey(keyText.get(), key.get(), nullptr, nullptr, 0, nullptr, nullptr) == 1);
+  require(PEM_write_bio_X509(text.get(), certificate.get()) == 1);
+  savePrivately(files.key, *keyText);
+  savePrivately(files.certificate, *text);
+}
+
+}  // namespace orvane::terminal

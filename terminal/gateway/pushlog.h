@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "host/mobilemessage.h"
+
+namespace orvane::terminal {
+
+// Numbers the pushes, 1, 2, 3, …, and keeps the last of them for phones that come back: at most 1024 with 2 MiB, which
+// is half of what may wait for a phone. One thread at a time.
+class PushLog {
+ public:
+  using Text = std::shared_ptr<const std::string>;
+
+  PushLog();
+
+  // A text that is another one in each run of the terminal.
+  const std::string& epoch() const { return epoch_; }
+
+  // The number of the last push; 0 before the first.
+  uint64_t last() const { return last_; }
+
+  // The frame of a new push.
+  Text add(const MobileMessage& message);
+
+  // Whether all behind this number of this epoch are kept.
+  bool canResume(std::string_view epoch, uint64_t seq) const;
+
+  // Calls `send` with each push behind `seq`, in order. REQUIRES: canResume.
+  template <typename Send>
+  void resume(uint64_t seq, const Send& send) const {
+    for (auto it = kept_.end() - static_cast<std::ptrdiff_t>(last_ - seq); it != kept_.end(); ++it) send(*it);
+  }
+
+ private:
+  std::string epoch_;
+  uint64_t last_ = 0;
+  std::deque<Text> kept_;
+  size_t keptBytes_ = 0;
+};
+
+}  // namespace orvane::terminal

@@ -1,0 +1,52 @@
+#include "terminal/tls.h"
+
+#include <stdexcept>
+
+#include <fmt/format.h>
+#include <openssl/x509v3.h>
+
+#include "terminal/certificate.h"
+
+namespace orvane::terminal {
+namespace {
+
+namespace ssl = boost::asio::ssl;
+
+std::shared_ptr<ssl::context> makeContext(ssl::context::method method) {
+  auto context = std::make_shared<ssl::context>(method);
+  SSL_CTX_set_min_proto_version(context->native_handle(), TLS1_2_VERSION);
+  SSL_CTX_set_options(context->native_handle(), SSL_OP_NO_RENEGOTIATION);
+  return context;
+}
+
+void require(const boost::system::error_code& error, const char* what, const std::filesystem::path& file) {
+  if (error) throw std::runtime_error(fmt::format("cannot use the {} {}: {}", what, file.string(), error.message()));
+}
+
+}  // namespace
+
+std::shared_ptr<ssl::context> makeServerTls(const TlsFiles& files) {
+  auto context = makeContext(ssl::context::tls_server);
+  boost::system::error_code error;
+  context->use_certificate_chain_file(files.certificate.string(), error);
+  require(error, "certificate", files.certificate);
+  context->use_private_key_file(files.key.string(), ssl::context::pem, error);
+  require(error, "key", files.key);
+  return context;
+}
+
+std::shared_ptr<ssl::context> makeClientTls(const std::filesystem::path& certificate) {
+  auto context = makeContext(ssl::context::tls_client);
+  context->set_verify_mode(ssl::verify_peer);
+  context->set_verify_callback([wanted = readCertificate(certificate)](bool /*trusted*/, ssl::verify_context& chain) {
+    const bool isServers = X509_STORE_CTX_get_error_depth(chain.native_handle()) == 0;
+    return !isServers || X509_cmp(X509_STORE_CTX_get_current_cert(chain.native_handle()), wanted.get()) == 0;
+  });
+  return context;
+}
+
+bool isCertified(ssl::context& server, const std::string& name) {
+  return X509_check_host(SSL_CTX_get0_certificate(server.native_handle()), name.data(), name.size(), 0, nullptr) == 1;
+}
+
+}  // namespace orvane::terminal
