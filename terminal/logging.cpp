@@ -4,9 +4,9 @@
 #include <memory>
 #include <stdexcept>
 
-#include <log4cxx/fileappender.h>
 #include <log4cxx/helpers/pool.h>
 #include <log4cxx/level.h>
+#include <log4cxx/rolling/rollingfileappender.h>
 #include <log4cxx/simplelayout.h>
 #include <log4cxx/spi/loggingevent.h>
 
@@ -15,6 +15,9 @@
 
 namespace orvane::terminal {
 namespace {
+
+constexpr size_t kMaxFileBytes = size_t{16} * 1024 * 1024;
+constexpr int kOldFiles = 4;
 
 // The bytes of a line reach the layout as the logger was given them, and the file as the layout leaves them.
 class LineLayout : public log4cxx::SimpleLayout {
@@ -36,11 +39,13 @@ void requireWritable(const std::filesystem::path& file) {
 void setUpLogging(const std::filesystem::path& file, const std::string& level) {
   requireWritable(file);
   log4cxx::helpers::Pool pool;
-  auto appender = std::make_shared<log4cxx::FileAppender>();
+  auto appender = std::make_shared<log4cxx::rolling::RollingFileAppender>();
   appender->setLayout(std::make_shared<LineLayout>());
   appender->setOption("encoding", "UTF-8");
   appender->setFile(file.string());
   appender->setAppend(true);
+  appender->setMaximumFileSize(kMaxFileBytes);
+  appender->setMaxBackupIndex(kOldFiles);
   appender->activateOptions(pool);
   const log4cxx::LoggerPtr root = log4cxx::Logger::getRootLogger();
   root->addAppender(appender);

@@ -8,9 +8,9 @@
 
 namespace orvane::terminal {
 
-// Sends every logger's lines, the library's "PocketAgent" included, to `file`, which is appended to. `level` is a name
-// that log4cxx knows, such as "info". Throws std::runtime_error when the file cannot be opened. Call once, before any
-// thread starts.
+// Sends every logger's lines, the library's "PocketAgent" included, to `file`, which is appended to. At 16 MiB it
+// becomes FILE.1 and a new one is begun; FILE.4 is the oldest that is kept. `level` is a name that log4cxx knows, such
+// as "info". Throws std::runtime_error when the file cannot be opened. Call once, before any thread starts.
 void setUpLogging(const std::filesystem::path& file, const std::string& level);
 
 // The form of all lines: one line of readable UTF-8 for each event, ended by a line feed. Bytes that are no UTF-8 are

@@ -75,6 +75,24 @@ void makeDataDir(const std::filesystem::path& dir) {
   }
 }
 
+// Without fresh prices a phone can still list and cancel; what cannot be written does not happen.
+std::vector<HealthCheck> checkHost(const TradingHost& host) {
+  constexpr double kOldSeconds = 5;
+  const TradingHealth health = host.health();
+  HealthCheck database{.name = "database:writes"};
+  if (!health.isStoring) {
+    database.status = HealthStatus::Fail;
+    database.output = "the last change could not be written: look at the disk and the log";
+  }
+  if (!health.quotesAge) return {database};
+  HealthCheck quotes{.name = "quotes:age", .seconds = health.quotesAge->count()};
+  if (*quotes.seconds > kOldSeconds) {
+    quotes.status = HealthStatus::Warn;
+    quotes.output = "the prices do not move";
+  }
+  return {database, quotes};
+}
+
 int serve(const Settings& settings) try {
   const StopSignals stopSignals;
   umask(S_IRWXG | S_IRWXO);  // database, token and log are the user's alone
@@ -89,7 +107,7 @@ int serve(const Settings& settings) try {
                    .allowedOrigins = settings.allowedOrigins,
                    .token = token,
                    .limits = settings.limits,
-                   .probe = {}});
+                   .probe = [&host] { return checkHost(host); }});
   MobileServer server(gateway);
   const Running running(host, server, gateway.url());
   fmt::print("{}/#token={}\n", gateway.url(), token);

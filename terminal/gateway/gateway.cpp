@@ -214,8 +214,14 @@ Gauges Gateway::gauges() const {
           .waiting = pending_.size()};
 }
 
-void Gateway::onFrame(Session& session, std::string_view text) try {
-  take(session, text);
+void Gateway::onFrame(Session& session, std::string_view text) {
+  guard(session, [&] { take(session, text); });
+}
+
+// A phone whose frame or reply failed here must not wait for what never comes.
+template <typename Work>
+void Gateway::guard(Session& session, const Work& work) try {
+  work();
 } catch (const std::exception& error) {
   TERMINAL_LOG(logger(), Error, "{}: a frame could not be worked off: {}", session.name(), error.what());
   metrics_.countRefusal(Refusal::Fault);
@@ -313,7 +319,7 @@ void Gateway::onMessage(const MobileMessage& message) {
   pending_.erase(pending);
   metrics_.countAnswer(request.topic, !message.message.empty(), Clock::now() - request.since);
   --peers_.at(request.session).waiting;
-  sendText(*request.session, writeAnswer(request.id, message));
+  guard(*request.session, [&] { sendText(*request.session, writeAnswer(request.id, message)); });
 }
 
 void Gateway::push(const MobileMessage& message) {

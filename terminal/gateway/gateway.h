@@ -100,6 +100,8 @@ class Gateway : private ISessionOwner {
   Gauges gauges() const;
   void onFrame(Session& session, std::string_view text) override;
   void onClosed(Session& session) override;
+  template <typename Work>
+  void guard(Session& session, const Work& work);
   void take(Session& session, std::string_view text);
   void onLogin(Session& session, const Frame& frame);
   void admit(Session& session, const Frame& frame, Grant grant);

@@ -49,7 +49,7 @@ void Desk::commit(const std::function<void(Book&, Change&)>& work) {
   const std::vector<double> prices = lastPrices(book_);
   try {
     work(book_, change);
-    if (!change.empty()) database_.save(book_, change);
+    if (!change.empty()) store(change);
   } catch (...) {
     book_ = reload();
     auto price = prices.begin();
@@ -57,6 +57,14 @@ void Desk::commit(const std::function<void(Book&, Change&)>& work) {
     throw;
   }
   announce(change);
+}
+
+void Desk::store(const Change& change) try {
+  database_.save(book_, change);
+  isStoring_ = true;
+} catch (...) {
+  isStoring_ = false;
+  throw;
 }
 
 void Desk::notice(const std::string& text) {

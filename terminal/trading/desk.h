@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -34,12 +35,17 @@ class Desk {
 
   Outbox& outbox() { return outbox_; }
 
+  // Whether the last change could be written.
+  bool isStoring() const { return isStoring_; }
+
  private:
+  void store(const Change& change);
   void commit(const std::function<void(Book&, Change&)>& work);
   Book reload() noexcept;
   void announce(const Change& change);
 
   std::mutex mutex_;
+  std::atomic<bool> isStoring_ = true;
   Database database_;
   Book book_;
   Outbox outbox_;

@@ -111,6 +111,11 @@ void QuoteFeed::stop() {
   if (thread_.joinable()) thread_.join();
 }
 
+std::optional<std::chrono::duration<double>> QuoteFeed::age() const {
+  if (mode_ != QuoteMode::Walk) return std::nullopt;
+  return std::chrono::steady_clock::now() - moved_.load();
+}
+
 // True where the feed is to go on.
 bool QuoteFeed::sleepUntil(std::chrono::steady_clock::time_point time) {
   std::unique_lock lock(mutex_);
@@ -149,6 +154,7 @@ void QuoteFeed::replay() {
 void QuoteFeed::move(const std::vector<Price>& prices, bool store) {
   try {
     engine_.movePrices(prices, store);
+    moved_ = std::chrono::steady_clock::now();
     failed_ = false;
   } catch (const std::exception& e) {
     if (!failed_) desk_.notice(fmt::format("行情未能保存: {}", e.what()));

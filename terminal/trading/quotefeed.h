@@ -1,8 +1,10 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <optional>
 #include <random>
 #include <thread>
 #include <vector>
@@ -36,6 +38,9 @@ class QuoteFeed {
   // Stores the prices where they walked. Does nothing when not started.
   void stop();
 
+  // How long ago the prices last walked; nothing where they do not. Any thread.
+  std::optional<std::chrono::duration<double>> age() const;
+
  private:
   void walk();
   void replay();
@@ -51,6 +56,7 @@ class QuoteFeed {
   std::mutex mutex_;
   std::condition_variable changed_;
   bool running_ = false;
+  std::atomic<std::chrono::steady_clock::time_point> moved_ = std::chrono::steady_clock::now();
   bool failed_ = false;  // the last move could not be stored; told once
   std::thread thread_;
 };

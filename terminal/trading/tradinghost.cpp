@@ -33,4 +33,6 @@ void TradingHost::stop() {
   parts_->desk.outbox().stop();
 }
 
+TradingHealth TradingHost::health() const { return {parts_->desk.isStoring(), parts_->feed.age()}; }
+
 }  // namespace orvane::terminal

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "host/mobilemessage.h"
 #include "host/mobilesrv.h"
@@ -18,6 +20,12 @@ struct TradingOptions {
   QuoteMode quotes = QuoteMode::Walk;
   std::filesystem::path quoteFile;  // for Replay
   uint64_t seed = 1;                // for Walk
+};
+
+// How the host fares.
+struct TradingHealth {
+  bool isStoring = true;                                   // the last change could be written
+  std::optional<std::chrono::duration<double>> quotesAge;  // nothing where quotes may stand still
 };
 
 // The paper-trading host: opens the database (creating it with the sample data), and stands behind every service of
@@ -44,6 +52,9 @@ class TradingHost {
   // No `notify` runs after this has returned; messages not yet delivered are dropped. To be called before the agent's
   // stop. Does nothing when not started.
   void stop();
+
+  // Any thread.
+  TradingHealth health() const;
 
  private:
   struct Parts;
