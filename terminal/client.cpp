@@ -23,8 +23,8 @@ namespace websocket = beast::websocket;
 using asio::ip::tcp;
 using boost::system::error_code;
 
-enum Name { Id, Topic, Message, Data, Text };
-constexpr std::array<std::string_view, 5> kNames{"id", "topic", "message", "data", "text"};
+enum Name { Id, Topic, Message, Data, Text, Seq };
+constexpr std::array<std::string_view, 6> kNames{"id", "topic", "message", "data", "text", "seq"};
 constexpr size_t kMaxReply = size_t{256} * 1024 * 1024;
 
 Reply readReply(std::string_view text) {
@@ -32,8 +32,8 @@ Reply readReply(std::string_view text) {
   if (const JsonResult result = members.read(); !result.ok || members.root() != JsonKind::Object) {
     throw ClientError(fmt::format("the terminal's answer cannot be read: {}", result.message));
   }
-  return {std::string(members[Id].raw), members[Topic].text, members[Message].text, std::string(members[Data].raw),
-          members[Text].text};
+  return {std::string(members[Id].raw),   members[Topic].text, members[Message].text,
+          std::string(members[Data].raw), members[Text].text,  std::string(members[Seq].raw)};
 }
 
 }  // namespace

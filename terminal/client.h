@@ -24,6 +24,7 @@ struct Reply {
   std::string message;  // why it failed; empty on success
   std::string data;     // JSON text as it came; "null" where there is none
   std::string text;     // stands in for data that is no JSON
+  std::string seq;      // of a push; empty for a reply
 };
 
 // How to reach a gateway.

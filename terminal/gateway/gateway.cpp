@@ -19,8 +19,8 @@ using asio::ip::tcp;
 using boost::system::error_code;
 
 constexpr size_t kMaxSessions = 256;
-constexpr size_t kMaxWaiting = 1024;  // requests of one connection
-constexpr size_t kMaxOverruns = 1024;
+constexpr size_t kMaxWaiting = 1024;   // requests of one connection
+constexpr size_t kMaxOverruns = 1024;  // requests of one connection that were refused before half of those had a reply
 constexpr std::chrono::milliseconds kAcceptPause{100};
 constexpr std::chrono::seconds kLongAnswer{10};
 constexpr std::string_view kLogin = "login";
@@ -285,7 +285,6 @@ void Gateway::onRequest(Session& session, const Frame& frame) {
   metrics_.countRequest(pending.topic);
   pending_.emplace(requestId, pending);
   ++peer.waiting;
-  peer.overruns = 0;
 }
 
 void Gateway::onOverrun(Session& session, Peer& peer, const Frame& frame) {
@@ -318,7 +317,8 @@ void Gateway::onMessage(const MobileMessage& message) {
   const Pending request = std::move(pending->second);
   pending_.erase(pending);
   metrics_.countAnswer(request.topic, !message.message.empty(), Clock::now() - request.since);
-  --peers_.at(request.session).waiting;
+  Peer& peer = peers_.at(request.session);
+  if (--peer.waiting < kMaxWaiting / 2) peer.overruns = 0;
   guard(*request.session, [&] { sendText(*request.session, writeAnswer(request.id, message)); });
 }
 

@@ -79,7 +79,7 @@ class Gateway : private ISessionOwner {
     Grant grant;
     std::string device;
     size_t waiting = 0;   // requests without a reply
-    size_t overruns = 0;  // requests refused since the last that was taken
+    size_t overruns = 0;  // requests refused since fewer than half of the most waited
     bool givesWay = false;
   };
   struct Pending {

@@ -44,7 +44,7 @@ TerminalProcess::TerminalProcess(const std::filesystem::path& dataDir, const std
   std::string link;
   std::getline(output_, link);
   std::smatch parts;
-  if (!std::regex_match(link, parts, std::regex("http://127\\.0\\.0\\.1:([0-9]+)/#token=([A-Za-z0-9_-]{43})"))) {
+  if (!std::regex_match(link, parts, std::regex("https?://127\\.0\\.0\\.[12]:([0-9]+)/#token=([A-Za-z0-9_-]{43})"))) {
     throw std::runtime_error("the terminal did not start; its first line is: " + link);
   }
   port_ = static_cast<uint16_t>(std::stoi(parts[1]));

@@ -36,6 +36,7 @@ class TerminalProcess {
 
   uint16_t port() const { return port_; }
   const std::string& token() const { return token_; }
+  int pid() const { return process_.id(); }
 
   // A phone that is logged in, and holds each message against its schema.
   std::unique_ptr<terminal::Client> login() const;

@@ -1,0 +1,145 @@
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+
+#include "tests/system/rawsocket.h"
+#include "tests/system/terminalprocess.h"
+
+namespace orvane::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+const std::string kUpgrade =
+    "GET /ws HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
+    "Sec-WebSocket-Key: AAAAAAAAAAAAAAAAAAAAAA==\r\n\r\n";
+
+std::string bigEndian(size_t number, size_t bytes) {
+  std::string text;
+  while (bytes-- > 0) text += static_cast<char>(number >> (8 * bytes) & 0xFF);
+  return text;
+}
+
+// A frame whose mask is all zero.
+std::string frame(const std::string& payload, char head = '\x81') {
+  const std::string mask(4, '\0');
+  if (payload.size() < 126) return head + bigEndian(0x80 + payload.size(), 1) + mask + payload;
+  return head + ("\xFE" + bigEndian(payload.size(), 2)) + mask + payload;
+}
+
+RawSocket openWebSocket(uint16_t port) {
+  RawSocket socket(port);
+  socket << kUpgrade;
+  socket.readUntil("\r\n\r\n");
+  return socket;
+}
+
+class HostileTest : public testing::Test {
+ protected:
+  std::string login() const { return frame(R"({"topic":"login","token":")" + terminal_.token() + "\"}"); }
+
+  size_t descriptors() const {
+    const std::filesystem::directory_iterator open("/proc/" + std::to_string(terminal_.pid()) + "/fd");
+    return static_cast<size_t>(std::distance(begin(open), end(open)));
+  }
+
+  // That a phone is answered still, and, as soon as the last hostile connection is gone, that nothing is left of them.
+  void expectUnharmed() {
+    EXPECT_EQ(terminal_.login()->request("account.list").message, "");
+    std::string metrics;
+    while (metrics.find("pocket_terminal_connections 1\n") == std::string::npos) metrics = httpGet(port_, "/metrics");
+    EXPECT_THAT(metrics, HasSubstr("pocket_terminal_phones 0\n"));
+    EXPECT_THAT(metrics, HasSubstr("pocket_terminal_requests_waiting 0\n"));
+    while (descriptors() > descriptors_) httpGet(port_, "/health/live");
+  }
+
+  TempDir dir_;
+  TerminalProcess terminal_{dir_.path(), {"--login-timeout", "0.5", "--log-level", "debug"}};
+  const uint16_t port_ = terminal_.port();
+  const size_t descriptors_ = descriptors();
+};
+
+TEST_F(HostileTest, NoHttp) {
+  const std::vector<std::pair<std::string, std::string>> rows{
+      {"\x16\x03\x01\x02\x01" + std::string(100, '\0'), "HTTP/1.1 400 "},
+      {"GET / HTTP/9.9\r\n\r\n", "HTTP/1.1 400 "},
+      {"GET / HTTP/1.1\r\nX: " + std::string(9000, 'x') + "\r\n\r\n", "HTTP/1.1 400 "},
+      {"POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 3\r\n\r\nabc", "HTTP/1.1 405 "},
+      {"GET /../etc/passwd HTTP/1.1\r\nHost: localhost\r\n\r\n", "HTTP/1.1 404 "},
+      {"GET / HTTP/1.1\r\nHost: local", ""},  // and nothing more: the time for the head ends
+      {"", ""},
+  };
+  for (const auto& [bytes, answer] : rows) {
+    SCOPED_TRACE(bytes.substr(0, 30));
+    EXPECT_THAT((RawSocket(port_) << bytes).readToEnd(), StartsWith(answer));
+  }
+  expectUnharmed();
+}
+
+TEST_F(HostileTest, CutAtEachByte) {
+  for (size_t size = 0; size < kUpgrade.size(); ++size) RawSocket(port_) << kUpgrade.substr(0, size);
+  const std::string frames = login() + frame(R"({"id":1,"topic":"account.list"})");
+  for (size_t size = 0; size < frames.size(); ++size) openWebSocket(port_) << frames.substr(0, size);
+  expectUnharmed();
+}
+
+TEST_F(HostileTest, BadFrames) {
+  std::string fragments = frame(std::string(60000, ' '), '\x01');
+  for (int i = 0; i < 5; ++i) fragments += frame(std::string(60000, ' '), '\0');
+  const std::vector<std::pair<std::string, size_t>> rows{
+      {"\x81\xFF\x7F" + std::string(7, '\xFF') + std::string(4, '\0'), 1009},  // announces 2^63 bytes
+      {fragments, 1009},
+      {std::string("\x81\x01x", 3), 1002},  // not masked
+      {frame("x", '\xC1'), 1002},           // a reserved bit
+      {frame("x", '\x83'), 1002},           // a reserved kind
+      {frame("x", '\x80'), 1002},           // goes on with nothing
+      {frame("\xD6\xD0"), 1007},
+      {frame(std::string("\x03\xED", 2), '\x88'), 1002},  // a close code that none may send
+  };
+  for (const auto& [frames, code] : rows) {
+    SCOPED_TRACE(testing::PrintToString(frames.substr(0, 20)));
+    EXPECT_THAT((openWebSocket(port_) << login() + frames).readToEnd(), HasSubstr(bigEndian(code, 2)));
+  }
+  expectUnharmed();
+}
+
+// Those that say nothing give way to a phone, and one that is logged in stays.
+TEST_F(HostileTest, HalfOpenConnections) {
+  const auto phone = terminal_.login();
+  std::deque<RawSocket> silent;
+  for (int i = 0; i < 300; ++i) silent.emplace_back(port_);
+  EXPECT_EQ(terminal_.login()->request("account.list").message, "");
+  EXPECT_EQ(phone->request("account.list").message, "");
+  EXPECT_THAT(httpGet(port_, "/metrics"), testing::ContainsRegex("refusals_total.reason=\"connection\". [1-9]"));
+  phone->send("{", false);
+  EXPECT_EQ(phone->waitClose(), 1003);
+  for (RawSocket& each : silent) EXPECT_EQ(each.readToEnd(), "");
+  expectUnharmed();
+}
+
+// An order takes the library longer than a frame takes the gateway.
+TEST_F(HostileTest, Flood) {
+  const std::string order = frame(
+      R"({"topic":"order.new","data":{"orderList":[{"index":1,"hashCode":1000001,"side":1,"combOffset":1,"offset":0,)"
+      R"("priceType":1,"price":3300,"volume":1,"insertTimestamp":1,"source":"x"}]}})");
+  std::string requests;
+  for (int i = 0; i < 6000; ++i) requests += order;
+  const std::string answers = (openWebSocket(port_) << login() + requests).readToEnd();
+  EXPECT_THAT(answers, HasSubstr("1024 requests wait for their reply already"));
+  EXPECT_THAT(answers, HasSubstr(bigEndian(4429, 2) + "too many requests"));
+  expectUnharmed();
+}
+
+// A phone that does not answer the close frame holds the end up for half a second and no longer.
+TEST_F(HostileTest, SilentAtTheEnd) {
+  RawSocket phone = openWebSocket(port_);
+  phone << login();
+  phone.readUntil("\"resumed\":false}}");
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(terminal_.stop(), 0);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+  EXPECT_THAT(phone.readToEnd(), HasSubstr(bigEndian(1001, 2)));
+}
+
+}  // namespace
+}  // namespace orvane::test

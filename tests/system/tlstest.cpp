@@ -1,0 +1,76 @@
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include "terminal/certificate.h"
+#include "tests/system/rawsocket.h"
+#include "tests/system/terminalprocess.h"
+
+namespace orvane::test {
+namespace {
+
+using terminal::Client;
+using terminal::ClientError;
+using testing::HasSubstr;
+using testing::StartsWith;
+using testing::ThrowsMessage;
+
+TEST(Tls, WithTheTerminalsOwnCertificate) {
+  const TempDir dir;
+  const std::filesystem::path certificate = dir.path() / "tls.crt";
+  TerminalProcess terminal(dir.path(), {"--tls-self", "--login-timeout", "1"});
+  const std::string fingerprint = terminal::fingerprint(certificate);
+  struct stat key {};
+  ASSERT_EQ(stat((dir.path() / "tls.key").c_str(), &key), 0);
+  EXPECT_EQ(key.st_mode & 0777, 0600U);
+
+  // Handshakes that are cut off, and what is none.
+  const std::string hello("\x16\x03\x01\x02\x00\x01\x00\x01\xFC\x03\x03", 11);
+  for (size_t size = 0; size < hello.size(); ++size) RawSocket(terminal.port()) << hello.substr(0, size);
+  RawSocket silent(terminal.port());
+  EXPECT_THAT(httpGet(terminal.port(), "/"), testing::Not(StartsWith("HTTP")));
+  EXPECT_EQ((silent << hello).readToEnd(), "");
+
+  Client phone(terminal.port(), {.certificate = certificate});
+  phone.login(terminal.token());
+  EXPECT_EQ(phone.request("account.list").message, "");
+  EXPECT_THAT([&] { Client(terminal.port()); }, ThrowsMessage<ClientError>(StartsWith("cannot connect to 127.0.0.1:")));
+
+  const auto call = [&](std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {"call", "account.list", "--port", std::to_string(terminal.port())});
+    return runTerminal(arguments);
+  };
+  EXPECT_THAT(call({"--data", dir.path().string(), "--tls-self"}).output, StartsWith("[{"));
+  const TempDir other;
+  terminal::keepOwnCertificate(terminal::ownTlsFiles(other.path()), "127.0.0.1");
+  EXPECT_THAT(call({"--token", "x", "--tls-self", "--data", other.path().string()}).error,
+              HasSubstr("no TLS with the certificate that was given: certificate verify failed"));
+  EXPECT_THAT(call({"--token", "x", "--tls-cert", "/none"}).error, HasSubstr("cannot read a certificate from /none"));
+
+  ASSERT_EQ(terminal.stop(), 0);
+  EXPECT_EQ(phone.waitClose(), 1001);
+  TerminalProcess(dir.path(), {"--tls-self"}).stop();
+  EXPECT_EQ(terminal::fingerprint(certificate), fingerprint);
+  TerminalProcess(dir.path(), {"--tls-self", "--listen", "127.0.0.2"}).stop();
+  EXPECT_NE(terminal::fingerprint(certificate), fingerprint);
+}
+
+TEST(Tls, IsAMustBeyondLoopback) {
+  const TempDir dir;
+  const std::vector<std::pair<std::vector<std::string>, std::string>> rows{
+      {{"--listen", "0.0.0.0"}, "beyond this machine, on 0.0.0.0, the terminal listens with TLS only: add --tls-self"},
+      {{"--listen", "::"}, "beyond this machine, on ::, the terminal listens with TLS only: add --tls-self"},
+      {{"--listen", "home"}, "home is no IP address"},
+      {{"--tls-cert", "/none", "--tls-key", "/none"}, "cannot use the certificate /none: "},
+      {{"--tls-cert", "/none"}, "its key is missing: add --tls-key"},
+      {{"--allow-origin", "https://a/b"}, "https://a/b is no origin such as https://trade.example.com:8443"},
+  };
+  for (auto [arguments, error] : rows) {
+    arguments.insert(arguments.end(), {"--port", "0", "--data", dir.path().string()});
+    const Outcome outcome = runTerminal(arguments);
+    EXPECT_NE(outcome.exitCode, 0);
+    EXPECT_THAT(outcome.error, HasSubstr(error));
+  }
+}
+
+}  // namespace
+}  // namespace orvane::test
