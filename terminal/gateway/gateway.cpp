@@ -152,7 +152,7 @@ void Gateway::retryAccept(const std::string& reason) {
   });
 }
 
-std::optional<Page> Gateway::onRequestHead(Session& session, const HttpRequest& request) {
+std::optional<Page> Gateway::onRequestHead(Session& session, const HttpRequest& request) try {
   if (std::string fault = origins_.findFault(request.host, request.origin); !fault.empty()) {
     metrics_.countRefusal(Refusal::Origin);
     return Page{.status = 403, .body = std::move(fault)};
@@ -160,6 +160,10 @@ std::optional<Page> Gateway::onRequestHead(Session& session, const HttpRequest& 
   if (request.upgrades && request.path == kSocketPath) return std::nullopt;
   if (auto page = statusPage(session, request)) return page;
   return findPage(request.method, request.path);
+} catch (const std::exception& error) {
+  TERMINAL_LOG(logger(), Error, "{}: a page could not be made: {}", session.name(), error.what());
+  metrics_.countRefusal(Refusal::Fault);
+  return Page{.status = 500, .body = "The terminal failed inside; its log says more.\n"};
 }
 
 // The pages that say how the gateway fares.
