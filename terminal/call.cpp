@@ -1,6 +1,7 @@
 #include "terminal/call.h"
 
 #include <cstdio>
+#include <optional>
 #include <string>
 
 #include <fmt/format.h>
@@ -39,9 +40,10 @@ ClientOptions optionsOf(const Settings& settings) {
 
 int runCall(const Settings& settings) try {
   const CallSettings& call = *settings.call;
-  const std::string token = call.token.empty() ? loadToken(settings.dataDir) : call.token;
+  std::optional<OwnToken> own;
+  if (call.token.empty()) own.emplace(settings.dataDir);
   Client client(settings.port, optionsOf(settings));
-  client.login(token);
+  client.login(own ? own->text() : call.token);
   const Reply reply = client.request(call.topic, call.data, call.terminalType);
   if (reply.message.empty()) {
     printReply(reply, call.asTable);

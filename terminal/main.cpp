@@ -13,9 +13,9 @@
 #include "terminal/certificate.h"
 #include "terminal/gateway/gateway.h"
 #include "terminal/gateway/mobileserver.h"
-#include "terminal/gateway/tokens.h"
 #include "terminal/logging.h"
 #include "terminal/settings.h"
+#include "terminal/tokencommand.h"
 #include "terminal/trading/tradinghost.h"
 
 namespace orvane::terminal {
@@ -95,22 +95,20 @@ std::vector<HealthCheck> checkHost(const TradingHost& host) {
 
 int serve(const Settings& settings) try {
   const StopSignals stopSignals;
-  umask(S_IRWXG | S_IRWXO);  // database, token and log are the user's alone
   makeDataDir(settings.dataDir);
   setUpLogging(settings.logFile, settings.logLevel);
-  const std::string token = loadOrMakeToken(settings.dataDir);
   TradingHost host(settings.trading);
   if (settings.keepsOwnCertificate) keepOwnCertificate(*settings.tls, settings.address);
   Gateway gateway({.address = settings.address,
                    .port = settings.port,
                    .tls = settings.tls,
                    .allowedOrigins = settings.allowedOrigins,
-                   .token = token,
+                   .dataDir = settings.dataDir,
                    .limits = settings.limits,
                    .probe = [&host] { return checkHost(host); }});
   MobileServer server(gateway);
   const Running running(host, server, gateway.url());
-  fmt::print("{}/#token={}\n", gateway.url(), token);
+  printLink(settings, gateway.url());
   if (settings.tls) fmt::print("Certificate's SHA-256: {}\n", fingerprint(settings.tls->certificate));
   std::fflush(stdout);
   stopSignals.wait();
@@ -127,5 +125,7 @@ int main(int argc, char** argv) {
   int exitCode = EXIT_SUCCESS;
   const auto settings = orvane::terminal::readSettings(argc, argv, exitCode);
   if (!settings) return exitCode;
+  umask(S_IRWXG | S_IRWXO);  // databases, audit and log are the user's alone
+  if (settings->token) return orvane::terminal::runToken(*settings);
   return settings->call ? orvane::terminal::runCall(*settings) : orvane::terminal::serve(*settings);
 }

@@ -2,8 +2,11 @@
 
 #include <CLI/CLI.hpp>
 #include <boost/asio/ip/address.hpp>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include "terminal/certificate.h"
@@ -19,17 +22,29 @@ std::string environment(const char* name) {
   return value == nullptr ? "" : value;
 }
 
-// Empty where the environment names no place.
-std::filesystem::path defaultDataDir() {
-  const std::filesystem::path data = environment("XDG_DATA_HOME");
+// A place below the folder of a variable, or of the home; empty where the environment names neither.
+std::filesystem::path userPlace(const char* variable, const char* belowHome, const char* name) {
+  const std::filesystem::path folder = environment(variable);
   const std::filesystem::path home = environment("HOME");
-  if (data.is_absolute()) return data / "pocket-terminal";
-  return home.empty() ? home : home / ".local/share/pocket-terminal";
+  if (folder.is_absolute()) return folder / name;
+  return home.empty() ? home : home / belowHome / name;
 }
+
+std::filesystem::path defaultDataDir() { return userPlace("XDG_DATA_HOME", ".local/share", "pocket-terminal"); }
+std::filesystem::path defaultConfig() { return userPlace("XDG_CONFIG_HOME", ".config", "pocket-terminal.toml"); }
 
 std::string checkData(const std::string& data) {
   const JsonResult result = checkJson(data);
   return result.ok ? "" : "not JSON: " + result.message;
+}
+
+std::string checkRights(const std::string& list) {
+  try {
+    Rights::read(list);
+    return {};
+  } catch (const std::invalid_argument& error) {
+    return error.what();
+  }
 }
 
 std::string checkFinite(const std::string& number) {
@@ -46,6 +61,8 @@ struct Arguments {
   TlsFiles tls;
   CallSettings call;
   bool json = false;
+  TokenSettings token;
+  std::string rights;
 };
 
 std::string checkAddress(const std::string& text) {
@@ -61,6 +78,7 @@ std::string checkOrigin(const std::string& origin) {
 }
 
 void addNetworkOptions(CLI::App& app, Settings& settings, Arguments& typed) {
+  app.option_defaults()->group("Network");
   app.add_option("--listen", settings.address, "IP address to listen on; beyond loopback TLS is a must")
       ->check(CLI::Validator(checkAddress, "ADDRESS"))
       ->capture_default_str();
@@ -75,18 +93,8 @@ void addNetworkOptions(CLI::App& app, Settings& settings, Arguments& typed) {
       ->check(CLI::Validator(checkOrigin, "ORIGIN"));
 }
 
-void addOptions(CLI::App& app, Settings& settings, Arguments& typed) {
-  addNetworkOptions(app, settings, typed);
-  app.add_option("--data", settings.dataDir, "folder of the database, the token and the log")
-      ->default_str(defaultDataDir().string());
-  app.add_option("--log", settings.logFile, "log file")->default_str("terminal.log in the data folder");
-  app.add_option("--log-level", settings.logLevel, "least level that is logged")
-      ->check(CLI::IsMember({"trace", "debug", "info", "warn", "error", "off"}))
-      ->capture_default_str();
-  app.add_option("--quotes", typed.quotes, "walk, still, or a CSV file of quotes to replay")->capture_default_str();
-  app.add_option("--seed", settings.trading.seed, "start of the random walk")
-      ->check(CLI::Validator(checkUnsigned, "UINT"))
-      ->capture_default_str();
+void addPhoneOptions(CLI::App& app, Arguments& typed) {
+  app.option_defaults()->group("Phones");
   app.add_option("--login-timeout", typed.loginSeconds, "seconds within which a phone must log in")
       ->check(CLI::Validator(checkFinite, "SECONDS") & CLI::Range(0.01, 3600.0))
       ->capture_default_str();
@@ -95,17 +103,63 @@ void addOptions(CLI::App& app, Settings& settings, Arguments& typed) {
       ->capture_default_str();
 }
 
+void addFileOptions(CLI::App& app, Settings& settings) {
+  app.option_defaults()->group("Files");
+  app.set_config("--config", defaultConfig().string(), "settings file; its keys are these options without the dashes")
+      ->group("Files");
+  app.allow_config_extras(CLI::config_extras_mode::error);
+  app.add_option("--data", settings.dataDir, "folder of the databases, the audit and the log")
+      ->default_str(defaultDataDir().string());
+  app.add_option("--log", settings.logFile, "log file")->default_str("terminal.log in the data folder");
+  app.add_option("--log-level", settings.logLevel, "least level that is logged")
+      ->check(CLI::IsMember({"trace", "debug", "info", "warn", "error", "off"}))
+      ->capture_default_str();
+}
+
+void addTradingOptions(CLI::App& app, Settings& settings, Arguments& typed) {
+  app.option_defaults()->group("Trading");
+  app.add_option("--quotes", typed.quotes, "walk, still, or a CSV file of quotes to replay")->capture_default_str();
+  app.add_option("--seed", settings.trading.seed, "start of the random walk")
+      ->check(CLI::Validator(checkUnsigned, "UINT"))
+      ->capture_default_str();
+}
+
 CLI::App& addCall(CLI::App& app, Arguments& typed) {
   CLI::App& call = *app.add_subcommand("call", "send one request to a running terminal, and print the reply");
   call.fallthrough();
+  call.option_defaults()->group("Options")->configurable(false);
   call.add_option("TOPIC", typed.call.topic, "such as account.list")->required();
   call.add_option("DATA", typed.call.data, "the request's body, such as '[0, 3]'")
       ->check(CLI::Validator(checkData, "JSON"));
-  call.add_option("--token", typed.call.token, "token, rather than that of the data folder");
+  call.add_option("--token", typed.call.token, "token, rather than one made for this call in the data folder")
+      ->envname("POCKET_TOKEN");
   call.add_option("--terminal-type", typed.call.terminalType, "terminal type of the request")->capture_default_str();
   CLI::Option* json = call.add_flag("--json", typed.json, "print the bytes as they came");
   call.add_flag("--table", typed.call.asTable, "print a list as a table, as is done on a screen")->excludes(json);
   return call;
+}
+
+CLI::App& addToken(CLI::App& app, Arguments& typed) {
+  using Task = TokenSettings::Task;
+  CLI::App& token = *app.add_subcommand("token", "make, list and revoke the tokens that let phones in");
+  token.fallthrough();
+  token.require_subcommand(1);
+  token.option_defaults()->group("Options")->configurable(false);
+  const auto addTask = [&](const char* name, const char* help, Task task) {
+    CLI::App* sub = token.add_subcommand(name, help);
+    sub->fallthrough();
+    sub->callback([&typed, task] { typed.token.task = task; });
+    return sub;
+  };
+  CLI::App* add = addTask("add", "make a token and print it, this once, with the link for the phone", Task::Add);
+  add->add_option("NAME", typed.token.name, "name of the phone, say")->required();
+  add->add_option("--rights", typed.rights, "one or more of see,cancel,trade")
+      ->required()
+      ->check(CLI::Validator(checkRights, "LIST"));
+  addTask("list", "print a table of the tokens", Task::List);
+  CLI::App* revoke = addTask("revoke", "take a token back; its phones are disconnected within seconds", Task::Revoke);
+  revoke->add_option("NAME", typed.token.name, "the token's name")->required();
+  return token;
 }
 
 void setQuotes(TradingOptions& trading, const std::string& quotes) {
@@ -127,7 +181,7 @@ void setTls(Settings& settings, const TlsFiles& typed, bool isCall) {
 }
 
 // What follows from what was typed.
-void complete(Settings& settings, const Arguments& typed, bool isCall) {
+void complete(Settings& settings, const Arguments& typed, bool isCall, bool isToken) {
   if (settings.dataDir.empty()) settings.dataDir = defaultDataDir();
   if (settings.dataDir.empty()) throw CLI::ValidationError("--data", "say a folder: the environment has no HOME");
   if (settings.logFile.empty()) settings.logFile = settings.dataDir / "terminal.log";
@@ -136,9 +190,29 @@ void complete(Settings& settings, const Arguments& typed, bool isCall) {
   settings.trading.dataDir = settings.dataDir;
   setQuotes(settings.trading, typed.quotes);
   setTls(settings, typed.tls, isCall);
+  if (isToken) {
+    settings.token = typed.token;
+    if (!typed.rights.empty()) settings.token->rights = Rights::read(typed.rights);
+  }
   if (!isCall) return;
   settings.call = typed.call;
   settings.call->asTable = typed.call.asTable || (!typed.json && isatty(STDOUT_FILENO) == 1);
+}
+
+// A default file that is there but cannot be read is a mistake; CLI11 passes over it.
+void requireReadable(const std::string& config) {
+  if (access(config.c_str(), F_OK) != 0 || access(config.c_str(), R_OK) == 0) return;
+  throw CLI::FileError(fmt::format("cannot read the settings file {}: {}", config, std::strerror(errno)));
+}
+
+void parse(CLI::App& app, int argc, const char* const* argv) {
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ConfigError& error) {
+    throw CLI::ConfigError(fmt::format("the settings file {}: {}; its keys are the options of pocket-terminal --help",
+                                       app.get_config_ptr()->as<std::string>(), error.what()));
+  }
+  requireReadable(app.get_config_ptr()->as<std::string>());
 }
 
 }  // namespace
@@ -148,11 +222,16 @@ std::optional<Settings> readSettings(int argc, const char* const* argv, int& exi
   Arguments typed;
   CLI::App app("A paper-trading terminal that phones can see and work.", "pocket-terminal");
   app.set_version_flag("--version", "pocket-terminal " POCKETAGENT_VERSION);
-  addOptions(app, settings, typed);
+  addNetworkOptions(app, settings, typed);
+  addPhoneOptions(app, typed);
+  addFileOptions(app, settings);
+  addTradingOptions(app, settings, typed);
   const CLI::App& call = addCall(app, typed);
+  const CLI::App& token = addToken(app, typed);
+  app.require_subcommand(0, 1);
   try {
-    app.parse(argc, argv);
-    complete(settings, typed, call.parsed());
+    parse(app, argc, argv);
+    complete(settings, typed, call.parsed(), token.parsed());
   } catch (const CLI::ParseError& error) {
     exitCode = app.exit(error) == 0 ? EXIT_SUCCESS : kUsageError;
     return std::nullopt;

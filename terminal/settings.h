@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "terminal/gateway/rights.h"
 #include "terminal/gateway/session.h"
 #include "terminal/tls.h"
 #include "terminal/trading/tradinghost.h"
@@ -16,9 +17,17 @@ namespace orvane::terminal {
 struct CallSettings {
   std::string topic;
   std::string data;   // JSON text; may be empty
-  std::string token;  // empty: the one in the data folder
+  std::string token;  // empty: one of its own, by the data folder
   int32_t terminalType = 8;
   bool asTable = false;
+};
+
+// What `pocket-terminal token` was asked.
+struct TokenSettings {
+  enum class Task : uint8_t { Add, List, Revoke };
+  Task task = Task::List;
+  std::string name;
+  Rights rights;
 };
 
 struct Settings {
@@ -32,11 +41,12 @@ struct Settings {
   std::string logLevel = "info";
   SessionLimits limits;
   TradingOptions trading;
-  std::optional<CallSettings> call;  // client rather than server
+  std::optional<CallSettings> call;    // client rather than server
+  std::optional<TokenSettings> token;  // the same for the tokens
 };
 
-// Reads the command line. Where the program has nothing to do, after --help or a mistake, it has said so already, and
-// `exitCode` is what to end with.
+// Reads the command line and the settings file. Where the program has nothing to do, after --help or a mistake, it has
+// said so already, and `exitCode` is what to end with.
 std::optional<Settings> readSettings(int argc, const char* const* argv, int& exitCode);
 
 }  // namespace orvane::terminal

@@ -6,13 +6,15 @@
 
 #include <fmt/format.h>
 
+#include "terminal/gateway/plainname.h"
 #include "terminal/jsonmembers.h"
 
 namespace orvane::terminal {
 namespace {
 
-enum Name { Id, Topic, Data, Token, TerminalType, Device, Resume };
-constexpr std::array<std::string_view, 7> kNames{"id", "topic", "data", "token", "terminalType", "device", "resume"};
+enum Name { Id, Topic, Data, Token, TerminalType, Key, Device, Resume };
+constexpr std::array<std::string_view, 8> kNames{"id",           "topic", "data",   "token",
+                                                 "terminalType", "key",   "device", "resume"};
 constexpr size_t kMaxDevice = 64;
 
 bool isId(const JsonMember& member) { return member.kind == JsonKind::String || member.kind == JsonKind::Number; }
@@ -61,6 +63,9 @@ std::string findFault(const JsonMembers& members, Frame& frame) {
     return fmt::format("the frame's \"terminalType\" must be a whole number of 32 bits, not {}",
                        members[TerminalType].raw);
   }
+  if (members[Key].kind != JsonKind::Missing && !isPlainName(members[Key].text)) {
+    return fmt::format("the frame's \"key\" must be a string of {}", kPlainNameRule);
+  }
   if (members[Device].text.size() > kMaxDevice) {
     return fmt::format("the frame's \"device\" has more than {} bytes", kMaxDevice);
   }
@@ -103,6 +108,7 @@ std::variant<Frame, FrameError> readFrame(std::string_view text) {
   frame.body = members[Data].raw;
   frame.token = members[Token].text;
   frame.device = members[Device].text;
+  frame.key = members[Key].text;
   return frame;
 }
 
@@ -119,15 +125,12 @@ std::string writeFailure(std::string_view id, std::string_view topic, std::strin
   return writeFrame("id", id, failure, {}, {});
 }
 
-std::string writeWelcome(std::string_view id, const Grant& grant, const PushPosition& now, bool resumed) {
-  std::string rights;
-  for (const auto& [isGiven, name] : {std::pair(grant.see, "see"), {grant.cancel, "cancel"}, {grant.trade, "trade"}}) {
-    if (isGiven) rights += fmt::format("{}\"{}\"", rights.empty() ? "" : ",", name);
-  }
+std::string writeWelcome(std::string_view id, const Visitor& visitor, const PushPosition& now, bool resumed) {
   MobileMessage welcome;
   welcome.topic = "login";
-  const std::string data = fmt::format(R"({{"name":{},"rights":[{}],"epoch":"{}","seq":{},"resumed":{}}})",
-                                       jsonString(grant.name), rights, now.epoch, now.seq, resumed);
+  const std::string data =
+      fmt::format(R"({{"name":{},"rights":["{}"],"epoch":"{}","seq":{},"resumed":{}}})", jsonString(visitor.name),
+                  fmt::join(visitor.rights.names(), R"(",")"), now.epoch, now.seq, resumed);
   return writeFrame("id", id, welcome, data, {});
 }
 

@@ -7,7 +7,7 @@
 #include <variant>
 
 #include "host/mobilemessage.h"
-#include "terminal/gateway/grant.h"
+#include "terminal/gateway/visitor.h"
 
 namespace orvane::terminal {
 
@@ -24,6 +24,7 @@ struct Frame {
   std::string topic;             // UTF-8; may hold a NUL
   std::string_view body;         // the bytes of `data`; empty where it was left out
   std::string token;             // empty where it was left out
+  std::string key;               // the client's key of the request, a plain name; likewise
   std::string device;            // the phone's own name for itself, at most 64 bytes
   std::optional<PushPosition> resume;
   int32_t terminalType = 8;
@@ -45,6 +46,6 @@ std::string writePush(uint64_t seq, const MobileMessage& message);
 std::string writeFailure(std::string_view id, std::string_view topic, std::string_view message);
 
 // The answer to a login. `now` is the last push so far; `resumed` where those that the phone missed follow.
-std::string writeWelcome(std::string_view id, const Grant& grant, const PushPosition& now, bool resumed);
+std::string writeWelcome(std::string_view id, const Visitor& visitor, const PushPosition& now, bool resumed);
 
 }  // namespace orvane::terminal

@@ -8,7 +8,6 @@
 #include <variant>
 
 #include "terminal/gateway/bodycheck.h"
-#include "terminal/gateway/tokens.h"
 #include "terminal/logging.h"
 
 namespace orvane::terminal {
@@ -23,6 +22,8 @@ constexpr size_t kMaxWaiting = 1024;   // requests of one connection
 constexpr size_t kMaxOverruns = 1024;  // requests of one connection that were refused before half of those had a reply
 constexpr std::chrono::milliseconds kAcceptPause{100};
 constexpr std::chrono::seconds kLongAnswer{10};
+constexpr std::chrono::seconds kWatchPeriod{1};
+constexpr std::chrono::seconds kPenalty{1};  // that a wrong login waits for its answer
 constexpr std::string_view kLogin = "login";
 constexpr std::string_view kSocketPath = "/ws";
 constexpr std::string_view kBearer = "Bearer ";
@@ -64,7 +65,8 @@ OriginPolicy::IsOwnName certifiedNames(const std::shared_ptr<asio::ssl::context>
 Gateway::Gateway(GatewayOptions options)
     : options_(std::move(options)),
       tls_(options_.tls ? makeServerTls(*options_.tls) : nullptr),
-      origins_(tls_ != nullptr, options_.allowedOrigins, certifiedNames(tls_)) {
+      origins_(tls_ != nullptr, options_.allowedOrigins, certifiedNames(tls_)),
+      keeper_(options_.dataDir) {
   const asio::ip::address address = parseAddress(options_.address);
   if (!address.is_loopback() && tls_ == nullptr) {
     throw std::runtime_error(fmt::format(
@@ -91,6 +93,7 @@ void Gateway::start(Receive receive, IsTaking isTaking) {
   receive_ = std::move(receive);
   isTaking_ = std::move(isTaking);
   accept();
+  watch();
   thread_ = std::thread([this] { io_.run(); });
   TERMINAL_LOG(logger(), Info, "listening at {}", url());
 }
@@ -186,10 +189,9 @@ std::optional<Page> Gateway::statusPage(const Session& session, const HttpReques
   return Page{.status = 401, .body = "From another machine: send the header Authorization: Bearer TOKEN.\n"};
 }
 
-bool Gateway::maySeeMetrics(const Session& session, const HttpRequest& request) const {
+bool Gateway::maySeeMetrics(const Session& session, const HttpRequest& request) {
   if (session.address().is_loopback()) return true;
-  return request.authorization.starts_with(kBearer) &&
-         sameToken(options_.token, request.authorization.substr(kBearer.size()));
+  return request.authorization.starts_with(kBearer) && keeper_.maySee(request.authorization.substr(kBearer.size()));
 }
 
 // Ready: the agent takes requests and answers them, and the host says nothing against it.
@@ -233,6 +235,7 @@ void Gateway::guard(Session& session, const Work& work) try {
 }
 
 void Gateway::take(Session& session, std::string_view text) {
+  if (peers_.at(&session).penalty != nullptr) return;
   const auto read = readFrame(text);
   const auto* frame = std::get_if<Frame>(&read);
   if (frame != nullptr && frame->topic == kLogin) return onLogin(session, *frame);
@@ -246,49 +249,102 @@ void Gateway::take(Session& session, std::string_view text) {
 }
 
 void Gateway::onLogin(Session& session, const Frame& frame) {
-  if (!sameToken(options_.token, frame.token)) {
-    refuse(session, Refusal::Login, frame.id, kLogin, "wrong token: take it from the link that the terminal printed");
-    return session.close(CloseCode::NoLogin, "wrong token");
-  }
-  admit(session, frame, {.name = "first", .see = true, .cancel = true, .trade = true});
+  const std::optional<Visitor> visitor = keeper_.admit(frame.token);
+  if (!visitor) return onWrongLogin(session, frame);
+  if (!visitor->rights.empty()) return admit(session, frame, *visitor);
+  refuse(session, Refusal::Login, frame.id, kLogin, "this token has no rights: make another");
+  session.close(CloseCode::NotEntitled, "no rights");
 }
 
-void Gateway::admit(Session& session, const Frame& frame, Grant grant) {
-  TERMINAL_LOG(logger(), Info, "{} is logged in", session.name());
+// The answer waits, so that guessing takes its time; what the phone sends meanwhile is passed over.
+void Gateway::onWrongLogin(Session& session, const Frame& frame) {
+  const std::string address = session.address().to_string();
+  TERMINAL_LOG(logger(), Warn, "{} from {} does not know a token", session.name(), address);
+  if (!keeper_.allowWrong(address)) {
+    refuse(session, Refusal::Login, frame.id, kLogin,
+           fmt::format("too many wrong logins from {}: wait a minute", address));
+    return session.close(CloseCode::TooMany, "too many wrong logins");
+  }
   Peer& peer = peers_.at(&session);
-  peer.grant = std::move(grant);
+  peer.penalty = std::make_unique<asio::steady_timer>(io_, kPenalty);
+  peer.penalty->async_wait([this, weak = std::weak_ptr(peer.session), id = std::string(frame.id)](const auto& error) {
+    const auto phone = weak.lock();
+    if (error || phone == nullptr) return;
+    refuse(*phone, Refusal::Login, id, kLogin, "wrong token: take one that pocket-terminal token add printed");
+    phone->close(CloseCode::NoLogin, "wrong token");
+  });
+}
+
+void Gateway::admit(Session& session, const Frame& frame, const Visitor& visitor) {
+  TERMINAL_LOG(logger(), Info, "{} is logged in as {} from {}", session.name(), visitor.name,
+               session.address().to_string());
+  Peer& peer = peers_.at(&session);
+  peer.visitor = visitor;
   peer.device = frame.device;
   replaceOlder(session, peer);
   session.admit();
   const bool resumes = frame.resume && pushes_.canResume(frame.resume->epoch, frame.resume->seq);
-  sendText(session, writeWelcome(frame.id, peer.grant, {pushes_.epoch(), pushes_.last()}, resumes));
-  if (resumes) pushes_.resume(frame.resume->seq, [&](const PushLog::Text& text) { session.send(text); });
+  sendText(session, writeWelcome(frame.id, visitor, {pushes_.epoch(), pushes_.last()}, resumes));
+  if (resumes && visitor.rights.has(Right::See))
+    pushes_.resume(frame.resume->seq, [&](const PushLog::Text& text) { session.send(text); });
 }
 
 // A phone that comes back has given its older connection up.
 void Gateway::replaceOlder(Session& session, const Peer& peer) {
   if (peer.device.empty()) return;
   for (const auto& [other, each] : peers_) {
-    if (other == &session || each.device != peer.device || each.grant.name != peer.grant.name) continue;
+    if (other == &session || each.device != peer.device || each.visitor.token != peer.visitor.token) continue;
     other->close(CloseCode::Replaced, "the same device has logged in anew");
   }
 }
 
 void Gateway::onRequest(Session& session, const Frame& frame) {
-  if (const std::string fault = findBodyFault(frame.topic, frame.body); !fault.empty()) {
-    return refuse(session, Refusal::Body, frame.id, frame.topic, fault);
-  }
   Peer& peer = peers_.at(&session);
+  if (!mayPass(session, peer, frame)) return;
   if (peer.waiting >= kMaxWaiting) return onOverrun(session, peer, frame);
-  const Pending pending{&session, std::string(frame.id), Metrics::topicNumber(frame.topic), Clock::now()};
+  const bool isAction = changesSomething(frame.topic);
   const int64_t requestId = ++lastRequestId_;
+  if (isAction && !beginAction(session, peer, frame, requestId)) return;
   if (!receive_(requestId, frame.terminalType, frame.topic, std::string(frame.body))) {
+    keeper_.abandon(requestId);
     return refuse(session, Refusal::Agent, frame.id, frame.topic,
                   "the terminal takes no requests now: this one was not taken");
   }
-  metrics_.countRequest(pending.topic);
-  pending_.emplace(requestId, pending);
+  const size_t topic = Metrics::topicNumber(frame.topic);
+  metrics_.countRequest(topic);
+  pending_.emplace(requestId, Pending{{&session, std::string(frame.id)}, {}, isAction, topic, Clock::now()});
   ++peer.waiting;
+}
+
+bool Gateway::mayPass(Session& session, const Peer& peer, const Frame& frame) {
+  Refusal reason = Refusal::Rights;
+  std::string fault = findRightsFault(peer.visitor.rights, frame.topic);
+  if (!fault.empty()) {
+    keeper_.noteRefusal(peer.visitor, session.address().to_string(), frame, fault);
+  } else if (!frame.key.empty() && !changesSomething(frame.topic)) {
+    reason = Refusal::Key;
+    fault = "only a request that changes something takes a key";
+  } else {
+    reason = Refusal::Body;
+    fault = findBodyFault(frame.topic, frame.body);
+  }
+  if (!fault.empty()) refuse(session, reason, frame.id, frame.topic, fault);
+  return fault.empty();
+}
+
+// True where the action is to be handed on; otherwise it is answered, or will be.
+bool Gateway::beginAction(Session& session, Peer& peer, const Frame& frame, int64_t requestId) {
+  const auto verdict = keeper_.begin(requestId, peer.visitor, session.address().to_string(), frame);
+  if (std::holds_alternative<ActionStore::Fresh>(verdict)) return true;
+  if (const auto* running = std::get_if<ActionStore::Running>(&verdict)) {
+    pending_.at(running->requestId).others.push_back({&session, std::string(frame.id)});
+    ++peer.waiting;
+  } else if (const auto* reply = std::get_if<MobileMessage>(&verdict)) {
+    sendText(session, writeAnswer(frame.id, *reply));
+  } else {
+    refuse(session, Refusal::Key, frame.id, frame.topic, std::get<ActionStore::Refusal>(verdict).message);
+  }
+  return false;
 }
 
 void Gateway::onOverrun(Session& session, Peer& peer, const Frame& frame) {
@@ -307,30 +363,60 @@ void Gateway::refuse(Session& session, Refusal reason, std::string_view id, std:
 void Gateway::onClosed(Session& session) {
   TERMINAL_LOG(logger(), Debug, "{} is gone", session.name());
   if (const auto code = session.closeCode()) metrics_.countClose(static_cast<int>(*code));
-  std::erase_if(pending_, [&](const auto& entry) { return entry.second.session == &session; });
+  for (auto entry = pending_.begin(); entry != pending_.end();) {
+    Pending& pending = entry->second;
+    std::erase_if(pending.others, [&](const Waiter& waiter) { return waiter.session == &session; });
+    if (pending.first.session == &session) pending.first.session = nullptr;
+    const bool isIdle = pending.first.session == nullptr && !pending.isAction;
+    entry = isIdle ? pending_.erase(entry) : std::next(entry);
+  }
   peers_.erase(&session);
 }
 
 void Gateway::onMessage(const MobileMessage& message) {
   if (message.requestId == kNoRequestId) return push(message);
-  const auto pending = pending_.find(message.requestId);
-  if (pending == pending_.end()) {
+  const auto node = pending_.extract(message.requestId);
+  if (node.empty()) {
     TERMINAL_LOG(logger(), Debug, "nobody waits for the reply {} to {}", message.requestId, message.topic);
     return;
   }
-  const Pending request = std::move(pending->second);
-  pending_.erase(pending);
+  const Pending& request = node.mapped();
+  if (request.isAction) keeper_.finish(message.requestId, message);
   metrics_.countAnswer(request.topic, !message.message.empty(), Clock::now() - request.since);
-  Peer& peer = peers_.at(request.session);
+  answer(request.first, message);
+  for (const Waiter& waiter : request.others) answer(waiter, message);
+}
+
+void Gateway::answer(const Waiter& waiter, const MobileMessage& message) {
+  if (waiter.session == nullptr) return;
+  Peer& peer = peers_.at(waiter.session);
   if (--peer.waiting < kMaxWaiting / 2) peer.overruns = 0;
-  guard(*request.session, [&] { sendText(*request.session, writeAnswer(request.id, message)); });
+  guard(*waiter.session, [&] { sendText(*waiter.session, writeAnswer(waiter.id, message)); });
 }
 
 void Gateway::push(const MobileMessage& message) {
   metrics_.countPush();
   const PushLog::Text text = pushes_.add(message);
   for (const auto& [session, peer] : peers_) {
-    if (session->isAdmitted()) session->send(text);
+    if (peer.visitor.rights.has(Right::See)) session->send(text);
+  }
+}
+
+void Gateway::watch() {
+  watchTimer_.expires_after(kWatchPeriod);
+  watchTimer_.async_wait([this](const error_code& error) {
+    if (error || !acceptor_.is_open()) return;
+    keeper_.tick();
+    closeUnwelcome();
+    watch();
+  });
+}
+
+void Gateway::closeUnwelcome() {
+  for (const auto& [session, peer] : peers_) {
+    if (session->isAdmitted() && !keeper_.isWelcome(peer.visitor)) {
+      session->close(CloseCode::NotEntitled, "the token was revoked");
+    }
   }
 }
 
@@ -338,6 +424,7 @@ void Gateway::closeAll() {
   error_code ignored;
   acceptor_.close(ignored);
   acceptTimer_.cancel();
+  watchTimer_.cancel();
   for (const auto& [session, peer] : peers_) session->close(CloseCode::GoingAway, "the terminal stops");
 }
 

@@ -6,6 +6,7 @@
 #include <boost/asio/steady_timer.hpp>
 #include <chrono>
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -17,7 +18,7 @@
 
 #include "host/mobilemessage.h"
 #include "terminal/gateway/frame.h"
-#include "terminal/gateway/grant.h"
+#include "terminal/gateway/gatekeeper.h"
 #include "terminal/gateway/health.h"
 #include "terminal/gateway/metrics.h"
 #include "terminal/gateway/originpolicy.h"
@@ -32,7 +33,7 @@ struct GatewayOptions {
   uint16_t port = 8700;               // 0 is any free one
   std::optional<TlsFiles> tls;        // REQUIRED beyond loopback
   std::vector<std::string> allowedOrigins;
-  std::string token;  // what a phone must know
+  std::filesystem::path dataDir;
   SessionLimits limits;
   HealthProbe probe;  // what of the host belongs into the health page; called on the gateway's thread
 };
@@ -76,16 +77,22 @@ class Gateway : private ISessionOwner {
   struct Peer {
     std::shared_ptr<Session> session;
     int64_t number = 0;  // counts up with each connection
-    Grant grant;
+    Visitor visitor;
     std::string device;
     size_t waiting = 0;   // requests without a reply
     size_t overruns = 0;  // requests refused since fewer than half of the most waited
     bool givesWay = false;
+    std::unique_ptr<boost::asio::steady_timer> penalty;  // runs after a wrong login
+  };
+  struct Waiter {
+    Session* session = nullptr;  // null where it is gone
+    std::string id;              // the phone's own, as JSON text
   };
   struct Pending {
-    Session* session = nullptr;
-    std::string id;    // the phone's own, as JSON text
-    size_t topic = 0;  // as the metrics number it
+    Waiter first;
+    std::vector<Waiter> others;  // of the same action
+    bool isAction = false;       // its reply is remembered, whoever waits
+    size_t topic = 0;            // as the metrics number it
     Clock::time_point since;
   };
 
@@ -95,7 +102,7 @@ class Gateway : private ISessionOwner {
   bool makeRoom();
   std::optional<Page> onRequestHead(Session& session, const HttpRequest& request) override;
   std::optional<Page> statusPage(const Session& session, const HttpRequest& request);
-  bool maySeeMetrics(const Session& session, const HttpRequest& request) const;
+  bool maySeeMetrics(const Session& session, const HttpRequest& request);
   std::vector<HealthCheck> readiness() const;
   Gauges gauges() const;
   void onFrame(Session& session, std::string_view text) override;
@@ -104,21 +111,29 @@ class Gateway : private ISessionOwner {
   void guard(Session& session, const Work& work);
   void take(Session& session, std::string_view text);
   void onLogin(Session& session, const Frame& frame);
-  void admit(Session& session, const Frame& frame, Grant grant);
+  void onWrongLogin(Session& session, const Frame& frame);
+  void admit(Session& session, const Frame& frame, const Visitor& visitor);
   void replaceOlder(Session& session, const Peer& peer);
   void onRequest(Session& session, const Frame& frame);
+  bool mayPass(Session& session, const Peer& peer, const Frame& frame);
+  bool beginAction(Session& session, Peer& peer, const Frame& frame, int64_t requestId);
   void onOverrun(Session& session, Peer& peer, const Frame& frame);
   void refuse(Session& session, Refusal reason, std::string_view id, std::string_view topic, std::string_view why);
   void onMessage(const MobileMessage& message);
+  void answer(const Waiter& waiter, const MobileMessage& message);
   void push(const MobileMessage& message);
+  void watch();
+  void closeUnwelcome();
   void closeAll();
 
   const GatewayOptions options_;
   const std::shared_ptr<boost::asio::ssl::context> tls_;  // null without TLS
   const OriginPolicy origins_;
+  Gatekeeper keeper_;
   boost::asio::io_context io_{1};
   boost::asio::ip::tcp::acceptor acceptor_{io_};
   boost::asio::steady_timer acceptTimer_{io_};
+  boost::asio::steady_timer watchTimer_{io_};
   uint16_t port_ = 0;
   Receive receive_;
   IsTaking isTaking_;

@@ -31,7 +31,7 @@ constexpr std::array<std::string_view, 21> kTopics{"account.list",
                                                    "other"};
 
 constexpr std::array<std::string_view, static_cast<size_t>(Refusal::kCount)> kRefusals{
-    "connection", "origin", "login", "frame", "body", "crowd", "agent", "fault"};
+    "connection", "origin", "login", "frame", "body", "rights", "key", "crowd", "agent", "fault"};
 
 template <typename... Values>
 void add(std::string& text, fmt::format_string<Values...> line, Values&&... values) {

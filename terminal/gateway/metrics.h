@@ -12,7 +12,7 @@
 namespace orvane::terminal {
 
 // Why something that a phone or a browser asked for was not done.
-enum class Refusal : uint8_t { Connection, Origin, Login, Frame, Body, Crowd, Agent, Fault, kCount };
+enum class Refusal : uint8_t { Connection, Origin, Login, Frame, Body, Rights, Key, Crowd, Agent, Fault, kCount };
 
 // What stands now, rather than what was counted.
 struct Gauges {

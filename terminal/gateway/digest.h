@@ -1,0 +1,13 @@
+#pragma once
+
+#include <array>
+#include <string_view>
+
+namespace orvane::terminal {
+
+using Digest = std::array<unsigned char, 32>;
+
+// SHA-256. Throws std::runtime_error where OpenSSL has none.
+Digest sha256(std::string_view bytes);
+
+}  // namespace orvane::terminal

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <filesystem>
+
+#include <SQLiteCpp/Database.h>
+
+namespace orvane::terminal {
+
+enum class IfMissing { Make, Fail };
+
+// Opens `gateway.db` in the data folder: the tokens, and the requests that change something. Its owner alone can read
+// it. The running terminal and the commands share it, each with a connection of its own, used by one thread at a time.
+// Throws std::runtime_error with a clear message.
+SQLite::Database openGatewayDatabase(const std::filesystem::path& dataDir, IfMissing ifMissing = IfMissing::Make);
+
+}  // namespace orvane::terminal
