@@ -1,6 +1,7 @@
 #include "terminal/settings.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <boost/asio/ip/address.hpp>
 #include <cerrno>
 #include <cstdlib>
@@ -205,12 +206,22 @@ void requireReadable(const std::string& config) {
   throw CLI::FileError(fmt::format("cannot read the settings file {}: {}", config, std::strerror(errno)));
 }
 
+// CLI11 says "INI was not able to parse KEY", or "KEY: This option is not allowed ..."; a section's key ends in ".++".
+std::string unknownKey(const CLI::ConfigError& error) {
+  constexpr std::string_view kPrefix = "INI was not able to parse ";
+  const std::string text = error.what();
+  const size_t begin = text.starts_with(kPrefix) ? kPrefix.size() : 0;
+  return text.substr(begin, std::min(text.find(".++"), text.find(": ")) - begin);
+}
+
 void parse(CLI::App& app, int argc, const char* const* argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ConfigError& error) {
-    throw CLI::ConfigError(fmt::format("the settings file {}: {}; its keys are the options of pocket-terminal --help",
-                                       app.get_config_ptr()->as<std::string>(), error.what()));
+    throw CLI::ConfigError(
+        fmt::format("the settings file {}: {} is no setting; each is a long option of --help, "
+                    "without the dashes",
+                    app.get_config_ptr()->as<std::string>(), unknownKey(error)));
   }
   requireReadable(app.get_config_ptr()->as<std::string>());
 }

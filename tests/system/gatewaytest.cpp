@@ -15,7 +15,7 @@ using testing::StartsWith;
 class GatewayTest : public testing::Test {
  protected:
   TempDir dir_;
-  TerminalProcess terminal_{dir_.path() / "data", {"--login-timeout", "0.2", "--log-level", "debug"}};
+  TerminalProcess terminal_{dir_.path() / "data", {"--login-timeout", "1.5", "--log-level", "debug"}};
 };
 
 TEST_F(GatewayTest, ListsAccountsAndCapital) {
@@ -30,16 +30,11 @@ TEST_F(GatewayTest, ListsAccountsAndCapital) {
   EXPECT_THAT(capital.data, StartsWith(R"([{"userCode":"80080003","index":3,)"));
   EXPECT_THAT(capital.data, HasSubstr(R"("preBalance":600000.0,)"));
 
-  struct stat token {};
-  ASSERT_EQ(stat((dir_.path() / "data" / "token").c_str(), &token), 0);
-  EXPECT_EQ(token.st_mode & 0777, 0600U);
+  struct stat database {};
+  ASSERT_EQ(stat((dir_.path() / "data" / "gateway.db").c_str(), &database), 0);
+  EXPECT_EQ(database.st_mode & 0777, 0600U);
   EXPECT_EQ(terminal_.stop(), 0);
   EXPECT_EQ(phone->waitClose(), 1001);
-}
-
-TEST_F(GatewayTest, KeepsTokenOverRestart) {
-  ASSERT_EQ(terminal_.stop(), 0);
-  EXPECT_EQ(TerminalProcess(dir_.path() / "data").token(), terminal_.token());
 }
 
 TEST_F(GatewayTest, AnswersEachFrame) {
@@ -65,6 +60,8 @@ TEST_F(GatewayTest, AnswersEachFrame) {
       {R"({"id":7})", "7", "", R"(the frame's "topic" must be a string, not nothing)"},
       {R"({"id":7,"topic":null})", "7", "", R"(the frame's "topic" must be a string, not null)"},
       {R"({"id":7,"topic":"x","token":{}})", "7", "x", R"(the frame's "token" must be a string, not an object)"},
+      {R"({"id":7,"topic":"x","key":"a b"})", "7", "x",
+       R"(the frame's "key" must be a string of 1 to 64 characters from A-Z a-z 0-9 . _ -)"},
       {R"({"id":7,"topic":"x","terminalType":8.0})", "7", "x",
        R"(the frame's "terminalType" must be a whole number of 32 bits, not 8.0)"},
       {R"({"id":7,"topic":"x","data":)" + deep, "7", "x", "the frame cannot be read: Invalid value. at byte 100027"},
@@ -140,8 +137,6 @@ TEST_F(GatewayTest, ClosesWhoDoesNotLogIn) {
     std::string message;
   };
   const std::vector<Row> rows{
-      {R"({"topic":"login","token":"wrong"})", "wrong token: take it from the link that the terminal printed"},
-      {R"({"topic":"login"})", "wrong token: take it from the link that the terminal printed"},
       {R"({"topic":"account.list"})", R"(log in first: {"topic": "login", "token": ...})"},
       {"x", "the frame cannot be read: Invalid value. at byte 0"},
   };
@@ -205,7 +200,8 @@ TEST_F(GatewayTest, PassesOtherTopicsOnBothWays) {
     EXPECT_THAT(unknown.message, HasSubstr("没有\n这个"));
   }
   ASSERT_EQ(terminal_.stop(), 0);
-  EXPECT_THAT(readFile(dir_.path() / "data" / "terminal.log"), HasSubstr("[INFO] Gateway phone 1 is logged in\n"));
+  EXPECT_THAT(readFile(dir_.path() / "data" / "terminal.log"),
+              HasSubstr("[INFO] Gateway phone 1 is logged in as first from 127.0.0.1\n"));
 }
 
 TEST_F(GatewayTest, CallTellsTheOutcome) {
@@ -224,7 +220,7 @@ TEST_F(GatewayTest, CallTellsTheOutcome) {
       {{"no.topic", "--terminal-type", "24", "--port", port, "--data", data}, 1, "", "未知的功能: no.topic\n"},
       {{"account.list", "--port", "1", "--data", data}, 2, "", "cannot connect to 127.0.0.1:1: Connection refused"},
       {{"account.list", "--port", port, "--token", "x"}, 2, "", "wrong token"},
-      {{"account.list", "--port", port, "--data", data + "/none"}, 2, "", "/none/token: start the terminal once"},
+      {{"account.list", "--port", port, "--data", data + "/none"}, 2, "", "/none/gateway.db: start the terminal once"},
       {{"capital.list", "[1", "--port", port},
        2,
        "",
@@ -249,10 +245,10 @@ TEST_F(GatewayTest, SaysWhyItCannotStart) {
   EXPECT_EQ(taken.exitCode, 1);
   EXPECT_THAT(taken.error, HasSubstr("cannot listen on 127.0.0.1:" + port + ": Address already in use"));
 
-  std::filesystem::permissions(other.path() / "token", std::filesystem::perms(0644));
+  std::filesystem::permissions(other.path() / "gateway.db", std::filesystem::perms(0644));
   const Outcome shared = runTerminal({"--port", "0", "--data", other.path().string()});
   EXPECT_EQ(shared.exitCode, 1);
-  EXPECT_THAT(shared.error, HasSubstr("can be read by other users"));
+  EXPECT_THAT(shared.error, HasSubstr("other users can read it"));
 }
 
 // The answers carry the long ids back, until neither the connection nor the queue can hold more of them.

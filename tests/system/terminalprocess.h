@@ -35,11 +35,11 @@ class TerminalProcess {
   TerminalProcess& operator=(const TerminalProcess&) = delete;
 
   uint16_t port() const { return port_; }
-  const std::string& token() const { return token_; }
+  const std::string& token() const { return token_; }  // with all rights
   int pid() const { return process_.id(); }
 
-  // A phone that is logged in, and holds each message against its schema.
-  std::unique_ptr<terminal::Client> login() const;
+  // A phone that is logged in, with token() where no other is named, and holds each message against its schema.
+  std::unique_ptr<terminal::Client> login(const std::string& token = {}) const;
 
   // Ends it by SIGTERM and returns its exit code.
   int stop();
@@ -62,6 +62,9 @@ struct Outcome {
 
 // Runs pocket-terminal to its end.
 Outcome runTerminal(const std::vector<std::string>& arguments);
+
+// A new token's text.
+std::string makeToken(const std::filesystem::path& dataDir, const std::string& name, const std::string& rights);
 
 // What a log or any other file holds.
 std::string readFile(const std::filesystem::path& file);

@@ -1,0 +1,229 @@
+#include <array>
+#include <chrono>
+#include <fstream>
+#include <regex>
+
+#include <SQLiteCpp/Database.h>
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <rapidjson/document.h>
+
+#include "tests/system/terminalprocess.h"
+
+namespace orvane::test {
+namespace {
+
+using terminal::Client;
+using terminal::Reply;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::StartsWith;
+
+constexpr const char* kOrder =
+    R"({"orderList":[{"index":1,"hashCode":2000001,"side":1,"combOffset":1,"priceType":1,"price":2840,"offset":0,)"
+    R"("volume":1,"insertTimestamp":1,"source":"x"}]})";
+
+class IdentityTest : public testing::Test {
+ protected:
+  std::filesystem::path data() const { return dir_.path() / "data"; }
+  Outcome run(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.end(), {"--data", data().string()});
+    return runTerminal(arguments);
+  }
+
+  TempDir dir_;
+  TerminalProcess terminal_{data()};
+};
+
+TEST_F(IdentityTest, MakesListsAndRevokesTokens) {
+  const std::string link = fmt::format("http://127.0.0.1:{}/#token=", terminal_.port());
+  const Outcome added = run({"token", "add", "tablet", "--rights", "see,cancel"});
+  const std::string token = added.output.substr(0, 43);
+  EXPECT_EQ(added.output, token + '\n' + link + token + '\n');
+  const auto phone = terminal_.login(token);
+  EXPECT_THAT(run({"token", "list"}).output, MatchesRegex("name +rights +made +lastUsed *\nfirst +see,cancel,trade .*"
+                                                          "\ntablet +see,cancel +202[0-9T:-]+ +202[0-9T:-]+ *\n"));
+  for (const auto& entry : std::filesystem::directory_iterator(data())) {
+    EXPECT_THAT(readFile(entry.path()), Not(HasSubstr(token))) << entry.path();
+    EXPECT_THAT(readFile(entry.path()), Not(HasSubstr(terminal_.token()))) << entry.path();
+  }
+  EXPECT_EQ(run({"token", "revoke", "tablet"}).exitCode, 0);
+  EXPECT_EQ(phone->waitClose(), 4403);
+  Client refused(terminal_.port());
+  EXPECT_THROW(refused.login(token), terminal::ClientError);
+  EXPECT_THAT(run({"token", "list"}).output, Not(HasSubstr("tablet")));
+
+  ASSERT_EQ(terminal_.stop(), 0);
+  TerminalProcess again(data());
+  EXPECT_NE(again.token(), terminal_.token());
+  EXPECT_EQ(again.login(terminal_.token())->request("account.list").message, "");
+}
+
+TEST_F(IdentityTest, TellsMistakes) {
+  struct Row {
+    std::vector<std::string> arguments;
+    int exitCode;
+    std::string error;
+  };
+  const std::vector<Row> rows{
+      {{"token", "add", "first", "--rights", "see"}, 1, R"(there is a token "first": revoke it first, or take)"},
+      {{"token", "add", "a b", "--rights", "see"}, 1, R"("a b" is no name for a token: take 1 to 64 characters)"},
+      {{"token", "add", "x", "--rights", "see,sell"}, 2, R"("sell" is no right: name one or more of see,cancel,trade)"},
+      {{"token", "add", "x", "--rights", "see,"}, 2, R"("" is no right)"},
+      {{"token", "add", "x"}, 2, "--rights is required"},
+      {{"token", "revoke", "x"}, 1, R"(there is no token "x": see them with pocket-terminal token list)"},
+      {{"token"}, 2, "A subcommand is required"},
+      {{"token", "list", "--data", "/dev/null"}, 1, "there is no /dev/null/gateway.db: start the terminal once"},
+      {{"token", "add", "x", "--rights", "see", "--data", "/dev/null"},
+       1,
+       "cannot write to the folder /dev/null: "},
+  };
+  const auto check = [](const Row& row, const Outcome& outcome) {
+    EXPECT_EQ(outcome.exitCode, row.exitCode) << testing::PrintToString(row.arguments);
+    EXPECT_THAT(outcome.error, HasSubstr(row.error));
+  };
+  for (const Row& row : rows) {
+    const bool hasData = row.arguments.size() > 2 && row.arguments[row.arguments.size() - 2] == "--data";
+    check(row, hasData ? runTerminal(row.arguments) : run(row.arguments));
+  }
+  SQLite::Database(data() / "gateway.db", SQLite::OPEN_READWRITE).exec("PRAGMA user_version = 2");
+  check({{}, 1, "gateway.db: its version is 2, this program reads version 1"}, run({"token", "list"}));
+}
+
+TEST_F(IdentityTest, HoldsWrongLoginsUp) {
+  using Clock = std::chrono::steady_clock;
+  const auto other = terminal_.login();
+  std::vector<std::unique_ptr<Client>> guesses;
+  const auto start = Clock::now();
+  for (int i = 0; i < 11; ++i) {
+    guesses.push_back(std::make_unique<Client>(terminal_.port()));
+    guesses.back()->send(R"({"id":1,"topic":"login","token":"guess"})");
+    guesses.back()->send(R"({"id":2,"topic":"login","token":")" + terminal_.token() + R"("})");
+  }
+  EXPECT_EQ(guesses.back()->receive().message, "too many wrong logins from 127.0.0.1: wait a minute");
+  EXPECT_EQ(guesses.back()->waitClose(), 4429);
+  EXPECT_EQ(other->request("account.list").message, "");
+  EXPECT_EQ(terminal_.login()->request("account.list").message, "");
+  EXPECT_LT(Clock::now() - start, std::chrono::seconds(1));
+  EXPECT_THAT(guesses.front()->receive().message, StartsWith("wrong token"));
+  EXPECT_GE(Clock::now() - start, std::chrono::seconds(1));
+  EXPECT_EQ(guesses.front()->waitClose(), 4401);
+}
+
+TEST_F(IdentityTest, LetsEachTokenDoWhatItMay) {
+  struct Row {
+    std::string topic;
+    std::string right;
+  };
+  const std::vector<Row> rows{
+      {"account.list", "see"},
+      {"monitor.sync.order.list", "see"},
+      {"no.such.topic", "see"},
+      {"order.cancel", "cancel"},
+      {"order.new", "trade"},
+      {std::string("order.new\0x", 11), "trade"},
+      {"monitor.sync.order.new", "trade"},
+      {"monitor.manual.update", "trade"},
+      {"monitor.manual.clean", "trade"},
+      {"quote.set", "trade"},
+  };
+  for (const std::string right : {"see", "cancel", "trade"}) {
+    const auto phone = terminal_.login(makeToken(data(), right, right));
+    for (const Row& row : rows) {
+      const std::string refusal = fmt::format("this token may not {}: its rights are {}", row.right, right);
+      EXPECT_EQ(phone->request(row.topic, "{}").message == refusal, row.right != right) << row.topic << ' ' << right;
+    }
+  }
+}
+
+TEST_F(IdentityTest, PushesToThoseWhoMaySee) {
+  const auto seer = terminal_.login();
+  const auto trader = terminal_.login(makeToken(data(), "trader", "trade"));
+  trader->send(fmt::format(R"({{"id":1,"topic":"order.new","data":{}}})", kOrder));
+  seer->waitPush("order.push");
+  trader->send(R"({"id":2,"topic":"quote.set","data":{}})");
+  EXPECT_EQ(trader->receive().id, "1");
+  EXPECT_EQ(trader->receive().id, "2");
+}
+
+// "topic outcome body key" of each line.
+std::vector<std::string> auditLines(const std::filesystem::path& file) {
+  std::ifstream stream(file);
+  std::vector<std::string> lines;
+  for (std::string text; std::getline(stream, text);) {
+    rapidjson::Document line;
+    if (line.Parse(text.c_str()).HasParseError()) throw std::runtime_error("no JSON: " + text);
+    const bool isWhole = std::regex_search(
+        text, std::regex(R"re(^\{"time":"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}[+-]\d\d:\d\d","token":("|null).*)re"
+                         R"re("address":"(127\.0\.0\.1|local)".*"body":.*"key":.*"message":".*"data":)re"));
+    lines.push_back(fmt::format("{} {}{}", line["topic"].GetString(), line["outcome"].GetString(), isWhole ? "" : "?"));
+  }
+  return lines;
+}
+
+TEST_F(IdentityTest, LeavesAnAuditLineForEachAction) {
+  const std::filesystem::path file = data() / "audit.log";
+  const auto phone = terminal_.login();
+  phone->request("account.list");
+  EXPECT_EQ(phone->request("order.new", kOrder).message, "");
+  EXPECT_NE(phone->request("order.cancel", "[\n{ \"index\":\r\n1,\"\\u0000\":\"\\n\"}]").message, "");
+  const auto reader = terminal_.login(makeToken(data(), "reader", "see"));
+  reader->request("monitor.manual.clean", "[]");
+  std::vector<std::string> lines{"token.add answered", "order.new answered", "order.cancel answered",
+                                 "token.add answered", "monitor.manual.clean refused"};
+  EXPECT_EQ(auditLines(file), lines);
+
+  // What cannot be written now is written when it can be.
+  std::filesystem::rename(file, dir_.path() / "moved");
+  std::filesystem::create_symlink("/dev/full", file);
+  EXPECT_EQ(phone->request("quote.set", R"({"hashCode":2000001,"price":2840})").message, "");
+  EXPECT_THAT(readFile(data() / "terminal.log"), HasSubstr("audit.log: No space left on device"));
+  std::filesystem::rename(dir_.path() / "moved", file);
+  while (readFile(data() / "terminal.log").find("audit.log can be written again") == std::string::npos) {
+    phone->request("account.list");
+  }
+  lines.emplace_back("quote.set answered");
+  EXPECT_EQ(auditLines(file), lines);
+
+  // A terminal that was killed says at its next start what it left open.
+  const std::string accounts = "[1" + [] {
+    std::string more;
+    for (int i = 0; i < 900; ++i) more += ",1";
+    return more;
+  }() + "]";
+  for (int i = 0; i < 20; ++i) phone->send(R"({"topic":"monitor.list","data":)" + accounts + "}");
+  phone->send(fmt::format(R"({{"id":1,"topic":"order.new","data":{}}})", kOrder));
+  reader->send(fmt::format(R"({{"id":1,"topic":"order.new","data":{}}})", kOrder));
+  while (auditLines(file).size() == lines.size()) reader->receive();
+  terminal_.kill();
+  const TerminalProcess again(data());
+  lines = auditLines(file);
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), "order.new unknown"), 1) << testing::PrintToString(lines);
+}
+
+TEST(SettingsFile, IsReadAndChecked) {
+  struct Row {
+    std::string text;
+    std::string error;  // empty: the list of tokens is empty
+  };
+  const TempDir dir;
+  const std::string file = (dir.path() / "terminal.toml").string();
+  const std::string data = "data = \"" + dir.path().string() + "\"\n";
+  const std::vector<Row> rows{
+      {"# here\n" + data + "log-level = \"debug\"\nidle-timeout = 20\n",
+       "there is no " + dir.path().string() + "/gateway.db"},
+      {data + "colour = \"red\"\n", file + ": colour is no setting"},
+      {data + "[gateway]\nport = 1\n", file + ": gateway is no setting"},
+      {data + "[call]\ntoken = \"x\"\n", file + ": call.token is no setting"},
+      {data + "log-level = \"loud\"\n", "--log-level: loud not in"},
+      {data + "port = \"http\"\n", "Could not convert: --port = http"},
+  };
+  for (const Row& row : rows) {
+    std::ofstream(file) << row.text;
+    EXPECT_THAT(runTerminal({"token", "list", "--config", file}).error, HasSubstr(row.error)) << row.text;
+  }
+  EXPECT_THAT(runTerminal({"--config", file + "x"}).error, HasSubstr(file + "x"));
+}
+
+}  // namespace
+}  // namespace orvane::test
