@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <array>
 
+#include "terminal/page/assets.h"
+
 namespace orvane::terminal {
 namespace {
-
-Page frontPage() { return {.body = "pocket-terminal is running. Phones connect to /ws.\n"}; }
 
 Page socketPage() { return {.status = 426, .body = "This address takes WebSocket connections only.\n"}; }
 
@@ -15,8 +15,7 @@ struct Row {
   Page (*make)();
 };
 
-constexpr std::array<Row, 2> kPages{{
-    {"/", frontPage},
+constexpr std::array<Row, 1> kPages{{
     {"/ws", socketPage},
 }};
 
@@ -24,6 +23,9 @@ constexpr std::array<Row, 2> kPages{{
 
 Page findPage(std::string_view method, std::string_view path) {
   if (method != "GET") return {.status = 405, .body = "Only GET is served here.\n"};
+  for (const Asset& asset : assets()) {
+    if (asset.path == path) return {.contentType = asset.contentType, .body = std::string(asset.body)};
+  }
   const auto* row = std::find_if(kPages.begin(), kPages.end(), [&](const Row& each) { return each.path == path; });
   return row == kPages.end() ? Page{.status = 404, .body = "There is no such page.\n"} : row->make();
 }

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+
+namespace orvane::terminal {
+
+// A file of the web page, as the build made it.
+struct Asset {
+  std::string_view path;  // as a browser asks for it, such as "/app.js"
+  const char* contentType;
+  std::string_view body;
+};
+
+std::span<const Asset> assets();
+
+}  // namespace orvane::terminal
