@@ -1,6 +1,9 @@
-// What Preact's own types leave out: a key on every component.
+// What Preact's own types leave out.
 declare namespace JSX {
   interface IntrinsicAttributes {
-    key?: string | number;
+    key?: string | number; // of every component
+  }
+  interface DOMAttributes {
+    onCancel?: GenericEventHandler; // of a dialog
   }
 }

@@ -1,0 +1,75 @@
+import * as wire from "./wire";
+
+// The lists that the page keeps, and how each is asked for.
+
+export interface Lists {
+  accounts: wire.Account[];
+  capital: wire.OfAccount[];
+  classes: wire.Figures[];
+  credit: wire.CreditInfo[];
+  margin: wire.MarginRates[];
+  positions: wire.Position[];
+  orders: wire.Order[];
+  fills: wire.Fill[];
+  monitor: wire.MonitorRow[];
+  sync: wire.SyncOrder[];
+  manual: wire.ManualPosition[];
+  quotes: wire.Quote[];
+}
+
+export type ListName = keyof Lists;
+
+export interface Held<Rows> {
+  rows: Rows;
+  at: number; // when it was last known to be right, in milliseconds; 0: never
+  askedAt: number;
+  dueAt: number; // where that is sooner than its turn
+  isAsked: boolean;
+  failure: string;
+}
+
+export type HeldLists = { [Name in ListName]: Held<Lists[Name]> };
+
+interface Asking {
+  topic: string;
+  every: number; // milliseconds; short where no push brings what changes
+  body?: (held: HeldLists) => unknown[] | null; // null: not yet. Without it: all accounts
+}
+
+const kTraded = 1; // the class of instruments that have a margin rate
+
+function creditAccounts(held: HeldLists): unknown[] | null {
+  const accounts = held.accounts.rows.filter((account) => account.marketType === wire.kCredit);
+  return held.accounts.at === 0 ? null : accounts.map((account) => account.index);
+}
+
+function marginQueries(held: HeldLists): unknown[] | null {
+  if (held.accounts.at === 0 || held.quotes.at === 0) return null;
+  const hashCodes = held.quotes.rows.filter((quote) => quote.codeClass === kTraded).map((quote) => quote.hashCode);
+  const accounts = held.accounts.rows.filter((account) => account.marketType === wire.kFutures);
+  return accounts.map((account) => ({ index: account.index, hashCodes }));
+}
+
+export const kAsking: { [Name in ListName]: Asking } = {
+  accounts: { topic: "account.list", every: 30_000 },
+  capital: { topic: "capital.list", every: 3000 },
+  classes: { topic: "position.codetype.list", every: 5000 },
+  credit: { topic: "creditinfo.list", every: 5000, body: creditAccounts },
+  margin: { topic: "marginrate.list", every: 60_000, body: marginQueries },
+  positions: { topic: "position.list", every: 3000 },
+  orders: { topic: "order.list", every: 30_000 },
+  fills: { topic: "trader.list", every: 30_000 },
+  monitor: { topic: "monitor.list", every: 5000 },
+  sync: { topic: "monitor.sync.order.list", every: 5000 },
+  manual: { topic: "monitor.manual.list", every: 10_000 },
+  quotes: { topic: "quote.list", every: 30_000 },
+};
+
+// What an order or a fill changes beside its own list.
+export const kMovedByOrders: readonly ListName[] = ["capital", "positions", "classes", "credit", "monitor", "sync"];
+
+export function emptyLists(): HeldLists {
+  const names = Object.keys(kAsking) as ListName[];
+  const empty = () => ({ rows: [], at: 0, askedAt: 0, dueAt: 0, isAsked: false, failure: "" });
+  return Object.fromEntries(names.map((name) => [name, empty()])) as unknown as HeldLists;
+}

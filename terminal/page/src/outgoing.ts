@@ -1,0 +1,45 @@
+import { NewOrder, Order } from "./wire";
+
+// An order that was sent and whose outcome has not been seen yet.
+//   sending: the reply is awaited.        unknown: the reply was lost; "order.list" will tell.
+//   missing: "order.list" does not have it. It leaves this list as soon as it shows up, or when it is discarded.
+export interface Outgoing {
+  key: string; // the same for each attempt
+  order: NewOrder; // to the byte, for each attempt
+  name: string;
+  sentAt: number;
+  state: "sending" | "unknown" | "missing";
+  failure: string; // what another attempt was answered
+}
+
+const kSlowMs = 5000;
+
+// The text by which the terminal's list names its sender; it carries the key, so that the list tells the outcome.
+export function sourceOf(key: string): string {
+  return `web ${key}`;
+}
+
+// Without those that the list has. Those in `asked` were unknown when the list was asked for: the list would have them.
+export function settle(outgoing: Outgoing[], orders: Order[], asked: Set<string>): Outgoing[] {
+  if (outgoing.length === 0) return outgoing;
+  const sources = new Set(orders.map((order) => order.source));
+  return outgoing
+    .filter((each) => !sources.has(each.order.source))
+    .map((each) => (asked.has(each.key) ? { ...each, state: "missing" } : each));
+}
+
+// With those unknown whose reply takes too long.
+export function ageing(outgoing: Outgoing[], now: number): Outgoing[] {
+  const late = (each: Outgoing) => each.state === "sending" && now - each.sentAt > kSlowMs;
+  return outgoing.some(late) ? outgoing.map((each) => (late(each) ? { ...each, state: "unknown" } : each)) : outgoing;
+}
+
+// As another run of the page left them: nobody waits for their replies any more.
+export function readOutgoing(text: string): Outgoing[] {
+  if (text === "") return [];
+  try {
+    return (JSON.parse(text) as Outgoing[]).map((each) => ({ ...each, state: "unknown" }));
+  } catch {
+    return [];
+  }
+}

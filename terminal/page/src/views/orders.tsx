@@ -1,0 +1,144 @@
+import { Component, h } from "preact";
+import { kFillFields, kOrderFields } from "../fields";
+import { timeOfDay, whole } from "../format";
+import { fillName, orderName } from "../merge";
+import { store } from "../store";
+import { named, t } from "../texts";
+import { isBuying, isSecurity } from "../ticket";
+import { Fill, kMarket, kWorking, Order } from "../wire";
+import { CodeName, FieldList, ListFrame, nameOf, priceText, Sheet } from "./parts";
+import { Rows } from "./rows";
+
+// Side and offset in words: "Buy Open". Of securities the side says it all.
+export function Deal(props: { side: number; offset: number; hashCode: number }) {
+  const quote = store.quote(props.hashCode);
+  const offset = quote !== undefined && isSecurity(quote) ? "" : ` ${named("offset", props.offset)}`;
+  return (
+    <span class={isBuying(props.side) ? "deal buy" : "deal sell"}>
+      {named("side", props.side)}
+      {offset}
+    </span>
+  );
+}
+
+async function cancel(order: Order): Promise<void> {
+  const { index, hashCode, localOrderId } = order;
+  const failure = await store.act("order.cancel", [{ index, hashCode, localOrderId }], ["orders"]);
+  store.tell(failure || t("cancelSent", nameOf(order)), failure !== "");
+}
+
+function OrderRow(props: { row: Order; onOpen: () => void }) {
+  const { row } = props;
+  const isWorking = row.status === kWorking;
+  return (
+    <div class="row-pair">
+      <button class="row-main" aria-label={t("details", nameOf(row))} onClick={props.onOpen}>
+        <span class="line">
+          <CodeName row={row} />
+          <span class={`tag status${row.status}`}>{named("status", row.status)}</span>
+        </span>
+        <span class="line">
+          <Deal side={row.side} offset={row.combOffset} hashCode={row.hashCode} />
+          <span class="num">
+            {row.priceType === kMarket ? `${t("market")} ` : ""}
+            {priceText(row.price, row.hashCode)} × {whole(row.volume)}
+          </span>
+        </span>
+        <span class="line">
+          <small>
+            {timeOfDay(row.srcTimestamp)} · {row.userCode}
+          </small>
+          <small class="cut">{row.note}</small>
+        </span>
+      </button>
+      {isWorking && store.may("cancel") ? (
+        <button
+          class="cancel"
+          aria-label={t("cancelOf", nameOf(row))}
+          disabled={store.link !== "online"}
+          onClick={() => void cancel(row)}
+        >
+          {t("cancel")}
+        </button>
+      ) : null}
+    </div>
+  );
+}
+
+// The newest first; among them those that still work.
+function sorted(rows: Order[]): Order[] {
+  const rank = (order: Order) => (order.status === kWorking ? 0 : 1);
+  return [...rows].sort((a, b) => rank(a) - rank(b) || b.srcTimestamp - a.srcTimestamp);
+}
+
+export class Orders extends Component<{}, { open: string }> {
+  state = { open: "" };
+
+  render() {
+    const rows = sorted(store.picked(store.lists.orders.rows));
+    const open = rows.find((row) => orderName(row) === this.state.open);
+    return (
+      <ListFrame name="orders" title={t("orders")} count={rows.length} ofAccounts>
+        <Rows
+          rows={rows}
+          nameOf={orderName}
+          height={5.75}
+          render={(row: Order) => <OrderRow row={row} onOpen={() => this.setState({ open: orderName(row) })} />}
+        />
+        {open === undefined ? null : (
+          <Sheet title={`${nameOf(open)} · ${open.userCode}`} onClose={() => this.setState({ open: "" })}>
+            <p class="line">
+              <Deal side={open.side} offset={open.combOffset} hashCode={open.hashCode} />
+              <span class={`tag status${open.status}`}>{named("status", open.status)}</span>
+            </p>
+            <FieldList fields={kOrderFields} row={open} />
+          </Sheet>
+        )}
+      </ListFrame>
+    );
+  }
+}
+
+function FillRow(props: { row: Fill; onOpen: () => void }) {
+  const { row } = props;
+  return (
+    <button class="row-main" aria-label={t("details", nameOf(row))} onClick={props.onOpen}>
+      <span class="line">
+        <CodeName row={row} />
+        <small>
+          {timeOfDay(row.exchTimestamp)} · {row.userCode}
+        </small>
+      </span>
+      <span class="line">
+        <Deal side={row.side} offset={row.combOffset} hashCode={row.hashCode} />
+        <span class="num">
+          {priceText(row.price, row.hashCode)} × {whole(row.volume)}
+        </span>
+      </span>
+    </button>
+  );
+}
+
+export class Fills extends Component<{}, { open: string }> {
+  state = { open: "" };
+
+  render() {
+    const rows = [...store.picked(store.lists.fills.rows)].sort((a, b) => b.exchTimestamp - a.exchTimestamp);
+    const open = rows.find((row) => fillName(row) === this.state.open);
+    return (
+      <ListFrame name="fills" title={t("fills")} count={rows.length} ofAccounts>
+        <Rows
+          rows={rows}
+          nameOf={fillName}
+          height={4.25}
+          render={(row: Fill) => <FillRow row={row} onOpen={() => this.setState({ open: fillName(row) })} />}
+        />
+        {open === undefined ? null : (
+          <Sheet title={`${nameOf(open)} · ${open.userCode}`} onClose={() => this.setState({ open: "" })}>
+            <FieldList fields={kFillFields} row={open} />
+          </Sheet>
+        )}
+      </ListFrame>
+    );
+  }
+}

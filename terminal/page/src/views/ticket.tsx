@@ -1,0 +1,230 @@
+import { Component, h } from "preact";
+import { money, whole } from "../format";
+import { store } from "../store";
+import { named, t } from "../texts";
+import { isBuying, isCount, isGoodPrice, moved, offsetsOf, orderOf, priceOf, sidesOf, Ticket } from "../ticket";
+import { Account, kLimit, kMarket, Quote } from "../wire";
+import { Deal } from "./orders";
+import { Choices, Note, priceText, Sheet, Stepper } from "./parts";
+import { AccountField, InstrumentField } from "./pickers";
+
+interface State {
+  ticket: Ticket;
+  isConfirming: boolean;
+  isSending: boolean;
+  failure: string;
+}
+
+function mayOrder(account: Account): boolean {
+  return account.accountStatus !== 0 && account.ordinaryOrderPrivilege;
+}
+
+function firstAccount(): Account | undefined {
+  const accounts = store.lists.accounts.rows.filter(mayOrder);
+  return accounts.find((account) => account.index === store.account) ?? accounts[0];
+}
+
+function emptyTicket(account: Account | undefined): Ticket {
+  const combOffset = offsetsOf(account)[0] ?? 0;
+  return { index: account?.index ?? 0, hashCode: 0, side: 1, combOffset, priceType: kLimit, price: "", volume: "" };
+}
+
+function faultOf(ticket: Ticket, quote: Quote | undefined): string {
+  if (quote === undefined) return t("pick");
+  if (ticket.priceType === kLimit && !isGoodPrice(ticket.price, quote)) {
+    const text = (price: number) => priceText(price, quote.hashCode);
+    return t("badPrice", String(quote.priceTick), text(quote.lowerLimit), text(quote.upperLimit));
+  }
+  return isCount(ticket.volume, 1, quote.maxVolume) ? "" : t("badVolume", quote.maxVolume);
+}
+
+// An order in two steps: what is wanted, and a look at it before it goes out.
+export class OrderTicket extends Component<{}, State> {
+  state: State = { ticket: emptyTicket(firstAccount()), isConfirming: false, isSending: false, failure: "" };
+
+  private readonly close = () => store.trade(false);
+
+  private change(change: Partial<Ticket>) {
+    this.setState({ ticket: { ...this.state.ticket, ...change }, failure: "" });
+  }
+
+  private quote(): Quote | undefined {
+    return store.quote(this.state.ticket.hashCode);
+  }
+
+  private pickInstrument(quote: Quote | undefined) {
+    if (quote === undefined) return;
+    const decimals = priceText(quote.lastPrice, quote.hashCode).replace(/,/g, "");
+    this.change({ hashCode: quote.hashCode, price: decimals, volume: String(quote.volumeStep) });
+  }
+
+  private setPrice(price: number) {
+    this.change({ priceType: kLimit, price: priceText(price, this.state.ticket.hashCode).replace(/,/g, "") });
+  }
+
+  private review(event: Event) {
+    event.preventDefault();
+    const failure = faultOf(this.state.ticket, this.quote());
+    this.setState({ failure, isConfirming: failure === "" });
+  }
+
+  private title(quote: Quote): string {
+    const { ticket } = this.state;
+    const deal = `${named("side", ticket.side)} ${named("offset", ticket.combOffset)}`.trim();
+    return `${quote.codeName} ${deal} ${ticket.volume}`;
+  }
+
+  private async send(quote: Quote) {
+    this.setState({ isSending: true, failure: "" });
+    const order = orderOf(this.state.ticket, quote, Date.now());
+    const failure = await store.placeOrder(order, this.title(quote));
+    if (failure === "") return this.close();
+    this.setState({ isSending: false, isConfirming: false, failure });
+  }
+
+  private quoteLine(quote: Quote) {
+    const price = (name: "bid" | "ask" | "last", value: number) => (
+      <button type="button" class="quote" onClick={() => this.setPrice(value)}>
+        <small>{t(name)}</small>
+        <b class="num">{priceText(value, quote.hashCode)}</b>
+      </button>
+    );
+    return (
+      <div class={store.isStale("quotes") ? "quotes stale" : "quotes"}>
+        {price("bid", quote.bidPrice)}
+        {price("last", quote.lastPrice)}
+        {price("ask", quote.askPrice)}
+        <small class="limits num">
+          {t("limits")} {priceText(quote.lowerLimit, quote.hashCode)} – {priceText(quote.upperLimit, quote.hashCode)}
+        </small>
+      </div>
+    );
+  }
+
+  private terms(ticket: Ticket, account: Account | undefined) {
+    const offsets = offsetsOf(account);
+    return [
+      <Choices
+        name="side"
+        label={t("side")}
+        value={ticket.side}
+        values={sidesOf(account)}
+        text={(side) => named("side", side)}
+        toneOf={(side) => (isBuying(side) ? "buy" : "sell")}
+        onPick={(side) => this.change({ side })}
+      />,
+      offsets.length === 0 ? null : (
+        <Choices
+          name="offset"
+          label={t("offset")}
+          value={ticket.combOffset}
+          values={offsets}
+          text={(offset) => named("offset", offset)}
+          onPick={(combOffset) => this.change({ combOffset })}
+        />
+      ),
+      <Choices
+        name="priceType"
+        label={t("priceType")}
+        value={ticket.priceType}
+        values={[kLimit, kMarket]}
+        text={(type) => t(type === kLimit ? "limit" : "market")}
+        onPick={(priceType) => this.change({ priceType })}
+      />,
+    ];
+  }
+
+  private numbers(ticket: Ticket, quote: Quote) {
+    const { priceTick, lowerLimit, upperLimit, volumeStep, maxVolume } = quote;
+    const isMarket = ticket.priceType === kMarket;
+    const stepPrice = (steps: number) => moved(ticket.price, steps, priceTick, lowerLimit, upperLimit);
+    const stepVolume = (steps: number) => moved(ticket.volume, steps, volumeStep, volumeStep, maxVolume);
+    return [
+      <Stepper
+        label={t("price")}
+        mode="decimal"
+        isDisabled={isMarket}
+        value={isMarket ? t("marketPrice") : ticket.price}
+        onChange={(price) => this.change({ price })}
+        onStep={(steps) => this.change({ price: stepPrice(steps) })}
+      />,
+      <Stepper
+        label={t("volume")}
+        mode="numeric"
+        value={ticket.volume}
+        onChange={(volume) => this.change({ volume })}
+        onStep={(steps) => this.change({ volume: stepVolume(steps) })}
+      />,
+    ];
+  }
+
+  private form(ticket: Ticket, account: Account | undefined, quote: Quote | undefined) {
+    return (
+      <form onSubmit={(event: Event) => this.review(event)}>
+        <AccountField
+          value={ticket.index}
+          onPick={(index) => this.setState({ ticket: emptyTicket(store.accountOf(index)), failure: "" })}
+        />
+        <InstrumentField account={account} picked={quote} onPick={(picked) => this.pickInstrument(picked)} />
+        {quote === undefined ? null : this.quoteLine(quote)}
+        {this.terms(ticket, account)}
+        {quote === undefined ? null : this.numbers(ticket, quote)}
+        <Note text={this.state.failure} />
+        <div class="actions">
+          <button class="primary wide">{t("review")}</button>
+        </div>
+      </form>
+    );
+  }
+
+  private confirmation(ticket: Ticket, account: Account, quote: Quote) {
+    const price = priceOf(ticket, quote);
+    const isMarket = ticket.priceType === kMarket;
+    const lines: [string, JSX.Element | string][] = [
+      [t("account"), `${account.userCode} · ${named("market", account.marketType)}`],
+      [t("instrument"), `${quote.codeName} ${quote.codeExch}`],
+      [t("side"), <Deal side={ticket.side} offset={ticket.combOffset} hashCode={ticket.hashCode} />],
+      [t("price"), isMarket ? `${t("market")} ≈ ${priceText(price, quote.hashCode)}` : priceText(price, quote.hashCode)],
+      [t("volume"), whole(Number(ticket.volume))],
+      [t("value"), money(price * Number(ticket.volume) * quote.multiplier)],
+    ];
+    return (
+      <div>
+        <dl class="confirm">
+          {lines.map(([name, value]) => (
+            <div key={name}>
+              <dt>{name}</dt>
+              <dd class="num">{value}</dd>
+            </div>
+          ))}
+        </dl>
+        <Note text={store.link === "online" ? this.state.failure : t("unsent")} />
+        <div class="actions">
+          <button disabled={this.state.isSending} onClick={() => this.setState({ isConfirming: false })}>
+            {t("edit")}
+          </button>
+          <button
+            class={isBuying(ticket.side) ? "primary buy" : "primary sell"}
+            disabled={this.state.isSending || store.link !== "online"}
+            onClick={() => void this.send(quote)}
+          >
+            {this.state.isSending ? t("sending") : t("confirmSide", named("side", ticket.side))}
+          </button>
+        </div>
+      </div>
+    );
+  }
+
+  render() {
+    const { ticket, isConfirming } = this.state;
+    const account = store.accountOf(ticket.index);
+    const quote = this.quote();
+    const isReady = isConfirming && account !== undefined && quote !== undefined;
+    return (
+      <Sheet title={t(isReady ? "confirmOrder" : "trade")} onClose={this.close}>
+        {account === undefined ? <p class="empty">{t("noAccount")}</p> : null}
+        {isReady ? this.confirmation(ticket, account, quote) : this.form(ticket, account, quote)}
+      </Sheet>
+    );
+  }
+}
