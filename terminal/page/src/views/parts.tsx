@@ -103,14 +103,12 @@ export function Note(props: { text: string }) {
 
 // A dialog over the page: it holds the focus, Escape closes it, and the focus goes back to where it was.
 export class Sheet extends Component<{ title: string; onClose: () => void; children?: unknown }, {}> {
-  private opener = document.activeElement as HTMLElement | null;
-
   componentDidMount() {
     (this.base as HTMLDialogElement).showModal();
   }
 
   componentWillUnmount() {
-    this.opener?.focus();
+    (this.base as HTMLDialogElement).close();
   }
 
   render() {
