@@ -17,8 +17,8 @@ export interface Notice {
 const kQuotesWhileTrading = 2000;
 const kOrdersWhileUnknown = 3000;
 const kAfterPushMs = 300; // one question for the pushes of one moment
-const kNoticeMs = 6000;
-const kMostNotices = 4;
+const kNoticeMs = 5000;
+const kMostNotices = 3;
 const kLateMs = 5000;
 
 // All that the page knows, and all that it does; the views read it and call it.

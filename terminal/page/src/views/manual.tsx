@@ -101,8 +101,8 @@ export class Manual extends Component<{}, State> {
           />
           {this.stepper("long", draft)}
           {this.stepper("short", draft)}
-          <Note text={this.state.failure} />
           <div class="actions">
+            <Note text={this.state.failure} />
             <button type="button" onClick={this.close}>
               {t("back")}
             </button>
@@ -121,8 +121,8 @@ export class Manual extends Component<{}, State> {
     return (
       <Sheet title={t("clear")} onClose={this.close}>
         <p>{t("clearQuestion", `${nameOf(row)} · ${row.userCode}`)}</p>
-        <Note text={this.state.failure} />
         <div class="actions">
+          <Note text={this.state.failure} />
           <button onClick={this.close}>{t("abort")}</button>
           <button class="primary danger" disabled={this.state.isSending} onClick={clear}>
             {t("clear")}

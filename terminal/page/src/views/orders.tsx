@@ -39,16 +39,14 @@ function OrderRow(props: { row: Order; onOpen: () => void }) {
         </span>
         <span class="line">
           <Deal side={row.side} offset={row.combOffset} hashCode={row.hashCode} />
+          <small class="cut">{row.note || row.userCode}</small>
+        </span>
+        <span class="line">
+          <small>{timeOfDay(row.srcTimestamp)}</small>
           <span class="num">
             {row.priceType === kMarket ? `${t("market")} ` : ""}
             {priceText(row.price, row.hashCode)} × {whole(row.volume)}
           </span>
-        </span>
-        <span class="line">
-          <small>
-            {timeOfDay(row.srcTimestamp)} · {row.userCode}
-          </small>
-          <small class="cut">{row.note}</small>
         </span>
       </button>
       {isWorking && store.may("cancel") ? (

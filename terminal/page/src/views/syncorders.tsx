@@ -107,8 +107,8 @@ export class SyncOrders extends Component<{}, State> {
                 </li>
               ))}
             </ul>
-            <Note text={this.state.failure} />
             <div class="actions">
+              <Note text={this.state.failure} />
               <button onClick={() => this.setState({ isAsking: false })}>{t("back")}</button>
               <button
                 class="primary"

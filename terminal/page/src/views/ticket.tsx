@@ -169,8 +169,8 @@ export class OrderTicket extends Component<{}, State> {
         {quote === undefined ? null : this.quoteLine(quote)}
         {this.terms(ticket, account)}
         {quote === undefined ? null : this.numbers(ticket, quote)}
-        <Note text={this.state.failure} />
         <div class="actions">
+          <Note text={this.state.failure} />
           <button class="primary wide">{t("review")}</button>
         </div>
       </form>
@@ -178,6 +178,7 @@ export class OrderTicket extends Component<{}, State> {
   }
 
   private confirmation(ticket: Ticket, account: Account, quote: Quote) {
+    const { isSending, failure } = this.state;
     const price = priceOf(ticket, quote);
     const isMarket = ticket.priceType === kMarket;
     const lines: [string, JSX.Element | string][] = [
@@ -198,17 +199,17 @@ export class OrderTicket extends Component<{}, State> {
             </div>
           ))}
         </dl>
-        <Note text={store.link === "online" ? this.state.failure : t("unsent")} />
         <div class="actions">
-          <button disabled={this.state.isSending} onClick={() => this.setState({ isConfirming: false })}>
+          <Note text={store.link === "online" || isSending ? failure : t("unsent")} />
+          <button disabled={isSending} onClick={() => this.setState({ isConfirming: false })}>
             {t("edit")}
           </button>
           <button
             class={isBuying(ticket.side) ? "primary buy" : "primary sell"}
-            disabled={this.state.isSending || store.link !== "online"}
+            disabled={isSending || store.link !== "online"}
             onClick={() => void this.send(quote)}
           >
-            {this.state.isSending ? t("sending") : t("confirmSide", named("side", ticket.side))}
+            {isSending ? t("sending") : t("confirmSide", named("side", ticket.side))}
           </button>
         </div>
       </div>
