@@ -67,8 +67,13 @@ export class Connection {
 
   // At once rather than when the wait is over.
   retryNow(): void {
-    if (this.state !== "waiting" && this.state !== "replaced") return;
-    this.open();
+    if (this.state === "waiting" || this.state === "replaced") this.open();
+  }
+
+  // To be called when the device wakes up: what came meanwhile has yet to be handed on.
+  wake(): void {
+    this.heardAt = Date.now();
+    if (this.state === "waiting") this.open();
   }
 
   request(topic: string, data: unknown, key?: string): Promise<Reply> {
@@ -80,7 +85,7 @@ export class Connection {
   check(now: number): void {
     const limit = this.state === "connecting" ? kConnectMs : kSilenceMs;
     if (this.waiting.size > 0 || this.state === "connecting") {
-      if (now - this.heardAt > limit) this.onGone(0);
+      if (now - this.heardAt > limit) this.onGone(0, "");
     }
   }
 
@@ -98,7 +103,7 @@ export class Connection {
     this.socket = socket;
     socket.onopen = () => this.login();
     socket.onmessage = (event) => this.onMessage(String(event.data));
-    socket.onclose = (event) => this.onGone(event.code);
+    socket.onclose = (event) => this.onGone(event.code, event.reason);
     this.setState("connecting");
   }
 
@@ -160,12 +165,12 @@ export class Connection {
     this.events.onPush(push);
   }
 
-  private onGone(code: number): void {
+  private onGone(code: number, reason: string): void {
     this.drop();
     const refused = code === kNotEntitled || (code === kNoLogin && this.refusal !== "");
     if (refused) {
       this.setState("off");
-      return this.events.onRefused(this.refusal);
+      return this.events.onRefused(this.refusal || reason);
     }
     if (code === kReplaced) return this.setState("replaced");
     if (code === kTooMany) this.attempts = Math.max(this.attempts, kLateAttempt);

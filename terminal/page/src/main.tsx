@@ -23,7 +23,7 @@ function readAddress(): void {
 
 function comeBack(): void {
   if (!isSeen()) return;
-  if (store.link === "waiting") store.connection.retryNow();
+  store.connection.wake();
   store.tick();
 }
 

@@ -3,12 +3,13 @@ import { NewOrder, Order } from "./wire";
 // An order that was sent and whose outcome has not been seen yet.
 //   sending: the reply is awaited.        unknown: the reply was lost; "order.list" will tell.
 //   missing: "order.list" does not have it. It leaves this list as soon as it shows up, or when it is discarded.
+//   untold: the day changed before "order.list" could tell; the list holds one day's orders.
 export interface Outgoing {
   key: string; // the same for each attempt
   order: NewOrder; // to the byte, for each attempt
   name: string;
   sentAt: number;
-  state: "sending" | "unknown" | "missing";
+  state: "sending" | "unknown" | "missing" | "untold";
   failure: string; // what another attempt was answered
 }
 
@@ -20,12 +21,16 @@ export function sourceOf(key: string): string {
 }
 
 // Without those that the list has. Those in `asked` were unknown when the list was asked for: the list would have them.
-export function settle(outgoing: Outgoing[], orders: Order[], asked: Set<string>): Outgoing[] {
+export function settle(outgoing: Outgoing[], orders: Order[], asked: Set<string>, now: number): Outgoing[] {
   if (outgoing.length === 0) return outgoing;
+  const today = new Date(now).toDateString();
   const sources = new Set(orders.map((order) => order.source));
   return outgoing
     .filter((each) => !sources.has(each.order.source))
-    .map((each) => (asked.has(each.key) ? { ...each, state: "missing" } : each));
+    .map((each) => {
+      if (!asked.has(each.key)) return each;
+      return { ...each, state: new Date(each.sentAt).toDateString() === today ? "missing" : "untold" };
+    });
 }
 
 // With those unknown whose reply takes too long.

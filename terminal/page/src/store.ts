@@ -215,7 +215,7 @@ class Store {
   // Takes those off the list of unknown ones that a list or push of orders shows.
   private settleOutgoing(orders: Order[], asked: Set<string>): void {
     const before = this.outgoing;
-    this.setOutgoing(settle(before, orders, asked));
+    this.setOutgoing(settle(before, orders, asked, Date.now()));
     const left = new Set(this.outgoing.map((each) => each.key));
     for (const each of before) {
       if (!left.has(each.key) && each.state !== "sending") this.tell(t("found", each.name));

@@ -117,6 +117,11 @@ const kTexts = {
     "委托列表中没有该委托。可用同一编号重发（不会重复成交），或放弃。",
     "The order list does not have it. Send it again under the same key, which cannot double it, or discard it.",
   ],
+  untold: ["无从得知", "Cannot be told"],
+  untoldLong: [
+    "交易日已变，委托列表不再包含该委托。请在终端核对。",
+    "The day has changed and the list no longer holds that day's orders: check at the terminal.",
+  ],
   sendAgain: ["重发", "Send again"],
   discard: ["放弃", "Discard"],
   found: ["委托已到达终端：{0}", "The order did arrive: {0}"],

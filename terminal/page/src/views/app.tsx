@@ -137,6 +137,10 @@ export class App extends Component<{}, {}> {
     store.subscribe(() => this.setState({}));
   }
 
+  componentDidUpdate() {
+    document.title = `${t(sectionOf(store.route))} · pocket-terminal`;
+  }
+
   render() {
     if (store.token === "") return <LoginForm />;
     return (

@@ -5,27 +5,29 @@ import { store } from "../store";
 import { t } from "../texts";
 import { Note } from "./parts";
 
-const kHints = { sending: "sendingLong", unknown: "unknownLong", missing: "missingLong" } as const;
+const kHints = { sending: "sendingLong", unknown: "unknownLong", missing: "missingLong", untold: "untoldLong" } as const;
 
 function Card(props: { outgoing: Outgoing }) {
   const { outgoing } = props;
-  const isMissing = outgoing.state === "missing";
+  const { state } = outgoing;
   return (
-    <li class={`card outgoing ${outgoing.state}`}>
+    <li class={`card outgoing ${state}`}>
       <p class="line">
         <b>{outgoing.name}</b>
-        <span class={outgoing.state === "sending" ? "tag" : "tag warn"}>{t(outgoing.state)}</span>
+        <span class={state === "sending" ? "tag" : "tag warn"}>{t(state)}</span>
       </p>
       <p class="hint">
-        {timeOfDay(outgoing.sentAt)} · {t(kHints[outgoing.state])}
+        {timeOfDay(outgoing.sentAt)} · {t(kHints[state])}
       </p>
       <Note text={outgoing.failure} />
-      {isMissing ? (
+      {state === "missing" || state === "untold" ? (
         <div class="actions">
           <button onClick={() => store.discard(outgoing)}>{t("discard")}</button>
-          <button disabled={store.link !== "online"} onClick={() => void store.sendAgain(outgoing)}>
-            {t("sendAgain")}
-          </button>
+          {state === "missing" ? (
+            <button disabled={store.link !== "online"} onClick={() => void store.sendAgain(outgoing)}>
+              {t("sendAgain")}
+            </button>
+          ) : null}
         </div>
       ) : null}
     </li>
