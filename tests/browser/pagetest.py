@@ -149,6 +149,25 @@ class PageTest(unittest.TestCase):
         self.gone(".outgoing")
         self.assertEqual(1, len(self.orders(3303)))
 
+    def test_monitor_places_edits_and_clears(self):
+        self.go("monitor/sync")
+        self.press(".row label", "au2702")
+        self.press(".stick", "Place 1")
+        self.press("dialog .primary")
+        self.gone("dialog")
+        self.assertEqual(1, len(self.orders(965.14)))
+        manual = lambda: {row["codeExch"]: row["longPos"] for row in self.terminal.call("monitor.manual.list", [])}
+        before = manual()
+        self.go("monitor/manual")
+        for button, press, after in (("Edit", "Save", {**before, "600519.SSE": 300}), ("Clear", "Clear", None)):
+            self.see(".row", "600519").find_element(By.CSS_SELECTOR, f"button[aria-label^={button}]").click()
+            if after:
+                self.press("dialog button[aria-label='More Long']")  # by a lot
+            self.press("dialog .primary", press)
+            self.gone("dialog")
+            after = after or {code: volume for code, volume in before.items() if code != "600519.SSE"}
+            self.wait(lambda: manual() == after, f"{after} is not there")
+
     def test_rights_that_are_missing_are_not_offered(self):
         self.run_js("localStorage.setItem('test-rights', '[\"see\"]')")
         self.browser.refresh()
