@@ -74,9 +74,7 @@ TEST_F(IdentityTest, TellsMistakes) {
       {{"token", "revoke", "x"}, 1, R"(there is no token "x": see them with pocket-terminal token list)"},
       {{"token"}, 2, "A subcommand is required"},
       {{"token", "list", "--data", "/dev/null"}, 1, "there is no /dev/null/gateway.db: start the terminal once"},
-      {{"token", "add", "x", "--rights", "see", "--data", "/dev/null"},
-       1,
-       "cannot write to the folder /dev/null: "},
+      {{"token", "add", "x", "--rights", "see", "--data", "/dev/null"}, 1, "cannot write to the folder /dev/null: "},
   };
   const auto check = [](const Row& row, const Outcome& outcome) {
     EXPECT_EQ(outcome.exitCode, row.exitCode) << testing::PrintToString(row.arguments);
