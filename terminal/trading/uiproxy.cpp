@@ -73,6 +73,7 @@ const std::array<UiProxy::Topic, 3> UiProxy::kTopics{{
 
 std::vector<std::string_view> UiProxy::topics() {
   std::vector<std::string_view> names;
+  names.reserve(kTopics.size());
   for (const Topic& topic : kTopics) names.push_back(topic.name);
   return names;
 }

@@ -23,8 +23,9 @@ TEST(Contract, DescribesEachTopicAndNoOther) {
 }
 
 TEST(Contract, AcceptsItsExamples) {
-  rapidjson::Document examples;
-  examples.Parse(readFile(std::filesystem::path(CONTRACT_DIR) / "contract/examples.json").c_str());
+  rapidjson::Document document;
+  document.Parse(readFile(std::filesystem::path(CONTRACT_DIR) / "contract/examples.json").c_str());
+  const rapidjson::Value& examples = document;
   for (const auto& example : examples["topics"].GetObject()) {
     EXPECT_EQ(findRequestFault(example.value["request"].GetString()), "");
     EXPECT_EQ(findAnswerFault(example.value["reply"].GetString()), "");
