@@ -31,6 +31,8 @@ class PageTest(unittest.TestCase):
         cls.addClassCleanup(cls.browser.quit)
 
     def setUp(self):
+        if self.terminal.process.poll() is not None:  # a test that failed left it so
+            self.terminal.start()
         self.browser.get("about:blank")
         self.browser.get(self.terminal.link)
         self.see(".link.online")

@@ -1,7 +1,7 @@
 import { Fill, kWorking, Order } from "./wire";
 
-// `rows` with the pushed ones in the place of those with the same name, new ones at the end. A pushed row that `isOlder`
-// than the one that is there is left out.
+// `rows` with the pushed ones in the place of those with the same name, new ones at the end. A pushed row that
+// `isOlder` than the one that is there is left out.
 function merge<T>(rows: T[], pushed: T[], nameOf: (row: T) => string, isOlder: (row: T, there: T) => boolean): T[] {
   const merged = [...rows];
   const places = new Map(rows.map((row, place) => [nameOf(row), place]));

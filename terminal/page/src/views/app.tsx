@@ -92,10 +92,10 @@ function Banner() {
   const { link, connection, now } = store;
   if (link === "online" || link === "off") return null;
   const seconds = Math.max(0, Math.ceil((connection.retryAt - now) / 1000));
-  const text = { waiting: t("waitingLong", seconds), connecting: t("connectingLong"), replaced: t("replacedLong") }[link];
+  const texts = { waiting: t("waitingLong", seconds), connecting: t("connectingLong"), replaced: t("replacedLong") };
   return (
     <div class="banner">
-      <span>{text}</span>
+      <span>{texts[link]}</span>
       {link === "connecting" ? null : (
         <button onClick={() => connection.retryNow()}>{t(link === "replaced" ? "useHere" : "retryNow")}</button>
       )}

@@ -151,7 +151,10 @@ export class Manual extends Component<{}, State> {
             <button aria-label={t("editOf", nameOf(row))} onClick={() => this.edit(row)}>
               {t("edit")}
             </button>
-            <button aria-label={t("clearOf", nameOf(row))} onClick={() => this.setState({ clearing: row, failure: "" })}>
+            <button
+              aria-label={t("clearOf", nameOf(row))}
+              onClick={() => this.setState({ clearing: row, failure: "" })}
+            >
               {t("clear")}
             </button>
           </span>

@@ -198,44 +198,43 @@ export function Choices(props: {
   );
 }
 
-export function Stepper(props: {
+interface StepperProps {
   label: string;
   value: string;
   mode: "decimal" | "numeric";
   isDisabled?: boolean;
   onChange: (value: string) => void;
   onStep: (steps: number) => void;
-}) {
+}
+
+// A number that can be typed, stepped by its buttons, or by the arrow keys.
+export function Stepper(props: StepperProps) {
+  const { label, isDisabled, onStep } = props;
   const step = (name: "less" | "more", steps: number, sign: string) => (
-    <button
-      type="button"
-      class="icon"
-      disabled={props.isDisabled}
-      aria-label={t(name, props.label)}
-      onClick={() => props.onStep(steps)}
-    >
+    <button type="button" class="icon" disabled={isDisabled} aria-label={t(name, label)} onClick={() => onStep(steps)}>
       {sign}
     </button>
   );
+  const onKey = (event: KeyboardEvent) => {
+    const steps = { ArrowUp: 1, ArrowDown: -1 }[event.key];
+    if (steps === undefined) return;
+    event.preventDefault();
+    onStep(steps);
+  };
   return (
     <div class="field">
-      <span aria-hidden="true">{props.label}</span>
+      <span aria-hidden="true">{label}</span>
       <span class="stepper">
         {step("less", -1, "−")}
         <input
           class="num"
-          aria-label={props.label}
+          aria-label={label}
           inputMode={props.mode}
           autocomplete="off"
-          disabled={props.isDisabled}
+          disabled={isDisabled}
           value={props.value}
           onInput={(event: Event) => props.onChange((event.target as HTMLInputElement).value)}
-          onKeyDown={(event: KeyboardEvent) => {
-            const steps = { ArrowUp: 1, ArrowDown: -1 }[event.key];
-            if (steps === undefined) return;
-            event.preventDefault();
-            props.onStep(steps);
-          }}
+          onKeyDown={onKey}
         />
         {step("more", 1, "+")}
       </span>

@@ -36,7 +36,7 @@ interface State {
   failure: string;
 }
 
-// The orders that would bring what is held to what should be held: picked, looked at once more, placed as they were seen.
+// The orders that would bring what is held to what should be held: picked, looked at once more, and placed.
 export class SyncOrders extends Component<{}, State> {
   state: State = { picked: [], isAsking: false, isSending: false, failure: "" };
 
@@ -51,75 +51,83 @@ export class SyncOrders extends Component<{}, State> {
       return { index, hashCode, volume, price, side, combOffsetFlag };
     });
     const failure = await store.act("monitor.sync.order.new", body, ["sync", "monitor", "orders"]);
-    this.setState({ isSending: false, isAsking: failure !== "", failure, picked: failure === "" ? [] : this.state.picked });
-    if (failure === "") store.tell(t("placed", rows.length));
+    if (failure !== "") return this.setState({ isSending: false, failure });
+    this.setState({ isSending: false, isAsking: false, picked: [] });
+    store.tell(t("placed", rows.length));
+  }
+
+  private question(picked: SyncOrder[]) {
+    const close = () => this.setState({ isAsking: false });
+    return (
+      <Sheet title={t("placeQuestion", picked.length)} onClose={close}>
+        <ul class="plain">
+          {picked.map((row) => (
+            <li key={keyOf(row)}>
+              <Terms row={row} />
+            </li>
+          ))}
+        </ul>
+        <div class="actions">
+          <Note text={this.state.failure} />
+          <button onClick={close}>{t("back")}</button>
+          <button
+            class="primary"
+            disabled={this.state.isSending || picked.length === 0 || store.link !== "online"}
+            onClick={() => void this.place(picked)}
+          >
+            {t("place")}
+          </button>
+        </div>
+      </Sheet>
+    );
+  }
+
+  private row(row: SyncOrder, isPicked: boolean) {
+    if (!store.may("trade")) {
+      return (
+        <span class="row-main">
+          <Terms row={row} />
+        </span>
+      );
+    }
+    const pick = (event: Event) => this.pick(row, (event.target as HTMLInputElement).checked);
+    return (
+      <label class="row-main check">
+        <input type="checkbox" aria-label={nameOf(row)} checked={isPicked} onChange={pick} />
+        <Terms row={row} />
+      </label>
+    );
+  }
+
+  private pickAll(rows: SyncOrder[], areAll: boolean) {
+    const pick = () => this.setState({ picked: areAll ? [] : rows.map(keyOf) });
+    return (
+      <label class="check all">
+        <input type="checkbox" checked={areAll} onChange={pick} />
+        <span>{t("pickAll")}</span>
+      </label>
+    );
   }
 
   render() {
     const rows = store.picked(store.lists.sync.rows);
     const picked = rows.filter((row) => this.state.picked.includes(keyOf(row)));
-    const mayTrade = store.may("trade");
+    const ask = () => this.setState({ isAsking: true, failure: "" });
     return (
       <ListFrame name="sync" title={t("sync")} count={rows.length} ofAccounts empty={t("inSync")}>
-        {mayTrade && rows.length > 0 ? (
-          <label class="check all">
-            <input
-              type="checkbox"
-              checked={picked.length === rows.length}
-              onChange={() => this.setState({ picked: picked.length === rows.length ? [] : rows.map(keyOf) })}
-            />
-            <span>{t("pickAll")}</span>
-          </label>
-        ) : null}
+        {store.may("trade") && rows.length > 0 ? this.pickAll(rows, picked.length === rows.length) : null}
         <Rows
           rows={rows}
           nameOf={keyOf}
           height={4.5}
-          render={(row: SyncOrder) => (
-            <label class="row-main check">
-              {mayTrade ? (
-                <input
-                  type="checkbox"
-                  aria-label={nameOf(row)}
-                  checked={picked.includes(row)}
-                  onChange={(event: Event) => this.pick(row, (event.target as HTMLInputElement).checked)}
-                />
-              ) : null}
-              <Terms row={row} />
-            </label>
-          )}
+          render={(row: SyncOrder) => this.row(row, picked.includes(row))}
         />
-        {mayTrade && picked.length > 0 ? (
-          <button
-            class="primary wide stick"
-            disabled={store.link !== "online"}
-            onClick={() => this.setState({ isAsking: true, failure: "" })}
-          >
+        {picked.length > 0 ? (
+          <button class="primary wide stick" disabled={store.link !== "online"} onClick={ask}>
             {t("placePicked", picked.length)}
           </button>
         ) : null}
-        {this.state.isAsking ? (
-          <Sheet title={t("placeQuestion", picked.length)} onClose={() => this.setState({ isAsking: false })}>
-            <ul class="plain">
-              {picked.map((row) => (
-                <li key={keyOf(row)}>
-                  <Terms row={row} />
-                </li>
-              ))}
-            </ul>
-            <div class="actions">
-              <Note text={this.state.failure} />
-              <button onClick={() => this.setState({ isAsking: false })}>{t("back")}</button>
-              <button
-                class="primary"
-                disabled={this.state.isSending || picked.length === 0 || store.link !== "online"}
-                onClick={() => void this.place(picked)}
-              >
-                {t("place")}
-              </button>
-            </div>
-          </Sheet>
-        ) : null}
+        {this.state.isAsking ? this.question(picked) : null}
       </ListFrame>
     );
   }

@@ -181,11 +181,12 @@ export class OrderTicket extends Component<{}, State> {
     const { isSending, failure } = this.state;
     const price = priceOf(ticket, quote);
     const isMarket = ticket.priceType === kMarket;
+    const text = priceText(price, quote.hashCode);
     const lines: [string, JSX.Element | string][] = [
       [t("account"), `${account.userCode} · ${named("market", account.marketType)}`],
       [t("instrument"), `${quote.codeName} ${quote.codeExch}`],
       [t("side"), <Deal side={ticket.side} offset={ticket.combOffset} hashCode={ticket.hashCode} />],
-      [t("price"), isMarket ? `${t("market")} ≈ ${priceText(price, quote.hashCode)}` : priceText(price, quote.hashCode)],
+      [t("price"), isMarket ? `${t("market")} ≈ ${text}` : text],
       [t("volume"), whole(Number(ticket.volume))],
       [t("value"), money(price * Number(ticket.volume) * quote.multiplier)],
     ];

@@ -5,7 +5,12 @@ import { store } from "../store";
 import { t } from "../texts";
 import { Note } from "./parts";
 
-const kHints = { sending: "sendingLong", unknown: "unknownLong", missing: "missingLong", untold: "untoldLong" } as const;
+const kHints = {
+  sending: "sendingLong",
+  unknown: "unknownLong",
+  missing: "missingLong",
+  untold: "untoldLong",
+} as const;
 
 function Card(props: { outgoing: Outgoing }) {
   const { outgoing } = props;
