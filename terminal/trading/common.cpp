@@ -1,17 +1,22 @@
 #include "host/common.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <ctime>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 #include <fmt/chrono.h>
 #include <iconv.h>
 
 namespace orvane {
 namespace {
+
+bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 
 // One direction of conversion. What cannot be converted becomes `substitute`, byte for byte.
 class Converter {
@@ -25,10 +30,9 @@ class Converter {
   Converter(const Converter&) = delete;
   Converter& operator=(const Converter&) = delete;
 
-  std::string convert(const std::string& text) {
+  // Appends the converted text to `result`.
+  void convert(std::string_view text, std::string& result) {
     iconv(handle_, nullptr, nullptr, nullptr, nullptr);
-    std::string result;
-    result.reserve(text.size() + text.size() / 2);
     char* from = const_cast<char*>(text.data());  // iconv only reads it
     size_t left = text.size();
     while (left > 0) {
@@ -42,7 +46,6 @@ class Converter {
       ++from;
       --left;
     }
-    return result;
   }
 
  private:
@@ -50,16 +53,75 @@ class Converter {
   std::string_view substitute_;
 };
 
+constexpr std::string_view kNoCharacter = "\xEF\xBF\xBD";
+
+// The two-byte characters in UTF-8, as iconv has them. Those that it has not, and those of four bytes, are left to it.
+class GbkTable {
+ public:
+  GbkTable() {
+    Converter converter("UTF-8", "GB18030", kNoCharacter);
+    std::string utf8;
+    for (size_t pair = 0; pair < entries_.size(); ++pair) {
+      const std::array<char, 2> gbk{static_cast<char>(0x80 | pair >> 8), static_cast<char>(pair & 0xFF)};
+      utf8.clear();
+      converter.convert({gbk.data(), gbk.size()}, utf8);
+      if (utf8.size() >= 2 && utf8.size() <= 3 && !utf8.starts_with(kNoCharacter) && gbk[1] != '\0') {
+        utf8.copy(entries_[pair].utf8, utf8.size());
+        entries_[pair].size = static_cast<char>(utf8.size());
+      }
+    }
+  }
+
+  // Converts from the start of `text` as far as the table goes, to `out`, which has room for half as much again and
+  // three bytes more. Returns the ends in both.
+  std::pair<const char*, char*> convert(std::string_view text, char* out) const {
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    while (at != end) {
+      if (isAscii(*at)) {
+        *out++ = *at++;
+        continue;
+      }
+      const int pair = end - at < 2 ? 0 : (at[0] & 0x7F) << 8 | (at[1] & 0xFF);
+      const Entry& entry = entries_[static_cast<size_t>(pair)];
+      if (entry.size == 0) break;
+      std::memcpy(out, &entry, sizeof(entry));
+      out += entry.size;
+      at += 2;
+    }
+    return {at, out};
+  }
+
+ private:
+  struct Entry {
+    char utf8[3]{};
+    char size = 0;
+  };
+
+  std::array<Entry, size_t{0x80} << 8> entries_;  // by both bytes, less the first bit
+};
+
 }  // namespace
 
 std::string CodeConvert::gbk_to_utf8(const std::string& text) {
-  thread_local Converter converter("UTF-8", "GB18030", "\xEF\xBF\xBD");
-  return converter.convert(text);
+  static const GbkTable table;
+  std::string result(text.size() + text.size() / 2 + 3, '\0');
+  const auto [from, to] = table.convert(text, result.data());
+  result.resize(static_cast<size_t>(to - result.data()));
+  if (const std::string_view rest(from, text.data() + text.size()); !rest.empty()) {
+    thread_local Converter converter("UTF-8", "GB18030", kNoCharacter);
+    converter.convert(rest, result);
+  }
+  return result;
 }
 
 std::string CodeConvert::utf8_to_gbk(const std::string& text) {
+  if (std::all_of(text.begin(), text.end(), isAscii)) return text;
   thread_local Converter converter("GB18030", "UTF-8", "?");
-  return converter.convert(text);
+  std::string result;
+  result.reserve(text.size());
+  converter.convert(text, result);
+  return result;
 }
 
 Timestamp Timestamp::now(OrvTimeZone zone) {

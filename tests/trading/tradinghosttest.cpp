@@ -1,4 +1,7 @@
+#include <random>
+
 #include <gmock/gmock.h>
+#include <iconv.h>
 
 #include "host/baseinformation.h"
 #include "tests/trading/desktest.h"
@@ -151,6 +154,40 @@ TEST(CodeConvertTest, KeepsEveryCharacterAndReplacesWhatIsNoText) {
   std::string longText;
   for (int i = 0; i < 1000; ++i) longText += "螺纹";
   EXPECT_EQ(CodeConvert::gbk_to_utf8(CodeConvert::utf8_to_gbk(longText)), longText);
+}
+
+// iconv alone, byte by byte behind what it does not take.
+std::string iconvUtf8(std::string text) {
+  iconv_t handle = iconv_open("UTF-8", "GB18030");
+  std::string result(text.size() * 3, '\0');
+  char* from = text.data();
+  char* to = result.data();
+  size_t room = result.size();
+  for (size_t left = text.size(); iconv(handle, &from, &left, &to, &room) == static_cast<size_t>(-1); ++from, --left) {
+    to = std::copy_n("\xEF\xBF\xBD", 3, to);
+    room -= 3;
+  }
+  iconv_close(handle);
+  result.resize(result.size() - room);
+  return result;
+}
+
+TEST(CodeConvertTest, GbkIsWhatIconvMakesOfIt) {
+  std::string pair = "ab";
+  for (int bytes = 0; bytes < 0x10000; ++bytes) {
+    pair[0] = static_cast<char>(bytes >> 8);
+    pair[1] = static_cast<char>(bytes);
+    ASSERT_EQ(CodeConvert::gbk_to_utf8(pair), iconvUtf8(pair)) << bytes;
+  }
+  std::mt19937 random(5);
+  for (int round = 0; round < 20'000; ++round) {
+    std::string text(random() % 24, '\0');
+    for (char& c : text) {  // Chinese, four-byte characters and faults all come up
+      const unsigned kind = random() % 4;
+      c = static_cast<char>(kind == 0 ? random() : kind == 1 ? 0x30 + random() % 10 : 0xB0 + random() % 0x40);
+    }
+    ASSERT_EQ(CodeConvert::gbk_to_utf8(text), iconvUtf8(text)) << ::testing::PrintToString(text);
+  }
 }
 
 TEST(TimestampTest, IsWrittenInTheIsoForm) {
