@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "decoding/failure.h"
@@ -41,14 +43,14 @@ inline bool read(const JsonValue& value, double& target) {
 inline bool read(const JsonValue& value, std::string& target) {
   const bool fits = value.IsString();
   if (fits) {
-    target = value.GetString();
+    target.assign(value.GetString(), strnlen(value.GetString(), value.GetStringLength()));
   }
   return fits;
 }
 
 // The first member of this name, or null. A value that is no object ends the process by rapidjson's assertion.
-inline const JsonValue* findMember(const JsonValue& object, const char* name) {
-  const auto member = object.FindMember(name);
+inline const JsonValue* findMember(const JsonValue& object, std::string_view name) {
+  const auto member = object.FindMember(JsonValue(name.data(), static_cast<rapidjson::SizeType>(name.size())));
   return member == object.MemberEnd() ? nullptr : &member->value;
 }
 
@@ -56,11 +58,13 @@ inline const JsonValue* findMember(const JsonValue& object, const char* name) {
 // checks are joined by &&.
 class MemberReader {
  public:
-  MemberReader(const JsonValue& element, const FailureTeller& teller) : element_(element), teller_(teller) {}
+  // A value that is no object ends the process by rapidjson's assertion.
+  MemberReader(const JsonValue& element, const FailureTeller& teller)
+      : element_(element), next_(element.MemberBegin()), teller_(teller) {}
 
   // The member must be there and of the target's kind.
   template <typename Target>
-  bool require(const char* name, Target& target, const FailureTexts& texts,
+  bool require(std::string_view name, Target& target, const FailureTexts& texts,
                const SourcePlace& place = SourcePlace::current()) {
     const JsonValue* value = find(name);
     return (value != nullptr && read(*value, target)) || fail(texts, place);
@@ -68,7 +72,7 @@ class MemberReader {
 
   // The same where a member that is not there and one of another kind are two faults.
   template <typename Target>
-  bool requireApart(const char* name, Target& target, const FailureTexts& absent, const FailureTexts& wrongKind,
+  bool requireApart(std::string_view name, Target& target, const FailureTexts& absent, const FailureTexts& wrongKind,
                     const SourcePlace& place = SourcePlace::current()) {
     const JsonValue* value = find(name);
     return value != nullptr ? read(*value, target) || fail(wrongKind, place) : fail(absent, place);
@@ -76,7 +80,7 @@ class MemberReader {
 
   // The member may be left out, but must be of the target's kind otherwise.
   template <typename Target>
-  bool allow(const char* name, Target& target, const FailureTexts& texts,
+  bool allow(std::string_view name, Target& target, const FailureTexts& texts,
              const SourcePlace& place = SourcePlace::current()) {
     const JsonValue* value = find(name);
     return value == nullptr || read(*value, target) || fail(texts, place);
@@ -84,12 +88,20 @@ class MemberReader {
 
   // Reads the member if it is there and of the target's kind; true if so. Never a fault.
   template <typename Target>
-  bool readIf(const char* name, Target& target) const {
+  bool readIf(std::string_view name, Target& target) {
     const JsonValue* value = find(name);
     return value != nullptr && read(*value, target);
   }
 
-  const JsonValue* find(const char* name) const { return findMember(element_, name); }
+  // The first member of this name, or null.
+  const JsonValue* find(std::string_view name) {
+    // As long as the members stand in the order of the calls, the next one is it: those before it have other names.
+    if (next_ != element_.MemberEnd() && next_->name.GetStringLength() == name.size() &&
+        std::memcmp(next_->name.GetString(), name.data(), name.size()) == 0) {
+      return &(next_++)->value;
+    }
+    return findMember(element_, name);
+  }
 
   // Tells a fault; false, to end a chain of checks.
   bool fail(const FailureTexts& texts, const SourcePlace& place = SourcePlace::current()) {
@@ -102,6 +114,7 @@ class MemberReader {
 
  private:
   const JsonValue& element_;
+  JsonValue::ConstMemberIterator next_;
   const FailureTeller& teller_;
   ResultStatus status_;
 };
@@ -118,11 +131,10 @@ ResultStatus readItems(const JsonValue& array, const FailureTeller& teller,
   }
   for (const JsonValue& element : array.GetArray()) {
     MemberReader members(element, teller);
-    typename Items::value_type item;
-    if (!readItem(members, item)) {
+    if (!readItem(members, items.emplace_back())) {
+      items.pop_back();
       return members.takeStatus();
     }
-    items.push_back(std::move(item));
   }
   return {};
 }

@@ -1,6 +1,9 @@
+#include <bit>
+#include <random>
 #include <string>
 #include <vector>
 
+#include "decoding/quickreader.h"
 #include "tests/support/logcapture.h"
 #include "tests/support/phone.h"
 
@@ -100,6 +103,23 @@ void expectFailure(const std::string& topic, const std::string& body, const std:
   EXPECT_THAT(host.calls(), IsEmpty());
 }
 
+// A value with its kinds: what a decoder can tell of it.
+std::string shown(const JsonValue& value) {
+  std::string text;
+  if (value.IsArray()) {
+    for (const JsonValue& element : value.GetArray()) text += shown(element) + ",";
+    return "[" + text + "]";
+  }
+  if (value.IsObject()) {
+    for (const auto& member : value.GetObject()) text += shown(member.name) + ":" + shown(member.value) + ",";
+    return "{" + text + "}";
+  }
+  if (value.IsString()) return "'" + std::string(value.GetString(), value.GetStringLength()) + "'";
+  if (value.IsDouble()) return "double " + std::to_string(std::bit_cast<uint64_t>(value.GetDouble()));
+  if (value.IsInt64()) return (value.IsInt() ? "int " : "int64 ") + std::to_string(value.GetInt64());
+  return "type " + std::to_string(value.GetType());
+}
+
 void append(std::string& members, const std::string& name, const std::string& value) {
   if (!value.empty()) {
     members += (members.empty() ? "\"" : ",\"") + name + "\":" + value;
@@ -159,6 +179,39 @@ TEST(Decoders, GoodBodyPassesWithMembersNobodyAsksForAndTextBehindIt) {
     EXPECT_NE(Phone().ask(decoder.topic, body).topic, "unknown.topic");
     EXPECT_THAT(log.lines(), IsEmpty()) << decoder.topic;
   }
+}
+
+// What the quick reader takes, it reads as the stock reader does; what it gives up on is the stock reader's anyway.
+TEST(QuickReader, ReadsWhatItTakesAsTheStockReaderDoes) {
+  const Values seeds = {R"({"a":[1,-20,3.25,0.001,-0.0],"b":{"c":"\u4e2d文","d":null},"":true,"e":false} x)",
+                        R"( [ { } , [ ] , "x\n" , 123456789012345 , 9007199254740993.1 , 1e5 , 00 , -0 ] )",
+                        "[[[[[[[[[1]]]]]]]]]",
+                        "999999999999999.5",
+                        "0.12345678901234",
+                        "4294967296",
+                        "-2147483649"};
+  const std::string bytes = "0123456789-.eE+ \t\n\",:[]{}\\tfnalsru\x1f\x7f";
+  std::mt19937 random(9);
+  int taken = 0;
+  for (int round = 0; round < 50'000; ++round) {
+    std::string body = seeds[random() % seeds.size()];
+    for (size_t changes = random() % 4; changes > 0 && !body.empty(); --changes) {
+      body.replace(random() % body.size(), random() % 3, std::string(random() % 3, bytes[random() % bytes.size()]));
+    }
+    rapidjson::Document quick;
+    bool complete = false;
+    auto read = [&](rapidjson::Document& document) {
+      return complete = QuickReader<rapidjson::Document>(body.c_str(), document).read();
+    };
+    quick.Populate(read);
+    if (complete) {
+      rapidjson::Document stock;
+      ASSERT_FALSE(stock.Parse<kParseFlags>(body.c_str()).HasParseError()) << body;
+      ASSERT_EQ(shown(quick), shown(stock)) << body;
+      ++taken;
+    }
+  }
+  EXPECT_GT(taken, 2000);
 }
 
 TEST(DecodersDeathTest, WhatMustBeAnObjectAndIsNotEndsTheProcess) {
