@@ -22,9 +22,9 @@
 
 namespace orvane {
 
-// Stops behind the root value; a million opening brackets cost no stack; numbers to the last bit.
-inline constexpr unsigned kParseFlags =
-    rapidjson::kParseStopWhenDoneFlag | rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag;
+// Stops behind the root value; a million opening brackets cost no stack. Not at full precision: up to 15 digits are read
+// to the last bit without it, and with it rapidjson makes any number at all of a zero such as 0e38.
+inline constexpr unsigned kParseFlags = rapidjson::kParseStopWhenDoneFlag | rapidjson::kParseIterativeFlag;
 
 using JsonValue = rapidjson::Value;
 
