@@ -112,6 +112,11 @@ TEST(Queue, OverflowDropsTheOldestAndCountsIt) {
   EXPECT_THAT(counts, ElementsAre(1, 2, 3, 4, 4));
   queue.startThread();
   EXPECT_THAT(queue.waitForHandled(3), ElementsAre(3, 4, 5));
+  Recorder narrow(1, 1, false);
+  narrow.enqueue(1);
+  EXPECT_EQ(narrow.enqueue(2), 2);
+  narrow.startThread();
+  EXPECT_THAT(narrow.waitForHandled(1), ElementsAre(2));
 }
 
 TEST(Queue, LimitBelowOneDropsNothing) {
@@ -152,6 +157,7 @@ TEST(Queue, StopDropsWhatNoConsumerEverTookOver) {
 TEST(Queue, WakesFromTheLongestWaitForAnItemAndForAStop) {
   Recorder queue(-1, INT64_MAX, false);
   queue.startThread();
+  queue.wakeUp();  // for nothing
   queue.enqueue(1);
   EXPECT_THAT(queue.waitForHandled(1), ElementsAre(1));
   queue.stopThread(false);
