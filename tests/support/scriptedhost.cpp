@@ -108,12 +108,12 @@ struct Services final : Routes, Agents, IMobileSrv, ITradeService, ICodeService 
     return host.startStatus;
   }
   ResultStatus registerSpi(const std::shared_ptr<IMobileSrvSpi>& callback, int32_t* handle) override {
-    noted("registerSpi").spi = callback;
+    noted("registerSpi").setSpi(callback);
     *handle = 77;
     return {};
   }
   ResultStatus unregisterSpi(int32_t handle) override {
-    noted("unregisterSpi", handle).spi.reset();
+    noted("unregisterSpi", handle).setSpi(nullptr);
     return {};
   }
   void stop() override { noted("stop").running = false; }
@@ -244,9 +244,27 @@ bool ScriptedHost::waitForSent(size_t count) {
   return sentChanged_.wait_for(lock, std::chrono::seconds(10), [&] { return sent_.size() >= count; });
 }
 
+bool ScriptedHost::request(int64_t id, int32_t terminalType, const std::string& topic, const std::string& body) {
+  const std::shared_lock lock(spiMutex_);
+  if (spi != nullptr) {
+    spi->onRequest(id, terminalType, topic, body);
+  }
+  return spi != nullptr;
+}
+
+void ScriptedHost::setSpi(const std::shared_ptr<IMobileSrvSpi>& callback) {
+  const std::lock_guard lock(spiMutex_);
+  spi = callback;
+}
+
 void ScriptedHost::note(const std::string& call) {
+  if (onCall) {
+    onCall(call);
+  }
   const std::lock_guard lock(mutex_);
-  calls_.push_back(call);
+  if (remembers) {
+    calls_.push_back(call);
+  }
 }
 
 ResultStatus ScriptedHost::send(const MobileMessage& message) {
@@ -254,7 +272,9 @@ ResultStatus ScriptedHost::send(const MobileMessage& message) {
     onSend(message);
   }
   const std::lock_guard lock(mutex_);
-  sent_.push_back(message);
+  if (remembers) {
+    sent_.push_back(message);
+  }
   sentChanged_.notify_all();
   return sendStatus;
 }

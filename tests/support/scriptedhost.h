@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <shared_mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -71,8 +72,10 @@ class ScriptedHost {
   std::map<int64_t, ResultStatus> cancelStatuses;   // by local order id
   bool logTime = false;
 
-  // Runs inside send, on the library's thread.
+  // Run inside send and each call, on the library's thread.
   std::function<void(const MobileMessage&)> onSend;
+  std::function<void(const std::string&)> onCall;
+  bool remembers = true;  // whether calls and messages are kept
 
   // What the library handed over, besides the calls.
   std::shared_ptr<IMobileSrvSpi> spi;
@@ -91,12 +94,17 @@ class ScriptedHost {
   // Waits until `count` messages have been sent; false after ten seconds.
   bool waitForSent(size_t count);
 
-  // What the services do with a call and with a message.
+  // Hands a request to the library as a mobile service does, from any thread; false where no callback is registered.
+  bool request(int64_t id, int32_t terminalType, const std::string& topic, const std::string& body);
+
+  // What the services do with a callback, a call and a message.
+  void setSpi(const std::shared_ptr<IMobileSrvSpi>& callback);
   void note(const std::string& call);
   ResultStatus send(const MobileMessage& message);
 
  private:
-  mutable std::mutex mutex_;  // guards the three below
+  std::shared_mutex spiMutex_;  // held by each request, so that none is under way once the callback is gone
+  mutable std::mutex mutex_;    // guards the three below
   std::condition_variable sentChanged_;
   std::vector<std::string> calls_;
   std::vector<MobileMessage> sent_;

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <chrono>
+#include <cstdlib>
+#include <string>
+
+#include <unistd.h>
+
+namespace orvane::test {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr bool kSanitized = true;
+#elif defined(__has_feature)
+inline constexpr bool kSanitized = __has_feature(address_sanitizer);
+#else
+inline constexpr bool kSanitized = false;
+#endif
+
+// How long a soak runs: SOAK_SECONDS, or three.
+inline std::chrono::seconds soakTime() {
+  const char* text = std::getenv("SOAK_SECONDS");
+  return std::chrono::seconds(text == nullptr ? 3 : std::stoi(text));
+}
+
+// Ends the process where the soak hangs.
+inline void startWatchdog() { alarm(static_cast<unsigned>(soakTime().count()) + 60); }
+
+}  // namespace orvane::test
