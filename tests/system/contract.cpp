@@ -39,15 +39,6 @@ bool holds(const Value& frame, const char* member, const char* text) {
   return found != frame.MemberEnd() && found->value == text;
 }
 
-// What a gateway leaves out that does not number its pushes yet, and tells nothing at the login.
-void fillIn(Document& frame) {
-  if (!frame.HasMember("id") && !frame.HasMember("seq")) frame.AddMember("seq", 1, frame.GetAllocator());
-  if (holds(frame, "topic", "login") && holds(frame, "message", "") && frame["data"].IsNull()) {
-    static const Document data = parse(R"({"name":"","rights":[],"epoch":"0","seq":0,"resumed":false})");
-    frame["data"].CopyFrom(data, frame.GetAllocator());
-  }
-}
-
 std::string findFault(const std::string& schema, const Value& value) {
   if (!exists(schemaFile(schema))) return fmt::format("there is no docs/schemas/{}.json", schema);
   thread_local std::map<std::string, rapidjson::SchemaDocument> schemas;
@@ -78,8 +69,7 @@ std::string findReplyFault(const std::string& topic, const Value& data) {
 }  // namespace
 
 std::string findAnswerFault(std::string_view text) {
-  Document frame = parse(text);
-  fillIn(frame);
+  const Document frame = parse(text);
   const bool isPush = !frame.HasMember("id");
   const bool isReply = !isPush && holds(frame, "message", "") && !frame.HasMember("text");
   const char* schema = isPush ? "push" : isReply ? "reply" : frame.HasMember("text") ? "text" : "failure";
