@@ -10,10 +10,9 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 
-#include "pocketagent/log.h"
 #include "pocketagent/pocketagent.h"
-#include "tests/soak/soak.h"
 #include "tests/support/scriptedhost.h"
+#include "tests/support/soak.h"
 
 namespace orvane::test {
 namespace {
@@ -225,7 +224,6 @@ class Soak {
 };
 
 TEST(LibrarySoak, EveryRequestHasOneAnswerOrIsLostInAStop) {
-  agentLogger()->setLevel(log4cxx::Level::getOff());
   startWatchdog();
   Soak().run();
 }
