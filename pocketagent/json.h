@@ -22,8 +22,9 @@
 
 namespace orvane {
 
-// Stops behind the root value; a million opening brackets cost no stack. Not at full precision: prices and amounts of up
-// to 15 digits are read to the last bit without it, and with it rapidjson makes any number at all of a zero like 0e38.
+// Stops behind the root value; a million opening brackets cost no stack. Not at full precision: prices and amounts of
+// up to 15 digits are read to the last bit without it, and with it rapidjson makes any number at all of a zero like
+// 0e38.
 inline constexpr unsigned kParseFlags = rapidjson::kParseStopWhenDoneFlag | rapidjson::kParseIterativeFlag;
 
 using JsonValue = rapidjson::Value;
