@@ -1,4 +1,5 @@
 import { backoff } from "./backoff";
+import { clock } from "./clock";
 import { Frame, Login } from "./wire";
 
 // What became of a request. "lost": it may have been carried out or not. "unsent": it was not.
@@ -35,7 +36,7 @@ function readReply(frame: Frame): Reply {
 // The one WebSocket: logs in, comes back by itself, matches answers to requests.
 export class Connection {
   state: LinkState = "off";
-  retryAt = 0; // while "waiting"
+  retryAt = 0; // by clock(), while "waiting"
   private socket: WebSocket | null = null;
   private token = "";
   private refusal = "";
@@ -72,7 +73,7 @@ export class Connection {
 
   // To be called when the device wakes up: what came meanwhile has yet to be handed on.
   wake(): void {
-    this.heardAt = Date.now();
+    this.heardAt = clock();
     if (this.state === "waiting") this.open();
   }
 
@@ -98,7 +99,7 @@ export class Connection {
   private open(): void {
     this.drop();
     this.refusal = "";
-    this.heardAt = Date.now();
+    this.heardAt = clock();
     const socket = new WebSocket(this.url);
     this.socket = socket;
     socket.onopen = () => this.login();
@@ -122,7 +123,7 @@ export class Connection {
 
   private send(frame: object): Promise<Reply> {
     const id = ++this.lastId;
-    if (this.waiting.size === 0) this.heardAt = Date.now();
+    if (this.waiting.size === 0) this.heardAt = clock();
     return new Promise((settle) => {
       this.waiting.set(id, settle);
       this.socket?.send(JSON.stringify({ id, ...frame }));
@@ -147,7 +148,7 @@ export class Connection {
   }
 
   private onMessage(text: string): void {
-    this.heardAt = Date.now();
+    this.heardAt = clock();
     const frame = JSON.parse(text) as Frame;
     const settle = typeof frame.id === "number" ? this.waiting.get(frame.id) : undefined;
     if (settle === undefined) return this.onPush(frame);
@@ -175,7 +176,7 @@ export class Connection {
     if (code === kReplaced) return this.setState("replaced");
     if (code === kTooMany) this.attempts = Math.max(this.attempts, kLateAttempt);
     const wait = backoff(this.attempts++, Math.random());
-    this.retryAt = Date.now() + wait;
+    this.retryAt = clock() + wait;
     this.timer = window.setTimeout(() => this.open(), wait);
     this.setState("waiting");
   }

@@ -21,7 +21,7 @@ export type ListName = keyof Lists;
 
 export interface Held<Rows> {
   rows: Rows;
-  at: number; // when it was last known to be right, in milliseconds; 0: never
+  at: number; // when it was last known to be right, by clock(); 0: never
   askedAt: number;
   dueAt: number; // where that is sooner than its turn
   isAsked: boolean;

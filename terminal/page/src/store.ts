@@ -1,3 +1,4 @@
+import { clock } from "./clock";
 import { Connection, LinkState, Reply } from "./connection";
 import { deviceName, randomText, recall, remember } from "./device";
 import { emptyLists, Held, HeldLists, kAsking, kMovedByOrders, ListName, Lists } from "./lists";
@@ -23,7 +24,7 @@ const kLateMs = 5000;
 
 // All that the page knows, and all that it does; the views read it and call it.
 class Store {
-  now = Date.now();
+  now = clock();
   route: Route = readRoute(location.hash);
   token = recall("token");
   loginFailure = "";
@@ -132,9 +133,9 @@ class Store {
 
   // Each second while the page can be seen, and as soon as it is seen again.
   tick(): void {
-    this.now = Date.now();
+    this.now = clock();
     this.connection.check(this.now);
-    this.setOutgoing(ageing(this.outgoing, this.now));
+    this.setOutgoing(ageing(this.outgoing, Date.now()));
     this.notices = this.notices.filter((notice) => notice.isError || this.now - notice.at < kNoticeMs);
     this.askDue();
     this.changed();
@@ -146,7 +147,7 @@ class Store {
   }
 
   tell(text: string, isError = false): void {
-    const notice = { id: ++this.lastNotice, text, isError, at: Date.now() };
+    const notice = { id: ++this.lastNotice, text, isError, at: clock() };
     this.notices = [...this.notices, notice].slice(-kMostNotices);
     this.changed();
   }
@@ -236,7 +237,7 @@ class Store {
 
   private askDue(): void {
     if (this.link !== "online" || document.visibilityState !== "visible" || !this.may("see")) return;
-    const now = Date.now();
+    const now = clock();
     for (const [name, every] of this.wanted()) {
       const list = this.lists[name];
       if (!list.isAsked && now >= Math.min(list.dueAt, list.askedAt + every)) void this.ask(name);
@@ -250,7 +251,7 @@ class Store {
     if (data === null) return;
     const unknown = new Set(this.outgoing.filter((each) => each.state === "unknown").map((each) => each.key));
     list.isAsked = true;
-    list.askedAt = Date.now();
+    list.askedAt = clock();
     list.dueAt = Infinity;
     const reply = await this.connection.request(topic, data);
     list.isAsked = false;
@@ -267,7 +268,7 @@ class Store {
   private take<Name extends ListName>(name: Name, rows: Lists[Name], unknown: Set<string>): void {
     const list = this.lists[name] as Held<Lists[Name]>;
     list.rows = rows;
-    list.at = this.now = Date.now();
+    list.at = this.now = clock();
     if (name === "quotes") this.quotesByCode = new Map(this.lists.quotes.rows.map((quote) => [quote.hashCode, quote]));
     if (name === "orders") this.settleOutgoing(this.lists.orders.rows, unknown);
   }
@@ -286,7 +287,7 @@ class Store {
   // Resumed pushes tell what happened meanwhile; the figures that no push brings need the fresh lists all the same.
   private onLogin(login: Login): void {
     this.login = login;
-    this.onlineSince = Date.now();
+    this.onlineSince = clock();
     this.askAllAnew();
     this.changed();
   }
@@ -304,7 +305,7 @@ class Store {
     if (!Array.isArray(push.data)) return;
     if (push.topic === "order.push") this.onOrders(push.data as Order[]);
     if (push.topic === "trade.push") this.onFills(push.data as Fill[]);
-    this.makeDue(kMovedByOrders, Date.now() + kAfterPushMs);
+    this.makeDue(kMovedByOrders, clock() + kAfterPushMs);
     window.setTimeout(() => this.askDue(), kAfterPushMs);
     this.changed();
   }
