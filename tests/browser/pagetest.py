@@ -73,7 +73,7 @@ class PageTest(unittest.TestCase):
         self.see("dialog [role=combobox]").send_keys(Keys.ENTER)
         self.fill("Price", str(price))
         self.fill("Volume", str(volume) + Keys.ENTER)
-        return self.see("dialog .primary", "Confirm: Buy")
+        return self.see("dialog .primary:enabled", "Confirm: Buy")
 
     def orders(self, price):
         return [row for row in self.terminal.call("order.list", []) if row["price"] == price]
@@ -155,7 +155,7 @@ class PageTest(unittest.TestCase):
         self.go("monitor/sync")
         self.press(".row label", "au2702")
         self.press(".stick", "Place 1")
-        self.press("dialog .primary")
+        self.press("dialog .primary:enabled")
         self.gone("dialog")
         self.assertEqual(1, len(self.orders(965.14)))
         manual = lambda: {row["codeExch"]: row["longPos"] for row in self.terminal.call("monitor.manual.list", [])}
@@ -165,7 +165,7 @@ class PageTest(unittest.TestCase):
             self.see(".row", "600519").find_element(By.CSS_SELECTOR, f"button[aria-label^={button}]").click()
             if after:
                 self.press("dialog button[aria-label='More Long']")  # by a lot
-            self.press("dialog .primary", press)
+            self.press("dialog .primary:enabled", press)
             self.gone("dialog")
             after = after or {code: volume for code, volume in before.items() if code != "600519.SSE"}
             self.wait(lambda: manual() == after, f"{after} is not there")

@@ -5,7 +5,7 @@ import { t } from "../texts";
 import { isCount, moved } from "../ticket";
 import { ManualPosition, Quote } from "../wire";
 import { pairName } from "./monitor";
-import { CodeName, ListFrame, nameOf, Note, Sheet, Stepper } from "./parts";
+import { CodeName, Confirm, ListFrame, nameOf, Note, Sheet, Stepper } from "./parts";
 import { AccountField, InstrumentField } from "./pickers";
 import { Rows } from "./rows";
 
@@ -124,9 +124,7 @@ export class Manual extends Component<{}, State> {
         <div class="actions">
           <Note text={this.state.failure} />
           <button onClick={this.close}>{t("abort")}</button>
-          <button class="primary danger" disabled={this.state.isSending} onClick={clear}>
-            {t("clear")}
-          </button>
+          <Confirm tone="danger" text={t("clear")} disabled={this.state.isSending} onConfirm={clear} />
         </div>
       </Sheet>
     );

@@ -135,6 +135,35 @@ export class Sheet extends Component<{ title: string; onClose: () => void; child
   }
 }
 
+const kSettleMs = 400;
+
+// The button of a dialog that carries out what it asks. It takes no tap at first: the second one of a double tap on what
+// opened the dialog would say yes to what nobody has read.
+export class Confirm extends Component<
+  { tone?: string; text: string; disabled: boolean; onConfirm: () => void },
+  { isSettled: boolean }
+> {
+  state = { isSettled: false };
+  private timer = 0;
+
+  componentDidMount() {
+    this.timer = window.setTimeout(() => this.setState({ isSettled: true }), kSettleMs);
+  }
+
+  componentWillUnmount() {
+    clearTimeout(this.timer);
+  }
+
+  render() {
+    const { tone, text, disabled, onConfirm } = this.props;
+    return (
+      <button class={`primary ${tone ?? ""}`} disabled={disabled || !this.state.isSettled} onClick={onConfirm}>
+        {text}
+      </button>
+    );
+  }
+}
+
 // A list under its heading: how many rows, how old, why it failed; greyed where it is stale.
 export function ListFrame(props: {
   name: ListName;

@@ -4,7 +4,7 @@ import { store } from "../store";
 import { t } from "../texts";
 import { SyncOrder } from "../wire";
 import { Deal } from "./orders";
-import { CodeName, ListFrame, nameOf, Note, priceText, Sheet } from "./parts";
+import { CodeName, Confirm, ListFrame, nameOf, Note, priceText, Sheet } from "./parts";
 import { Rows } from "./rows";
 
 // Two orders of one instrument differ in their terms.
@@ -70,13 +70,11 @@ export class SyncOrders extends Component<{}, State> {
         <div class="actions">
           <Note text={this.state.failure} />
           <button onClick={close}>{t("back")}</button>
-          <button
-            class="primary"
-            disabled={this.state.isSending || picked.length === 0 || store.link !== "online"}
-            onClick={() => void this.place(picked)}
-          >
-            {t("place")}
-          </button>
+          <Confirm
+            text={t("place")}
+            disabled={this.state.isSending || picked.length === 0 || store.isStale("sync")}
+            onConfirm={() => void this.place(picked)}
+          />
         </div>
       </Sheet>
     );
@@ -123,7 +121,7 @@ export class SyncOrders extends Component<{}, State> {
           render={(row: SyncOrder) => this.row(row, picked.includes(row))}
         />
         {picked.length > 0 ? (
-          <button class="primary wide stick" disabled={store.link !== "online"} onClick={ask}>
+          <button class="primary wide stick" disabled={store.isStale("sync")} onClick={ask}>
             {t("placePicked", picked.length)}
           </button>
         ) : null}

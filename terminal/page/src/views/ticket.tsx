@@ -5,7 +5,7 @@ import { named, t } from "../texts";
 import { isBuying, isCount, isGoodPrice, moved, offsetsOf, orderOf, priceOf, sidesOf, Ticket } from "../ticket";
 import { Account, kLimit, kMarket, Quote } from "../wire";
 import { Deal } from "./orders";
-import { Choices, Note, priceText, Sheet, Stepper } from "./parts";
+import { Choices, Confirm, Note, priceText, Sheet, Stepper } from "./parts";
 import { AccountField, InstrumentField } from "./pickers";
 
 interface State {
@@ -205,13 +205,12 @@ export class OrderTicket extends Component<{}, State> {
           <button disabled={isSending} onClick={() => this.setState({ isConfirming: false })}>
             {t("edit")}
           </button>
-          <button
-            class={isBuying(ticket.side) ? "primary buy" : "primary sell"}
+          <Confirm
+            tone={isBuying(ticket.side) ? "buy" : "sell"}
+            text={isSending ? t("sending") : t("confirmSide", named("side", ticket.side))}
             disabled={isSending || store.link !== "online"}
-            onClick={() => void this.send(quote)}
-          >
-            {isSending ? t("sending") : t("confirmSide", named("side", ticket.side))}
-          </button>
+            onConfirm={() => void this.send(quote)}
+          />
         </div>
       </div>
     );
