@@ -7,9 +7,10 @@ import { Deal } from "./orders";
 import { CodeName, Confirm, ListFrame, nameOf, Note, priceText, Sheet } from "./parts";
 import { Rows } from "./rows";
 
-// Two orders of one instrument differ in their terms.
+// Two orders of one instrument differ in their terms. The price is none of them: it follows the market, and an order
+// that is picked stays so.
 const keyOf = (row: SyncOrder): string =>
-  `${row.index}:${row.hashCode}:${row.side}:${row.combOffsetFlag}:${row.volume}:${row.price}`;
+  `${row.index}:${row.hashCode}:${row.side}:${row.combOffsetFlag}:${row.volume}`;
 
 function Terms(props: { row: SyncOrder }) {
   const { row } = props;
