@@ -15,6 +15,12 @@ export interface Notice {
   at: number;
 }
 
+// Of a request: why it failed, empty on success; and whether that can be relied upon.
+export interface Outcome {
+  failure: string;
+  isKnown: boolean;
+}
+
 const kQuotesWhileTrading = 2000;
 const kOrdersWhileUnknown = 3000;
 const kAfterPushMs = 300; // one question for the pushes of one moment
@@ -157,12 +163,12 @@ class Store {
     this.changed();
   }
 
-  // A request that changes something and whose outcome its list shows. Returns why it failed, empty on success.
-  async act(topic: string, body: unknown, touched: ListName[]): Promise<string> {
+  // A request that changes something and whose outcome its list shows.
+  async act(topic: string, body: unknown, touched: ListName[]): Promise<Outcome> {
     const reply = await this.connection.request(topic, body, randomText(16));
     this.makeDue(touched);
     this.askDue();
-    return whyNot(reply);
+    return { failure: whyNot(reply), isKnown: reply.kind !== "lost" && reply.kind !== "garbled" };
   }
 
   // Sends a new order, remembered on the device before it goes out. Returns why it failed; empty too where the reply
@@ -188,8 +194,8 @@ class Store {
     const outgoing = this.outgoing.find((each) => each.key === key);
     if (outgoing === undefined) return "";
     const reply = await this.connection.request("order.new", { orderList: [outgoing.order] }, key);
-    if (reply.kind === "lost") {
-      this.update(key, { state: "unknown" });
+    if (reply.kind === "lost" || reply.kind === "garbled") {
+      this.update(key, { state: "unknown", failure: reply.kind === "garbled" ? whyNot(reply) : "" });
       return "";
     }
     const failure = whyNot(reply);

@@ -48,10 +48,11 @@ export class Manual extends Component<{}, State> {
 
   private async send(topic: string, body: object, done: string) {
     this.setState({ isSending: true, failure: "" });
-    const failure = await store.act(topic, [body], ["manual", "monitor", "sync"]);
-    if (failure !== "") return this.setState({ isSending: false, failure });
-    store.tell(done);
-    this.close();
+    const { failure } = await store.act(topic, [body], ["manual", "monitor", "sync"]);
+    const isOpen = this.base && this.state.isSending; // the dialog may have been closed meanwhile
+    if (isOpen && failure !== "") return this.setState({ isSending: false, failure });
+    store.tell(failure || done, failure !== "");
+    if (isOpen) this.close();
   }
 
   private save(draft: Draft) {

@@ -21,10 +21,22 @@ export function Deal(props: { side: number; offset: number; hashCode: number }) 
   );
 }
 
+// What tells it from others of its instrument: "螺纹钢2701 Buy 3,301 × 2".
+function orderText(order: Order): string {
+  const { side, price, volume, hashCode } = order;
+  return `${nameOf(order)} ${named("side", side)} ${priceText(price, hashCode)} × ${whole(volume)}`;
+}
+
+const cancelling = new Set<string>(); // their replies are awaited; another tap asks nothing more
+
 async function cancel(order: Order): Promise<void> {
   const { index, hashCode, localOrderId } = order;
-  const failure = await store.act("order.cancel", [{ index, hashCode, localOrderId }], ["orders"]);
-  store.tell(failure || t("cancelSent", nameOf(order)), failure !== "");
+  const name = orderName(order);
+  if (cancelling.has(name)) return;
+  cancelling.add(name);
+  const { failure } = await store.act("order.cancel", [{ index, hashCode, localOrderId }], ["orders"]);
+  cancelling.delete(name);
+  store.tell(failure === "" ? t("cancelSent", orderText(order)) : `${orderText(order)}: ${failure}`, failure !== "");
 }
 
 function OrderRow(props: { row: Order; onOpen: () => void }) {
@@ -52,7 +64,7 @@ function OrderRow(props: { row: Order; onOpen: () => void }) {
       {isWorking && store.may("cancel") ? (
         <button
           class="cancel"
-          aria-label={t("cancelOf", nameOf(row))}
+          aria-label={t("cancelOf", orderText(row))}
           disabled={store.link !== "online"}
           onClick={() => void cancel(row)}
         >

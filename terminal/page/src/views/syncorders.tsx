@@ -51,10 +51,12 @@ export class SyncOrders extends Component<{}, State> {
     const body = rows.map(({ index, hashCode, volume, price, side, combOffsetFlag }) => {
       return { index, hashCode, volume, price, side, combOffsetFlag };
     });
-    const failure = await store.act("monitor.sync.order.new", body, ["sync", "monitor", "orders"]);
-    if (failure !== "") return this.setState({ isSending: false, failure });
+    const { failure, isKnown } = await store.act("monitor.sync.order.new", body, ["sync", "monitor", "orders"]);
+    const isOpen = this.base && this.state.isAsking; // the dialog may have been closed meanwhile
+    if (isOpen && isKnown && failure !== "") return this.setState({ isSending: false, failure });
+    // Where the reply was lost they may have been placed: nothing stays picked that one more tap would place again.
     this.setState({ isSending: false, isAsking: false, picked: [] });
-    store.tell(t("placed", rows.length));
+    store.tell(failure || t("placed", rows.length), failure !== "");
   }
 
   private question(picked: SyncOrder[]) {

@@ -77,7 +77,9 @@ export class OrderTicket extends Component<{}, State> {
   private async send(quote: Quote) {
     this.setState({ isSending: true, failure: "" });
     const order = orderOf(this.state.ticket, quote, Date.now());
-    const failure = await store.placeOrder(order, this.title(quote));
+    const title = this.title(quote);
+    const failure = await store.placeOrder(order, title);
+    if (!this.base) return failure === "" ? undefined : store.tell(`${title}: ${failure}`, true); // closed meanwhile
     if (failure === "") return this.close();
     this.setState({ isSending: false, isConfirming: false, failure });
   }
