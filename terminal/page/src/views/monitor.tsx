@@ -23,7 +23,7 @@ function Targets(props: { title: string; long: number; short: number }) {
 function DifferenceRow(props: { row: MonitorRow; onOpen: () => void }) {
   const { row } = props;
   return (
-    <button class="row-main" aria-label={t("details", nameOf(row))} onClick={props.onOpen}>
+    <button class="row-main" onClick={props.onOpen}>
       <span class="line">
         <CodeName row={row} />
         <span class={row.isMatchPosDif ? "tag good" : "tag warn"}>{t(row.isMatchPosDif ? "match" : "mismatch")}</span>

@@ -44,7 +44,7 @@ function OrderRow(props: { row: Order; onOpen: () => void }) {
   const isWorking = row.status === kWorking;
   return (
     <div class="row-pair">
-      <button class="row-main" aria-label={t("details", nameOf(row))} onClick={props.onOpen}>
+      <button class="row-main" onClick={props.onOpen}>
         <span class="line">
           <CodeName row={row} />
           <span class={`tag status${row.status}`}>{named("status", row.status)}</span>
@@ -112,7 +112,7 @@ export class Orders extends Component<{}, { open: string }> {
 function FillRow(props: { row: Fill; onOpen: () => void }) {
   const { row } = props;
   return (
-    <button class="row-main" aria-label={t("details", nameOf(row))} onClick={props.onOpen}>
+    <button class="row-main" onClick={props.onOpen}>
       <span class="line">
         <CodeName row={row} />
         <small>

@@ -24,7 +24,7 @@ function PositionRow(props: { row: Position; onOpen: () => void }) {
   const { row } = props;
   const { hashCode } = row;
   return (
-    <button class="row-main" aria-label={t("details", nameOf(row))} onClick={props.onOpen}>
+    <button class="row-main" onClick={props.onOpen}>
       <span class="line">
         <CodeName row={row} />
         <Gain value={row.floatPorfit} text={signed(row.floatPorfit, 2)} class="big" />

@@ -4,7 +4,7 @@ import { store } from "../store";
 import { t } from "../texts";
 import { SyncOrder } from "../wire";
 import { Deal } from "./orders";
-import { CodeName, Confirm, ListFrame, nameOf, Note, priceText, Sheet } from "./parts";
+import { CodeName, Confirm, ListFrame, Note, priceText, Sheet } from "./parts";
 import { Rows } from "./rows";
 
 // Two orders of one instrument differ in their terms. The price is none of them: it follows the market, and an order
@@ -94,7 +94,7 @@ export class SyncOrders extends Component<{}, State> {
     const pick = (event: Event) => this.pick(row, (event.target as HTMLInputElement).checked);
     return (
       <label class="row-main check">
-        <input type="checkbox" aria-label={nameOf(row)} checked={isPicked} onChange={pick} />
+        <input type="checkbox" checked={isPicked} onChange={pick} />
         <Terms row={row} />
       </label>
     );
