@@ -107,6 +107,11 @@ export class Sheet extends Component<{ title: string; onClose: () => void; child
     (this.base as HTMLDialogElement).showModal();
   }
 
+  // A step further in the same dialog, whose first step took the focus with it.
+  componentDidUpdate() {
+    if (!this.base.contains(document.activeElement)) this.base.querySelector("h2")?.focus();
+  }
+
   componentWillUnmount() {
     (this.base as HTMLDialogElement).close();
   }
@@ -124,7 +129,7 @@ export class Sheet extends Component<{ title: string; onClose: () => void; child
         onClick={(event: Event) => event.target === this.base && this.props.onClose()}
       >
         <header>
-          <h2>{this.props.title}</h2>
+          <h2 tabIndex={-1}>{this.props.title}</h2>
           <button class="icon" aria-label={t("close")} onClick={close}>
             ✕
           </button>
