@@ -302,6 +302,7 @@ class Store {
     this.token = "";
     remember("token", "");
     this.loginFailure = message || t("loggedOut");
+    this.isTrading = false;
     this.changed();
   }
 

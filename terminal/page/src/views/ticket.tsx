@@ -44,6 +44,12 @@ export class OrderTicket extends Component<{}, State> {
 
   private readonly close = () => store.trade(false);
 
+  // It may have been opened before the accounts were known.
+  componentDidUpdate() {
+    const account = this.state.ticket.index === 0 ? firstAccount() : undefined;
+    if (account !== undefined) this.setState({ ticket: emptyTicket(account) });
+  }
+
   private change(change: Partial<Ticket>) {
     this.setState({ ticket: { ...this.state.ticket, ...change }, failure: "" });
   }
@@ -225,7 +231,7 @@ export class OrderTicket extends Component<{}, State> {
     const isReady = isConfirming && account !== undefined && quote !== undefined;
     return (
       <Sheet title={t(isReady ? "confirmOrder" : "trade")} onClose={this.close}>
-        {account === undefined ? <p class="empty">{t("noAccount")}</p> : null}
+        {account === undefined ? <p class="empty">{t(store.lists.accounts.at === 0 ? "loading" : "noAccount")}</p> : null}
         {isReady ? this.confirmation(ticket, account, quote) : this.form(ticket, account, quote)}
       </Sheet>
     );
