@@ -154,7 +154,9 @@ class Store {
 
   tell(text: string, isError = false): void {
     const notice = { id: ++this.lastNotice, text, isError, at: clock() };
-    this.notices = [...this.notices, notice].slice(-kMostNotices);
+    const all = [...this.notices, notice];
+    const dropped = all.length > kMostNotices ? (all.find((each) => !each.isError) ?? all[0]) : null;
+    this.notices = all.filter((each) => each !== dropped);
     this.changed();
   }
 
@@ -320,12 +322,14 @@ class Store {
   private onOrders(pushed: Order[]): void {
     const list = this.lists.orders;
     if (list.at > 0) list.rows = mergeOrders(list.rows, pushed);
+    if (list.isAsked) this.makeDue(["orders"], clock() + kAfterPushMs); // the answer may be older than this push
     this.settleOutgoing(pushed, new Set());
   }
 
   private onFills(pushed: Fill[]): void {
     const list = this.lists.fills;
     if (list.at > 0) list.rows = mergeFills(list.rows, pushed);
+    if (list.isAsked) this.makeDue(["fills"], clock() + kAfterPushMs);
     for (const fill of pushed) this.tell(t("filled", `${fill.codeName || fill.codeExch} × ${fill.volume}`));
   }
 }
