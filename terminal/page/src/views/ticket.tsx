@@ -110,17 +110,27 @@ export class OrderTicket extends Component<{}, State> {
   }
 
   private terms(ticket: Ticket, account: Account | undefined) {
-    const offsets = offsetsOf(account);
+    const [sides, offsets] = [sidesOf(account), offsetsOf(account)];
     return [
-      <Choices
-        name="side"
-        label={t("side")}
-        value={ticket.side}
-        values={sidesOf(account)}
-        text={(side) => named("side", side)}
-        toneOf={(side) => (isBuying(side) ? "buy" : "sell")}
-        onPick={(side) => this.change({ side })}
-      />,
+      <div class={sides.length === 2 ? "terms" : ""}>
+        <Choices
+          name="side"
+          label={t("side")}
+          value={ticket.side}
+          values={sides}
+          text={(side) => named("side", side)}
+          toneOf={(side) => (isBuying(side) ? "buy" : "sell")}
+          onPick={(side) => this.change({ side })}
+        />
+        <Choices
+          name="priceType"
+          label={t("priceType")}
+          value={ticket.priceType}
+          values={[kLimit, kMarket]}
+          text={(type) => t(type === kLimit ? "limit" : "market")}
+          onPick={(priceType) => this.change({ priceType })}
+        />
+      </div>,
       offsets.length === 0 ? null : (
         <Choices
           name="offset"
@@ -131,14 +141,6 @@ export class OrderTicket extends Component<{}, State> {
           onPick={(combOffset) => this.change({ combOffset })}
         />
       ),
-      <Choices
-        name="priceType"
-        label={t("priceType")}
-        value={ticket.priceType}
-        values={[kLimit, kMarket]}
-        text={(type) => t(type === kLimit ? "limit" : "market")}
-        onPick={(priceType) => this.change({ priceType })}
-      />,
     ];
   }
 
