@@ -47,7 +47,10 @@ std::string hostName() {
 // Those of the interfaces that are up, loopback's included.
 std::vector<std::string> machineAddresses() {
   ifaddrs* first = nullptr;
-  require(getifaddrs(&first) == 0);
+  if (getifaddrs(&first) != 0) {
+    throw std::runtime_error(fmt::format("cannot ask for the machine's addresses, which its certificate needs: {}",
+                                         std::strerror(errno)));
+  }
   const std::unique_ptr<ifaddrs, decltype(&freeifaddrs)> owner(first, freeifaddrs);
   std::vector<std::string> addresses;
   for (const ifaddrs* each = first; each != nullptr; each = each->ifa_next) {
