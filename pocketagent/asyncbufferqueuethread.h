@@ -64,24 +64,20 @@ class AsyncBufferQueueThread {
   virtual void clearQueue() {
     const std::lock_guard queue(queueMutex);
     writeBuffer->clear();
-    hasItems.store(false, std::memory_order_relaxed);
     wakeCondition.notify_one();
   }
 
   // Any thread, at any time, also while no consumer runs: the item then waits for the next start. Returns the number of
   // items waiting with this one; above the limit the oldest of them is dropped, and the number counts it still.
   virtual int32_t enqueue(const T& item) {
-    std::unique_lock queue(queueMutex);
+    const std::lock_guard queue(queueMutex);
     writeBuffer->push_back(item);
     const auto count = static_cast<int32_t>(writeBuffer->size());
     if (maxItems >= 1 && count > maxItems) {
       writeBuffer->pop_front();
     }
-    hasItems.store(true, std::memory_order_relaxed);
-    queue.unlock();
-    if (count == 1) {  // behind an earlier item the consumer is awake or has been told
-      wakeCondition.notify_one();
-    }
+    // Under the lock: whoever has seen the item run may destroy the queue.
+    wakeCondition.notify_one();
     return count;
   }
 
@@ -99,7 +95,6 @@ class AsyncBufferQueueThread {
   virtual void swapBuffers() {
     const std::lock_guard queue(queueMutex);
     std::swap(readBuffer, writeBuffer);
-    hasItems.store(!writeBuffer->empty(), std::memory_order_relaxed);
   }
 
  public:
@@ -119,8 +114,7 @@ class AsyncBufferQueueThread {
         handle(readBuffer->front());
         readBuffer->pop_front();
       }
-      // Under load there is no need for the lock before that of the swap, nor for a sleep.
-      if (!seesItems() && !waitForItems()) {
+      if (!waitForItems()) {
         return;
       }
       swapBuffers();
@@ -137,24 +131,12 @@ class AsyncBufferQueueThread {
     joinThread();
     const std::lock_guard queue(queueMutex);
     writeBuffer->clear();
-    hasItems.store(false, std::memory_order_relaxed);
     readBuffer->clear();
     state.exchange(QueueStopped);
   }
 
  private:
   using Clock = std::chrono::steady_clock;
-
-  // Looks for items for a microsecond or two: where the next one comes soon, nobody has to wake the consumer.
-  bool seesItems() const {
-    constexpr int kLooks = 2000;
-    for (int look = 0; look < kLooks; ++look) {
-      if (hasItems.load(std::memory_order_relaxed)) {
-        return true;
-      }
-    }
-    return false;
-  }
 
   // Waits until there is something to take over; false where the consumer is to end.
   bool waitForItems() {
@@ -206,7 +188,6 @@ class AsyncBufferQueueThread {
  private:
   std::mutex queueMutex;  // guards the two pointers and the write buffer
   std::condition_variable wakeCondition;
-  std::atomic<bool> hasItems{false};      // whether the write buffer has any; written under queueMutex
   std::deque<T>* readBuffer = &bufferB;   // the consumer's
   std::deque<T>* writeBuffer = &bufferA;  // the producers'
   const int64_t waitMillis;

@@ -207,6 +207,17 @@ TEST(Queue, StopFromWithinAnItemIsADeadlockError) {
   EXPECT_EQ(queue.selfStopError, std::errc::resource_deadlock_would_occur);
 }
 
+TEST(Queue, MayBeDestroyedAsSoonAsItsItemHasRun) {
+  for (int round = 0; round < 100; ++round) {
+    auto queue = std::make_unique<Recorder>(-1, 1, false);
+    queue->startThread();
+    std::thread producer([&queue = *queue] { queue.enqueue(1); });
+    queue->waitForHandled(1);
+    queue.reset();  // a race for the thread sanitizer where the producer still uses the queue
+    producer.join();
+  }
+}
+
 TEST(Queue, ProducersKeepTheirOrder) {
   constexpr int kEach = 2000;
   Recorder queue(-1, 1, false);
