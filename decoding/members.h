@@ -93,7 +93,7 @@ class MemberReader {
     return value != nullptr && read(*value, target);
   }
 
-  // The first member of this name, or null.
+  // The first member of this name, or null. REQUIRES: no name is asked for twice.
   const JsonValue* find(std::string_view name) {
     // As long as the members stand in the order of the calls, the next one is it: those before it have other names.
     if (next_ != element_.MemberEnd() && next_->name.GetStringLength() == name.size() &&
