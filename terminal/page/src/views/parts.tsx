@@ -108,8 +108,8 @@ export class Sheet extends Component<{ title: string; onClose: () => void; child
   }
 
   // A step further in the same dialog, whose first step took the focus with it.
-  componentDidUpdate() {
-    if (!this.base.contains(document.activeElement)) this.base.querySelector("h2")?.focus();
+  componentDidUpdate(previous: { title: string }) {
+    if (previous.title !== this.props.title) this.base.querySelector("h2")?.focus();
   }
 
   componentWillUnmount() {

@@ -110,7 +110,7 @@ export class InstrumentField extends Component<Props, { typed: string | null; ac
           onKeyDown={(event: KeyboardEvent) => this.onKey(event, found)}
         />
         {typed === null ? null : (
-          <ul class="found" id="found" role="listbox" aria-label={t("instrument")}>
+          <ul class="found" id="found" role="listbox" tabIndex={-1} aria-label={t("instrument")}>
             {found.map((quote, place) => this.option(quote, place))}
             {found.length === 0 ? <li class="empty">{t("noMatch")}</li> : null}
           </ul>
