@@ -47,6 +47,11 @@ const kTexts = {
   rememberHint: ["令牌保存在此设备上，可在设置中清除。", "The token is kept on this device until you forget it in the settings."],
   loggedOut: ["登录失效，请用新的令牌登录。", "This token is no longer valid: log in with another one."],
 
+  blind: [
+    "此令牌没有查看权限，本页无法显示数据。请用有查看权限的令牌登录。",
+    "This token has no right to see, and the page nothing to show: log in with one that has.",
+  ],
+
   // lists
   justNow: ["刚刚", "just now"],
   ago: ["{0} {1}前", "{0} {1} ago"],

@@ -7,6 +7,7 @@ import { LoginForm } from "./login";
 import { Manual } from "./manual";
 import { Differences } from "./monitor";
 import { Fills, Orders } from "./orders";
+import { Note } from "./parts";
 import { Positions } from "./positions";
 import { Settings } from "./settings";
 import { SyncOrders } from "./syncorders";
@@ -60,7 +61,7 @@ function Navigation() {
     <nav class="tabs" aria-label={t("views")}>
       <Tab section="assets" />
       <Tab section="positions" />
-      {store.may("trade") ? (
+      {store.may("trade") && store.may("see") ? (
         <button class="tab trade" onClick={() => store.trade(true)}>
           <Icon name="trade" />
           <span>{t("trade")}</span>
@@ -152,6 +153,7 @@ export class App extends Component<{}, {}> {
         <Navigation />
         <main id="content" tabIndex={-1}>
           <Banner />
+          <Note text={store.may("see") ? "" : t("blind")} />
           <UnderWay />
           <SubTabs />
           {kViews[store.route]()}
