@@ -107,6 +107,17 @@ class PageTest(unittest.TestCase):
         self.assertTrue(self.run_js("return window.isSamePage"))
         self.assertEqual([3], [order["status"] for order in self.orders(3301)])
 
+    def test_double_tap_on_review_confirms_nothing(self):
+        self.ticket(3304, 1)
+        self.press("dialog .actions button", "Edit")
+        self.run_js("""document.querySelector('dialog form .primary').click();
+            setTimeout(() => { document.querySelector('dialog .primary').click(); window.isTapped = true; }, 100);""")
+        self.wait(lambda: self.run_js("return window.isTapped"), "not tapped")
+        self.see("dialog .primary:enabled", "Confirm: Buy").send_keys(Keys.ESCAPE)
+        self.gone("dialog")
+        self.assertIn("trade", self.browser.switch_to.active_element.get_attribute("class"))
+        self.assertEqual([], self.orders(3304))
+
     def test_refusal_shows_its_text(self):
         self.ticket(3500, 500).click()
         self.assertIn("可用资金不足", self.see("dialog [role=alert]").text)

@@ -103,6 +103,8 @@ export function Note(props: { text: string }) {
 
 // A dialog over the page: it holds the focus, Escape closes it, and the focus goes back to where it was.
 export class Sheet extends Component<{ title: string; onClose: () => void; children?: unknown }, {}> {
+  private readonly before = document.activeElement;
+
   componentDidMount() {
     (this.base as HTMLDialogElement).showModal();
   }
@@ -114,6 +116,7 @@ export class Sheet extends Component<{ title: string; onClose: () => void; child
 
   componentWillUnmount() {
     (this.base as HTMLDialogElement).close();
+    if (this.before instanceof HTMLElement) this.before.focus({ preventScroll: true }); // taken out, it gives none back
   }
 
   render() {
