@@ -45,7 +45,7 @@ function kindText(kind: Kind, value: unknown, hashCode: unknown): string {
     case "gainPercent":
       return percent(value, true);
     case "times":
-      return `${fixed(value, 2)}×`;
+      return Number.isFinite(value) ? `${fixed(value, 2)}×` : fixed(value, 2);
     case "price":
       return priceText(value, hashCode);
     case "average":
