@@ -157,6 +157,7 @@ const kTexts = {
   marketPrice: ["对手价", "Opposite quote"],
   badPrice: ["价格应为 {0} 的整数倍，在 {1} 至 {2} 之间。", "The price must be a multiple of {0} from {1} to {2}."],
   badVolume: ["数量应为 1 至 {0} 的整数。", "The volume must be a whole number from 1 to {0}."],
+  badLot: ["买入数量应为 {0} 的整数倍。", "Purchases must be a multiple of {0}."],
   noAccount: ["没有可以下单的账户。", "No account may place orders."],
 
   // monitor

@@ -66,6 +66,12 @@ export function isCount(text: string, least: number, most: number): boolean {
   return /^\d+$/.test(text) && Number(text) >= least && Number(text) <= most;
 }
 
+// Securities are bought in whole lots. What is left of one may be sold or returned: the terminal knows whether it is all.
+export function isOddLot(ticket: Ticket, quote: Quote): boolean {
+  const buys = ticket.side === 1 || ticket.side === 3;
+  return buys && isSecurity(quote) && Number(ticket.volume) % quote.volumeStep !== 0;
+}
+
 // The opposite quote: what a market order is taken at.
 export function oppositeQuote(side: number, quote: Quote): number {
   return isBuying(side) ? quote.askPrice : quote.bidPrice;

@@ -2,7 +2,7 @@ import { Component, h } from "preact";
 import { money, whole } from "../format";
 import { store } from "../store";
 import { named, t } from "../texts";
-import { isBuying, isCount, isGoodPrice, moved, offsetsOf, orderOf, priceOf, sidesOf, Ticket } from "../ticket";
+import { isBuying, isCount, isGoodPrice, isOddLot, moved, offsetsOf, orderOf, priceOf, sidesOf, Ticket } from "../ticket";
 import { Account, kLimit, kMarket, Quote } from "../wire";
 import { Deal } from "./orders";
 import { Choices, Confirm, Note, priceText, Sheet, Stepper } from "./parts";
@@ -35,7 +35,8 @@ function faultOf(ticket: Ticket, quote: Quote | undefined): string {
     const text = (price: number) => priceText(price, quote.hashCode);
     return t("badPrice", String(quote.priceTick), text(quote.lowerLimit), text(quote.upperLimit));
   }
-  return isCount(ticket.volume, 1, quote.maxVolume) ? "" : t("badVolume", quote.maxVolume);
+  if (!isCount(ticket.volume, 1, quote.maxVolume)) return t("badVolume", quote.maxVolume);
+  return isOddLot(ticket, quote) ? t("badLot", quote.volumeStep) : "";
 }
 
 // An order in two steps: what is wanted, and a look at it before it goes out.
