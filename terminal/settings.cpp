@@ -214,6 +214,13 @@ std::string unknownKey(const CLI::ConfigError& error) {
   return text.substr(begin, std::min(text.find(".++"), text.find(": ")) - begin);
 }
 
+// CLI11 does not say whether a wrong value was typed or stands in the settings file.
+void tellSettingsFile(const CLI::App& app, const CLI::ParseError& error) {
+  const auto file = app.get_config_ptr()->as<std::string>();
+  if (error.get_exit_code() == 0 || access(file.c_str(), F_OK) != 0) return;
+  throw CLI::ValidationError(fmt::format("{} (the settings file {} is read too)", error.what(), file));
+}
+
 void parse(CLI::App& app, int argc, const char* const* argv) {
   try {
     app.parse(argc, argv);
@@ -222,6 +229,11 @@ void parse(CLI::App& app, int argc, const char* const* argv) {
         fmt::format("the settings file {}: {} is no setting; each is a long option of --help, "
                     "without the dashes",
                     app.get_config_ptr()->as<std::string>(), unknownKey(error)));
+  } catch (const CLI::FileError& error) {
+    throw CLI::FileError(fmt::format("the settings file {}", error.what()));
+  } catch (const CLI::ParseError& error) {
+    tellSettingsFile(app, error);
+    throw;
   }
   requireReadable(app.get_config_ptr()->as<std::string>());
 }

@@ -213,14 +213,16 @@ TEST(SettingsFile, IsReadAndChecked) {
       {data + "colour = \"red\"\n", file + ": colour is no setting"},
       {data + "[gateway]\nport = 1\n", file + ": gateway is no setting"},
       {data + "[call]\ntoken = \"x\"\n", file + ": call.token is no setting"},
-      {data + "log-level = \"loud\"\n", "--log-level: loud not in"},
-      {data + "port = \"http\"\n", "Could not convert: --port = http"},
+      {data + "log-level = \"loud\"\n",
+       "--log-level: loud not in {trace,debug,info,warn,error,off} (the settings file " + file},
+      {data + "port = \"http\"\n", "Could not convert: --port = http (the settings file " + file},
   };
   for (const Row& row : rows) {
     std::ofstream(file) << row.text;
     EXPECT_THAT(runTerminal({"token", "list", "--config", file}).error, HasSubstr(row.error)) << row.text;
   }
-  EXPECT_THAT(runTerminal({"--config", file + "x"}).error, HasSubstr(file + "x"));
+  EXPECT_THAT(runTerminal({"--config", file + "x"}).error,
+              HasSubstr("the settings file " + file + "x was not readable"));
 }
 
 }  // namespace
