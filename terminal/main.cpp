@@ -12,6 +12,7 @@
 #include "terminal/call.h"
 #include "terminal/certificate.h"
 #include "terminal/gateway/gateway.h"
+#include "terminal/gateway/gatewaydatabase.h"
 #include "terminal/gateway/mobileserver.h"
 #include "terminal/logging.h"
 #include "terminal/settings.h"
@@ -73,6 +74,7 @@ void makeDataDir(const std::filesystem::path& dir) {
     throw std::runtime_error(
         fmt::format("cannot make the folder {}: {}; choose another with --data", dir.string(), error.message()));
   }
+  requireWritable(dir);
 }
 
 // Without fresh prices a phone can still list and cancel; what cannot be written does not happen.

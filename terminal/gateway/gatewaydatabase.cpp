@@ -29,12 +29,6 @@ CREATE TABLE address (link TEXT NOT NULL);
 PRAGMA user_version = 1;
 )sql";
 
-void requireWritable(const std::filesystem::path& dir) {
-  if (access(dir.c_str(), W_OK | X_OK) == 0) return;
-  throw std::runtime_error(
-      fmt::format("cannot write to the folder {}: {}; choose another with --data", dir.string(), std::strerror(errno)));
-}
-
 void requirePrivate(const std::filesystem::path& file) {
   using std::filesystem::perms;
   if ((std::filesystem::status(file).permissions() & (perms::group_all | perms::others_all)) == perms::none) return;
@@ -59,9 +53,17 @@ void setUp(SQLite::Database& db) {
 
 }  // namespace
 
+void requireWritable(const std::filesystem::path& dir) {
+  if (access(dir.c_str(), W_OK | X_OK) == 0) return;
+  throw std::runtime_error(
+      fmt::format("cannot write to the folder {}: {}; choose another with --data", dir.string(), std::strerror(errno)));
+}
+
 SQLite::Database openGatewayDatabase(const std::filesystem::path& dataDir, IfMissing ifMissing) {
   const std::filesystem::path file = dataDir / "gateway.db";
-  if (ifMissing == IfMissing::Fail && !std::filesystem::exists(file)) {
+  std::error_code unknown;
+  if (ifMissing == IfMissing::Fail &&
+      std::filesystem::status(file, unknown).type() == std::filesystem::file_type::not_found) {
     throw std::runtime_error(
         fmt::format("there is no {}: start the terminal once, or name its folder with --data", file.string()));
   }

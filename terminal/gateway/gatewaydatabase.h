@@ -6,6 +6,9 @@
 
 namespace orvane::terminal {
 
+// Throws std::runtime_error with a clear message where no file can be made in the data folder.
+void requireWritable(const std::filesystem::path& dir);
+
 enum class IfMissing { Make, Fail };
 
 // Opens `gateway.db` in the data folder: the tokens, and the requests that change something. Its owner alone can read
