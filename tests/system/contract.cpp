@@ -87,10 +87,10 @@ std::string findRequestFault(std::string_view text) {
   return findFault(frame["topic"].GetString() + std::string(".request"), frame["data"]);
 }
 
-std::set<std::string> describedTopics() {
-  std::set<std::string> names;
-  for (const auto& row : topics()["topics"].GetObject()) names.insert(row.name.GetString());
-  return names;
+std::map<std::string, std::string> describedRights() {
+  std::map<std::string, std::string> rights;
+  for (const auto& row : topics()["topics"].GetObject()) rights[row.name.GetString()] = row.value["right"].GetString();
+  return rights;
 }
 
 void CheckedClient::onMessage(std::string_view text) {

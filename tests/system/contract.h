@@ -1,6 +1,6 @@
 #pragma once
 
-#include <set>
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -12,7 +12,7 @@ namespace orvane::test {
 // keyword and the place; a frame that is as it is described has an empty one.
 std::string findAnswerFault(std::string_view frame);
 std::string findRequestFault(std::string_view frame);
-std::set<std::string> describedTopics();
+std::map<std::string, std::string> describedRights();  // by topic
 
 // Fails the running test at each message that is not as it is described.
 class CheckedClient : public terminal::Client {

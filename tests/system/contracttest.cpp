@@ -4,6 +4,7 @@
 #include <rapidjson/document.h>
 
 #include "pocketagent/topic.h"
+#include "terminal/gateway/rights.h"
 #include "terminal/trading/uiproxy.h"
 #include "tests/system/contract.h"
 #include "tests/system/terminalprocess.h"
@@ -14,12 +15,21 @@ namespace {
 using testing::HasSubstr;
 
 TEST(Contract, DescribesEachTopicAndNoOther) {
-  std::set<std::string> topics{"login"};
+  std::set<std::string> topics{"login"}, described;
   for (int32_t value = kTopicUnknown + 1; topicFromName(topicName(value)) == value; ++value) {
     topics.insert(topicName(value));
   }
   for (const std::string_view own : terminal::UiProxy::topics()) topics.emplace(own);
-  EXPECT_EQ(describedTopics(), topics) << "describe the topic in docs/contract/topics.yaml";
+  for (const auto& [topic, right] : describedRights()) described.insert(topic);
+  EXPECT_EQ(described, topics) << "describe the topic in docs/contract/topics.yaml";
+}
+
+TEST(Contract, NamesTheRightOfEachTopic) {
+  for (const auto& [topic, right] : describedRights()) {
+    if (topic == "login") continue;
+    EXPECT_EQ(terminal::findRightsFault(terminal::Rights::read(right), topic), "") << topic;
+    EXPECT_EQ(terminal::changesSomething(topic), right != "see") << topic;
+  }
 }
 
 TEST(Contract, AcceptsItsExamples) {
