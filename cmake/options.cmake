@@ -26,10 +26,5 @@ if(POCKETAGENT_SANITIZE)
     $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 endif()
 
-option(POCKETAGENT_FUZZ "Build the fuzz targets; needs Clang" OFF)
-if(POCKETAGENT_FUZZ)
-  add_compile_options(-fsanitize=fuzzer-no-link)
-endif()
-
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
