@@ -48,8 +48,8 @@ std::string hostName() {
 std::vector<std::string> machineAddresses() {
   ifaddrs* first = nullptr;
   if (getifaddrs(&first) != 0) {
-    throw std::runtime_error(fmt::format("cannot ask for the machine's addresses, which its certificate needs: {}",
-                                         std::strerror(errno)));
+    throw std::runtime_error(
+        fmt::format("cannot ask for the machine's addresses, which its certificate needs: {}", std::strerror(errno)));
   }
   const std::unique_ptr<ifaddrs, decltype(&freeifaddrs)> owner(first, freeifaddrs);
   std::vector<std::string> addresses;
