@@ -162,6 +162,7 @@ class WebSocketSession final : public Session, public std::enable_shared_from_th
   void onPage(error_code error, size_t /*bytes*/) {
     if (error) return finish();
     stream().shutdown(beast::role_type::server, handler(&WebSocketSession::onShutdown));
+    finishAfter(kCloseTime);  // the stream's own deadline ends with the last byte written
   }
 
   void onShutdown(error_code /*error*/) { finish(); }
