@@ -86,7 +86,7 @@ class WebSocketSession final : public Session, public std::enable_shared_from_th
 
   void send(std::shared_ptr<const std::string> text) override {
     if (closing_) return;
-    if (!queue_.empty() && queuedBytes_ + text->size() > limits_.maxQueuedBytes) return dropSlowPeer();
+    if (waitingBytes() > limits_.maxQueuedBytes) return dropSlowPeer();
     queuedBytes_ += text->size();
     queue_.push_back(std::move(text));
     if (queue_.size() == 1) write();
@@ -213,6 +213,9 @@ class WebSocketSession final : public Session, public std::enable_shared_from_th
   }
 
   void writeClose() { ws_.async_close(reason_, handler(&WebSocketSession::onCloseWritten)); }
+  // Without the message on its way, which may be a long list that a fast phone takes as fast as it can.
+  size_t waitingBytes() const { return queue_.empty() ? 0 : queuedBytes_ - queue_.front()->size(); }
+
   void onCloseWritten(error_code /*error*/) { finish(); }
 
   // What waits is lost with the connection; only the message on its way can still end.

@@ -19,7 +19,7 @@ struct SessionLimits {
   std::chrono::milliseconds login{10'000};          // for TLS and the request's head, and again for the first message
   std::chrono::milliseconds idle{36'000};           // a silent peer is pinged after half of it, and dropped after all
   size_t maxFrameBytes = size_t{256} * 1024;        // of a frame that comes in
-  size_t maxQueuedBytes = size_t{4} * 1024 * 1024;  // waiting for a peer that reads too slowly
+  size_t maxQueuedBytes = size_t{4} * 1024 * 1024;  // waiting behind the message on its way
 };
 
 enum class CloseCode : uint16_t {
