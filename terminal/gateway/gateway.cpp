@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <boost/asio/ip/host_name.hpp>
+#include <boost/asio/ip/network_v6.hpp>
 #include <boost/asio/post.hpp>
 #include <stdexcept>
 #include <utility>
@@ -53,6 +54,12 @@ std::string urlHost(const asio::ip::address& address) {
 
 std::string secondsText(std::chrono::steady_clock::duration time) {
   return fmt::format("{:.1f} s", std::chrono::duration<double>(time).count());
+// Whom to count as one: a host of IPv6 has all addresses of its network of 64 bits.
+std::string networkOf(const asio::ip::address& address) {
+  if (address.is_v4()) return address.to_string();
+  return asio::ip::network_v6(address.to_v6(), 64).canonical().to_string();
+}
+
 }
 
 OriginPolicy::IsOwnName certifiedNames(const std::shared_ptr<asio::ssl::context>& tls) {
@@ -260,7 +267,7 @@ void Gateway::onLogin(Session& session, const Frame& frame) {
 void Gateway::onWrongLogin(Session& session, const Frame& frame) {
   const std::string address = session.address().to_string();
   TERMINAL_LOG(logger(), Warn, "{} from {} does not know a token", session.name(), address);
-  if (!keeper_.allowWrong(address)) {
+  if (!keeper_.allowWrong(networkOf(session.address()))) {
     refuse(session, Refusal::Login, frame.id, kLogin,
            fmt::format("too many wrong logins from {}: wait a minute", address));
     return session.close(CloseCode::TooMany, "too many wrong logins");

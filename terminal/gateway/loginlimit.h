@@ -20,6 +20,7 @@ class LoginLimit {
   };
 
   std::unordered_map<std::string, Count> counts_;
+  size_t sweepSize_ = 0;  // doubles with what is left, so that a sweep costs a call but little
 };
 
 }  // namespace orvane::terminal
