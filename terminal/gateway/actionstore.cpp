@@ -14,6 +14,7 @@ namespace {
 
 constexpr int64_t kKeepSeconds = 7 * 24 * 3600;
 constexpr int64_t kPruneSeconds = 3600;
+constexpr size_t kMaxRefusedBody = 1024;  // in the audit: who may do nothing shall not fill the disk
 
 const log4cxx::LoggerPtr& logger() {
   static const log4cxx::LoggerPtr instance = log4cxx::Logger::getLogger("Gateway");
@@ -148,7 +149,8 @@ void ActionStore::abandon(int64_t requestId) try {
   TERMINAL_LOG(logger(), Error, "gateway.db cannot forget a request that was not carried out: {}", error.what());
 }
 
-void ActionStore::refuse(const AuditEntry& entry, std::string_view message) try {
+void ActionStore::refuse(AuditEntry entry, std::string_view message) try {
+  if (entry.body.size() > kMaxRefusedBody) entry.body = {};
   const std::string line = auditHead(entry) + auditRefusal(message);
   if (!tryAppend(line)) keepLine(db_, line);
 } catch (const SQLite::Exception& error) {

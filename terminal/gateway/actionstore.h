@@ -55,7 +55,7 @@ class ActionStore {
   void abandon(int64_t requestId);
 
   // The audit line of an action that was not let through.
-  void refuse(const AuditEntry& entry, std::string_view message);
+  void refuse(AuditEntry entry, std::string_view message);
 
   // Writes audit lines that could not be written before, and forgets keys older than 7 days. To be called now and then.
   void tidy();
