@@ -71,6 +71,7 @@ ActionStore::ActionStore(SQLite::Database& db, const std::filesystem::path& data
 }
 
 ActionStore::~ActionStore() {
+  closeLate();
   try {
     giveUpOpen();
   } catch (const SQLite::Exception& error) {
@@ -120,24 +121,39 @@ void ActionStore::insert(int64_t requestId, const Action& action, const std::str
   open_.emplace(requestId, std::move(open));
 }
 
-void ActionStore::finish(int64_t requestId, const MobileMessage& reply) try {
+void ActionStore::finish(int64_t requestId, const MobileMessage& reply) {
   const auto node = open_.extract(requestId);
   if (node.empty()) return;
-  const Open& open = node.mapped();
+  Open& open = node.mapped();
   running_.erase(open.row);
-  const std::string line = open.line + auditReply(reply);
-  close(open, reply, tryAppend(line) ? std::string() : line);
-} catch (const SQLite::Exception& error) {
-  TERMINAL_LOG(logger(), Error, "gateway.db cannot remember the reply to {}: {}", reply.topic, error.what());
+  std::string line = open.line + auditReply(reply);
+  if (tryAppend(line)) line.clear();
+  late_.push_back({std::move(open), reply, std::move(line)});
+  if (late_.size() > 1 || !tryClose(late_.front())) return;
+  late_.pop_front();
 }
 
-void ActionStore::close(const Open& open, const MobileMessage& reply, const std::string& due) {
+bool ActionStore::tryClose(const Closing& closing) try {
+  close(closing);
+  return true;
+} catch (const SQLite::Exception& error) {
+  TERMINAL_LOG(logger(), Error, "gateway.db cannot remember the reply to {} yet: {}", closing.reply.topic,
+               error.what());
+  return false;
+}
+
+void ActionStore::close(const Closing& closing) {
+  const auto& [open, reply, due] = closing;
   synchronise(db_, false);
   if (!open.hasKey && due.empty()) return write(db_, "DELETE FROM action WHERE id = ?", open.row);
   write(db_,
         "UPDATE action SET line = NULL, due = nullif(?, ''), reply_topic = ?, reply_message = ?, reply_data = ?"
         " WHERE id = ?",
         due, reply.topic, reply.message, reply.data, open.row);
+}
+
+void ActionStore::closeLate() {
+  while (!late_.empty() && tryClose(late_.front())) late_.pop_front();
 }
 
 void ActionStore::abandon(int64_t requestId) try {
@@ -158,6 +174,7 @@ void ActionStore::refuse(AuditEntry entry, std::string_view message) try {
 }
 
 void ActionStore::tidy() try {
+  closeLate();
   if (behind_) appendDue();
   const int64_t now = std::time(nullptr);
   if (now - pruned_ < kPruneSeconds) return;

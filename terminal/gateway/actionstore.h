@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -57,7 +58,8 @@ class ActionStore {
   // The audit line of an action that was not let through.
   void refuse(AuditEntry entry, std::string_view message);
 
-  // Writes audit lines that could not be written before, and forgets keys older than 7 days. To be called now and then.
+  // Writes replies and audit lines that could not be written before, and forgets keys older than 7 days. To be called
+  // now and then.
   void tidy();
 
  private:
@@ -66,10 +68,17 @@ class ActionStore {
     bool hasKey = false;
     std::string line;
   };
+  struct Closing {
+    Open open;
+    MobileMessage reply;
+    std::string due;  // the audit line where it is not written yet
+  };
 
   std::optional<Verdict> findKey(const Action& action, const std::string& fingerprint);
   void insert(int64_t requestId, const Action& action, const std::string& fingerprint);
-  void close(const Open& open, const MobileMessage& reply, const std::string& due);
+  bool tryClose(const Closing& closing);
+  void close(const Closing& closing);
+  void closeLate();
   bool tryAppend(const std::string& line);
   void giveUpOpen();
   void appendDue();
@@ -80,6 +89,7 @@ class ActionStore {
   int64_t pruned_ = 0;                            // when
   std::unordered_map<int64_t, Open> open_;        // by request id
   std::unordered_map<int64_t, int64_t> running_;  // request id by row
+  std::deque<Closing> late_;                      // those whose reply the database could not take yet
 };
 
 }  // namespace orvane::terminal

@@ -97,6 +97,28 @@ TEST(Key, IsKeptForSevenDays) {
   EXPECT_EQ(countOrders(*phone)["k1"], 1);
 }
 
+// A reply that cannot be written when it comes is written when that is possible.
+TEST(Key, OutlivesALockedDatabase) {
+  const TempDir dir;
+  TerminalProcess terminal(dir.path());
+  const auto phone = terminal.login();
+  std::string accounts = "1";
+  for (int i = 0; i < 900; ++i) accounts += ",1";
+  for (int i = 0; i < 20; ++i) phone->send(R"({"topic":"creditinfo.list","data":[)" + accounts + "]}");
+  const std::string order = keyedOrder("k1", "k1");
+  phone->send(order);
+  SQLite::Database db(dir.path() / "gateway.db", SQLite::OPEN_READWRITE);
+  while (db.execAndGet("SELECT count(*) FROM action").getInt() == 0) continue;
+  db.exec("BEGIN IMMEDIATE");
+  while (phone->receive().id != "\"k1\"") continue;
+  EXPECT_THAT(readFile(dir.path() / "terminal.log"),
+              HasSubstr("gateway.db cannot remember the reply to order.new yet"));
+  db.exec("ROLLBACK");
+  while (ask(*phone, order).message == kUnknown) continue;
+  EXPECT_EQ(ask(*phone, order).message, "");
+  EXPECT_EQ(countOrders(*phone)["k1"], 1);
+}
+
 // Every order is sent until it has an answer, whatever happens to connection and terminal in between.
 TEST(Key, DoublesNoOrderWhenRepliesAreLost) {
   constexpr int kOrders = 60;
