@@ -19,7 +19,9 @@ using asio::ip::tcp;
 using boost::system::error_code;
 
 constexpr size_t kMaxSessions = 256;
-constexpr size_t kMaxWaiting = 1024;   // requests of one connection
+constexpr size_t kMaxWaiting = 1024;                          // requests of one connection
+constexpr size_t kMaxWaitingBytes = size_t{8} * 1024 * 1024;  // of a token's requests before the library has them
+constexpr size_t kMaxHanded = 8;       // requests that the library has: enough to keep it busy, few enough to wait for
 constexpr size_t kMaxOverruns = 1024;  // requests of one connection that were refused before half of those had a reply
 constexpr std::chrono::milliseconds kAcceptPause{100};
 constexpr std::chrono::seconds kLongAnswer{10};
@@ -52,14 +54,14 @@ std::string urlHost(const asio::ip::address& address) {
   return address.is_v6() ? '[' + address.to_string() + ']' : address.to_string();
 }
 
-std::string secondsText(std::chrono::steady_clock::duration time) {
-  return fmt::format("{:.1f} s", std::chrono::duration<double>(time).count());
 // Whom to count as one: a host of IPv6 has all addresses of its network of 64 bits.
 std::string networkOf(const asio::ip::address& address) {
   if (address.is_v4()) return address.to_string();
   return asio::ip::network_v6(address.to_v6(), 64).canonical().to_string();
 }
 
+std::string secondsText(std::chrono::steady_clock::duration time) {
+  return fmt::format("{:.1f} s", std::chrono::duration<double>(time).count());
 }
 
 OriginPolicy::IsOwnName certifiedNames(const std::shared_ptr<asio::ssl::context>& tls) {
@@ -205,7 +207,7 @@ bool Gateway::maySeeMetrics(const Session& session, const HttpRequest& request) 
 std::vector<HealthCheck> Gateway::readiness() const {
   Clock::time_point oldest = Clock::now();
   const Clock::time_point now = oldest;
-  for (const auto& [id, request] : pending_) oldest = std::min(oldest, request.since);
+  for (const auto& [id, since] : handed_) oldest = std::min(oldest, since);
   HealthCheck agent{.name = "agent:requests"};
   if (!isTaking_()) agent = {agent.name, HealthStatus::Fail, "the agent takes no requests"};
   HealthCheck answers{.name = "agent:answers", .seconds = std::chrono::duration<double>(now - oldest).count()};
@@ -308,19 +310,55 @@ void Gateway::replaceOlder(Session& session, const Peer& peer) {
 void Gateway::onRequest(Session& session, const Frame& frame) {
   Peer& peer = peers_.at(&session);
   if (!mayPass(session, peer, frame)) return;
-  if (peer.waiting >= kMaxWaiting) return onOverrun(session, peer, frame);
+  if (peer.waiting >= kMaxWaiting || queue_.bytes(peer.visitor.token) >= kMaxWaitingBytes) {
+    return onOverrun(session, peer, frame);
+  }
   const bool isAction = changesSomething(frame.topic);
   const int64_t requestId = ++lastRequestId_;
   if (isAction && !beginAction(session, peer, frame, requestId)) return;
-  if (!receive_(requestId, frame.terminalType, frame.topic, std::string(frame.body))) {
-    keeper_.abandon(requestId);
-    return refuse(session, Refusal::Agent, frame.id, frame.topic,
-                  "the terminal takes no requests now: this one was not taken");
-  }
   const size_t topic = Metrics::topicNumber(frame.topic);
-  metrics_.countRequest(topic);
   pending_.emplace(requestId, Pending{{&session, std::string(frame.id)}, {}, isAction, topic, Clock::now()});
   ++peer.waiting;
+  queue_.add(peer.visitor.token, {requestId, frame.terminalType, frame.topic, std::string(frame.body)});
+  handOn();
+}
+
+// The library works off one request after the other, so it gets a few at a time, and of each token in turn.
+void Gateway::handOn() {
+  while (handed_.size() < kMaxHanded) {
+    const std::optional<Job> job = queue_.next();
+    if (!job) return;
+    if (isWanted(*job) && !hand(*job)) takeBack(*job);
+  }
+}
+
+// What changes something is carried out although its phone went away.
+bool Gateway::isWanted(const Job& job) const {
+  const auto request = pending_.find(job.requestId);
+  if (request == pending_.end()) return false;
+  const Session* session = request->second.first.session;
+  return request->second.isAction || (session != nullptr && !session->isClosing());
+}
+
+bool Gateway::hand(const Job& job) try {
+  if (!receive_(job.requestId, job.terminalType, job.topic, job.body)) return false;
+  handed_.emplace(job.requestId, Clock::now());
+  metrics_.countRequest(Metrics::topicNumber(job.topic));
+  return true;
+} catch (const std::exception& error) {
+  TERMINAL_LOG(logger(), Error, "a request of {} could not be handed on: {}", job.topic, error.what());
+  return false;
+}
+
+void Gateway::takeBack(const Job& job) {
+  keeper_.abandon(job.requestId);
+  const auto node = pending_.extract(job.requestId);
+  if (node.empty()) return;
+  metrics_.countRefusal(Refusal::Agent);
+  MobileMessage refusal;
+  refusal.topic = job.topic;
+  refusal.message = "the terminal takes no requests now: this one was not taken";
+  answerAll(node.mapped(), refusal);
 }
 
 bool Gateway::mayPass(Session& session, const Peer& peer, const Frame& frame) {
@@ -355,8 +393,10 @@ bool Gateway::beginAction(Session& session, Peer& peer, const Frame& frame, int6
 }
 
 void Gateway::onOverrun(Session& session, Peer& peer, const Frame& frame) {
+  const bool isMany = peer.waiting >= kMaxWaiting;
   refuse(session, Refusal::Crowd, frame.id, frame.topic,
-         fmt::format("{} requests wait for their reply already", peer.waiting));
+         isMany ? fmt::format("{} requests wait for their reply already", peer.waiting)
+                : "requests of this token with 8 MiB wait already");
   if (++peer.overruns >= kMaxOverruns) session.close(CloseCode::TooMany, "too many requests wait for their reply");
 }
 
@@ -377,19 +417,28 @@ void Gateway::onClosed(Session& session) {
     const bool isIdle = pending.first.session == nullptr && !pending.isAction;
     entry = isIdle ? pending_.erase(entry) : std::next(entry);
   }
+  queue_.dropWhere([this](const Job& job) { return !pending_.contains(job.requestId); });
   peers_.erase(&session);
 }
 
 void Gateway::onMessage(const MobileMessage& message) {
   if (message.requestId == kNoRequestId) return push(message);
-  const auto node = pending_.extract(message.requestId);
-  if (node.empty()) {
+  handed_.erase(message.requestId);
+  if (const auto node = pending_.extract(message.requestId); !node.empty()) {
+    onReply(node.mapped(), message);
+  } else {
     TERMINAL_LOG(logger(), Debug, "nobody waits for the reply {} to {}", message.requestId, message.topic);
-    return;
   }
-  const Pending& request = node.mapped();
+  handOn();
+}
+
+void Gateway::onReply(const Pending& request, const MobileMessage& message) {
   if (request.isAction) keeper_.finish(message.requestId, message);
   metrics_.countAnswer(request.topic, !message.message.empty(), Clock::now() - request.since);
+  answerAll(request, message);
+}
+
+void Gateway::answerAll(const Pending& request, const MobileMessage& message) {
   answer(request.first, message);
   for (const Waiter& waiter : request.others) answer(waiter, message);
 }
@@ -398,6 +447,7 @@ void Gateway::answer(const Waiter& waiter, const MobileMessage& message) {
   if (waiter.session == nullptr) return;
   Peer& peer = peers_.at(waiter.session);
   if (--peer.waiting < kMaxWaiting / 2) peer.overruns = 0;
+  if (waiter.session->isClosing()) return;
   guard(*waiter.session, [&] { sendText(*waiter.session, writeAnswer(waiter.id, message)); });
 }
 

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "host/mobilemessage.h"
+#include "terminal/gateway/fairqueue.h"
 #include "terminal/gateway/frame.h"
 #include "terminal/gateway/gatekeeper.h"
 #include "terminal/gateway/health.h"
@@ -117,9 +118,15 @@ class Gateway : private ISessionOwner {
   void onRequest(Session& session, const Frame& frame);
   bool mayPass(Session& session, const Peer& peer, const Frame& frame);
   bool beginAction(Session& session, Peer& peer, const Frame& frame, int64_t requestId);
+  void handOn();
+  bool isWanted(const Job& job) const;
+  bool hand(const Job& job);
+  void takeBack(const Job& job);
   void onOverrun(Session& session, Peer& peer, const Frame& frame);
   void refuse(Session& session, Refusal reason, std::string_view id, std::string_view topic, std::string_view why);
   void onMessage(const MobileMessage& message);
+  void onReply(const Pending& request, const MobileMessage& message);
+  void answerAll(const Pending& request, const MobileMessage& message);
   void answer(const Waiter& waiter, const MobileMessage& message);
   void push(const MobileMessage& message);
   void watch();
@@ -141,6 +148,8 @@ class Gateway : private ISessionOwner {
   Metrics metrics_;
   std::unordered_map<Session*, Peer> peers_;
   std::unordered_map<int64_t, Pending> pending_;
+  FairQueue queue_;
+  std::unordered_map<int64_t, Clock::time_point> handed_;  // what the library has, by request id, since when
   int64_t connections_ = 0;
   int64_t lastRequestId_ = 0;
   std::thread thread_;

@@ -117,6 +117,7 @@ class WebSocketSession final : public Session, public std::enable_shared_from_th
   }
 
   bool isAdmitted() const override { return admitted_; }
+  bool isClosing() const override { return closing_; }
   std::optional<CloseCode> closeCode() const override { return closeCode_; }
   const std::string& name() const override { return name_; }
   const boost::asio::ip::address& address() const override { return address_; }
@@ -161,8 +162,8 @@ class WebSocketSession final : public Session, public std::enable_shared_from_th
 
   void onPage(error_code error, size_t /*bytes*/) {
     if (error) return finish();
-    stream().shutdown(beast::role_type::server, handler(&WebSocketSession::onShutdown));
     finishAfter(kCloseTime);  // the stream's own deadline ends with the last byte written
+    stream().shutdown(beast::role_type::server, handler(&WebSocketSession::onShutdown));
   }
 
   void onShutdown(error_code /*error*/) { finish(); }
@@ -212,10 +213,10 @@ class WebSocketSession final : public Session, public std::enable_shared_from_th
     if (closing_) writeClose();
   }
 
-  void writeClose() { ws_.async_close(reason_, handler(&WebSocketSession::onCloseWritten)); }
   // Without the message on its way, which may be a long list that a fast phone takes as fast as it can.
   size_t waitingBytes() const { return queue_.empty() ? 0 : queuedBytes_ - queue_.front()->size(); }
 
+  void writeClose() { ws_.async_close(reason_, handler(&WebSocketSession::onCloseWritten)); }
   void onCloseWritten(error_code /*error*/) { finish(); }
 
   // What waits is lost with the connection; only the message on its way can still end.

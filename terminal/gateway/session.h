@@ -55,6 +55,9 @@ class Session {
   virtual void admit() = 0;
   virtual bool isAdmitted() const = 0;
 
+  // Whether it ends, so that nothing more reaches the peer.
+  virtual bool isClosing() const = 0;
+
   // Why it was closed from here; nothing where it was not.
   virtual std::optional<CloseCode> closeCode() const = 0;
 

@@ -103,6 +103,29 @@ TEST_F(HostileTest, BadFrames) {
   expectUnharmed();
 }
 
+// A peer that has its page and stays.
+TEST_F(HostileTest, KeepsItsEndOpen) {
+  RawSocket peer(port_);
+  peer << "GET / HTTP/1.1\r\nHost: localhost\r\n\r\n";
+  EXPECT_THAT(peer.readToEnd(), StartsWith("HTTP/1.1 200 "));
+  expectUnharmed();
+}
+
+// What one token asks for does not hold up another, and ends with its connection.
+TEST_F(HostileTest, LongRequests) {
+  std::string accounts = "1";
+  for (int i = 1; i < 1000; ++i) accounts += ",1";
+  std::string requests;
+  for (int i = 0; i < 300; ++i) requests += frame(R"({"topic":"creditinfo.list","data":[)" + accounts + "]}");
+  const auto trader = terminal_.login(makeToken(dir_.path(), "trader", "trade"));
+  RawSocket greedy = openWebSocket(port_);
+  greedy << login() + requests;
+  greedy.readUntil("creditinfo.list");
+  EXPECT_EQ(trader->request("order.new", R"({"orderList":[]})").topic, "order.new");
+  EXPECT_THAT(httpGet(port_, "/metrics"),
+              Not(testing::ContainsRegex("requests_total.topic=\"creditinfo.list\". [1-9][0-9][0-9]")));
+}
+
 // Those that say nothing give way to a phone, and one that is logged in stays.
 TEST_F(HostileTest, HalfOpenConnections) {
   const auto phone = terminal_.login();

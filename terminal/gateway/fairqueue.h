@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace orvane::terminal {
+
+// A request that the library has not got yet.
+struct Job {
+  int64_t requestId = 0;
+  int32_t terminalType = 0;
+  std::string topic;
+  std::string body;
+};
+
+// The requests that wait for the library, of each token in the order in which they came, and of all tokens in turn: who
+// sends many holds up nobody but himself. One thread.
+class FairQueue {
+ public:
+  void add(int64_t token, Job job);
+
+  // Nothing where none waits.
+  std::optional<Job> next();
+
+  // How many bytes wait of a token.
+  size_t bytes(int64_t token) const;
+
+  template <typename IsIdle>
+  void dropWhere(const IsIdle& isIdle) {
+    for (auto& [token, lane] : lanes_) {
+      std::erase_if(lane.jobs, isIdle);
+      lane.bytes = 0;
+      for (const Job& job : lane.jobs) lane.bytes += sizeOf(job);
+    }
+    std::erase_if(lanes_, [](const auto& entry) { return entry.second.jobs.empty(); });
+  }
+
+ private:
+  struct Lane {
+    std::deque<Job> jobs;
+    size_t bytes = 0;
+  };
+  static size_t sizeOf(const Job& job) { return sizeof job + job.topic.size() + job.body.size(); }
+
+  std::map<int64_t, Lane> lanes_;  // by token; none is empty
+  int64_t last_ = 0;               // whose turn it was
+};
+
+}  // namespace orvane::terminal
