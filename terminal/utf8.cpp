@@ -1,8 +1,23 @@
 #include "terminal/utf8.h"
 
 #include <boost/locale/utf.hpp>
+#include <cstring>
 
 namespace orvane::terminal {
+namespace {
+
+// How many bytes at the beginning are ASCII for sure, eight at a time.
+size_t asciiPrefix(std::string_view text) {
+  constexpr uint64_t kHighBits = 0x8080'8080'8080'8080;
+  size_t length = 0;
+  for (uint64_t block = 0; text.size() - length >= sizeof block; length += sizeof block) {
+    std::memcpy(&block, text.data() + length, sizeof block);
+    if ((block & kHighBits) != 0) break;
+  }
+  return length;
+}
+
+}  // namespace
 
 char32_t nextCodePoint(std::string_view& text) {
   namespace utf = boost::locale::utf;
@@ -14,10 +29,11 @@ char32_t nextCodePoint(std::string_view& text) {
 }
 
 bool isUtf8(std::string_view text) {
-  while (!text.empty()) {
+  while (true) {
+    text.remove_prefix(asciiPrefix(text));
+    if (text.empty()) return true;
     if (nextCodePoint(text) == kNoCharacter) return false;
   }
-  return true;
 }
 
 std::string repairUtf8(std::string_view text) {
