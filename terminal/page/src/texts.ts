@@ -108,6 +108,7 @@ const kTexts = {
   // orders
   cancel: ["撤单", "Cancel"],
   cancelOf: ["撤单：{0}", "Cancel {0}"],
+  listMoved: ["列表刚刚变动，请再点一次", "The list has just moved: tap again"],
   cancelSent: ["撤单请求已发出：{0}", "Cancel sent: {0}"],
   underWay: ["等待结果的委托", "Orders awaiting their outcome"],
   sending: ["正在发送", "Sending"],

@@ -1,4 +1,5 @@
 import { Component, h } from "preact";
+import { clock } from "../clock";
 import { kFillFields, kOrderFields } from "../fields";
 import { timeOfDay, whole } from "../format";
 import { fillName, orderName } from "../merge";
@@ -6,7 +7,7 @@ import { store } from "../store";
 import { named, t } from "../texts";
 import { isBuying, isSecurity } from "../ticket";
 import { Fill, kMarket, kWorking, Order } from "../wire";
-import { CodeName, FieldList, ListFrame, nameOf, priceText, Sheet } from "./parts";
+import { CodeName, FieldList, kSettleMs, ListFrame, nameOf, priceText, Sheet } from "./parts";
 import { Rows } from "./rows";
 
 // Side and offset in words: "Buy Open". Of securities the side says it all.
@@ -39,7 +40,7 @@ async function cancel(order: Order): Promise<void> {
   store.tell(failure === "" ? t("cancelSent", orderText(order)) : `${orderText(order)}: ${failure}`, failure !== "");
 }
 
-function OrderRow(props: { row: Order; onOpen: () => void }) {
+function OrderRow(props: { row: Order; onOpen: () => void; onCancel: () => void }) {
   const { row } = props;
   const isWorking = row.status === kWorking;
   return (
@@ -66,7 +67,7 @@ function OrderRow(props: { row: Order; onOpen: () => void }) {
           class="cancel"
           aria-label={t("cancelOf", orderText(row))}
           disabled={store.link !== "online"}
-          onClick={() => void cancel(row)}
+          onClick={props.onCancel}
         >
           {t("cancel")}
         </button>
@@ -83,9 +84,25 @@ function sorted(rows: Order[]): Order[] {
 
 export class Orders extends Component<{}, { open: string }> {
   state = { open: "" };
+  private places = "";
+  private movedAt = 0;
+
+  // A row that has just come or gone has put another order under the finger.
+  private watch(rows: Order[]) {
+    const places = rows.map(orderName).join();
+    if (places === this.places) return;
+    this.places = places;
+    this.movedAt = clock();
+  }
+
+  private cancel(order: Order) {
+    if (clock() - this.movedAt < kSettleMs) store.tell(t("listMoved"), true);
+    else void cancel(order);
+  }
 
   render() {
     const rows = sorted(store.picked(store.lists.orders.rows));
+    this.watch(rows);
     const open = rows.find((row) => orderName(row) === this.state.open);
     return (
       <ListFrame name="orders" title={t("orders")} count={rows.length} ofAccounts>
@@ -93,7 +110,13 @@ export class Orders extends Component<{}, { open: string }> {
           rows={rows}
           nameOf={orderName}
           height={5.75}
-          render={(row: Order) => <OrderRow row={row} onOpen={() => this.setState({ open: orderName(row) })} />}
+          render={(row: Order) => (
+            <OrderRow
+              row={row}
+              onOpen={() => this.setState({ open: orderName(row) })}
+              onCancel={() => this.cancel(row)}
+            />
+          )}
         />
         {open === undefined ? null : (
           <Sheet title={`${nameOf(open)} · ${open.userCode}`} onClose={() => this.setState({ open: "" })}>

@@ -143,7 +143,7 @@ export class Sheet extends Component<{ title: string; onClose: () => void; child
   }
 }
 
-const kSettleMs = 400;
+export const kSettleMs = 400; // nobody reads and taps faster
 
 // The button of a dialog that carries out what it asks. It takes no tap at first: the second one of a double tap on what
 // opened the dialog would say yes to what nobody has read.
