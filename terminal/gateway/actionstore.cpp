@@ -12,7 +12,7 @@
 namespace orvane::terminal {
 namespace {
 
-constexpr int64_t kKeepSeconds = 7 * 24 * 3600;
+constexpr int64_t kKeepSeconds = int64_t{7} * 24 * 3600;
 constexpr int64_t kPruneSeconds = 3600;
 constexpr size_t kMaxRefusedBody = 1024;  // in the audit: who may do nothing shall not fill the disk
 

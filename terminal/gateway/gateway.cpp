@@ -42,7 +42,7 @@ void sendText(Session& session, std::string text) {
 
 asio::ip::address parseAddress(const std::string& text) {
   error_code error;
-  const asio::ip::address address = asio::ip::make_address(text, error);
+  asio::ip::address address = asio::ip::make_address(text, error);
   if (error) throw std::runtime_error(fmt::format("--listen must be an IP address, not {}", text));
   return address;
 }
@@ -294,8 +294,9 @@ void Gateway::admit(Session& session, const Frame& frame, const Visitor& visitor
   session.admit();
   const bool resumes = frame.resume && pushes_.canResume(frame.resume->epoch, frame.resume->seq);
   sendText(session, writeWelcome(frame.id, visitor, {pushes_.epoch(), pushes_.last()}, resumes));
-  if (resumes && visitor.rights.has(Right::See))
+  if (resumes && visitor.rights.has(Right::See)) {
     pushes_.resume(frame.resume->seq, [&](const PushLog::Text& text) { session.send(text); });
+  }
 }
 
 // A phone that comes back has given its older connection up.

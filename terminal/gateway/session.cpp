@@ -54,7 +54,7 @@ HttpRequest headOf(const http::request<http::empty_body>& request) {
 boost::asio::ip::address addressOf(const boost::asio::ip::tcp::socket& socket) {
   namespace ip = boost::asio::ip;
   error_code gone;
-  const ip::address address = socket.remote_endpoint(gone).address();
+  ip::address address = socket.remote_endpoint(gone).address();
   if (!address.is_v6() || !address.to_v6().is_v4_mapped()) return address;
   return ip::make_address_v4(ip::v4_mapped, address.to_v6());
 }
