@@ -144,7 +144,7 @@ class AsyncBufferQueueThread {
   // Keeps off the lock for a moment: without it, a consumer as fast as its producers takes the lock for each item, and
   // all of them wait for the lock more than they work.
   static void letBatchGrow() {
-    const Clock::time_point end = Clock::now() + std::chrono::microseconds(2);
+    const Clock::time_point end = Clock::now() + std::chrono::microseconds(4);
     while (Clock::now() < end) {
     }
   }
