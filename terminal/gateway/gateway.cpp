@@ -21,7 +21,8 @@ using boost::system::error_code;
 constexpr size_t kMaxSessions = 256;
 constexpr size_t kMaxWaiting = 1024;                          // requests of one connection
 constexpr size_t kMaxWaitingBytes = size_t{8} * 1024 * 1024;  // of a token's requests before the library has them
-constexpr size_t kMaxHanded = 8;       // requests that the library has: enough to keep it busy, few enough to wait for
+constexpr size_t kMaxHanded = 32;      // requests that the library has: enough to keep it busy, few enough to wait for
+constexpr size_t kHandedBytes = 4096;  // of their bodies, after which no more are handed on: a long body is long work
 constexpr size_t kMaxOverruns = 1024;  // requests of one connection that were refused before half of those had a reply
 constexpr std::chrono::milliseconds kAcceptPause{100};
 constexpr std::chrono::seconds kLongAnswer{10};
@@ -207,7 +208,7 @@ bool Gateway::maySeeMetrics(const Session& session, const HttpRequest& request) 
 std::vector<HealthCheck> Gateway::readiness() const {
   Clock::time_point oldest = Clock::now();
   const Clock::time_point now = oldest;
-  for (const auto& [id, since] : handed_) oldest = std::min(oldest, since);
+  for (const auto& [id, handed] : handed_) oldest = std::min(oldest, handed.since);
   HealthCheck agent{.name = "agent:requests"};
   if (!isTaking_()) agent = {agent.name, HealthStatus::Fail, "the agent takes no requests"};
   HealthCheck answers{.name = "agent:answers", .seconds = std::chrono::duration<double>(now - oldest).count()};
@@ -326,7 +327,7 @@ void Gateway::onRequest(Session& session, const Frame& frame) {
 
 // The library works off one request after the other, so it gets a few at a time, and of each token in turn.
 void Gateway::handOn() {
-  while (handed_.size() < kMaxHanded) {
+  while (handed_.size() < kMaxHanded && handedBytes_ < kHandedBytes) {
     const std::optional<Job> job = queue_.next();
     if (!job) return;
     if (isWanted(*job) && !hand(*job)) takeBack(*job);
@@ -343,7 +344,8 @@ bool Gateway::isWanted(const Job& job) const {
 
 bool Gateway::hand(const Job& job) try {
   if (!receive_(job.requestId, job.terminalType, job.topic, job.body)) return false;
-  handed_.emplace(job.requestId, Clock::now());
+  handed_.emplace(job.requestId, Handed{Clock::now(), job.body.size()});
+  handedBytes_ += job.body.size();
   metrics_.countRequest(Metrics::topicNumber(job.topic));
   return true;
 } catch (const std::exception& error) {
@@ -424,7 +426,9 @@ void Gateway::onClosed(Session& session) {
 
 void Gateway::onMessage(const MobileMessage& message) {
   if (message.requestId == kNoRequestId) return push(message);
-  handed_.erase(message.requestId);
+  if (const auto handed = handed_.extract(message.requestId); !handed.empty()) {
+    handedBytes_ -= handed.mapped().bytes;
+  }
   if (const auto node = pending_.extract(message.requestId); !node.empty()) {
     onReply(node.mapped(), message);
   } else {

@@ -96,6 +96,10 @@ class Gateway : private ISessionOwner {
     size_t topic = 0;            // as the metrics number it
     Clock::time_point since;
   };
+  struct Handed {
+    Clock::time_point since;
+    size_t bytes = 0;  // of its body
+  };
 
   void accept();
   void onAccept(const boost::system::error_code& error, boost::asio::ip::tcp::socket socket);
@@ -149,7 +153,8 @@ class Gateway : private ISessionOwner {
   std::unordered_map<Session*, Peer> peers_;
   std::unordered_map<int64_t, Pending> pending_;
   FairQueue queue_;
-  std::unordered_map<int64_t, Clock::time_point> handed_;  // what the library has, by request id, since when
+  std::unordered_map<int64_t, Handed> handed_;  // what the library has, by request id
+  size_t handedBytes_ = 0;
   int64_t connections_ = 0;
   int64_t lastRequestId_ = 0;
   std::thread thread_;
