@@ -36,14 +36,29 @@ ClientOptions optionsOf(const Settings& settings) {
   return options;
 }
 
+Client connect(const Settings& settings) try {
+  return Client(settings.port, optionsOf(settings));
+} catch (const ClientError& error) {
+  throw ClientError(fmt::format(
+      "{}\nIs the terminal running, and are --listen, --port and --tls-... those it was started with?", error.what()));
+}
+
+void login(Client& client, const OwnToken& own) {
+  try {
+    client.login(own.text());
+  } catch (const ClientError& error) {
+    throw ClientError(fmt::format("{}\nIs --data the folder of the terminal that was asked?", error.what()));
+  }
+}
+
 }  // namespace
 
 int runCall(const Settings& settings) try {
   const CallSettings& call = *settings.call;
   std::optional<OwnToken> own;
   if (call.token.empty()) own.emplace(settings.dataDir);
-  Client client(settings.port, optionsOf(settings));
-  client.login(own ? own->text() : call.token);
+  Client client = connect(settings);
+  own ? login(client, *own) : client.login(call.token);
   const Reply reply = client.request(call.topic, call.data, call.terminalType);
   if (reply.message.empty()) {
     printReply(reply, call.asTable);
@@ -52,11 +67,7 @@ int runCall(const Settings& settings) try {
   std::fputs((reply.message + '\n').c_str(), stderr);
   return kRefused;
 } catch (const std::exception& error) {
-  const std::string text = fmt::format(
-      "pocket-terminal: {}\nIs the terminal running, and are --listen, --port, --data and --tls-... those it was "
-      "started with?\n",
-      error.what());
-  std::fputs(text.c_str(), stderr);
+  std::fputs(fmt::format("pocket-terminal: {}\n", error.what()).c_str(), stderr);
   return kNotAsked;
 }
 

@@ -95,6 +95,13 @@ std::vector<HealthCheck> checkHost(const TradingHost& host) {
   return {database, quotes};
 }
 
+// On the screen, and in the log: a service has no screen.
+void tellFingerprint(const std::string& sha256) {
+  const std::string text = fmt::format("Certificate's SHA-256: {}", sha256);
+  fmt::print("{}\n", text);
+  TERMINAL_LOG(log4cxx::Logger::getLogger("Gateway"), Info, "{}", text);
+}
+
 int serve(const Settings& settings) try {
   const StopSignals stopSignals;
   makeDataDir(settings.dataDir);
@@ -111,7 +118,7 @@ int serve(const Settings& settings) try {
   MobileServer server(gateway);
   const Running running(host, server, gateway.url());
   printLink(settings, gateway.url());
-  if (settings.tls) fmt::print("Certificate's SHA-256: {}\n", fingerprint(settings.tls->certificate));
+  if (settings.tls) tellFingerprint(fingerprint(settings.tls->certificate));
   std::fflush(stdout);
   stopSignals.wait();
   return EXIT_SUCCESS;

@@ -17,6 +17,7 @@ namespace orvane::terminal {
 namespace {
 
 constexpr int kUsageError = 2;
+constexpr const char* kMoreOptions = "\nThe terminal's own options, such as --data, may stand here too.";
 
 std::string environment(const char* name) {
   const char* value = std::getenv(name);
@@ -128,6 +129,7 @@ void addTradingOptions(CLI::App& app, Settings& settings, Arguments& typed) {
 CLI::App& addCall(CLI::App& app, Arguments& typed) {
   CLI::App& call = *app.add_subcommand("call", "send one request to a running terminal, and print the reply");
   call.fallthrough();
+  call.footer(kMoreOptions);
   call.option_defaults()->group("Options")->configurable(false);
   call.add_option("TOPIC", typed.call.topic, "such as account.list")->required();
   call.add_option("DATA", typed.call.data, "the request's body, such as '[0, 3]'")
@@ -149,6 +151,7 @@ CLI::App& addToken(CLI::App& app, Arguments& typed) {
   const auto addTask = [&](const char* name, const char* help, Task task) {
     CLI::App* sub = token.add_subcommand(name, help);
     sub->fallthrough();
+    sub->footer(kMoreOptions);
     sub->callback([&typed, task] { typed.token.task = task; });
     return sub;
   };

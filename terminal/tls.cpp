@@ -1,9 +1,13 @@
 #include "terminal/tls.h"
 
+#include <cerrno>
+#include <cstring>
 #include <stdexcept>
+#include <string>
 
 #include <fmt/format.h>
 #include <openssl/x509v3.h>
+#include <unistd.h>
 
 #include "terminal/certificate.h"
 
@@ -12,6 +16,9 @@ namespace {
 
 namespace ssl = boost::asio::ssl;
 
+constexpr const char* kCertificate = "certificate";
+constexpr const char* kKey = "key";
+
 std::shared_ptr<ssl::context> makeContext(ssl::context::method method) {
   auto context = std::make_shared<ssl::context>(method);
   SSL_CTX_set_min_proto_version(context->native_handle(), TLS1_2_VERSION);
@@ -19,8 +26,12 @@ std::shared_ptr<ssl::context> makeContext(ssl::context::method method) {
   return context;
 }
 
-void require(const boost::system::error_code& error, const char* what, const std::filesystem::path& file) {
-  if (error) throw std::runtime_error(fmt::format("cannot use the {} {}: {}", what, file.string(), error.message()));
+[[noreturn]] void fail(const char* what, const std::filesystem::path& file, const std::string& reason) {
+  throw std::runtime_error(fmt::format("cannot use the {} {}: {}", what, file.string(), reason));
+}
+
+void requireReadable(const char* what, const std::filesystem::path& file) {
+  if (access(file.c_str(), R_OK) != 0) fail(what, file, std::strerror(errno));
 }
 
 }  // namespace
@@ -28,10 +39,12 @@ void require(const boost::system::error_code& error, const char* what, const std
 std::shared_ptr<ssl::context> makeServerTls(const TlsFiles& files) {
   auto context = makeContext(ssl::context::tls_server);
   boost::system::error_code error;
+  requireReadable(kCertificate, files.certificate);
   context->use_certificate_chain_file(files.certificate.string(), error);
-  require(error, "certificate", files.certificate);
+  if (error) fail(kCertificate, files.certificate, fmt::format("it is no PEM certificate ({})", error.message()));
+  requireReadable(kKey, files.key);
   context->use_private_key_file(files.key.string(), ssl::context::pem, error);
-  require(error, "key", files.key);
+  if (error) fail(kKey, files.key, fmt::format("it is not the PEM key of the certificate ({})", error.message()));
   return context;
 }
 

@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "terminal/gateway/ownersfile.h"
 #include "terminal/json.h"
 
 namespace orvane::terminal {
@@ -54,21 +55,6 @@ struct Descriptor {
   int number;
 };
 
-// A file that root makes by a command is left to the folder's owner: the terminal that runs as a service writes it too.
-int makeFile(const std::filesystem::path& file, int flags) {
-  const int made = open(file.c_str(), flags | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
-  struct stat folder {};
-  if (made < 0 || geteuid() != 0 || stat(file.parent_path().c_str(), &folder) != 0) return made;
-  return fchown(made, folder.st_uid, folder.st_gid) == 0 ? made : (close(made), -1);
-}
-
-int openFile(const std::filesystem::path& file) {
-  constexpr int kFlags = O_WRONLY | O_APPEND | O_CLOEXEC;
-  int opened = open(file.c_str(), kFlags);
-  if (opened < 0 && errno == ENOENT) opened = makeFile(file, kFlags);
-  return opened < 0 && errno == EEXIST ? open(file.c_str(), kFlags) : opened;  // another process was faster
-}
-
 // null where there is none.
 std::string nameText(std::string_view name) { return name.empty() ? "null" : jsonString(name); }
 
@@ -95,7 +81,7 @@ std::string auditLoss() {
 
 void AuditLog::append(std::string line) const {
   line += '\n';
-  const Descriptor file(openFile(file_));
+  const Descriptor file(openOwnersFile(file_, O_WRONLY | O_APPEND | O_CLOEXEC));
   struct stat before {};
   if (file.number < 0 || flock(file.number, LOCK_EX) != 0 || fstat(file.number, &before) != 0) fail(file_);
   const ssize_t written = write(file.number, line.data(), line.size());

@@ -19,6 +19,7 @@ using asio::ip::tcp;
 using boost::system::error_code;
 
 constexpr size_t kMaxSessions = 256;
+constexpr size_t kMaxOfToken = 192;                           // connections, so that others find room
 constexpr size_t kMaxWaiting = 1024;                          // requests of one connection
 constexpr size_t kMaxWaitingBytes = size_t{8} * 1024 * 1024;  // of a token's requests before the library has them
 constexpr size_t kMaxHanded = 32;      // requests that the library has: enough to keep it busy, few enough to wait for
@@ -65,6 +66,12 @@ std::string secondsText(std::chrono::steady_clock::duration time) {
   return fmt::format("{:.1f} s", std::chrono::duration<double>(time).count());
 }
 
+std::string_view adviceFor(const error_code& error) {
+  if (error == asio::error::address_in_use) return "end the program that holds the port, or choose another with --port";
+  if (error == asio::error::access_denied) return "choose a port above 1023 with --port";
+  return "choose an address of this machine with --listen";
+}
+
 OriginPolicy::IsOwnName certifiedNames(const std::shared_ptr<asio::ssl::context>& tls) {
   if (tls == nullptr) return {};
   return [tls](const std::string& name) { return isCertified(*tls, name); };
@@ -87,9 +94,8 @@ Gateway::Gateway(GatewayOptions options)
     acceptor_ = tcp::acceptor(io_, tcp::endpoint(address, options_.port));
     port_ = acceptor_.local_endpoint().port();
   } catch (const boost::system::system_error& error) {
-    throw std::runtime_error(fmt::format(
-        "cannot listen on {}:{}: {}; end the program that holds the port, or choose others with --port and --listen",
-        options_.address, options_.port, error.code().message()));
+    throw std::runtime_error(fmt::format("cannot listen on {}:{}: {}; {}", options_.address, options_.port,
+                                         error.code().message(), adviceFor(error.code())));
   }
 }
 
@@ -292,12 +298,24 @@ void Gateway::admit(Session& session, const Frame& frame, const Visitor& visitor
   peer.visitor = visitor;
   peer.device = frame.device;
   replaceOlder(session, peer);
+  if (connectionsOf(visitor.token) > kMaxOfToken) {
+    refuse(session, Refusal::Login, frame.id, kLogin,
+           fmt::format("{} connections with this token are open already", kMaxOfToken));
+    return session.close(CloseCode::TooMany, "too many connections with this token");
+  }
   session.admit();
   const bool resumes = frame.resume && pushes_.canResume(frame.resume->epoch, frame.resume->seq);
   sendText(session, writeWelcome(frame.id, visitor, {pushes_.epoch(), pushes_.last()}, resumes));
   if (resumes && visitor.rights.has(Right::See)) {
     pushes_.resume(frame.resume->seq, [&](const PushLog::Text& text) { session.send(text); });
   }
+}
+
+size_t Gateway::connectionsOf(int64_t token) const {
+  return static_cast<size_t>(std::count_if(peers_.begin(), peers_.end(), [token](const auto& entry) {
+    const auto& [session, peer] = entry;
+    return peer.visitor.token == token && !session->isClosing();
+  }));
 }
 
 // A phone that comes back has given its older connection up.

@@ -118,6 +118,7 @@ class Gateway : private ISessionOwner {
   void onLogin(Session& session, const Frame& frame);
   void onWrongLogin(Session& session, const Frame& frame);
   void admit(Session& session, const Frame& frame, const Visitor& visitor);
+  size_t connectionsOf(int64_t token) const;
   void replaceOlder(Session& session, const Peer& peer);
   void onRequest(Session& session, const Frame& frame);
   bool mayPass(Session& session, const Peer& peer, const Frame& frame);

@@ -6,9 +6,12 @@
 #include <string>
 
 #include <SQLiteCpp/Transaction.h>
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <sqlite3.h>
 #include <unistd.h>
+
+#include "terminal/gateway/ownersfile.h"
 
 namespace orvane::terminal {
 namespace {
@@ -28,6 +31,12 @@ CREATE TABLE action (
 CREATE TABLE address (link TEXT NOT NULL);
 PRAGMA user_version = 1;
 )sql";
+
+// SQLite takes an empty file for a new database. Where this fails, opening the database tells why.
+void makeEmpty(const std::filesystem::path& file) {
+  const int made = openOwnersFile(file, O_RDWR | O_CLOEXEC);
+  if (made >= 0) close(made);
+}
 
 void requirePrivate(const std::filesystem::path& file) {
   using std::filesystem::perms;
@@ -62,12 +71,13 @@ void requireWritable(const std::filesystem::path& dir) {
 SQLite::Database openGatewayDatabase(const std::filesystem::path& dataDir, IfMissing ifMissing) {
   const std::filesystem::path file = dataDir / "gateway.db";
   std::error_code unknown;
-  if (ifMissing == IfMissing::Fail &&
-      std::filesystem::status(file, unknown).type() == std::filesystem::file_type::not_found) {
+  const bool isMissing = std::filesystem::status(file, unknown).type() == std::filesystem::file_type::not_found;
+  if (isMissing && ifMissing == IfMissing::Fail) {
     throw std::runtime_error(
         fmt::format("there is no {}: start the terminal once, or name its folder with --data", file.string()));
   }
   requireWritable(dataDir);
+  if (isMissing) makeEmpty(file);
   try {
     SQLite::Database db(file.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
     requirePrivate(file);

@@ -7,6 +7,8 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <rapidjson/document.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "tests/system/terminalprocess.h"
 
@@ -86,6 +88,32 @@ TEST_F(IdentityTest, TellsMistakes) {
   }
   SQLite::Database(data() / "gateway.db", SQLite::OPEN_READWRITE).exec("PRAGMA user_version = 2");
   check({{}, 1, "gateway.db: its version is 2, this program reads version 1"}, run({"token", "list"}));
+}
+
+// As root makes the first token of a terminal that is to run as a service.
+TEST(Token, IsLeftToTheFoldersOwner) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root gives files away";
+  constexpr uid_t kService = 65534;
+  const TempDir dir;
+  ASSERT_EQ(chown(dir.path().c_str(), kService, kService), 0);
+  makeToken(dir.path(), "phone", "see");
+  for (const char* name : {"gateway.db", "audit.log"}) {
+    struct stat file {};
+    ASSERT_EQ(stat((dir.path() / name).c_str(), &file), 0) << name;
+    EXPECT_EQ(file.st_uid, kService) << name;
+    EXPECT_EQ(file.st_mode & 0777, 0600U) << name;
+  }
+}
+
+TEST_F(IdentityTest, LeavesRoomForOtherTokens) {
+  std::vector<std::unique_ptr<Client>> phones;
+  while (phones.size() < 192) phones.push_back(terminal_.login());
+  Client oneMore(terminal_.port());
+  EXPECT_THROW(oneMore.login(terminal_.token()), terminal::ClientError);
+  EXPECT_EQ(oneMore.waitClose(), 4429);
+  const auto other = terminal_.login(makeToken(data(), "other", "see"));
+  EXPECT_EQ(other->request("account.list").message, "");
+  EXPECT_EQ(phones.front()->request("account.list").message, "");
 }
 
 TEST_F(IdentityTest, HoldsWrongLoginsUp) {

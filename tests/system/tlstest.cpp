@@ -60,7 +60,9 @@ TEST(Tls, IsAMustBeyondLoopback) {
       {{"--listen", "0.0.0.0"}, "beyond this machine, on 0.0.0.0, the terminal listens with TLS only: add --tls-self"},
       {{"--listen", "::"}, "beyond this machine, on ::, the terminal listens with TLS only: add --tls-self"},
       {{"--listen", "home"}, "home is no IP address"},
-      {{"--tls-cert", "/none", "--tls-key", "/none"}, "cannot use the certificate /none: "},
+      {{"--listen", "192.0.2.1", "--tls-self"}, "choose an address of this machine with --listen"},
+      {{"--tls-cert", "/none", "--tls-key", "/none"}, "cannot use the certificate /none: No such file or directory"},
+      {{"--tls-cert", "/dev/null", "--tls-key", "/none"}, "/dev/null: it is no PEM certificate ("},
       {{"--tls-cert", "/none"}, "its key is missing: add --tls-key"},
       {{"--allow-origin", "https://a/b"}, "https://a/b is no origin such as https://trade.example.com:8443"},
   };
