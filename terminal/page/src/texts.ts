@@ -172,7 +172,7 @@ const kTexts = {
   mismatch: ["不一致", "Differs"],
   pickAll: ["全选", "Pick all"],
   placePicked: ["同步 {0} 笔", "Place {0}"],
-  placeQuestion: ["同步以下 {0} 笔委托？", "Place these {0} orders?"],
+  placeQuestion: ["同步以下 {0} 笔委托？", "Orders to place: {0}"],
   place: ["确认同步", "Place them"],
   placed: ["已提交 {0} 笔同步委托", "Synchronising orders sent: {0}"],
   inSync: ["没有需要同步的委托", "Everything is in step: no orders to place"],

@@ -12,6 +12,8 @@ import { Rows } from "./rows";
 const keyOf = (row: SyncOrder): string =>
   `${row.index}:${row.hashCode}:${row.side}:${row.combOffsetFlag}:${row.volume}`;
 
+const kMostAtOnce = 1000; // that the terminal takes in one request
+
 function Terms(props: { row: SyncOrder }) {
   const { row } = props;
   return (
@@ -100,8 +102,9 @@ export class SyncOrders extends Component<{}, State> {
     );
   }
 
-  private pickAll(rows: SyncOrder[], areAll: boolean) {
-    const pick = () => this.setState({ picked: areAll ? [] : rows.map(keyOf) });
+  private pickAll(rows: SyncOrder[], count: number) {
+    const areAll = count === Math.min(rows.length, kMostAtOnce);
+    const pick = () => this.setState({ picked: areAll ? [] : rows.slice(0, kMostAtOnce).map(keyOf) });
     return (
       <label class="check all">
         <input type="checkbox" checked={areAll} onChange={pick} />
@@ -116,7 +119,7 @@ export class SyncOrders extends Component<{}, State> {
     const ask = () => this.setState({ isAsking: true, failure: "" });
     return (
       <ListFrame name="sync" title={t("sync")} count={rows.length} ofAccounts empty={t("inSync")}>
-        {store.may("trade") && rows.length > 0 ? this.pickAll(rows, picked.length === rows.length) : null}
+        {store.may("trade") && rows.length > 0 ? this.pickAll(rows, picked.length) : null}
         <Rows
           rows={rows}
           nameOf={keyOf}
