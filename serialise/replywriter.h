@@ -71,9 +71,9 @@ class ReplyWriter : private rapidjson::Writer<rapidjson::StringBuffer> {
 
  private:
   // Rows are much of a length: room for all of them saves the buffer from growing over and over. A first row that is
-  // long because of a phone's text counts no more than others.
+  // longer than lists have them, by a phone's own text, is no measure of the others.
   void reserveRows(size_t rowSize, size_t count) {
-    constexpr size_t kLongRow = 4096;
+    constexpr size_t kLongRow = 2048;
     os_->Reserve(std::min(rowSize + rowSize / 8, kLongRow) * count);
   }
 

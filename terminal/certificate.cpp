@@ -138,10 +138,11 @@ bool areUsable(const TlsFiles& files, const std::string& address) {
 
 std::shared_ptr<X509> readCertificate(const std::filesystem::path& file) {
   const Text text = openText(file);
+  const std::string reason = text ? "it must be a PEM file" : std::strerror(errno);
   std::shared_ptr<X509> certificate(text ? PEM_read_bio_X509(text.get(), nullptr, nullptr, nullptr) : nullptr,
                                     X509_free);
   if (certificate == nullptr) {
-    throw std::runtime_error(fmt::format("cannot read a certificate from {}: it must be a PEM file", file.string()));
+    throw std::runtime_error(fmt::format("cannot read a certificate from {}: {}", file.string(), reason));
   }
   return certificate;
 }

@@ -41,10 +41,12 @@ std::shared_ptr<ssl::context> makeServerTls(const TlsFiles& files) {
   boost::system::error_code error;
   requireReadable(kCertificate, files.certificate);
   context->use_certificate_chain_file(files.certificate.string(), error);
-  if (error) fail(kCertificate, files.certificate, fmt::format("it is no PEM certificate ({})", error.message()));
+  if (error) fail(kCertificate, files.certificate, fmt::format("it must be a PEM certificate ({})", error.message()));
   requireReadable(kKey, files.key);
   context->use_private_key_file(files.key.string(), ssl::context::pem, error);
-  if (error) fail(kKey, files.key, fmt::format("it is not the PEM key of the certificate ({})", error.message()));
+  if (error)
+    fail(kKey, files.key,
+         fmt::format("it must be the PEM key of the certificate, without a passphrase ({})", error.message()));
   return context;
 }
 

@@ -16,6 +16,8 @@ struct Job {
   int32_t terminalType = 0;
   std::string topic;
   std::string body;
+
+  size_t size() const { return topic.size() + body.size(); }
 };
 
 // The requests that wait for the library, of each token in the order in which they came, and of all tokens in turn: who
@@ -45,7 +47,7 @@ class FairQueue {
     std::deque<Job> jobs;
     size_t bytes = 0;
   };
-  static size_t sizeOf(const Job& job) { return sizeof job + job.topic.size() + job.body.size(); }
+  static size_t sizeOf(const Job& job) { return sizeof job + job.size(); }
 
   std::map<int64_t, Lane> lanes_;  // by token; none is empty
   int64_t last_ = 0;               // whose turn it was

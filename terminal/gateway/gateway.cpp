@@ -23,7 +23,7 @@ constexpr size_t kMaxOfToken = 192;                           // connections, so
 constexpr size_t kMaxWaiting = 1024;                          // requests of one connection
 constexpr size_t kMaxWaitingBytes = size_t{8} * 1024 * 1024;  // of a token's requests before the library has them
 constexpr size_t kMaxHanded = 32;      // requests that the library has: enough to keep it busy, few enough to wait for
-constexpr size_t kHandedBytes = 4096;  // of their bodies, after which no more are handed on: a long body is long work
+constexpr size_t kHandedBytes = 4096;  // of theirs, after which no more are handed on: a long one is long work
 constexpr size_t kMaxOverruns = 1024;  // requests of one connection that were refused before half of those had a reply
 constexpr std::chrono::milliseconds kAcceptPause{100};
 constexpr std::chrono::seconds kLongAnswer{10};
@@ -67,9 +67,12 @@ std::string secondsText(std::chrono::steady_clock::duration time) {
 }
 
 std::string_view adviceFor(const error_code& error) {
-  if (error == asio::error::address_in_use) return "end the program that holds the port, or choose another with --port";
-  if (error == asio::error::access_denied) return "choose a port above 1023 with --port";
-  return "choose an address of this machine with --listen";
+  using boost::system::errc::address_not_available;
+  if (error == asio::error::address_in_use) {
+    return "; end the program that holds the port, or choose another with --port";
+  }
+  if (error == asio::error::access_denied) return "; choose a port above 1023 with --port";
+  return error == address_not_available ? "; choose an address of this machine with --listen" : "";
 }
 
 OriginPolicy::IsOwnName certifiedNames(const std::shared_ptr<asio::ssl::context>& tls) {
@@ -94,7 +97,7 @@ Gateway::Gateway(GatewayOptions options)
     acceptor_ = tcp::acceptor(io_, tcp::endpoint(address, options_.port));
     port_ = acceptor_.local_endpoint().port();
   } catch (const boost::system::system_error& error) {
-    throw std::runtime_error(fmt::format("cannot listen on {}:{}: {}; {}", options_.address, options_.port,
+    throw std::runtime_error(fmt::format("cannot listen on {}:{}: {}{}", options_.address, options_.port,
                                          error.code().message(), adviceFor(error.code())));
   }
 }
@@ -292,8 +295,6 @@ void Gateway::onWrongLogin(Session& session, const Frame& frame) {
 }
 
 void Gateway::admit(Session& session, const Frame& frame, const Visitor& visitor) {
-  TERMINAL_LOG(logger(), Info, "{} is logged in as {} from {}", session.name(), visitor.name,
-               session.address().to_string());
   Peer& peer = peers_.at(&session);
   peer.visitor = visitor;
   peer.device = frame.device;
@@ -303,6 +304,8 @@ void Gateway::admit(Session& session, const Frame& frame, const Visitor& visitor
            fmt::format("{} connections with this token are open already", kMaxOfToken));
     return session.close(CloseCode::TooMany, "too many connections with this token");
   }
+  TERMINAL_LOG(logger(), Info, "{} is logged in as {} from {}", session.name(), visitor.name,
+               session.address().to_string());
   session.admit();
   const bool resumes = frame.resume && pushes_.canResume(frame.resume->epoch, frame.resume->seq);
   sendText(session, writeWelcome(frame.id, visitor, {pushes_.epoch(), pushes_.last()}, resumes));
@@ -362,8 +365,8 @@ bool Gateway::isWanted(const Job& job) const {
 
 bool Gateway::hand(const Job& job) try {
   if (!receive_(job.requestId, job.terminalType, job.topic, job.body)) return false;
-  handed_.emplace(job.requestId, Handed{Clock::now(), job.body.size()});
-  handedBytes_ += job.body.size();
+  handed_.emplace(job.requestId, Handed{Clock::now(), job.size()});
+  handedBytes_ += job.size();
   metrics_.countRequest(Metrics::topicNumber(job.topic));
   return true;
 } catch (const std::exception& error) {

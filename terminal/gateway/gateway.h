@@ -98,7 +98,7 @@ class Gateway : private ISessionOwner {
   };
   struct Handed {
     Clock::time_point since;
-    size_t bytes = 0;  // of its body
+    size_t bytes = 0;
   };
 
   void accept();

@@ -32,10 +32,11 @@ CREATE TABLE address (link TEXT NOT NULL);
 PRAGMA user_version = 1;
 )sql";
 
-// SQLite takes an empty file for a new database. Where this fails, opening the database tells why.
+// SQLite takes an empty file for a new database.
 void makeEmpty(const std::filesystem::path& file) {
   const int made = openOwnersFile(file, O_RDWR | O_CLOEXEC);
-  if (made >= 0) close(made);
+  if (made < 0) throw std::runtime_error(fmt::format("cannot make {}: {}", file.string(), std::strerror(errno)));
+  close(made);
 }
 
 void requirePrivate(const std::filesystem::path& file) {

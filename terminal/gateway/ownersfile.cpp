@@ -13,7 +13,12 @@ int makeFile(const std::filesystem::path& file, int flags) {
   const int made = open(file.c_str(), flags | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
   struct stat folder {};
   if (made < 0 || geteuid() != 0 || stat(file.parent_path().c_str(), &folder) != 0) return made;
-  return fchown(made, folder.st_uid, folder.st_gid) == 0 ? made : (close(made), -1);
+  if (fchown(made, folder.st_uid, folder.st_gid) == 0) return made;
+  const int reason = errno;
+  unlink(file.c_str());
+  close(made);
+  errno = reason;
+  return -1;
 }
 
 }  // namespace

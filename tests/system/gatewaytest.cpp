@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
@@ -239,6 +240,16 @@ TEST_F(GatewayTest, CallTellsTheOutcome) {
     EXPECT_THAT(outcome.output, StartsWith(row.output));
     EXPECT_THAT(outcome.error, HasSubstr(row.error));
   }
+}
+
+// Such as the library gets one at a time.
+TEST_F(GatewayTest, AnswersManyLongRequests) {
+  const auto phone = terminal_.login();
+  const std::string body = "[1" + std::string(5000, ' ') + "]";
+  for (int id = 1; id <= 40; ++id) {
+    phone->send(fmt::format(R"({{"id":{},"topic":"capital.list","data":{}}})", id, id % 4 == 0 ? "[1]" : body));
+  }
+  for (int id = 1; id <= 40; ++id) EXPECT_EQ(phone->receive().id, std::to_string(id));
 }
 
 TEST_F(GatewayTest, SaysWhyItCannotStart) {

@@ -62,7 +62,7 @@ TEST(Tls, IsAMustBeyondLoopback) {
       {{"--listen", "home"}, "home is no IP address"},
       {{"--listen", "192.0.2.1", "--tls-self"}, "choose an address of this machine with --listen"},
       {{"--tls-cert", "/none", "--tls-key", "/none"}, "cannot use the certificate /none: No such file or directory"},
-      {{"--tls-cert", "/dev/null", "--tls-key", "/none"}, "/dev/null: it is no PEM certificate ("},
+      {{"--tls-cert", "/dev/null", "--tls-key", "/none"}, "/dev/null: it must be a PEM certificate ("},
       {{"--tls-cert", "/none"}, "its key is missing: add --tls-key"},
       {{"--allow-origin", "https://a/b"}, "https://a/b is no origin such as https://trade.example.com:8443"},
   };

@@ -104,7 +104,7 @@ export class SyncOrders extends Component<{}, State> {
 
   private pickAll(rows: SyncOrder[], count: number) {
     const areAll = count === Math.min(rows.length, kMostAtOnce);
-    const pick = () => this.setState({ picked: areAll ? [] : rows.slice(0, kMostAtOnce).map(keyOf) });
+    const pick = () => this.setState({ picked: areAll ? [] : rows.map(keyOf) });
     return (
       <label class="check all">
         <input type="checkbox" checked={areAll} onChange={pick} />
@@ -115,7 +115,7 @@ export class SyncOrders extends Component<{}, State> {
 
   render() {
     const rows = store.picked(store.lists.sync.rows);
-    const picked = rows.filter((row) => this.state.picked.includes(keyOf(row)));
+    const picked = rows.filter((row) => this.state.picked.includes(keyOf(row))).slice(0, kMostAtOnce);
     const ask = () => this.setState({ isAsking: true, failure: "" });
     return (
       <ListFrame name="sync" title={t("sync")} count={rows.length} ofAccounts empty={t("inSync")}>
