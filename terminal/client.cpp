@@ -68,7 +68,7 @@ struct Client::Connection {
   std::chrono::milliseconds patience;
   std::shared_ptr<asio::ssl::context> tls;
   asio::io_context io{1};
-  websocket::stream<SecureStream> ws;
+  websocket::stream<SecureStream, false> ws;
   beast::flat_buffer buffer;
 };
 

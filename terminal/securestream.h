@@ -1,25 +1,47 @@
 #pragma once
 
+#include <boost/asio/buffer.hpp>
 #include <boost/asio/ssl/context.hpp>
 #include <boost/asio/ssl/stream.hpp>
+#include <boost/beast/core/role.hpp>
 #include <boost/beast/core/tcp_stream.hpp>
-#include <boost/beast/websocket/teardown.hpp>
+#include <boost/container/static_vector.hpp>
+#include <functional>
+#include <memory>
 #include <optional>
+#include <type_traits>
 #include <utility>
 
 namespace orvane::terminal {
 
-// A TCP connection with or without TLS on it: one type for both, so that what runs on it is compiled once. Give
-// deadlines to next_layer(); they hold for both.
+// A TCP connection with or without TLS on it: one type for both. Give deadlines to next_layer(); they hold for both.
+// Asio and Beast call it with many types of buffers and handlers, for each of which all below would be compiled anew,
+// so here they become one type.
 class SecureStream {
+  // A completion handler that need not be copyable.
+  template <typename... Results>
+  class Completion {
+   public:
+    template <typename Handler>
+    requires(!std::is_same_v<std::decay_t<Handler>, Completion>) explicit(false) Completion(Handler&& handler)
+        : call_([held = std::make_shared<std::decay_t<Handler>>(std::forward<Handler>(handler))](
+                    boost::system::error_code error, Results... results) { (*held)(error, results...); }) {}
+
+    void operator()(boost::system::error_code error, Results... results) const { call_(error, results...); }
+
+   private:
+    std::function<void(boost::system::error_code, Results...)> call_;
+  };
+
+  template <typename Buffer>
+  using Buffers = boost::container::static_vector<Buffer, 16>;
+
  public:
   using next_layer_type = boost::beast::tcp_stream;
   using executor_type = next_layer_type::executor_type;
 
   // Plain where there is no `context`, which must outlive the stream.
-  SecureStream(next_layer_type tcp, boost::asio::ssl::context* context) : tcp_(std::move(tcp)) {
-    if (context != nullptr) tls_.emplace(tcp_, *context);
-  }
+  SecureStream(next_layer_type tcp, boost::asio::ssl::context* context);
   SecureStream(const SecureStream&) = delete;
   SecureStream& operator=(const SecureStream&) = delete;
 
@@ -29,32 +51,35 @@ class SecureStream {
   bool isSecure() const { return tls_.has_value(); }
 
   // REQUIRES: isSecure().
-  template <typename Handler>
-  void handshake(boost::asio::ssl::stream_base::handshake_type type, Handler&& handler) {
-    tls_->async_handshake(type, std::forward<Handler>(handler));
-  }
+  void handshake(boost::asio::ssl::stream_base::handshake_type type, Completion<> done);
 
   // Says the end, and with TLS waits for the peer's.
-  template <typename Handler>
-  void shutdown(boost::beast::role_type role, Handler&& handler) {
-    using boost::beast::websocket::async_teardown;
-    if (tls_) return tls_->async_shutdown(std::forward<Handler>(handler));
-    async_teardown(role, tcp_, std::forward<Handler>(handler));
-  }
+  void shutdown(boost::beast::role_type role, Completion<> done);
 
   // What Asio and Beast ask of a stream.
-  template <typename Buffers, typename Handler>
-  void async_read_some(const Buffers& buffers, Handler&& handler) {
-    if (tls_) return tls_->async_read_some(buffers, std::forward<Handler>(handler));
-    tcp_.async_read_some(buffers, std::forward<Handler>(handler));
+  template <typename Sequence, typename Handler>
+  void async_read_some(const Sequence& buffers, Handler&& handler) {
+    readSome(firstOf<boost::asio::mutable_buffer>(buffers), std::forward<Handler>(handler));
   }
-  template <typename Buffers, typename Handler>
-  void async_write_some(const Buffers& buffers, Handler&& handler) {
-    if (tls_) return tls_->async_write_some(buffers, std::forward<Handler>(handler));
-    tcp_.async_write_some(buffers, std::forward<Handler>(handler));
+  template <typename Sequence, typename Handler>
+  void async_write_some(const Sequence& buffers, Handler&& handler) {
+    writeSome(firstOf<boost::asio::const_buffer>(buffers), std::forward<Handler>(handler));
   }
 
  private:
+  template <typename Buffer, typename Sequence>
+  static Buffers<Buffer> firstOf(const Sequence& sequence) {
+    Buffers<Buffer> first;
+    const auto end = boost::asio::buffer_sequence_end(sequence);
+    for (auto each = boost::asio::buffer_sequence_begin(sequence); each != end; ++each) {
+      if (first.size() < first.capacity()) first.push_back(*each);
+    }
+    return first;
+  }
+
+  void readSome(const Buffers<boost::asio::mutable_buffer>& buffers, Completion<size_t> done);
+  void writeSome(const Buffers<boost::asio::const_buffer>& buffers, Completion<size_t> done);
+
   next_layer_type tcp_;
   std::optional<boost::asio::ssl::stream<next_layer_type&>> tls_;
 };

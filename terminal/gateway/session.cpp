@@ -250,7 +250,7 @@ class WebSocketSession final : public Session, public std::enable_shared_from_th
   }
 
   const boost::asio::ip::address address_;
-  websocket::stream<SecureStream> ws_;
+  websocket::stream<SecureStream, false> ws_;
   boost::asio::steady_timer timer_;  // the login's, then the close's
   std::string name_;
   ISessionOwner& owner_;

@@ -1,0 +1,31 @@
+#include "terminal/securestream.h"
+
+#include <boost/beast/websocket/teardown.hpp>
+
+namespace orvane::terminal {
+
+SecureStream::SecureStream(next_layer_type tcp, boost::asio::ssl::context* context) : tcp_(std::move(tcp)) {
+  if (context != nullptr) tls_.emplace(tcp_, *context);
+}
+
+void SecureStream::handshake(boost::asio::ssl::stream_base::handshake_type type, Completion<> done) {
+  tls_->async_handshake(type, std::move(done));
+}
+
+void SecureStream::shutdown(boost::beast::role_type role, Completion<> done) {
+  using boost::beast::websocket::async_teardown;
+  if (tls_) return tls_->async_shutdown(std::move(done));
+  async_teardown(role, tcp_, std::move(done));
+}
+
+void SecureStream::readSome(const Buffers<boost::asio::mutable_buffer>& buffers, Completion<size_t> done) {
+  if (tls_) return tls_->async_read_some(buffers, std::move(done));
+  tcp_.async_read_some(buffers, std::move(done));
+}
+
+void SecureStream::writeSome(const Buffers<boost::asio::const_buffer>& buffers, Completion<size_t> done) {
+  if (tls_) return tls_->async_write_some(buffers, std::move(done));
+  tcp_.async_write_some(buffers, std::move(done));
+}
+
+}  // namespace orvane::terminal
