@@ -18,20 +18,8 @@ namespace orvane::terminal {
 // Asio and Beast call it with many types of buffers and handlers, for each of which all below would be compiled anew,
 // so here they become one type.
 class SecureStream {
-  // A completion handler that need not be copyable.
   template <typename... Results>
-  class Completion {
-   public:
-    template <typename Handler>
-    requires(!std::is_same_v<std::decay_t<Handler>, Completion>) explicit(false) Completion(Handler&& handler)
-        : call_([held = std::make_shared<std::decay_t<Handler>>(std::forward<Handler>(handler))](
-                    boost::system::error_code error, Results... results) { (*held)(error, results...); }) {}
-
-    void operator()(boost::system::error_code error, Results... results) const { call_(error, results...); }
-
-   private:
-    std::function<void(boost::system::error_code, Results...)> call_;
-  };
+  using Completion = std::function<void(boost::system::error_code, Results...)>;
 
   template <typename Buffer>
   using Buffers = boost::container::static_vector<Buffer, 16>;
@@ -57,16 +45,27 @@ class SecureStream {
   void shutdown(boost::beast::role_type role, Completion<> done);
 
   // What Asio and Beast ask of a stream.
+  template <typename Handler>
+  friend void async_teardown(boost::beast::role_type role, SecureStream& stream, Handler&& handler) {
+    stream.shutdown(role, completion<>(std::forward<Handler>(handler)));
+  }
   template <typename Sequence, typename Handler>
   void async_read_some(const Sequence& buffers, Handler&& handler) {
-    readSome(firstOf<boost::asio::mutable_buffer>(buffers), std::forward<Handler>(handler));
+    readSome(firstOf<boost::asio::mutable_buffer>(buffers), completion<size_t>(std::forward<Handler>(handler)));
   }
   template <typename Sequence, typename Handler>
   void async_write_some(const Sequence& buffers, Handler&& handler) {
-    writeSome(firstOf<boost::asio::const_buffer>(buffers), std::forward<Handler>(handler));
+    writeSome(firstOf<boost::asio::const_buffer>(buffers), completion<size_t>(std::forward<Handler>(handler)));
   }
 
  private:
+  // Of Asio's and Beast's handlers, which can be moved only.
+  template <typename... Results, typename Handler>
+  static Completion<Results...> completion(Handler&& handler) {
+    return [held = std::make_shared<std::decay_t<Handler>>(std::forward<Handler>(handler))](
+               boost::system::error_code error, Results... results) { (*held)(error, results...); };
+  }
+
   template <typename Buffer, typename Sequence>
   static Buffers<Buffer> firstOf(const Sequence& sequence) {
     Buffers<Buffer> first;
@@ -83,11 +82,5 @@ class SecureStream {
   next_layer_type tcp_;
   std::optional<boost::asio::ssl::stream<next_layer_type&>> tls_;
 };
-
-// How Beast ends the connection below a closed WebSocket.
-template <typename Handler>
-void async_teardown(boost::beast::role_type role, SecureStream& stream, Handler&& handler) {
-  stream.shutdown(role, std::forward<Handler>(handler));
-}
 
 }  // namespace orvane::terminal

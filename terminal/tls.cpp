@@ -44,9 +44,10 @@ std::shared_ptr<ssl::context> makeServerTls(const TlsFiles& files) {
   if (error) fail(kCertificate, files.certificate, fmt::format("it must be a PEM certificate ({})", error.message()));
   requireReadable(kKey, files.key);
   context->use_private_key_file(files.key.string(), ssl::context::pem, error);
-  if (error)
+  if (error) {
     fail(kKey, files.key,
          fmt::format("it must be the PEM key of the certificate, without a passphrase ({})", error.message()));
+  }
   return context;
 }
 
