@@ -5,11 +5,11 @@
 
 namespace orvane::bench {
 
-// Of the accounts that a desk has besides the sample data: this one holds one instrument, those behind it all twenty.
+// Accounts added to the sample data: the first holds one instrument, the others hold all twenty.
 inline constexpr int kAccountOfOne = 99;
 inline constexpr int kFirstAccountOfTwenty = 100;
 
-// Makes the reference terminal's database in this folder, with so many accounts that hold every instrument.
+// Creates the reference terminal's database in this folder, with `accounts` accounts that hold all twenty instruments.
 void makePaperDesk(const std::filesystem::path& folder, int accounts);
 
 }  // namespace orvane::bench

@@ -1,4 +1,4 @@
--- Futures, stocks, options (its gateway is down) and credit. The commission is that of the fills in orders.sql.
+-- Futures, stocks, options (not logged in) and credit. The commissions are the sums of the fills in orders.sql.
 INSERT INTO account (idx, user_code, market_type, aim_type, online, trigger_orders, ordinary_orders, pre_balance,
                      deposit, withdraw, commission) VALUES
   (1, '80010001',  1, 1, 1, 1, 1, 2000000, 50000,     0, 84.5735),
@@ -6,7 +6,7 @@ INSERT INTO account (idx, user_code, market_type, aim_type, online, trigger_orde
   (3, '80080003',  8, 3, 0, 1, 1,  600000,     0,     0, 8),
   (4, 'E0450016', 16, 1, 1, 0, 1, 1000000,     0,     0, 23.16);
 
--- m2701, SR701 and T2703 have none in account 1, so that their code types' defaults stand in.
+-- m2701, SR701 and T2703 have no row in account 1, which shows the default rates of their code types.
 INSERT INTO margin_rate (account, hash_code, long_by_money, long_by_volume, short_by_money, short_by_volume) VALUES
   (1, 1000001, 0.13, 0, 0.13,  0),
   (1, 1000002, 0.14, 0, 0.14,  0),

@@ -10,8 +10,8 @@ INSERT INTO code_type (name, default_margin_rate) VALUES
   ('黑色系', 0.12), ('贵金属', 0.12), ('有色金属', 0.10), ('农产品', 0.09), ('化工', 0.10),
   ('股指', 0.12), ('国债', 0.03), ('期权', 1.0), ('股票', 1.0), ('基金', 1.0);
 
--- The hash code is the exchange, the class (0 plain, 1 index options, 1 and 2 options and funds of SSE and SZSE) and a
--- running number; the treasury future has a negative one, as hosts may give.
+-- Hash codes are built from the exchange, the class (0 plain, 1 options, 2 funds) and a running number. The treasury
+-- future has a negative one, because hosts may use them.
 INSERT INTO instrument (hash_code, code_class, exchange, code, name, code_type, multiplier, price_tick, lot, max_volume,
                         pre_close, pre_settlement, lower_limit, upper_limit) VALUES
   ( 1000001, 1, 1, 'rb2701',        '螺纹钢2701',        '黑色系',      10, 1,      1,     500, 3312,    3308,    3077,    3539),

@@ -1,4 +1,4 @@
--- 65536 is an order by hand, 134217728 one of an algorithm. Times lie in the hour before the first run.
+-- Source flags: 65536 manual, 134217728 algorithm. The times are in the hour before the first start.
 INSERT INTO orders (id, account, hash_code, source_flags, source_text, exchange_id, created, side, comb_offset, hedge,
                     price_type, price, volume, close_yesterday, close_today, status, note, fill_volume, fill_amount,
                     fill_avg_price) VALUES

@@ -1,4 +1,4 @@
--- Today's volumes and the profit of what was closed today agree with the fills in orders.sql.
+-- Today's volumes and close profits match the fills in orders.sql.
 INSERT INTO holding (account, hash_code, direction, yesterday_volume, yesterday_closed, today_volume, yesterday_price,
                      today_price, close_profit) VALUES
   (1,  1000001, 1,    10,    2,     4, 3285,    3318,    280),
@@ -23,7 +23,7 @@ INSERT INTO holding (account, hash_code, direction, yesterday_volume, yesterday_
   (4,  6000002, 1,     0,    0,   200, 0,       386.00,  0),
   (4,  6000003, 2,  1000,    0,     0, 128.30,  0,       0);
 
--- The second is of today's margin purchase.
+-- The second is today's margin purchase.
 INSERT INTO credit_contract (id, account, hash_code, direction, volume, amount, interest) VALUES
   (1, 4, 5000003, 1, 4000, 227600, 412.30),
   (2, 4, 6000002, 1,  200,  77200, 0),

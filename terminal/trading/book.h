@@ -16,8 +16,8 @@
 
 namespace orvane::terminal {
 
-// The primary facts of the trading side as they stand in memory. Texts are GBK, as in the host's records; the database
-// holds the same facts in UTF-8. Figures are worked out from these in ledger.h and stored nowhere.
+// The primary facts of trading, in memory. Texts are GBK, as in the host's records; the database holds them in UTF-8.
+// Derived figures are computed in ledger.h and never stored.
 
 // Order.status.
 enum class OrderStatus : int32_t { Working = 1, Filled = 2, Cancelled = 3, Refused = 4 };
@@ -79,7 +79,7 @@ struct Instrument {
   int64_t lot = 1;  // step of an order's volume
   int64_t maxVolume = 0;
   double preClose = 0;
-  double preSettlement = 0;  // reference of today's profit; equals preClose where nothing settles
+  double preSettlement = 0;  // reference of today's profit; for stocks and funds the same as preClose
   double lowerLimit = 0;
   double upperLimit = 0;
   double last = 0;
@@ -88,16 +88,16 @@ struct Instrument {
   double ask() const;
 };
 
-// The price nearest to `price` that is a multiple of `tick`, free of the noise of repeated addition.
+// Rounds to a multiple of `tick`. Divides where it can: 0.005 is not exact, so adding or multiplying ticks drifts.
 double roundToTick(double price, double tick);
 
-// Terms of a credit account; rates and ratios are plain factors.
+// Terms of a credit account. Rates and ratios are plain factors: 0.7 is 70%.
 struct CreditTerms {
   double longMarginRate = 1;
   double shortMarginRate = 1;
   double keepMarginRatio = 1.3;
   double collateralRate = 0.7;  // share of a holding's value that counts as collateral
-  double interestRate = 0;      // of a year of 360 days
+  double interestRate = 0;      // per year of 360 days
   double longLimit = 0;
   double shortLimit = 0;
 };
@@ -110,19 +110,19 @@ struct Account {
   double preBalance = 0;
   double deposit = 0;
   double withdraw = 0;
-  double commission = 0;  // of today
+  double commission = 0;  // today's, sale tax included
   std::optional<CreditTerms> credit;
 
   MarketType market() const { return static_cast<MarketType>(id.marketType); }
 };
 
-// What is held on one side of one instrument in one account.
+// The long or the short holding of one instrument in one account.
 struct Holding {
   int64_t yesterdayVolume = 0;  // held at the start of the day
-  int64_t yesterdayClosed = 0;  // of it, closed today
+  int64_t yesterdayClosed = 0;  // part of yesterdayVolume closed today
   int64_t todayVolume = 0;      // opened today and still held
-  double yesterdayPrice = 0;    // average opening price of yesterday's part
-  double todayPrice = 0;        // of today's part
+  double yesterdayPrice = 0;    // average opening price of the part held since yesterday
+  double todayPrice = 0;        // average opening price of the part opened today
   double closeProfit = 0;       // realised today
 
   int64_t yesterdayLeft() const { return yesterdayVolume - yesterdayClosed; }
@@ -137,7 +137,7 @@ struct Holdings {
   const Holding& of(Direction direction) const { return direction == Direction::Long ? longs : shorts; }
 };
 
-// An order with what it closes; both volumes are 0 where it opens.
+// An order and the volumes that it closes. Both are 0 if it opens.
 struct BookOrder {
   Order order;
   int64_t closeYesterday = 0;
@@ -150,13 +150,13 @@ struct BookOrder {
   Direction direction() const;
 };
 
-// A fill of `order`, its own identity, time, volume and price left open.
+// A fill with the order's account, instrument, source and side. The caller sets id, time, volume and price.
 OrderFill fillOf(const Order& order);
 
-// Whether the side pays for an instrument rather than parts with it.
+// True for the sides that buy.
 bool isBuying(Side side);
 
-// Share of the value (byMoney) and amount per unit of volume (byVolume).
+// A share of the value (byMoney) plus an amount per unit of volume (byVolume).
 struct Rate {
   double byMoney = 0;
   double byVolume = 0;
@@ -169,8 +169,8 @@ struct MarginRate {
 
 struct CommissionRate {
   Rate rate;
-  double minimum = 0;  // of one fill
-  double saleTax = 0;  // share of the value of a sale
+  double minimum = 0;  // per fill
+  double saleTax = 0;  // share of the value, charged on sales
 };
 
 // A debt of a credit account: money borrowed to buy with, or securities borrowed to sell.
@@ -178,9 +178,9 @@ struct CreditContract {
   int64_t id = 0;
   Key key;
   Direction direction = Direction::Long;
-  int64_t volume = 0;   // still owed, or still held against the loan
-  double amount = 0;    // still owed in money; of borrowed securities, what their sale brought
-  double interest = 0;  // accrued to the end of the last day
+  int64_t volume = 0;   // securities still owed, or bought with the loan and still held
+  double amount = 0;    // money still owed; for borrowed securities, the proceeds of their sale
+  double interest = 0;  // accrued up to the end of the previous trading day
 };
 
 struct Volumes {
@@ -196,23 +196,23 @@ struct StrategyTarget {
   Volumes volumes;
 };
 
-// A function that is refused to the user, or, where an account is named, on that account.
-struct Refusal {
-  std::string function;
+// A function that the user may not call, or not on `account` if one is given.
+struct RefusedFunction {
+  std::string function;  // topic
   std::optional<int32_t> account;
   std::string reason;
 };
 
 struct Book {
-  int64_t day = 0;  // the trading day, in days since 1970 by local time
+  int64_t day = 0;  // trading day: days since 1970, local time
   BaseInformationMap exchanges;
   std::map<int64_t, Instrument> instruments;  // by hash code
   std::map<int32_t, Account> accounts;        // by index
-  std::map<Key, Holdings> holdings;           // an entry for every working order too
-  std::map<int64_t, BookOrder> orders;        // of the day, by local order id
+  std::map<Key, Holdings> holdings;           // also has an entry for each working order
+  std::map<int64_t, BookOrder> orders;        // today's, by local order id
   std::set<std::pair<Key, int64_t>> working;  // local order ids, by account and instrument
-  std::vector<OrderFill> fills;               // of the day
-  int64_t lastOrderId = 0;                    // given out so far, of any day
+  std::vector<OrderFill> fills;               // today's, oldest first
+  int64_t lastOrderId = 0;                    // highest number given out so far, on any day
   int64_t lastFillId = 0;
   std::map<Key, MarginRate> marginRates;
   std::map<std::pair<int32_t, std::string>, CommissionRate> commissionRates;  // by account and code type
@@ -220,18 +220,18 @@ struct Book {
   std::vector<StrategyTarget> targets;
   std::map<Key, Volumes> manual;
   std::map<Key, int32_t> syncRules;
-  std::vector<Refusal> refusals;
+  std::vector<RefusedFunction> refusedFunctions;
 
-  // Enters or replaces an order, and keeps `working` and `holdings` in step.
+  // Adds or replaces an order and updates `working` and `holdings`.
   void put(BookOrder order);
 
-  // Null where there is none.
+  // Null if there is none.
   const Instrument* instrument(int64_t hashCode) const;
   const Account* account(int32_t index) const;
   const MarginRate* marginRate(const Key& key) const;
 };
 
-// The instrument's code, ".", and its exchange's short text.
+// The instrument's code and its exchange's short name: "rb2701.SHFE".
 std::string codeKey(const Book& book, const SymbolCode& symbol);
 
 }  // namespace orvane::terminal

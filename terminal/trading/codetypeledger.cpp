@@ -11,7 +11,7 @@ namespace {
 
 struct TypeTotals {
   SideFigures sum;
-  double netValue = 0;  // of each instrument without its sign
+  double netValue = 0;  // sum of the absolute net values of the instruments
 };
 
 struct Selection {

@@ -7,8 +7,8 @@
 
 namespace orvane::terminal {
 
-// One record for each code type that the accounts hold, in the order of their names. `derivatives` takes in futures and
-// options accounts, `securities` stock and credit accounts.
+// One record for each code type that the accounts hold, sorted by name. `derivatives` includes futures and options
+// accounts, `securities` includes stock and credit accounts.
 std::vector<CodeTypePosition> codeTypePositions(const Book& book, const std::vector<TradingAccountID>& accounts,
                                                 bool derivatives, bool securities);
 

@@ -18,13 +18,15 @@ namespace {
 
 bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 
-// One direction of conversion. What cannot be converted becomes `substitute`, byte for byte.
+// Converts in one direction. Each byte that cannot be converted becomes `substitute`.
 class Converter {
  public:
   Converter(const char* to, const char* from, std::string_view substitute)
       : handle_(iconv_open(to, from)), substitute_(substitute) {
     // iconv reports failure as a pointer of value -1.
-    if (reinterpret_cast<intptr_t>(handle_) == -1) throw std::runtime_error("iconv knows no GB18030");
+    if (reinterpret_cast<intptr_t>(handle_) == -1) {
+      throw std::runtime_error("iconv has no GB18030: install the C library's gconv modules");
+    }
   }
   ~Converter() { iconv_close(handle_); }
   Converter(const Converter&) = delete;
@@ -55,7 +57,8 @@ class Converter {
 
 constexpr std::string_view kNoCharacter = "\xEF\xBF\xBD";
 
-// The two-byte characters in UTF-8, as iconv has them. Those that it has not, and those of four bytes, are left to it.
+// The UTF-8 form of the two-byte GBK characters, because one iconv call per short text is slow. Anything else
+// (unassigned pairs, four-byte characters, invalid bytes) goes through iconv.
 class GbkTable {
  public:
   GbkTable() {
@@ -72,8 +75,8 @@ class GbkTable {
     }
   }
 
-  // Converts from the start of `text` as far as the table goes, to `out`, which has room for half as much again and
-  // three bytes more. Returns the ends in both.
+  // Converts `text` up to the first character that is not in the table. `out` must have room for 1.5 times the size of
+  // `text` plus three bytes. Returns the first unread character and the end of the output.
   std::pair<const char*, char*> convert(std::string_view text, char* out) const {
     const char* at = text.data();
     const char* const end = at + text.size();
@@ -98,7 +101,7 @@ class GbkTable {
     char size = 0;
   };
 
-  std::array<Entry, size_t{0x80} << 8> entries_;  // by both bytes, less the first bit
+  std::array<Entry, size_t{0x80} << 8> entries_;  // by both bytes without the top bit, which is always set
 };
 
 }  // namespace

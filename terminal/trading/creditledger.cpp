@@ -5,7 +5,7 @@
 namespace orvane::terminal {
 namespace {
 
-// Gains count as collateral at a discount, losses in full.
+// Gains count as collateral at a discount, losses count in full.
 double discounted(double profit, double rate) { return profit > 0 ? profit * rate : profit; }
 
 void addContract(CreditInfoRecord& it, const CreditContract& contract, double last) {

@@ -5,7 +5,7 @@
 
 namespace orvane::terminal {
 
-// Figures of a credit account. REQUIRES: the account has credit terms.
+// The figures of a credit account. REQUIRES: the account has credit terms.
 CreditInfoRecord creditInfo(const Book& book, const Account& account);
 
 }  // namespace orvane::terminal

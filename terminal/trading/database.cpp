@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kVersion = 1;
 
-// Columns of a row from left to right.
+// Reads the columns of a row from left to right.
 class Row {
  public:
   explicit Row(SQLite::Statement& statement) : statement_(statement) {}
@@ -65,7 +65,7 @@ bool isBusy(const std::exception& fault) {
   return exception != nullptr && exception->getErrorCode() == SQLITE_BUSY;
 }
 
-// Returns what `work` returns; where it throws, tells the file and what to do about it.
+// Adds the file and the remedy to the message of whatever `work` throws.
 template <typename Work>
 auto withFile(const std::string& file, const Work& work) {
   try {
@@ -85,7 +85,7 @@ SQLite::Database openFile(const std::filesystem::path& dir) {
   });
 }
 
-// Exclusive locking keeps a second terminal out, and lets a lock go with its process.
+// Exclusive locking keeps a second terminal out, and the lock ends with the process.
 void setUp(SQLite::Database& db) {
   db.exec("PRAGMA locking_mode = EXCLUSIVE");
   db.exec("PRAGMA journal_mode = WAL");
@@ -168,9 +168,9 @@ void loadAccounts(const SQLite::Database& db, Book& book) {
                it.shortLimit = row.real();
              });
   forEachRow(db, "SELECT function, reason, account FROM refused_function", [&](Row& row) {
-    Refusal it{row.text(), {}, row.gbk()};
+    RefusedFunction it{row.text(), {}, row.gbk()};
     if (!row.isNull()) it.account = row.int32();
-    book.refusals.push_back(std::move(it));
+    book.refusedFunctions.push_back(std::move(it));
   });
 }
 

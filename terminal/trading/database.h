@@ -16,7 +16,7 @@ struct NewFill {
   double commission = 0;
 };
 
-// What of a book is to be written, by key; fills are only ever added.
+// The parts of a book to be written, by key. Fills are only added.
 struct Change {
   std::set<int32_t> accounts;
   std::set<Key> holdings;
@@ -34,17 +34,17 @@ struct Change {
   }
 };
 
-// The file `terminal.db`. One process at a time; one thread at a time. Every write is one transaction, on the disk when
-// the call returns.
+// The file `terminal.db`. Locked against other processes; not thread-safe. Each write is one transaction and is flushed
+// when the call returns.
 class Database {
  public:
-  // Opens the file in `dir`, or makes it with the sample data. Throws std::runtime_error with a clear message.
+  // Opens the file in `dir`, or creates it with the sample data. Throws std::runtime_error that names file and remedy.
   explicit Database(const std::filesystem::path& dir);
 
-  // Throws as the constructor does.
+  // Throws like the constructor.
   Book load();
 
-  // Writes what `change` names as it stands in `book`. Throws SQLite::Exception, and then nothing is written.
+  // Writes the parts of `book` that `change` names. Throws SQLite::Exception and writes nothing if it fails.
   void save(const Book& book, const Change& change);
 
  private:

@@ -21,7 +21,7 @@ int64_t localDay() {
   return (now + local.tm_gmtoff) / 86400;
 }
 
-// By hash code; most of them stand in memory alone.
+// By hash code. Most prices are only in memory, so a reload would lose them.
 std::vector<double> lastPrices(const Book& book) {
   std::vector<double> prices;
   prices.reserve(book.instruments.size());
@@ -74,12 +74,13 @@ void Desk::notice(const std::string& text) {
   outbox_.post(std::move(message));
 }
 
-// Ends the process where the book can be neither written nor read: nothing may trade on it then.
+// Ends the process if the book cannot be read back: nobody may trade on a book that differs from the disk.
 Book Desk::reload() noexcept {
   try {
     return database_.load();
   } catch (const std::exception& e) {
-    fmt::print(stderr, "pocket-terminal: the book cannot be read again: {}; nothing may trade on it, ending\n",
+    fmt::print(stderr,
+               "pocket-terminal: the book cannot be read back: {}; ending, because it may differ from what is stored\n",
                e.what());
     std::terminate();
   }

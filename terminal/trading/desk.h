@@ -11,31 +11,30 @@
 
 namespace orvane::terminal {
 
-// The state that all services share: the book, the database it stands in, and the messages about what changes.
-// Any thread.
+// The state shared by all services: the book, its database, and the messages about changes. Thread-safe.
 class Desk {
  public:
-  // Throws as Database does.
+  // Throws like Database.
   explicit Desk(const std::filesystem::path& dir);
 
-  // Runs `look` on the book, locked, and returns what it returns.
+  // Runs `look` on the locked book and returns its result.
   template <typename Look>
   auto read(const Look& look) {
     const std::lock_guard lock(mutex_);
     return look(static_cast<const Book&>(book_));
   }
 
-  // Begins a new trading day where the last one is over. Then runs `work` on the book, locked, writes what it names in
-  // the change as one transaction, and queues the messages about orders and fills. Where one of these throws, book and
-  // database are as before and the exception goes on.
+  // Starts a new trading day if the last one is over. Then runs `work` on the locked book, writes the change that it
+  // names in one transaction, and queues the pushes of orders and fills. If any of this throws, book and database are
+  // unchanged and the exception is passed on.
   void apply(const std::function<void(Book&, Change&)>& work);
 
-  // Tells all phones of something that went wrong where no reply could say so. UTF-8.
+  // Sends a notice to all clients about an error that no reply can report. UTF-8.
   void notice(const std::string& text);
 
   Outbox& outbox() { return outbox_; }
 
-  // Whether the last change could be written.
+  // False if the last change could not be written.
   bool isStoring() const { return isStoring_; }
 
  private:

@@ -42,7 +42,7 @@ BookOrder makeOrder(const Book& book, const MobileNewOrderItem& item) {
   return it;
 }
 
-// Returns the refusal, UTF-8, empty where the order was taken.
+// Returns why the order was refused, UTF-8; empty if it was accepted.
 std::string enter(Book& book, Change& change, const MobileNewOrderItem& item) {
   if (book.account(item.account.index) == nullptr) return fmt::format("没有账户 {}", item.account.index);
   const Instrument* instrument = book.instrument(item.code.hashCode);
@@ -86,7 +86,7 @@ std::string cancel(Book& book, Change& change, const CancelOrderRequest& request
   return {};
 }
 
-// Fills the working orders that the prices have reached, each at its own price.
+// Fills each working order that the prices have reached, at the order's own price.
 void match(Book& book, Change& change) {
   std::vector<BookOrder> reached;
   for (const auto& [key, id] : book.working) {
@@ -99,9 +99,9 @@ void match(Book& book, Change& change) {
   }
 }
 
-// Runs one action on the desk; a text it returns, or that the desk could not store it, is the refusal.
+// Runs one action on the desk. Fails with the text that the action returns, or if the change could not be stored.
 template <typename Action>
-ResultStatus carryOut(Desk& desk, const Action& action) {
+ResultStatus run(Desk& desk, const Action& action) {
   std::string fault;
   try {
     desk.apply([&](Book& book, Change& change) { fault = action(book, change); });
@@ -115,11 +115,11 @@ ResultStatus carryOut(Desk& desk, const Action& action) {
 }  // namespace
 
 ResultStatus Engine::insertOrder(const MobileNewOrderItem& item) {
-  return carryOut(desk_, [&](Book& book, Change& change) { return enter(book, change, item); });
+  return run(desk_, [&](Book& book, Change& change) { return enter(book, change, item); });
 }
 
 ResultStatus Engine::cancelOrder(const CancelOrderRequest& request) {
-  return carryOut(desk_, [&](Book& book, Change& change) { return cancel(book, change, request); });
+  return run(desk_, [&](Book& book, Change& change) { return cancel(book, change, request); });
 }
 
 void Engine::movePrices(const std::vector<Price>& prices, bool store) {

@@ -13,18 +13,19 @@ namespace orvane::terminal {
 // Hash code and last price.
 using Price = std::pair<int64_t, double>;
 
-// Takes orders and fills them. An order that crosses the opposite quote is filled at once, whole, at that quote; any
-// other rests and is filled whole at its own price when the quote comes to it. Any thread.
+// Accepts and fills orders. An order that crosses the opposite quote is filled at once, completely, at that quote. Any
+// other order rests and is filled completely at its own price when the quote reaches it. Thread-safe.
 class Engine {
  public:
   explicit Engine(Desk& desk) : desk_(desk) {}
 
-  // Code 0: the order stands in the database. A refusal (text in GBK) stands there too, as a refused order.
+  // Code 0: the order is stored. Otherwise the message says why it was refused (GBK); the refused order is stored too,
+  // if its account and instrument exist.
   ResultStatus insertOrder(const MobileNewOrderItem& item);
   ResultStatus cancelOrder(const CancelOrderRequest& request);
 
-  // Sets last prices, which must be of known instruments, and fills what they cross. Where `store` is set they are
-  // written; otherwise only with the fills that they make. Throws where the database cannot be written.
+  // Sets last prices and fills the orders that they reach. REQUIRES: the instruments exist. Stores all prices if
+  // `store` is set, otherwise only those of instruments with a fill. Throws if the database cannot be written.
   void movePrices(const std::vector<Price>& prices, bool store);
 
  private:

@@ -16,7 +16,7 @@ void open(Holding& held, int64_t volume, double price) {
   held.todayVolume += volume;
 }
 
-// Yesterday's part realises against the last settlement, today's against its opening price.
+// The part held since yesterday realises against the last settlement, today's part against its opening price.
 void close(Holding& held, const BookOrder& order, const Instrument& instrument, double price) {
   const double gain = (price - instrument.preSettlement) * static_cast<double>(order.closeYesterday) +
                       (price - held.todayPrice) * static_cast<double>(order.closeToday);
@@ -32,7 +32,7 @@ void borrow(Book& book, Change& change, const BookOrder& order, double amount) {
   change.contracts.insert(id);
 }
 
-// Gives borrowed securities back, oldest contract first, and pays their share of its interest.
+// Returns borrowed securities, oldest contract first, and pays their share of the contract's interest.
 void giveBack(Book& book, Change& change, const Key& key, int64_t volume) {
   for (auto& [id, contract] : book.contracts) {
     if (contract.key != key || contract.direction != Direction::Short || contract.volume == 0) continue;
@@ -46,15 +46,15 @@ void giveBack(Book& book, Change& change, const Key& key, int64_t volume) {
   }
 }
 
-// Takes what `amount` covers off `owed`.
+// Pays as much of `owed` as `amount` covers.
 void pay(double& owed, double& amount) {
   const double part = std::min(amount, owed);
   owed -= part;
   amount -= part;
 }
 
-// Pays borrowed money back out of a sale: the contracts of the instrument sold first, then the account's others, of
-// each its interest first. What is paid off whole no longer ties its shares.
+// Repays borrowed money out of a sale: first the contracts of the instrument sold, then the account's others; within
+// each the interest first. Shares of a contract that is paid off are no longer tied to it.
 void payBack(Book& book, Change& change, const Key& key, int64_t volume, double amount) {
   for (const bool sameInstrument : {true, false}) {
     for (auto& [id, contract] : book.contracts) {

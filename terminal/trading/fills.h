@@ -6,8 +6,8 @@
 
 namespace orvane::terminal {
 
-// Fills a working order whole at `price`: holding, credit contracts, commission, the order and its new fill. `now` is
-// in milliseconds since 1970.
+// Fills a working order completely at `price`: updates holding, credit contracts, commission and order, and adds the
+// fill. `now` is in milliseconds since 1970.
 void fillOrder(Book& book, Change& change, int64_t orderId, double price, int64_t now);
 
 }  // namespace orvane::terminal

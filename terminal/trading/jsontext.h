@@ -34,7 +34,7 @@ class JsonText {
   rapidjson::Writer<rapidjson::StringBuffer> writer_{buffer_};
 };
 
-// An array with one object for each record; `write(row, record)` writes its members.
+// An array with one object per record. `write(row, record)` writes its members.
 template <typename Records, typename Write>
 std::string jsonRows(const Records& records, const Write& write) {
   JsonText json;

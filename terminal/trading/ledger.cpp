@@ -7,7 +7,7 @@
 namespace orvane::terminal {
 namespace {
 
-// Margin of a holding. A credit account pays its purchases in full and binds margin for what it borrowed alone.
+// A credit account pays for its purchases in full and needs margin only for what it borrowed.
 double holdingMargin(const Book& book, const Key& key, Direction direction, const SideFigures& side) {
   const Account& account = book.accounts.at(key.account);
   if (!account.credit) {
@@ -95,7 +95,7 @@ Position position(const Book& book, const Account& account, const Key& key, cons
   return it;
 }
 
-// Volume bought with borrowed money that no working order sells to pay it back.
+// Volume bought with borrowed money, less what working orders already sell to repay it.
 int64_t financedVolume(const Book& book, const Key& key) {
   int64_t sum = 0;
   for (const auto& [id, contract] : book.contracts) {
@@ -233,7 +233,7 @@ AccountFigures accountFigures(const Book& book, const Account& account) {
   it.margin = it.longs.margin + it.shorts.margin;
   if (account.credit) addDebts(book, account, it);
   if (holdsSecurities(account.market())) it.cash = it.equity + it.debt - it.longs.marketValue;
-  // Orders that buy back are paid out of what the short sales brought as far as it goes.
+  // Orders that buy securities back are paid first out of the proceeds of the short sales.
   it.available = account.credit ? it.cash - std::max(it.shortProceeds, it.buyBack) - (it.frozen - it.buyBack)
                                 : it.equity - it.margin - it.frozen;
   return it;

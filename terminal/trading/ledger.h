@@ -9,13 +9,13 @@
 
 namespace orvane::terminal {
 
-// The one place where figures are worked out of the book. How each is formed stands in docs/terminal.md. All functions
-// are pure; the caller keeps the book from changing.
+// All derived figures are computed here; docs/terminal.md gives the formulas. The functions are pure. The caller keeps
+// the book from changing meanwhile.
 
-// part / whole, and 0 where the whole is not positive.
+// part / whole; 0 if `whole` is not positive.
 double ratio(double part, double whole);
 
-// One side of one instrument in one account.
+// The figures of one side of one instrument in one account.
 struct SideFigures {
   int64_t volume = 0;
   double avgPrice = 0;
@@ -24,16 +24,16 @@ struct SideFigures {
   double floatProfit = 0;    // against the opening prices
   double todayFloating = 0;  // against the last settlement, or today's opening price
   double closeProfit = 0;    // realised today
-  double preCloseShift = 0;  // what yesterday's part gained from the last settlement to the last close
-  double todayBasis = 0;     // value that today's profit is measured against
+  double preCloseShift = 0;  // gain of yesterday's part between the last settlement and the last close
+  double todayBasis = 0;     // denominator of today's profit ratio
 
   double todayProfit() const { return todayFloating + closeProfit; }
-  SideFigures& operator+=(const SideFigures& other);  // all but the average price
+  SideFigures& operator+=(const SideFigures& other);  // adds all but the average price
 };
 
 SideFigures sideFigures(const Book& book, const Key& key, const Holdings& holdings, Direction direction);
 
-// What an order binds: cash, and on a credit account collateral margin.
+// The funds that a working order holds back: cash, and on a credit account collateral margin.
 struct OrderFunds {
   double cash = 0;
   double margin = 0;
@@ -57,11 +57,11 @@ struct WorkingVolumes {
 
 WorkingVolumes workingVolumes(const Book& book, const Key& key, Direction direction);
 
-// What of a holding no working order closes already; stocks bought today stay until tomorrow.
+// The part of a holding that may still be closed: not in a working closing order, and not a stock bought today.
 struct Closable {
   int64_t yesterday = 0;
   int64_t today = 0;
-  int64_t own = 0;  // of a long holding, what was not bought with borrowed money; never negative
+  int64_t own = 0;  // part of a long holding not bought with borrowed money; never negative
 
   int64_t volume() const { return yesterday + today; }
 };
@@ -72,13 +72,13 @@ Closable closable(const Book& book, const Key& key, Direction direction);
 struct AccountFigures {
   SideFigures longs;
   SideFigures shorts;
-  double debt = 0;           // money borrowed, interest and borrowed securities at their present value
-  double shortProceeds = 0;  // what the securities sold short brought; bound until they are back
+  double debt = 0;           // money borrowed, interest, and borrowed securities at the last price
+  double shortProceeds = 0;  // proceeds of short sales, held back until the securities are returned
   double frozen = 0;         // cash held back for working orders
-  double buyBack = 0;        // of it, for those that buy borrowed securities back
+  double buyBack = 0;        // part of `frozen` for orders that buy borrowed securities back
   double frozenMargin = 0;   // collateral margin held back for working orders
   double equity = 0;
-  double cash = 0;  // of accounts that hold securities
+  double cash = 0;  // only of accounts that hold securities
   double margin = 0;
   double available = 0;
 
@@ -89,10 +89,10 @@ AccountFigures accountFigures(const Book& book, const Account& account);
 
 TradingAccount capital(const Book& book, const Account& account);
 
-// Appends the positions of the account, one for each instrument held, traded today or in a working order.
+// Appends one position for each instrument that is held, was traded today or has a working order.
 void appendPositions(const Book& book, const Account& account, std::list<Position>& positions);
 
-// Walks the working orders of one account and instrument.
+// Visits the working orders of one account and instrument.
 template <typename Visit>
 void forEachWorking(const Book& book, const Key& key, const Visit& visit) {
   for (auto it = book.working.lower_bound({key, INT64_MIN}); it != book.working.end() && it->first == key; ++it) {
@@ -100,7 +100,7 @@ void forEachWorking(const Book& book, const Key& key, const Visit& visit) {
   }
 }
 
-// Walks the holdings of one account.
+// Visits the holdings of one account.
 template <typename Visit>
 void forEachHolding(const Book& book, int32_t account, const Visit& visit) {
   for (auto it = book.holdings.lower_bound({account, INT64_MIN});

@@ -14,8 +14,8 @@ namespace orvane::terminal {
 namespace {
 
 constexpr int64_t kSyncFlag = 0x1000000;
-constexpr int64_t kMaxManualOrders = 1000;  // of the instrument's greatest volume each
-constexpr int kMaxSyncOrders = 100;         // of one record
+constexpr int64_t kMaxManualOrders = 1000;  // times the instrument's limit for one order
+constexpr int kMaxSyncOrders = 100;         // per record
 
 enum SyncRule : int32_t { Apart = 0, Convert = 1, Net = 2 };
 
@@ -94,8 +94,8 @@ std::map<Key, PositionMonitorRecord> monitorRecords(const Book& book) {
   return records;
 }
 
-// Forms the orders that bring one record to its target. Synchronising orders that still work count as if they were
-// filled, so that asking twice does not order twice.
+// Forms the orders that bring one record to its target. Working synchronising orders count as filled; otherwise a
+// second request would order the same again.
 class SyncOrders {
  public:
   SyncOrders(const Book& book, const Key& key, const PositionMonitorRecord& record, std::list<MonitorSyncOrder>& orders)
@@ -131,7 +131,7 @@ class SyncOrders {
     return volume;
   }
 
-  // Closes what is held on the other side first and opens the rest.
+  // Closes the opposite holding first and opens the rest.
   void convert(int64_t net) {
     const int64_t closing = std::min(std::abs(net), net > 0 ? held_.shorts : held_.longs);
     close(net > 0 ? Direction::Short : Direction::Long, closing);
@@ -147,7 +147,7 @@ class SyncOrders {
     }
   }
 
-  // Of securities what can be closed today, own shares before those that were bought with borrowed money.
+  // Securities: only what can be closed today, own shares before those bought with borrowed money.
   void close(Direction direction, int64_t volume) {
     if (!holdsSecurities(market_)) {
       return emit(direction == Direction::Long ? Side::Sell : Side::Buy, Offset::Close, volume);
@@ -161,7 +161,7 @@ class SyncOrders {
     emit(Side::SellingReimbursement, Offset::Close, volume - own);
   }
 
-  // Whole lots, each order within the instrument's limit, at a price that is filled at once.
+  // Whole lots, split at the instrument's limit for one order, at a price that fills at once.
   void emit(Side side, Offset offset, int64_t volume) {
     volume -= volume % instrument_.lot;
     for (; volume > 0 && formed_ < kMaxSyncOrders; ++formed_) {

@@ -8,8 +8,8 @@
 
 namespace orvane::terminal {
 
-// Compares what is held with what strategies, algorithms and the user want held. How the families, differences and
-// flags are formed stands in docs/terminal.md. An empty MonitorAccountCodes means every account and instrument.
+// Compares actual holdings with the targets of strategies, algorithms and the user; docs/terminal.md gives the
+// formulas. An empty MonitorAccountCodes means every account and instrument. Thread-safe.
 class PositionMonitor : public IPositionMonitor {
  public:
   PositionMonitor(Desk& desk, Engine& engine) : desk_(desk), engine_(engine) {}

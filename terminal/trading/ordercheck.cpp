@@ -30,8 +30,8 @@ bool trades(MarketType market, const Instrument& instrument) {
   }
 }
 
-std::string shortOf(const char* what, double needed, double there) {
-  return needed > there + kEpsilon ? fmt::format("{}不足: 需要 {:.2f}, 可用 {:.2f}", what, needed, there) : "";
+std::string shortOf(const char* what, double needed, double usable) {
+  return needed > usable + kEpsilon ? fmt::format("{}不足: 需要 {:.2f}, 可用 {:.2f}", what, needed, usable) : "";
 }
 
 }  // namespace
@@ -119,7 +119,7 @@ bool OrderCheck::wantsToClose() const {
   }
 }
 
-// What the order's offset lets it close of the opposite holding.
+// Finds how much of the opposite holding the order's offset may close.
 void OrderCheck::findClosable() {
   const Direction direction = isBuying(order_.side()) ? Direction::Short : Direction::Long;
   const Closable free = closable(book_, order_.key(), direction);
@@ -143,7 +143,7 @@ std::string OrderCheck::closing() {
   return closes ? allocate() : std::string{};
 }
 
-// Yesterday's part first. Shares bought with borrowed money can only be sold to pay it back.
+// Takes yesterday's part first. Shares bought with borrowed money may only be sold to repay it.
 std::string OrderCheck::allocate() {
   const int64_t volume = order_.order.volume;
   int64_t closable = freeYesterday_ + freeToday_;
@@ -156,7 +156,7 @@ std::string OrderCheck::allocate() {
   return {};
 }
 
-// The order at the price that it is to be paid at: an opening sell below the market is filled at the bid.
+// An opening sell below the market is filled at the bid, so its funds are checked at the bid.
 BookOrder OrderCheck::atFillPrice() const {
   BookOrder it = order_;
   if (it.opens() && !isBuying(it.side())) it.order.price = std::max(it.order.price, instrument_.bid());
@@ -167,9 +167,10 @@ std::string OrderCheck::funds() {
   const OrderFunds needed = orderFunds(book_, atFillPrice());
   if (needed.cash <= 0) return {};
   const AccountFigures figures = accountFigures(book_, account_);
-  // What short sales brought may be spent on buying the securities back, and on nothing else.
-  const double there = order_.side() == Side::SecurityReimbursement ? figures.cash - figures.frozen : figures.available;
-  return shortOf("可用资金", needed.cash, there);
+  // The proceeds of short sales may only be spent on buying the securities back.
+  const double usable =
+      order_.side() == Side::SecurityReimbursement ? figures.cash - figures.frozen : figures.available;
+  return shortOf("可用资金", needed.cash, usable);
 }
 
 std::string OrderCheck::creditLimit() {

@@ -6,14 +6,14 @@
 
 namespace orvane::terminal {
 
-// Checks a new order against the book and works out what it closes.
+// Checks a new order against the book and computes the volumes that it closes.
 class OrderCheck {
  public:
-  // REQUIRES: the order's account and instrument stand in the book; both references outlive the check.
+  // REQUIRES: the order's account and instrument exist in the book. Both references must outlive the check.
   OrderCheck(const Book& book, BookOrder& order);
 
-  // Empty where the order may work, its `closeYesterday` and `closeToday` then being set; a market order gets the
-  // opposite quote for its price. Otherwise what is wrong, naming the figure. UTF-8.
+  // Returns empty if the order is acceptable, and then has set `closeYesterday` and `closeToday`, and the opposite
+  // quote as the price of a market order. Otherwise returns what is wrong, with the figure. UTF-8.
   std::string fault();
 
  private:
@@ -34,9 +34,9 @@ class OrderCheck {
   BookOrder& order_;
   const Account& account_;
   const Instrument& instrument_;
-  int64_t freeYesterday_ = 0;  // closable parts of the opposite holding
+  int64_t freeYesterday_ = 0;  // the parts of the opposite holding that may be closed
   int64_t freeToday_ = 0;
-  int64_t ownLeft_ = 0;  // of the holding, what was not bought with borrowed money
+  int64_t ownLeft_ = 0;  // part of the holding not bought with borrowed money
 };
 
 }  // namespace orvane::terminal

@@ -10,7 +10,7 @@
 
 namespace orvane::terminal {
 
-// Delivers messages on a thread of its own, in the order in which they were posted.
+// Delivers messages on its own thread, in the order of posting. Thread-safe.
 class Outbox {
  public:
   using Notify = std::function<void(const MobileMessage&)>;
@@ -20,10 +20,10 @@ class Outbox {
   // REQUIRES: not started.
   void start(Notify notify);
 
-  // No `notify` runs after this has returned; what is left is dropped. Does nothing when not started.
+  // No `notify` runs after this returns. Undelivered messages are dropped. Does nothing if not started.
   void stop();
 
-  // Any thread. Waits for the start; dropped once stopped.
+  // Messages posted before the start are kept; those posted after the stop are dropped.
   void post(MobileMessage message);
 
  private:

@@ -15,7 +15,7 @@ std::string sourceText(const Source& source) {
   return text;
 }
 
-// The members with which rows of orders and of fills begin.
+// The members that rows of orders and of fills have in common, which come first.
 template <typename Record>
 void writeHead(JsonText& row, const Book& book, const Record& record) {
   const bool securities = holdsSecurities(static_cast<MarketType>(record.account.marketType));

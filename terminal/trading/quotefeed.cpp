@@ -116,7 +116,7 @@ std::optional<std::chrono::duration<double>> QuoteFeed::age() const {
   return std::chrono::steady_clock::now() - moved_.load();
 }
 
-// True where the feed is to go on.
+// False if the feed was stopped meanwhile.
 bool QuoteFeed::sleepUntil(std::chrono::steady_clock::time_point time) {
   std::unique_lock lock(mutex_);
   return !changed_.wait_until(lock, time, [this] { return !running_; });
@@ -128,7 +128,7 @@ void QuoteFeed::walk() {
   step(true);
 }
 
-// Each price goes a tick up, a tick down or stays, within its limits.
+// Each price moves one tick up or down or not at all, within its limits.
 void QuoteFeed::step(bool store) {
   std::uniform_int_distribution<int> direction(-1, 1);
   const std::vector<Price> prices = desk_.read([&](const Book& book) {

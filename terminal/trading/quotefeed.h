@@ -21,24 +21,24 @@ struct ReplayedPrice {
 };
 
 // Reads a quote file: lines of "milliseconds,instrument,price", such as "1500,rb2701.SHFE,3326", in ascending time;
-// empty lines and lines that begin with '#' are skipped. Throws std::runtime_error that names the file, and the line at
-// fault where there is one.
+// empty lines and lines that begin with '#' are skipped. Throws std::runtime_error that names the file and, if a line
+// is invalid, its number.
 std::vector<ReplayedPrice> readQuoteFile(const std::filesystem::path& file, const Book& book);
 
-// Moves the prices on a thread of its own, in the way that the options say.
+// Moves the prices on its own thread, as the options say.
 class QuoteFeed {
  public:
-  // Throws as readQuoteFile does.
+  // Throws like readQuoteFile.
   QuoteFeed(Desk& desk, Engine& engine, const TradingOptions& options);
   ~QuoteFeed() { stop(); }
 
   // REQUIRES: not started.
   void start();
 
-  // Stores the prices where they walked. Does nothing when not started.
+  // Stores the prices of a random walk. Does nothing if not started.
   void stop();
 
-  // How long ago the prices last walked; nothing where they do not. Any thread.
+  // Time since the last step of the random walk; nothing in the other modes. Any thread.
   std::optional<std::chrono::duration<double>> age() const;
 
  private:
@@ -57,7 +57,7 @@ class QuoteFeed {
   std::condition_variable changed_;
   bool running_ = false;
   std::atomic<std::chrono::steady_clock::time_point> moved_ = std::chrono::steady_clock::now();
-  bool failed_ = false;  // the last move could not be stored; told once
+  bool failed_ = false;  // the last move could not be stored; reported once until one succeeds
   std::thread thread_;
 };
 

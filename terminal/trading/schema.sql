@@ -1,7 +1,7 @@
--- Primary facts only: every figure on a screen is worked out from these. Texts are UTF-8, times milliseconds since 1970,
--- amounts in the account's currency, rates plain factors, flags 0 or 1.
+-- Primary facts only; all other figures are computed from them. Texts are UTF-8, times milliseconds since 1970, amounts
+-- in the account's currency, rates plain factors, flags 0 or 1.
 
--- The trading day under way, in days since 1970 by local time.
+-- The current trading day, in days since 1970, local time.
 CREATE TABLE trading_day (
   day INTEGER NOT NULL
 ) STRICT;
@@ -18,7 +18,8 @@ CREATE TABLE code_type (
   default_margin_rate REAL NOT NULL CHECK (default_margin_rate > 0)
 ) STRICT;
 
--- A hash code stays within what a browser's number holds. code_class: 0 stock, 1 future, 2 option, 3 fund.
+-- Hash codes are limited to the integers that a JavaScript number holds exactly. code_class: 0 stock, 1 future,
+-- 2 option, 3 fund.
 CREATE TABLE instrument (
   hash_code      INTEGER PRIMARY KEY CHECK (hash_code BETWEEN -9007199254740991 AND 9007199254740991),
   code_class     INTEGER NOT NULL CHECK (code_class BETWEEN 0 AND 3),
@@ -37,13 +38,13 @@ CREATE TABLE instrument (
   UNIQUE (exchange, code)
 ) STRICT;
 
--- An instrument without a row here stands at its pre-settlement price.
+-- The last price. An instrument without a row is at its pre-settlement price.
 CREATE TABLE quote (
   hash_code INTEGER PRIMARY KEY REFERENCES instrument,
   last      REAL NOT NULL CHECK (last > 0)
 ) STRICT;
 
--- market_type: 1 futures, 2 stocks, 8 options, 16 credit. commission is of today.
+-- market_type: 1 futures, 2 stocks, 8 options, 16 credit. deposit, withdraw and commission are today's.
 CREATE TABLE account (
   idx             INTEGER PRIMARY KEY,
   user_code       TEXT NOT NULL,
@@ -58,14 +59,14 @@ CREATE TABLE account (
   commission      REAL NOT NULL
 ) STRICT;
 
--- A function, by its topic text, that is refused to the user; where account is set, on that account alone.
+-- A function (its topic) that is refused to the user, or only on one account if account is not null.
 CREATE TABLE refused_function (
   function TEXT NOT NULL,
   account  INTEGER REFERENCES account,
   reason   TEXT NOT NULL
 ) STRICT;
 
--- An instrument without a row here has its code type's default for both sides.
+-- An instrument without a row has its code type's default rate on both sides.
 CREATE TABLE margin_rate (
   account         INTEGER NOT NULL REFERENCES account,
   hash_code       INTEGER NOT NULL REFERENCES instrument,
@@ -76,7 +77,7 @@ CREATE TABLE margin_rate (
   PRIMARY KEY (account, hash_code)
 ) STRICT, WITHOUT ROWID;
 
--- A code type without a row here costs nothing. minimum is of one fill, sale_tax a share of the value of a sale.
+-- A code type without a row is free of commission. minimum is per fill, sale_tax a share of the value of a sale.
 CREATE TABLE commission_rate (
   account   INTEGER NOT NULL REFERENCES account,
   code_type TEXT NOT NULL REFERENCES code_type,
@@ -87,7 +88,8 @@ CREATE TABLE commission_rate (
   PRIMARY KEY (account, code_type)
 ) STRICT, WITHOUT ROWID;
 
--- direction: 1 long, 2 short. yesterday_volume is what the day began with, yesterday_closed what of it was closed today.
+-- direction: 1 long, 2 short. yesterday_volume is the volume at the start of the day, yesterday_closed the part of it
+-- closed today.
 CREATE TABLE holding (
   account          INTEGER NOT NULL REFERENCES account,
   hash_code        INTEGER NOT NULL REFERENCES instrument,
@@ -101,7 +103,7 @@ CREATE TABLE holding (
   PRIMARY KEY (account, hash_code, direction)
 ) STRICT, WITHOUT ROWID;
 
--- day: the trading day; lists show those of the day under way. status: 1 working, 2 filled, 3 cancelled, 4 refused.
+-- day: the trading day; lists show the current day's orders. status: 1 working, 2 filled, 3 cancelled, 4 refused.
 -- price_type: 1 limit, 2 market.
 CREATE TABLE orders (
   id              INTEGER PRIMARY KEY,
@@ -148,7 +150,7 @@ CREATE TABLE credit_terms (
   short_limit       REAL NOT NULL
 ) STRICT;
 
--- direction: 1 money borrowed to buy with, 2 securities borrowed to sell.
+-- direction: 1 money borrowed to buy, 2 securities borrowed to sell.
 CREATE TABLE credit_contract (
   id        INTEGER PRIMARY KEY,
   account   INTEGER NOT NULL REFERENCES credit_terms,
@@ -159,7 +161,7 @@ CREATE TABLE credit_contract (
   interest  REAL NOT NULL
 ) STRICT;
 
--- family: 1 active strategies, 2 strategies not yet sent, 3 algorithms.
+-- family: 1 active strategies, 2 strategies not sent yet, 3 algorithms.
 CREATE TABLE strategy_target (
   account      INTEGER NOT NULL REFERENCES account,
   hash_code    INTEGER NOT NULL REFERENCES instrument,
@@ -178,7 +180,8 @@ CREATE TABLE manual_position (
   PRIMARY KEY (account, hash_code)
 ) STRICT, WITHOUT ROWID;
 
--- rule: 0 long and short apart (also where no row stands), 1 and 3 opening and closing convert, 2 net position.
+-- rule: 0 long and short are synchronised separately (also without a row), 1 and 3 the net difference with closing
+-- first, 2 the net difference in one order.
 CREATE TABLE sync_rule (
   account   INTEGER NOT NULL REFERENCES account,
   hash_code INTEGER NOT NULL REFERENCES instrument,

@@ -28,9 +28,9 @@ class Router : public IServiceRouter {
 
 ResultStatus failure(const std::string& text) { return {-1, CodeConvert::utf8_to_gbk(text)}; }
 
-// Without an account: what is refused to the user altogether.
+// With an account: functions refused on it. Without one: functions refused to the user.
 ResultStatus refusalOf(const Book& book, const std::string& function, const TradingAccountID* account) {
-  for (const Refusal& it : book.refusals) {
+  for (const RefusedFunction& it : book.refusedFunctions) {
     if (it.function != function) continue;
     const bool applies = account == nullptr ? !it.account : it.account == account->index;
     if (applies) return {-1, it.reason};
@@ -101,7 +101,8 @@ bool AuthAgent::hasPrivilege(const TradingAccountID& account, AccountPrivilege p
 Services::Services(Desk& desk, Engine& engine, QuoteMode mode)
     : code_(desk), trade_(desk, engine), auth_(desk), monitor_(desk, engine), proxy_(desk, engine, mode) {
   Services* none = nullptr;
-  if (!gServices.compare_exchange_strong(none, this)) throw std::runtime_error("a trading host stands already");
+  if (!gServices.compare_exchange_strong(none, this))
+    throw std::runtime_error("there can only be one trading host in a process");
   gBaseInformationMap =
       desk.read([](const Book& book) { return std::make_shared<BaseInformationMap>(book.exchanges); });
 }

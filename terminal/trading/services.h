@@ -51,11 +51,11 @@ class AuthAgent : public IAuthAgent {
   Desk& desk_;
 };
 
-// Every service, over one desk. The statics of host/ answer from the one that stands; without one IServiceRouter has
-// no base service.
+// All services of one desk. The static functions of host/ use the one instance; without one, IServiceRouter has no base
+// service.
 class Services : public IBaseService {
  public:
-  // Throws std::runtime_error where one stands already.
+  // Throws std::runtime_error if there is an instance already.
   Services(Desk& desk, Engine& engine, QuoteMode mode);
   ~Services() override;
   Services(const Services&) = delete;

@@ -51,7 +51,7 @@ Holding carryOver(const Holding& held) {
   return it;
 }
 
-// The limits keep their distance in per cent.
+// The limits keep their distance from the reference price in per cent.
 void settleInstrument(Instrument& it) {
   const double scale = it.last / it.preSettlement;
   it.lowerLimit = std::max(roundToTick(it.lowerLimit * scale, it.priceTick), it.priceTick);

@@ -4,9 +4,9 @@
 
 namespace orvane::terminal {
 
-// Ends the book's trading day, so that `nextDay` begins once the change is stored and the book read anew: working
-// orders are cancelled, the last price becomes the reference and the centre of the price limits, equity the new
-// balance, today's holdings yesterday's, and debts bear interest.
+// Ends the book's trading day: working orders are cancelled, the last price becomes the reference and the centre of the
+// price limits, equity becomes the new balance, today's holdings become yesterday's, and debts bear interest. `nextDay`
+// starts when the change is stored and the book loaded again, which drops the old day's orders and fills.
 void settle(Book& book, Change& change, int64_t nextDay);
 
 }  // namespace orvane::terminal

@@ -11,7 +11,7 @@ namespace {
 using terminal::Account;
 using terminal::Book;
 
-constexpr int32_t kTellAvailable = 2;  // bit of queryFlags
+constexpr int32_t kWithAvailable = 2;  // bit of queryFlags: return the accounts that are logged in as well
 
 int32_t indexOf(int32_t index) { return index; }
 int32_t indexOf(const TradingAccountID& id) { return id.index; }
@@ -21,7 +21,7 @@ auto read(ITradeService* service, const Look& look) {
   return static_cast<terminal::TradeService*>(service)->desk().read(look);
 }
 
-// Every selected account once, in the order of the indexes.
+// Each selected account once, by ascending index.
 template <typename Selector>
 std::vector<const Account*> selected(const Book& book, const Selector& selector) {
   std::vector<const Account*> accounts;
@@ -32,19 +32,19 @@ std::vector<const Account*> selected(const Book& book, const Selector& selector)
   return accounts;
 }
 
-// Runs `visit` on each selected account, and hands those that are logged in to `tell` where the flags ask for it.
-template <typename Selector, typename Visit, typename Tell>
+// Calls `visit` for each selected account and, if the flags ask for it, `addAvailable` for those that are logged in.
+template <typename Selector, typename Visit, typename AddAvailable>
 void forEachSelected(ITradeService* service, const Selector& selector, int32_t queryFlags, const Visit& visit,
-                     const Tell& tell) {
+                     const AddAvailable& addAvailable) {
   read(service, [&](const Book& book) {
     for (const Account* account : selected(book, selector)) {
       visit(book, *account);
-      if (account->online && (queryFlags & kTellAvailable) != 0) tell(account->id);
+      if (account->online && (queryFlags & kWithAvailable) != 0) addAvailable(account->id);
     }
   });
 }
 
-// Appends the records of `rows` that belong to selected accounts, in their order.
+// Appends the records of `rows` that belong to selected accounts, keeping their order.
 template <typename Selector, typename Rows, typename Get, typename Out>
 void appendRows(const Book& book, const Selector& selector, const Rows& rows, const Get& get, Out& out) {
   const std::vector<const Account*> accounts = selected(book, selector);

@@ -22,35 +22,35 @@ struct TradingOptions {
   uint64_t seed = 1;                // for Walk
 };
 
-// How the host fares.
+// The state of the host.
 struct TradingHealth {
-  bool isStoring = true;                                   // the last change could be written
-  std::optional<std::chrono::duration<double>> quotesAge;  // nothing where quotes may stand still
+  bool isStoring = true;                                   // false: the last change could not be written
+  std::optional<std::chrono::duration<double>> quotesAge;  // time since the last quote; nothing if quotes need not move
 };
 
-// The paper-trading host: opens the database (creating it with the sample data), and stands behind every service of
-// host/ but the mobile server from construction to destruction. At most one at a time.
+// The paper-trading host. Opens the database (creating it with the sample data) and implements every service of host/
+// but the mobile server. At most one at a time.
 class TradingHost {
  public:
-  // Receives one message, its texts in GBK as IPocketAgent::pushNotify takes them.
+  // Receives one message, its texts in GBK as IPocketAgent::pushNotify expects them.
   using Notify = std::function<void(const MobileMessage&)>;
 
-  // Throws std::runtime_error with a clear message (UTF-8) where the folder, the database or the quote file is at
-  // fault.
+  // Throws std::runtime_error with a clear message (UTF-8) if the folder, the database or the quote file cannot be
+  // used.
   explicit TradingHost(const TradingOptions& options);
   ~TradingHost();
   TradingHost(const TradingHost&) = delete;
   TradingHost& operator=(const TradingHost&) = delete;
 
-  // What IBaseService::getMobileSrv returns from now on; null at first. The server must outlive its being set.
+  // Sets the result of IBaseService::getMobileSrv, null at first. The server must live until it is replaced.
   void setMobileServer(IMobileSrv* server);
 
-  // Starts the quotes and the thread that delivers messages. `notify` is called on that thread alone, never on the
-  // agent's worker. REQUIRES: not started.
+  // Starts the quotes and the thread that delivers messages. `notify` runs on that thread only, never on the agent's
+  // worker. REQUIRES: not started.
   void start(Notify notify);
 
-  // No `notify` runs after this has returned; messages not yet delivered are dropped. To be called before the agent's
-  // stop. Does nothing when not started.
+  // No `notify` runs after this returns. Undelivered messages are dropped. Call it before the agent's stop. Does
+  // nothing if not started.
   void stop();
 
   // Any thread.

@@ -41,7 +41,7 @@ void writeQuote(JsonText& row, const Book& book, const Instrument& it) {
   row.member("multiplier", it.multiplier);
 }
 
-// What is wrong with a price set by hand, UTF-8; empty where nothing is.
+// Why a price may not be set by hand, UTF-8; empty if it may.
 std::string quoteFault(const Instrument* instrument, int64_t hashCode, double price) {
   if (instrument == nullptr) return fmt::format("没有合约 {}", hashCode);
   if (!(price >= instrument->lowerLimit && price <= instrument->upperLimit)) {
@@ -55,7 +55,7 @@ std::string quoteFault(const Instrument* instrument, int64_t hashCode, double pr
 
 }  // namespace
 
-// The index of the terminal's own topics.
+// The dispatch table of the terminal's own topics.
 const std::array<UiProxy::Topic, 3> UiProxy::kTopics{{
     {"terminal.info",
      [](UiProxy& proxy, const std::string& /*body*/) {

@@ -11,12 +11,13 @@
 
 namespace orvane::terminal {
 
-// The topics that the terminal answers itself: "terminal.info", "quote.list", and "quote.set" where prices stand still.
+// Answers the terminal's own topics: "terminal.info", "quote.list", and "quote.set" under QuoteMode::Still.
+// Thread-safe.
 class UiProxy : public IUIProxyMgr {
  public:
   UiProxy(Desk& desk, Engine& engine, QuoteMode mode) : desk_(desk), engine_(engine), mode_(mode) {}
 
-  // The topics that it answers.
+  // The names of the terminal's own topics.
   static std::vector<std::string_view> topics();
 
   void requestSync(const std::string& topic, const std::string& data, MobileMessage& reply) override;

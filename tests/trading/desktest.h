@@ -59,7 +59,7 @@ class Inbox {
   size_t read_ = 0;
 };
 
-// A trading host with still quotes in a folder of its own. Accounts: 1 futures, 2 stocks, 3 options (not logged in),
+// A trading host with QuoteMode::Still in its own folder. Accounts: 1 futures, 2 stocks, 3 options (not logged in),
 // 4 credit.
 class DeskTest : public ::testing::Test {
  protected:
@@ -87,7 +87,7 @@ class DeskTest : public ::testing::Test {
     host_->start([this](const MobileMessage& message) { inbox_.put(message); });
   }
 
-  // Closes the host, changes its database by `sql`, and opens it again.
+  // Closes the host, runs `sql` on its database and opens it again.
   void reopen(const std::string& sql = "") {
     host_.reset();
     if (!sql.empty()) SQLite::Database((dir_ / "terminal.db").string(), SQLite::OPEN_READWRITE).exec(sql);
@@ -96,7 +96,7 @@ class DeskTest : public ::testing::Test {
 
   static ITradeService* trade() { return IServiceRouter::instance()->getTradeService(); }
 
-  // Returns the refusal, UTF-8, empty where the order was taken.
+  // Returns why the order was refused, UTF-8; empty if it was accepted.
   static std::string order(int32_t account, int64_t hashCode, Side side, Offset offset, double price, int64_t volume,
                            PriceType type = PriceType::Limit) {
     MobileNewOrderItem item;

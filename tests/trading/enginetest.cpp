@@ -53,7 +53,7 @@ TEST_F(EngineTest, RefusalsNameTheFigureThatFailed) {
   for (const Case& it : cases) {
     EXPECT_EQ(order(it.account, it.code, it.side, it.offset, it.price, it.volume).substr(0, it.text.size()), it.text);
   }
-  const size_t unknown = 2;  // of these there is nothing to record against
+  const size_t unknown = 2;  // without an account or instrument there is nothing to store
   EXPECT_EQ(orders().size(), before + std::size(cases) - unknown);
   EXPECT_EQ(lastOrder().status, static_cast<int32_t>(OrderStatus::Refused));
   EXPECT_EQ(utf8(lastOrder().note).substr(0, cases[23].text.size()), cases[23].text);
@@ -78,7 +78,7 @@ TEST_F(EngineTest, AnOrderThatCrossesIsFilledAtTheOppositeQuote) {
   EXPECT_EQ(lastOrder().fillAvgPrice, 3324);
 }
 
-TEST_F(EngineTest, ARestingOrderBindsFundsUntilTheQuoteComesOrItIsCancelled) {
+TEST_F(EngineTest, ARestingOrderHoldsFundsUntilItIsFilledOrCancelled) {
   const double available = capital(1).available;
   EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3300, 5), "");
   const Order resting = lastOrder();
@@ -93,7 +93,8 @@ TEST_F(EngineTest, ARestingOrderBindsFundsUntilTheQuoteComesOrItIsCancelled) {
   EXPECT_EQ(cancel(1, kRebar, resting.localOrderId),
             "委托 " + std::to_string(resting.localOrderId) + " 已全部成交, 不能撤单");
 
-  EXPECT_EQ(cancel(2, kSugar, 1006).find("上没有委托 1006") == std::string::npos, false) << "another's order";
+  EXPECT_EQ(cancel(2, kSugar, 1006).find("上没有委托 1006") == std::string::npos, false)
+      << "an order of another account";
   const double frozen = capital(1).frozenMargin;
   EXPECT_GT(frozen, 0);
   EXPECT_EQ(cancel(1, kSugar, 1006), "");
@@ -105,7 +106,7 @@ TEST_F(EngineTest, ClosingTakesYesterdaysPartFirstAndRealisesItsProfit) {
   const Position before = positions().at({1, kRebar});
   EXPECT_EQ(order(1, kRebar, Side::Sell, Offset::Close, 3320, 7), "");
   const Position after = positions().at({1, kRebar});
-  EXPECT_EQ(after.longCloseYesterdayVolume - before.longCloseYesterdayVolume, 6) << "two more wait in an order";
+  EXPECT_EQ(after.longCloseYesterdayVolume - before.longCloseYesterdayVolume, 6) << "a working order closes two more";
   EXPECT_EQ(after.longTodayVolume, 3);
   EXPECT_NEAR(capital(1).closeProfit, 280 + 6 * (3324 - 3308) * 10 + (3324 - 3318) * 10, kCent);
 }
@@ -130,7 +131,7 @@ TEST_F(EngineTest, CreditSidesBorrowAndPayBack) {
   const CreditInfoRecord before = credit();
   EXPECT_EQ(order(4, kMerchants, Side::MarginBuying, Offset::Open, 43, 1000), "");
   EXPECT_NEAR(credit().longDebtBalance, before.longDebtBalance + 42890, kCent);
-  EXPECT_EQ(order(4, kMerchants, Side::Sell, Offset::Close, 43.5, 8000), "") << "its own shares are its own to sell";
+  EXPECT_EQ(order(4, kMerchants, Side::Sell, Offset::Close, 43.5, 8000), "") << "own shares may be sold";
   EXPECT_NEAR(credit().cashAssets, before.cashAssets - 42890 * 0.0003, kCent) << "only the commission is paid";
 
   EXPECT_EQ(order(4, kPingAn, Side::SellingReimbursement, Offset::Close, 57, 1000), "");
@@ -150,10 +151,10 @@ TEST_F(EngineTest, CreditSidesBorrowAndPayBack) {
   EXPECT_NEAR(credit().marginAvl, last.marginAvl, kCent);
 }
 
-TEST_F(EngineTest, WorkingCreditOrdersBindWhatTheyUseOnce) {
+TEST_F(EngineTest, WorkingCreditOrdersHoldTheirFundsOnce) {
   const double available = capital(4).available;
   EXPECT_EQ(order(4, kWuliangye, Side::SecurityReimbursement, Offset::Close, 120, 1000), "");
-  EXPECT_NEAR(capital(4).available, available, kCent) << "within what the short sale brought";
+  EXPECT_NEAR(capital(4).available, available, kCent) << "covered by the proceeds of the short sale";
   EXPECT_NEAR(credit().freeBalance, available, kCent);
   EXPECT_EQ(order(4, kMerchants, Side::MarginBuying, Offset::Open, 43, 1000), "");
   reopen("UPDATE holding SET yesterday_volume = 9000, today_volume = 0 WHERE account = 4 AND hash_code = 5000002");
@@ -197,7 +198,7 @@ TEST_F(EngineTest, EverythingIsThereAfterARestart) {
   EXPECT_EQ(positions().at({2, kMaotai}).currentPrice, 1480.5);
 }
 
-TEST_F(EngineTest, AcknowledgedOrdersOutliveAKill) {
+TEST_F(EngineTest, AcknowledgedOrdersSurviveAKill) {
   const size_t before = orders().size();
   host_.reset();
   const auto placeAndDie = [this] {
@@ -240,7 +241,7 @@ TEST_F(EngineTest, ANewDayTurnsTodayIntoYesterday) {
   EXPECT_EQ(fills().back().fillId, "SZSE00000010");
 }
 
-TEST_F(EngineTest, WhatCannotBeStoredDidNotHappen) {
+TEST_F(EngineTest, AChangeThatCannotBeStoredIsUndone) {
   reopen("CREATE TRIGGER full BEFORE INSERT ON fill BEGIN SELECT RAISE(ABORT, 'disk full'); END");
   const double equity = capital(1).dynamicAmount;
   const size_t count = orders().size();
@@ -248,7 +249,7 @@ TEST_F(EngineTest, WhatCannotBeStoredDidNotHappen) {
   EXPECT_EQ(orders().size(), count);
   EXPECT_EQ(fills().size(), 8U);
   EXPECT_EQ(capital(1).dynamicAmount, equity);
-  EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3300, 2), "") << "what rests needs no fill";
+  EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3300, 2), "") << "a resting order writes no fill";
   EXPECT_THAT(setQuote(kSugar, "5450"), ::testing::HasSubstr("disk full"));
   EXPECT_EQ(positions().at({1, kSugar}).currentPrice, 5490) << "the bid at 5460 could not be filled";
 }

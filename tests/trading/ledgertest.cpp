@@ -10,7 +10,7 @@ using LedgerTest = DeskTest;
 
 constexpr double kCent = 0.005;
 
-TEST_F(LedgerTest, CapitalHangsTogetherInEveryAccount) {
+TEST_F(LedgerTest, CapitalFiguresAgreeInEveryAccount) {
   for (int32_t index : {1, 2, 3, 4}) {
     SCOPED_TRACE(index);
     const TradingAccount it = capital(index);
@@ -38,7 +38,7 @@ TEST_F(LedgerTest, CapitalHangsTogetherInEveryAccount) {
   }
 }
 
-TEST_F(LedgerTest, FuturesFiguresAreThoseOfAHandCalculation) {
+TEST_F(LedgerTest, FuturesFiguresMatchAHandCalculation) {
   const Position it = positions().at({1, kRebar});
   EXPECT_EQ(it.longPosition, 12);
   EXPECT_EQ(it.longFrozenVolume, 2);
@@ -46,18 +46,18 @@ TEST_F(LedgerTest, FuturesFiguresAreThoseOfAHandCalculation) {
   EXPECT_NEAR(it.longFloatProfit, 8 * 40 * 10 + 4 * 7 * 10, kCent);
   EXPECT_NEAR(it.shortFloatProfit, 3 * 15 * 10, kCent);
   EXPECT_NEAR(it.longMargin, 12 * 33250 * 0.13, kCent);
-  // Today: the rest of yesterday's against 3308, today's against its price, 2 closed at 3322, and the shorts.
+  // Today: 8 left from yesterday against 3308, 4 opened today at 3318, 2 closed at 3322, and the 3 shorts.
   EXPECT_NEAR(it.todayProfit, 8 * 170 + 4 * 70 + 2 * 140 - 3 * 170, kCent);
   EXPECT_NEAR(positions().at({1, kTreasury}).shortMargin, 2 * 108.310 * 10000 * 0.03, kCent) << "the default rate";
   EXPECT_NEAR(capital(1).frozenMargin, 10 * 54600 * 0.09 + 15, kCent) << "the bid for sugar and its commission";
 }
 
-TEST_F(LedgerTest, OptionsPayPremiumWhenLongAndAMarginPerLotWhenShort) {
+TEST_F(LedgerTest, LongOptionsPayThePremiumShortOnesAMarginPerLot) {
   EXPECT_NEAR(positions().at({3, 5100001}).longMargin, 25 * 0.0886 * 10000, kCent);
   EXPECT_NEAR(positions().at({3, 5100002}).shortMargin, 10 * 3800, kCent);
 }
 
-TEST_F(LedgerTest, CreditFiguresHangTogether) {
+TEST_F(LedgerTest, CreditFiguresAgree) {
   const CreditInfoRecord it = credit();
   EXPECT_NEAR(it.totalAssets, it.netAssets + it.totalDebtBalance, kCent);
   EXPECT_NEAR(it.totalDebtBalance, 227600 + 77200 + 412.30 + 105.20 + 125800, kCent);
@@ -85,7 +85,7 @@ TEST_F(LedgerTest, SampleFillsExplainTodaysVolumesAndCommission) {
   EXPECT_FALSE(wrong.executeStep());
 }
 
-TEST_F(LedgerTest, CodeTypesGroupTheAccountsChosen) {
+TEST_F(LedgerTest, CodeTypesGroupTheSelectedAccounts) {
   std::vector<CodeTypePosition> all;
   const std::vector<TradingAccountID> both{capital(1).id, capital(2).id};
   IUIProxyMgr::getInstance()->getCodeTypePositions(both, true, true, all);
@@ -106,7 +106,7 @@ TEST_F(LedgerTest, CodeTypesGroupTheAccountsChosen) {
   EXPECT_EQ(utf8(securities[0].codeType) + utf8(securities[1].codeType), "股票基金");
 }
 
-TEST_F(LedgerTest, SelectorsChooseAndFlagsTellWhoIsLoggedIn) {
+TEST_F(LedgerTest, SelectorsChooseAndFlagsReturnWhoIsLoggedIn) {
   std::vector<TradingAccount> accounts;
   std::list<int32_t> available;
   TradeUtils::getAllTradingAccount(trade(), std::list<int32_t>{4, 3, 99, 4}, 3, accounts, available);
@@ -120,7 +120,7 @@ TEST_F(LedgerTest, SelectorsChooseAndFlagsTellWhoIsLoggedIn) {
   EXPECT_EQ(TradeUtils::getAllOrder(trade(), {capital(3).id}).size(), 1U);
 }
 
-TEST_F(LedgerTest, MarginRatesHaveADefaultBehindThem) {
+TEST_F(LedgerTest, MarginRatesFallBackToTheDefault) {
   MarginRateResult rate;
   MarginRateQuery query{capital(1).id, {}};
   query.code.hashCode = kRebar;

@@ -81,7 +81,7 @@ TEST_F(MonitorTest, PlacedOrdersCloseTheDifference) {
   orders.front().price = 950;
   monitor().placeSyncOrders(orders);
   EXPECT_EQ(lastOrder().status, static_cast<int32_t>(OrderStatus::Working));
-  EXPECT_EQ(syncOrders(only({1, 1000002})), "") << "one is on its way already";
+  EXPECT_EQ(syncOrders(only({1, 1000002})), "") << "one is working already";
   MonitorSyncOrder refused;
   refused.account = capital(1).id;
   refused.code.hashCode = kRebar;
@@ -90,7 +90,7 @@ TEST_F(MonitorTest, PlacedOrdersCloseTheDifference) {
   EXPECT_FALSE(inbox_.next("terminal.notice").message.empty());
 }
 
-TEST_F(MonitorTest, SecuritiesAccountsAreOfferedWhatTheEngineTakes) {
+TEST_F(MonitorTest, SecuritiesAccountsAreOfferedOrdersThatTheEngineAccepts) {
   struct Case {
     Key key;
     int32_t rule;
@@ -130,12 +130,12 @@ TEST_F(MonitorTest, SecuritiesAccountsAreOfferedWhatTheEngineTakes) {
   }
 }
 
-TEST_F(MonitorTest, AGreatDifferenceIsOfferedInParts) {
+TEST_F(MonitorTest, ALargeDifferenceIsOfferedInParts) {
   std::list<MonitorManualPosition> update(2);
   for (MonitorManualPosition& it : update) it.account = capital(1).id;
   update.front().code.hashCode = update.back().code.hashCode = kTreasury;
   update.back().code.code = "T2703";
-  update.front().position.longPos = 50'000;  // a thousand of the greatest orders
+  update.front().position.longPos = 50'000;  // a thousand orders of the largest size
   update.back().position.shortPos = 50'001;
   monitor().updateManualPositions(update);
   EXPECT_EQ(utf8(inbox_.next("terminal.notice").message),
@@ -152,7 +152,7 @@ TEST_F(MonitorTest, ManualPositionsAreStoredListedAndCleared) {
   update.back().code.hashCode = kMaotai;
   update.back().position.longPos = -1;
   monitor().updateManualPositions(update);
-  EXPECT_FALSE(inbox_.next("terminal.notice").message.empty()) << "a negative position is not taken";
+  EXPECT_FALSE(inbox_.next("terminal.notice").message.empty()) << "a negative position is refused";
   reopen();
   EXPECT_EQ(record({2, kPingAn}).manual.longPos, 700);
   EXPECT_EQ(record({2, kMaotai}).manual.longPos, 200);

@@ -21,7 +21,7 @@ std::string faultOf(const TradingOptions& options) {
   return "";
 }
 
-TEST_F(TradingHostTest, ASecondTerminalOnTheSameFolderIsTurnedAway) {
+TEST_F(TradingHostTest, ASecondTerminalOnTheSameFolderIsRefused) {
   EXPECT_THAT(faultOf({dir_, QuoteMode::Still, {}, 1}), HasSubstr("database is locked"));
   EXPECT_THAT(faultOf({dir_, QuoteMode::Still, {}, 1}), HasSubstr("stop the program that uses it"));
 }
@@ -35,8 +35,8 @@ TEST_F(TradingHostTest, ADatabaseThatCannotBeUsedIsLeftAlone) {
   SQLite::Database((dir_ / "terminal.db").string(), SQLite::OPEN_READWRITE).exec("PRAGMA user_version = 7");
   EXPECT_THAT(faultOf({dir_, QuoteMode::Still, {}, 1}),
               HasSubstr("its version is 7, this program reads version 1" + advice));
-  std::ofstream(dir_ / "terminal.db", std::ios::trunc) << "no database, but longer than a header of one hundred bytes"
-                                                          ", so that it is not taken for an empty file";
+  std::ofstream(dir_ / "terminal.db", std::ios::trunc) << "not a database, and longer than the header of one hundred"
+                                                          " bytes, because a shorter file counts as empty";
   EXPECT_EQ(faultOf({dir_, QuoteMode::Still, {}, 1}), file + "file is not a database" + advice);
   EXPECT_THAT(faultOf({"/proc/none", QuoteMode::Still, {}, 1}),
               HasSubstr("cannot use the database /proc/none/terminal.db: "));
@@ -63,7 +63,7 @@ TEST_F(TradingHostTest, BadQuoteFilesNameTheLine) {
   EXPECT_THAT(faultOf({dir_, QuoteMode::Replay, dir_, 1}), HasSubstr("cannot be read: Is a directory; give"));
 }
 
-TEST_F(TradingHostTest, QuotesAreReplayedAndFillWhatTheyReach) {
+TEST_F(TradingHostTest, ReplayedQuotesFillTheOrdersTheyReach) {
   host_.reset();
   std::ofstream(dir_ / "quotes.csv") << "0,rb2701.SHFE,3326\n1,SR701.CZCE,5450\n";
   host_.emplace(TradingOptions{dir_, QuoteMode::Replay, dir_ / "quotes.csv", 1});
@@ -140,7 +140,7 @@ TEST_F(TradingHostTest, MasterDataIsGbkAtTheBoundary) {
   EXPECT_EQ(IServiceRouter::instance()->getBaseService(), nullptr);
 }
 
-TEST(CodeConvertTest, KeepsEveryCharacterAndReplacesWhatIsNoText) {
+TEST(CodeConvertTest, KeepsEveryCharacterAndReplacesInvalidBytes) {
   EXPECT_EQ(CodeConvert::utf8_to_gbk("\xE8\x9E\xBA"), "\xC2\xDD");
   const std::string mixed = "多空 €𠮷😀 abc";
   EXPECT_EQ(CodeConvert::gbk_to_utf8(CodeConvert::utf8_to_gbk(mixed)), mixed);
@@ -156,7 +156,7 @@ TEST(CodeConvertTest, KeepsEveryCharacterAndReplacesWhatIsNoText) {
   EXPECT_EQ(CodeConvert::gbk_to_utf8(CodeConvert::utf8_to_gbk(longText)), longText);
 }
 
-// iconv alone, byte by byte behind what it does not take.
+// Converts with iconv alone, skipping one byte at each error.
 std::string iconvUtf8(std::string text) {
   iconv_t handle = iconv_open("UTF-8", "GB18030");
   std::string result(text.size() * 3, '\0');
@@ -172,7 +172,7 @@ std::string iconvUtf8(std::string text) {
   return result;
 }
 
-TEST(CodeConvertTest, GbkIsWhatIconvMakesOfIt) {
+TEST(CodeConvertTest, GbkConvertsLikeIconv) {
   std::string pair = "ab";
   for (int bytes = 0; bytes < 0x10000; ++bytes) {
     pair[0] = static_cast<char>(bytes >> 8);
@@ -182,7 +182,7 @@ TEST(CodeConvertTest, GbkIsWhatIconvMakesOfIt) {
   std::mt19937 random(5);
   for (int round = 0; round < 20'000; ++round) {
     std::string text(random() % 24, '\0');
-    for (char& c : text) {  // Chinese, four-byte characters and faults all come up
+    for (char& c : text) {  // gives Chinese, four-byte characters and invalid bytes
       const unsigned kind = random() % 4;
       c = static_cast<char>(kind == 0 ? random() : kind == 1 ? 0x30 + random() % 10 : 0xB0 + random() % 0x40);
     }
@@ -190,7 +190,7 @@ TEST(CodeConvertTest, GbkIsWhatIconvMakesOfIt) {
   }
 }
 
-TEST(TimestampTest, IsWrittenInTheIsoForm) {
+TEST(TimestampTest, IsWrittenInIso8601) {
   EXPECT_THAT(Timestamp::now(OrvTimeZone::Default).toISO8601String(),
               ::testing::MatchesRegex("2[0-9]+-[0-9]+-[0-9]+T[0-9:]+[.][0-9]+[+-][0-9]+"));
   EXPECT_TRUE(isTimeEnabled());
