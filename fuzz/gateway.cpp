@@ -1,8 +1,8 @@
 #include <variant>
 
 #include "fuzz/fuzz.h"
-#include "terminal/gateway/bodycheck.h"
-#include "terminal/gateway/frame.h"
+#include "terminal/phones/bodycheck.h"
+#include "terminal/phones/frame.h"
 #include "terminal/utf8.h"
 
 namespace orvane::fuzz {

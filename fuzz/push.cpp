@@ -1,5 +1,5 @@
 #include "fuzz/fuzz.h"
-#include "terminal/gateway/bodycheck.h"
+#include "terminal/phones/bodycheck.h"
 
 // Any topic and body, and a host in any mood. The first byte sets its levers ('@' leaves all alone), the topic goes up
 // to the first line's end, the body is the rest. A gateway hands on whole JSON that passes its check; what is no JSON

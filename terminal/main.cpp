@@ -9,12 +9,12 @@
 #include <sys/stat.h>
 
 #include "pocketagent/ipocketagent.h"
-#include "terminal/call.h"
 #include "terminal/certificate.h"
-#include "terminal/gateway/gateway.h"
-#include "terminal/gateway/gatewaydatabase.h"
-#include "terminal/gateway/mobileserver.h"
+#include "terminal/client/call.h"
+#include "terminal/gatewaydatabase.h"
 #include "terminal/logging.h"
+#include "terminal/phones/gateway.h"
+#include "terminal/phones/mobileserver.h"
 #include "terminal/settings.h"
 #include "terminal/tokencommand.h"
 #include "terminal/trading/tradinghost.h"

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "terminal/gateway/rights.h"
-#include "terminal/gateway/session.h"
+#include "terminal/net/session.h"
+#include "terminal/rights.h"
 #include "terminal/tls.h"
 #include "terminal/trading/tradinghost.h"
 

@@ -9,11 +9,11 @@
 #include <fmt/format.h>
 
 #include "host/common.h"
-#include "terminal/gateway/actionstore.h"
-#include "terminal/gateway/gatewaydatabase.h"
-#include "terminal/gateway/tokens.h"
+#include "terminal/client/table.h"
+#include "terminal/gatewaydatabase.h"
 #include "terminal/json.h"
-#include "terminal/table.h"
+#include "terminal/phones/actionstore.h"
+#include "terminal/tokens.h"
 
 namespace orvane::terminal {
 namespace {

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "terminal/client.h"
+#include "terminal/client/client.h"
 
 namespace orvane::test {
 

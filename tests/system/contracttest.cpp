@@ -4,7 +4,7 @@
 #include <rapidjson/document.h>
 
 #include "pocketagent/topic.h"
-#include "terminal/gateway/rights.h"
+#include "terminal/rights.h"
 #include "terminal/trading/uiproxy.h"
 #include "tests/system/contract.h"
 #include "tests/system/terminalprocess.h"

@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "terminal/gateway/pushlog.h"
+#include "terminal/phones/pushlog.h"
 #include "tests/system/terminalprocess.h"
 
 namespace orvane::test {

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "terminal/table.h"
+#include "terminal/client/table.h"
 
 namespace orvane::test {
 namespace {

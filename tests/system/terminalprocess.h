@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "terminal/client.h"
+#include "terminal/client/client.h"
 
 namespace orvane::test {
 

@@ -1,0 +1,74 @@
+#include "terminal/client/call.h"
+
+#include <cstdio>
+#include <optional>
+#include <string>
+
+#include <fmt/format.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include "terminal/client/client.h"
+#include "terminal/client/table.h"
+#include "terminal/tokens.h"
+
+namespace orvane::terminal {
+namespace {
+
+enum ExitCode { kDone = 0, kRefused = 1, kNotAsked = 2 };
+
+// 0 where the output goes elsewhere.
+size_t screenWidth() {
+  winsize size{};
+  return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
+void printReply(const Reply& reply, bool asTable) {
+  const std::string& text = reply.text.empty() ? reply.data : reply.text;
+  fmt::print("{}", asTable ? writeTable(text, screenWidth()) : text + '\n');
+}
+
+// A terminal that listens on all addresses is asked on loopback.
+ClientOptions optionsOf(const Settings& settings) {
+  ClientOptions options;
+  options.address = settings.address == "0.0.0.0" ? "127.0.0.1" : settings.address == "::" ? "::1" : settings.address;
+  if (settings.tls) options.certificate = settings.tls->certificate;
+  return options;
+}
+
+Client connect(const Settings& settings) try {
+  return Client(settings.port, optionsOf(settings));
+} catch (const ClientError& error) {
+  throw ClientError(fmt::format(
+      "{}\nIs the terminal running, and are --listen, --port and --tls-... those it was started with?", error.what()));
+}
+
+void login(Client& client, const OwnToken& own) {
+  try {
+    client.login(own.text());
+  } catch (const ClientError& error) {
+    throw ClientError(fmt::format("{}\nIs --data the folder of the terminal that was asked?", error.what()));
+  }
+}
+
+}  // namespace
+
+int runCall(const Settings& settings) try {
+  const CallSettings& call = *settings.call;
+  std::optional<OwnToken> own;
+  if (call.token.empty()) own.emplace(settings.dataDir);
+  Client client = connect(settings);
+  own ? login(client, *own) : client.login(call.token);
+  const Reply reply = client.request(call.topic, call.data, call.terminalType);
+  if (reply.message.empty()) {
+    printReply(reply, call.asTable);
+    return kDone;
+  }
+  std::fputs((reply.message + '\n').c_str(), stderr);
+  return kRefused;
+} catch (const std::exception& error) {
+  std::fputs(fmt::format("pocket-terminal: {}\n", error.what()).c_str(), stderr);
+  return kNotAsked;
+}
+
+}  // namespace orvane::terminal
