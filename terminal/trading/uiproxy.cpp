@@ -8,6 +8,7 @@
 #include "host/common.h"
 #include "terminal/trading/codetypeledger.h"
 #include "terminal/trading/jsontext.h"
+#include "terminal/trading/ledger.h"
 
 namespace orvane::terminal {
 namespace {
@@ -41,6 +42,25 @@ void writeQuote(JsonText& row, const Book& book, const Instrument& it) {
   row.member("multiplier", it.multiplier);
 }
 
+// What the account is charged for orders in the instrument.
+std::string ratesText(const Book& book, const Key& key) {
+  const MarginRate margin = marginRate(book, key);
+  const auto found = book.commissionRates.find({key.account, book.instruments.at(key.hashCode).codeType});
+  const CommissionRate commission = found == book.commissionRates.end() ? CommissionRate{} : found->second;
+  JsonText row;
+  row.beginObject();
+  row.member("longByMoney", margin.longs.byMoney);
+  row.member("longByVolume", margin.longs.byVolume);
+  row.member("shortByMoney", margin.shorts.byMoney);
+  row.member("shortByVolume", margin.shorts.byVolume);
+  row.member("commissionByMoney", commission.rate.byMoney);
+  row.member("commissionByVolume", commission.rate.byVolume);
+  row.member("commissionMinimum", commission.minimum);
+  row.member("saleTax", commission.saleTax);
+  row.endObject();
+  return row.text();
+}
+
 // Why a price may not be set by hand, UTF-8; empty if it may.
 std::string quoteFault(const Instrument* instrument, int64_t hashCode, double price) {
   if (instrument == nullptr) return fmt::format("没有合约 {}", hashCode);
@@ -56,7 +76,7 @@ std::string quoteFault(const Instrument* instrument, int64_t hashCode, double pr
 }  // namespace
 
 // The dispatch table of the terminal's own topics.
-const std::array<UiProxy::Topic, 3> UiProxy::kTopics{{
+const std::array<UiProxy::Topic, 4> UiProxy::kTopics{{
     {"terminal.info",
      [](UiProxy& proxy, const std::string& /*body*/) {
        return Answer{"", proxy.terminalInfo()};
@@ -65,6 +85,7 @@ const std::array<UiProxy::Topic, 3> UiProxy::kTopics{{
      [](UiProxy& proxy, const std::string& /*body*/) {
        return Answer{"", proxy.quoteList()};
      }},
+    {"order.rates", [](UiProxy& proxy, const std::string& body) { return proxy.rates(body); }},
     {"quote.set",
      [](UiProxy& proxy, const std::string& body) {
        return Answer{proxy.setQuote(body), ""};
@@ -116,6 +137,23 @@ std::string UiProxy::terminalInfo() {
 std::string UiProxy::quoteList() {
   return desk_.read([](const Book& book) {
     return jsonRows(book.instruments, [&](JsonText& row, const auto& entry) { writeQuote(row, book, entry.second); });
+  });
+}
+
+UiProxy::Answer UiProxy::rates(const std::string& body) {
+  rapidjson::Document root;
+  root.Parse<rapidjson::kParseIterativeFlag>(body.c_str());
+  if (root.HasParseError() || !root.IsObject()) return {R"(order.rates 需要 {"index": 整数, "hashCode": 整数})", ""};
+  const rapidjson::Value& object = root;
+  const auto index = object.FindMember("index");
+  const auto hashCode = object.FindMember("hashCode");
+  if (index == object.MemberEnd() || !index->value.IsInt()) return {"order.rates 缺少整数 index", ""};
+  if (hashCode == object.MemberEnd() || !hashCode->value.IsInt64()) return {"order.rates 缺少整数 hashCode", ""};
+  const Key key{index->value.GetInt(), hashCode->value.GetInt64()};
+  return desk_.read([&](const Book& book) -> Answer {
+    if (book.accounts.count(key.account) == 0) return {fmt::format("没有账户 {}", key.account), ""};
+    if (book.instrument(key.hashCode) == nullptr) return {fmt::format("没有合约 {}", key.hashCode), ""};
+    return {"", ratesText(book, key)};
   });
 }
 

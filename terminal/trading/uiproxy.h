@@ -37,11 +37,12 @@ class UiProxy : public IUIProxyMgr {
     std::string_view name;
     Answer (*answer)(UiProxy& proxy, const std::string& body);
   };
-  static const std::array<Topic, 3> kTopics;
+  static const std::array<Topic, 4> kTopics;
 
   Answer answer(const std::string& topic, const std::string& body);
   std::string terminalInfo();
   std::string quoteList();
+  Answer rates(const std::string& body);
   std::string setQuote(const std::string& body);
 
   Desk& desk_;

@@ -1,3 +1,4 @@
+#include <array>
 #include <random>
 
 #include <gmock/gmock.h>
@@ -98,6 +99,18 @@ TEST_F(TradingHostTest, TheTerminalAnswersItsOwnTopicsBothWays) {
   EXPECT_EQ(later.requestId, 5);
   EXPECT_EQ(later.data,
             R"({"name":"pocket-terminal","quotes":"still","accounts":4,"instruments":20,"workingOrders":5})");
+  for (const auto& [body, message, data] : std::vector<std::array<std::string, 3>>{
+           {R"({"index":1,"hashCode":1000002})", "",
+            R"({"longByMoney":0.14,"longByVolume":0.0,"shortByMoney":0.14,"shortByVolume":0.0,)"
+            R"("commissionByMoney":0.0,"commissionByVolume":10.0,"commissionMinimum":0.0,"saleTax":0.0})"},
+           {R"({"index":9,"hashCode":1000002})", "没有账户 9", ""},
+           {R"({"index":1,"hashCode":9})", "没有合约 9", ""},
+           {R"({"index":1})", "order.rates 缺少整数 hashCode", ""},
+           {R"([])", R"(order.rates 需要 {"index": 整数, "hashCode": 整数})", ""}}) {
+    proxy.requestSync("order.rates", body, reply);
+    EXPECT_EQ(utf8(reply.message), message);
+    EXPECT_EQ(reply.data, data);
+  }
   proxy.requestAsync(6, "no.such", "");
   EXPECT_EQ(utf8(inbox_.next("no.such").message), "未知的功能: no.such");
 }
