@@ -1,5 +1,4 @@
-# What `cmake --install` puts in place, by component: library, dev (headers, CMake package, pkg-config file) and
-# terminal.
+# Installation, by component: library, dev (headers, CMake package, pkg-config file) and terminal.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 string(COMPARE EQUAL "${CMAKE_INSTALL_PREFIX}" /usr system)
@@ -18,7 +17,7 @@ function(install_configured name destination component)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/packaging/${name} DESTINATION ${destination} COMPONENT ${component})
 endfunction()
 
-# The headers of the boundary, and nothing more. They ask for no more than C++17.
+# Only the headers of the boundary. They need C++17.
 file(GLOB boundary CONFIGURE_DEPENDS host/*.h)
 target_sources(pocketagent PUBLIC FILE_SET HEADERS
   BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${boundary} pocketagent/ipocketagent.h)
@@ -38,7 +37,7 @@ install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONE
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
 
 if(POCKETAGENT_TERMINAL)
-  if(NOT system)  # the loader does not look there by itself
+  if(NOT system)  # the loader searches only the system's folders
     file(RELATIVE_PATH libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
     set_target_properties(pocket-terminal PROPERTIES INSTALL_RPATH $ORIGIN/${libraries})
   endif()

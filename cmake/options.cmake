@@ -1,12 +1,12 @@
-# What every target of ours is built with.
+# Options of all our targets.
 add_library(pocketagent_options INTERFACE)
 target_compile_features(pocketagent_options INTERFACE cxx_std_20)
 target_include_directories(pocketagent_options INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(pocketagent_options INTERFACE
-  -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=  # log lines name the sources from here
+  -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=  # log lines name sources relative to the root
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Wold-style-cast
   -Woverloaded-virtual -Wcast-align -Wformat=2 -Wimplicit-fallthrough
-  # Where GCC 12 optimises, its null dereference and restrict warnings see ghosts in its own library.
+  # When GCC 12 optimises, -Wnull-dereference and -Wrestrict give false warnings about its own library.
   $<$<CXX_COMPILER_ID:Clang>:-Wnull-dereference>
   $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond -Wduplicated-branches -Wlogical-op -Wno-restrict>)
 
@@ -15,14 +15,14 @@ if(POCKETAGENT_WERROR)
   target_compile_options(pocketagent_options INTERFACE -Werror)
 endif()
 
-set(POCKETAGENT_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize takes them")
+set(POCKETAGENT_SANITIZE "" CACHE STRING "Sanitizers, a value for -fsanitize")
 if(POCKETAGENT_SANITIZE)
   add_compile_options(-fsanitize=${POCKETAGENT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${POCKETAGENT_SANITIZE})
   add_compile_options(
     # rapidjson's own stack adds an offset to a null pointer.
     $<$<CXX_COMPILER_ID:Clang>:-fno-sanitize=pointer-overflow>
-    # With the checks in between GCC no longer sees that std::regex sets its members.
+    # With the sanitizer's checks, GCC no longer sees that std::regex sets its members.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 endif()
 

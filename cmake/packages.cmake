@@ -1,8 +1,8 @@
-# The two Debian packages that CPack makes: the library with its headers, and the terminal. See scripts/make-packages.
+# The two Debian packages, made by CPack: the library with its headers, and the terminal. See scripts/make-packages.
 set(POCKETAGENT_MAINTAINER "pocketagent maintainers <maintainers@pocketagent.invalid>" CACHE STRING
-  "Name and address of who answers for the packages")
+  "Name and address of the packages' maintainer")
 
-# The release's date stands at its heading in the changelog.
+# The changelog's heading has the date of the release.
 file(STRINGS CHANGELOG.md heading REGEX "^## \\[${PROJECT_VERSION}\\] - ")
 string(REGEX MATCH "[0-9-]+$" released "${heading}")
 if(NOT released)
@@ -11,7 +11,7 @@ endif()
 execute_process(COMMAND date --utc --rfc-email --date=${released} OUTPUT_VARIABLE RELEASE_DATE
   OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 
-# install_documents(PACKAGE COMPONENT): what a Debian package must say of itself.
+# install_documents(PACKAGE COMPONENT): the documents that every Debian package must have.
 function(install_documents PACKAGE component)
   set(folder ${CMAKE_INSTALL_DATADIR}/doc/${PACKAGE})
   install_gzipped(CHANGELOG.md changelog ${folder} ${component})
@@ -52,8 +52,8 @@ set(CPACK_DEBIAN_TERMINAL_PACKAGE_CONTROL_EXTRA
   ${control}/conffiles ${control}/postinst ${control}/prerm ${control}/postrm)
 set(CPACK_COMPONENT_TERMINAL_DESCRIPTION "paper-trading terminal that phones can see and work
 The reference host of the pocketagent library: a paper-trading terminal with
-an embedded database, and a gateway that phones reach by WebSocket. It trades
-on paper only.")
+an embedded database, and a WebSocket gateway for phones. It trades on paper
+only.")
 
 include(CPack)
 cpack_add_component_group(agent)
