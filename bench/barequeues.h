@@ -10,9 +10,8 @@
 
 namespace orvane::bench {
 
-// A consumer thread that takes over all that waits by swapping two deques, and that looks up each millisecond as the
-// library's must: what that costs is the figure of the hand-off, whose yardstick just waits. Runs what waits before it
-// ends.
+// A consumer thread that takes all waiting items by swapping two deques, and that wakes each millisecond as the
+// library's does. The hand-off figure, whose yardstick simply waits, shows the cost of that. Drains before it ends.
 template <typename T>
 class SwapQueue {
  public:
@@ -61,7 +60,7 @@ class SwapQueue {
   std::thread thread_;
 };
 
-// A consumer thread that takes one item at a time under the lock. Runs what waits before it ends.
+// A consumer thread that takes one item at a time under the lock. Drains before it ends.
 template <typename T>
 class PopQueue {
  public:

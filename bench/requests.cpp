@@ -18,7 +18,7 @@
 namespace orvane::bench {
 namespace {
 
-// A mobile service that notes when a message reached it.
+// A mobile service that records when a message arrived.
 class Catcher : public IMobileSrv {
  public:
   ResultStatus start(const MobileSrvInfo& /*info*/) override { return {}; }
@@ -36,7 +36,7 @@ class Catcher : public IMobileSrv {
     return {};
   }
 
-  // Runs `push` and waits, awake, for the message. Returns the time between the two.
+  // Runs `push` and spins until the message arrives. Returns the time between the two.
   template <typename Push>
   double catchOne(Push push) {
     done_ = false;
@@ -89,7 +89,7 @@ std::string writeNaively(const std::vector<TradingAccount>& accounts) {
   });
 }
 
-// A request without any of the library: parse, hand-off, host call, write.
+// The parts of a request without the library: parse, hand-off, host call, write.
 class BareAgent {
  public:
   explicit BareAgent(IMobileSrv& server) : server_(server) {}
@@ -138,8 +138,8 @@ struct Bench {
     options.quotes = terminal::QuoteMode::Still;
     return options;
   }
-  // Each worker lives for its slice alone: ours looks up each millisecond, which keeps its processor from falling
-  // asleep, and would do so for the yardstick too.
+  // Each worker exists for one slice only. The library's wakes each millisecond, which keeps its processor from
+  // sleeping and would do the same for the yardstick.
   double oursMedian() {
     MobileWorker worker;
     worker.start();
@@ -150,7 +150,7 @@ struct Bench {
     return median([&] { bare.push(1, kBody); });
   }
 
-  // Of 100 requests, each to a worker that had nothing to do.
+  // The median of 100 requests, each to an idle worker.
   template <typename Push>
   double median(Push push) {
     constexpr double kRest = 30'000;  // until the worker sleeps

@@ -5,14 +5,14 @@ namespace orvane {
 
 ResultStatus MobileWorker::parseTid(int64_t requestId, OrvMobileTopic topic, const std::string& data,
                                     AccountSelector& out) {
-  const FailureTeller teller("parse tid error,RequestID=", requestId, topic);
-  constexpr FailureTexts kElementNotInt{"Data member not array", ",msg=Data element not int"};  // the reply is the same
+  const FailureReporter reporter("parse tid error,RequestID=", requestId, topic, LOG4CXX_LOCATION);
+  // The reply of a body that is no array, but a log text of its own.
+  constexpr FailureTexts kElementNotInt{kDataNotArray.reply, ",msg=Data element not int"};
 
-  const SourcePlace place = SourcePlace::current();
-  return decodeArray(data, teller, kDataNotArray, [&](const JsonValue& root) -> ResultStatus {
+  return decodeArray(data, reporter, kDataNotArray, [&](const JsonValue& root) -> ResultStatus {
     for (const JsonValue& element : root.GetArray()) {
       if (!element.IsInt()) {
-        return teller.fail(kElementNotInt, place);
+        return reporter.fail(kElementNotInt);
       }
       out.push_back(element.GetInt());
     }

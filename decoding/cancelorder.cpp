@@ -5,8 +5,8 @@ namespace orvane {
 
 namespace {
 
-// Only the account must be named. Which of the two ids counts is the task's affair; an instrument is wanted, and looked
-// at, only beside the first.
+// Only `index` is required. The task decides between the two ids; `hashCode` is required, and read, only with the
+// first.
 bool readItem(MemberReader& members, MobileCancelOrder& order) {
   if (!members.require("index", order.account.index, kNoIndex)) {
     return false;
@@ -24,10 +24,10 @@ bool readItem(MemberReader& members, MobileCancelOrder& order) {
 
 ResultStatus MobileWorker::parseCancelOrder(int64_t requestId, OrvMobileTopic topic, const std::string& data,
                                             std::vector<MobileCancelOrder>& out) {
-  const FailureTeller teller("parse cancelOrder error,RequestID=", requestId, topic);
+  const FailureReporter reporter("parse cancelOrder error,RequestID=", requestId, topic, LOG4CXX_LOCATION);
   constexpr FailureTexts kNotArray{"has no Data member or not array", ",msg=has no Data member or not array"};
 
-  return decodeItems(data, teller, teller, kNotArray, readItem, out);
+  return decodeItems(data, reporter, reporter, kNotArray, readItem, out);
 }
 
 }  // namespace orvane

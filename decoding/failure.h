@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <string_view>
 
 #include "host/resultstatus.h"
@@ -10,29 +9,30 @@
 
 namespace orvane {
 
-// What a decoder says of a fault: the text of the reply and the end of the log line. They are two texts, and often
-// differ.
+// The two texts of one decoding error. They often differ.
 struct FailureTexts {
   const char* reply;
-  const char* log;  // starts with ",msg="; null where the fault is not logged
+  const char* log;  // starts with ",msg="; null if the error is not logged
 };
 
-// Tells the faults of one decoding: to the log under the decoder's prefix, to the caller as a status.
-class FailureTeller {
+// Logs an error of one decoder, under the decoder's prefix and source location, and returns its status.
+class FailureReporter {
  public:
-  // `prefix` ends in "RequestID=".
-  FailureTeller(std::string_view prefix, int64_t requestId, OrvMobileTopic topic)
-      : prefix_(prefix), requestId_(requestId), topic_(topic) {}
+  // `prefix` ends in "RequestID=". `location` is the decoder's own, taken at its entry, whichever function finds the
+  // error.
+  FailureReporter(std::string_view prefix, int64_t requestId, OrvMobileTopic topic, const LogLocation& location)
+      : prefix_(prefix), requestId_(requestId), topic_(topic), location_(location) {}
 
-  // The same request under another prefix.
-  FailureTeller withPrefix(std::string_view prefix) const { return {prefix, requestId_, topic_}; }
+  // The same request and decoder under another prefix.
+  FailureReporter withPrefix(std::string_view prefix) const { return {prefix, requestId_, topic_, location_}; }
 
-  ResultStatus fail(const FailureTexts& texts, const SourcePlace& place = SourcePlace::current()) const;
+  ResultStatus fail(const FailureTexts& texts) const;
 
  private:
   std::string_view prefix_;
   int64_t requestId_;
   OrvMobileTopic topic_;
+  LogLocation location_;
 };
 
 }  // namespace orvane

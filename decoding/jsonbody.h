@@ -5,27 +5,16 @@
 #include <string>
 
 #include "decoding/failure.h"
-#include "decoding/quickreader.h"
 #include "host/resultstatus.h"
 #include "pocketagent/json.h"
 
 namespace orvane {
 
-// The document of one body. The body is a text up to its first NUL; what stands behind the root value is not looked at.
-// Strings may point into `data`, which must outlive this. A small body's document takes no memory of the heap.
+// The document of one body. The body ends at its first NUL; text behind the root value is ignored. The document of a
+// body of a few orders fits in the memory here; a larger one continues on the heap.
 class JsonBody {
  public:
-  explicit JsonBody(const std::string& data) {
-    bool complete = false;
-    auto quick = [&](Document& document) {
-      complete = QuickReader<Document>(data.c_str(), document).read();
-      return complete;
-    };
-    document_.Populate(quick);
-    if (!complete) {
-      document_.Parse<kParseFlags>(data.c_str());
-    }
-  }
+  explicit JsonBody(const std::string& data) { document_.Parse<kParseFlags>(data.c_str()); }
   JsonBody(const JsonBody&) = delete;
   JsonBody& operator=(const JsonBody&) = delete;
 
@@ -34,28 +23,28 @@ class JsonBody {
 
  private:
   using Pool = rapidjson::MemoryPoolAllocator<>;
-  using Document = rapidjson::GenericDocument<rapidjson::UTF8<>, Pool, Pool>;
 
   alignas(std::max_align_t) std::array<char, 2048> valueMemory_;
   alignas(std::max_align_t) std::array<char, 2048> stackMemory_;
   Pool values_{valueMemory_.data(), valueMemory_.size()};
   Pool stack_{stackMemory_.data(), stackMemory_.size()};
-  Document document_{&values_, 1024, &stack_};
+  // 1024: the parser's stack starts at half of its memory, so that it can double once before it needs the heap.
+  rapidjson::GenericDocument<rapidjson::UTF8<>, Pool, Pool> document_{&values_, 1024, &stack_};
 };
 
 inline constexpr FailureTexts kInvalidJson{"invalid json string", ",msg=invalid json string"};
 inline constexpr FailureTexts kDataNotArray{"Data member not array", ",msg=Data member not array"};
 
-// Parses a body whose root must be an array and hands that to `readRoot`, whose status is the result.
+// Parses a body whose root must be an array and passes it to `readRoot`, whose status is the result.
 template <typename ReadRoot>
-ResultStatus decodeArray(const std::string& data, const FailureTeller& teller, const FailureTexts& notArray,
-                         ReadRoot readRoot, const SourcePlace& place = SourcePlace::current()) {
+ResultStatus decodeArray(const std::string& data, const FailureReporter& reporter, const FailureTexts& notArray,
+                         ReadRoot readRoot) {
   const JsonBody body(data);
   if (body.isInvalid()) {
-    return teller.fail(kInvalidJson, place);
+    return reporter.fail(kInvalidJson);
   }
   if (!body.root().IsArray()) {
-    return teller.fail(notArray, place);
+    return reporter.fail(notArray);
   }
   return readRoot(body.root());
 }

@@ -27,9 +27,9 @@ bool readQuery(MemberReader& members, MobileMarginRateQuery& query) {
 
 ResultStatus MobileWorker::parseSymbolMarginRate(int64_t requestId, OrvMobileTopic topic, const std::string& data,
                                                  SymbolMarginRateReq& out) {
-  const FailureTeller frame("parse symbolMarginRate error,RequestID=", requestId, topic);
-  const FailureTeller ofElement = frame.withPrefix("parse marginRate error,RequestID=");
-  return decodeItems(data, frame, ofElement, kDataNotArray, readQuery, out.queries);
+  const FailureReporter ofBody("parse symbolMarginRate error,RequestID=", requestId, topic, LOG4CXX_LOCATION);
+  const FailureReporter ofElement = ofBody.withPrefix("parse marginRate error,RequestID=");
+  return decodeItems(data, ofBody, ofElement, kDataNotArray, readQuery, out.queries);
 }
 
 }  // namespace orvane

@@ -13,7 +13,8 @@
 
 namespace orvane {
 
-// A value into its target, if it is of the target's kind.
+// Each copies a value to its target and returns true if it is of the target's kind.
+
 inline bool read(const JsonValue& value, int32_t& target) {
   const bool fits = value.IsInt();
   if (fits) {
@@ -30,7 +31,7 @@ inline bool read(const JsonValue& value, int64_t& target) {
   return fits;
 }
 
-// An integer counts as a number with no decimals, as far as it fits 64 bits.
+// An integer is accepted too, if it fits 64 bits.
 inline bool read(const JsonValue& value, double& target) {
   const bool fits = value.IsDouble() || value.IsInt64();
   if (fits) {
@@ -48,45 +49,40 @@ inline bool read(const JsonValue& value, std::string& target) {
   return fits;
 }
 
-// The first member of this name, or null. A value that is no object ends the process by rapidjson's assertion.
+// The first member of this name, or null. A value that is not an object ends the process by rapidjson's assertion.
 inline const JsonValue* findMember(const JsonValue& object, std::string_view name) {
   const auto member = object.FindMember(JsonValue(name.data(), static_cast<rapidjson::SizeType>(name.size())));
   return member == object.MemberEnd() ? nullptr : &member->value;
 }
 
-// Reads the members of one element in the order of the calls; the first fault is told and ends the reading, so that
-// checks are joined by &&.
+// Reads the members of one element in the order of the calls. Each check returns false after an error, so checks are
+// joined by && and the first error ends the reading.
 class MemberReader {
  public:
-  // A value that is no object ends the process by rapidjson's assertion.
-  MemberReader(const JsonValue& element, const FailureTeller& teller)
-      : element_(element), next_(element.MemberBegin()), teller_(teller) {}
+  MemberReader(const JsonValue& element, const FailureReporter& reporter)
+      : element_(element), next_(element.MemberBegin()), reporter_(reporter) {}
 
-  // The member must be there and of the target's kind.
+  // The member must be present and of the target's kind.
   template <typename Target>
-  bool require(std::string_view name, Target& target, const FailureTexts& texts,
-               const SourcePlace& place = SourcePlace::current()) {
-    const JsonValue* value = find(name);
-    return (value != nullptr && read(*value, target)) || fail(texts, place);
+  bool require(std::string_view name, Target& target, const FailureTexts& texts) {
+    return require(name, target, texts, texts);
   }
 
-  // The same where a member that is not there and one of another kind are two faults.
+  // The same, with an error of its own for each of the two.
   template <typename Target>
-  bool requireApart(std::string_view name, Target& target, const FailureTexts& absent, const FailureTexts& wrongKind,
-                    const SourcePlace& place = SourcePlace::current()) {
+  bool require(std::string_view name, Target& target, const FailureTexts& absent, const FailureTexts& wrongKind) {
     const JsonValue* value = find(name);
-    return value != nullptr ? read(*value, target) || fail(wrongKind, place) : fail(absent, place);
+    return value != nullptr ? read(*value, target) || fail(wrongKind) : fail(absent);
   }
 
-  // The member may be left out, but must be of the target's kind otherwise.
+  // The member may be absent, but must otherwise be of the target's kind.
   template <typename Target>
-  bool allow(std::string_view name, Target& target, const FailureTexts& texts,
-             const SourcePlace& place = SourcePlace::current()) {
+  bool allow(std::string_view name, Target& target, const FailureTexts& texts) {
     const JsonValue* value = find(name);
-    return value == nullptr || read(*value, target) || fail(texts, place);
+    return value == nullptr || read(*value, target) || fail(texts);
   }
 
-  // Reads the member if it is there and of the target's kind; true if so. Never a fault.
+  // True if the member is present and of the target's kind. Never an error.
   template <typename Target>
   bool readIf(std::string_view name, Target& target) {
     const JsonValue* value = find(name);
@@ -95,7 +91,8 @@ class MemberReader {
 
   // The first member of this name, or null. REQUIRES: no name is asked for twice.
   const JsonValue* find(std::string_view name) {
-    // As long as the members stand in the order of the calls, the next one is it: those before it have other names.
+    // Clients send members in the order of the checks, so the next one is usually it. It is then the first of its name,
+    // because those before it were other names. Saves a fifth of the time of a large body.
     if (next_ != element_.MemberEnd() && next_->name.GetStringLength() == name.size() &&
         std::memcmp(next_->name.GetString(), name.data(), name.size()) == 0) {
       return &(next_++)->value;
@@ -103,34 +100,31 @@ class MemberReader {
     return findMember(element_, name);
   }
 
-  // Tells a fault; false, to end a chain of checks.
-  bool fail(const FailureTexts& texts, const SourcePlace& place = SourcePlace::current()) {
-    status_ = teller_.fail(texts, place);
+  // Reports an error; always false.
+  bool fail(const FailureTexts& texts) {
+    status_ = reporter_.fail(texts);
     return false;
   }
 
-  // Code 0, or the fault.
+  // Code 0, or the error.
   ResultStatus takeStatus() { return std::move(status_); }
 
  private:
   const JsonValue& element_;
   JsonValue::ConstMemberIterator next_;
-  const FailureTeller& teller_;
+  const FailureReporter& reporter_;
   ResultStatus status_;
 };
 
-// What most decoders say of an account that is not named.
+// The error of most decoders for an element without an account.
 inline constexpr FailureTexts kNoIndex{"has no index member or not int", ",msg=has no index member or not int"};
 
-// Reads the elements of an array into records of their own; the first fault ends the reading.
+// Reads each element of an array into a record of its own. The first error ends the reading.
 template <typename Items>
-ResultStatus readItems(const JsonValue& array, const FailureTeller& teller,
+ResultStatus readItems(const JsonValue& array, const FailureReporter& reporter,
                        bool (*readItem)(MemberReader&, typename Items::value_type&), Items& items) {
-  if constexpr (requires { items.reserve(array.Size()); }) {
-    items.reserve(array.Size());
-  }
   for (const JsonValue& element : array.GetArray()) {
-    MemberReader members(element, teller);
+    MemberReader members(element, reporter);
     if (!readItem(members, items.emplace_back())) {
       items.pop_back();
       return members.takeStatus();
@@ -139,14 +133,14 @@ ResultStatus readItems(const JsonValue& array, const FailureTeller& teller,
   return {};
 }
 
-// Decodes a body that is an array of objects. Its frame and its elements tell their faults apart, since some decoders
-// log them under different prefixes.
+// Decodes a body that is an array of objects. Some decoders log errors of the body and errors of its elements under
+// different prefixes, so each has its reporter.
 template <typename Items>
-ResultStatus decodeItems(const std::string& data, const FailureTeller& frame, const FailureTeller& ofElement,
+ResultStatus decodeItems(const std::string& data, const FailureReporter& ofBody, const FailureReporter& ofElement,
                          const FailureTexts& notArray, bool (*readItem)(MemberReader&, typename Items::value_type&),
-                         Items& items, const SourcePlace& place = SourcePlace::current()) {
-  return decodeArray(
-      data, frame, notArray, [&](const JsonValue& root) { return readItems(root, ofElement, readItem, items); }, place);
+                         Items& items) {
+  return decodeArray(data, ofBody, notArray,
+                     [&](const JsonValue& root) { return readItems(root, ofElement, readItem, items); });
 }
 
 }  // namespace orvane

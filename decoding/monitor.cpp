@@ -26,8 +26,8 @@ bool readSyncOrder(MemberReader& members, MonitorSyncOrder& order) {
          members.require("hashCode", order.code.hashCode, kNoHashCode) &&
          members.require("volume", order.volume,
                          {"has no volume member or not int64", ",msg=has no volume member or not int64"}) &&
-         members.requireApart("price", order.price, {"has no price member", ",msg=has no price member"},
-                              {"price member must be double or int64", nullptr}) &&
+         members.require("price", order.price, {"has no price member", ",msg=has no price member"},
+                         {"price member must be double or int64", nullptr}) &&
          members.require("side", order.side, {"has no side member or not int", ",msg=has no side member or not int"}) &&
          members.require("combOffsetFlag", order.combOffsetFlag,
                          {"has no combOffsetFlag member or not int", ",msg=has no combOffsetFlag member or not int"});
@@ -37,34 +37,34 @@ bool readSyncOrder(MemberReader& members, MonitorSyncOrder& order) {
 
 ResultStatus MobileWorker::parseMonitorOrder(int64_t requestId, OrvMobileTopic topic, const std::string& data,
                                              MobileSyncOrderReq& out) {
-  const FailureTeller frame("parse monitorSync error,RequestID=", requestId, topic);
-  return decodeItems(data, frame, frame.withPrefix("parse monitorManualList error,RequestID="), kDataNotArray, readPair,
-                     out.items);
+  const FailureReporter ofBody("parse monitorSync error,RequestID=", requestId, topic, LOG4CXX_LOCATION);
+  return decodeItems(data, ofBody, ofBody.withPrefix("parse monitorManualList error,RequestID="), kDataNotArray,
+                     readPair, out.items);
 }
 
 ResultStatus MobileWorker::parseMonitorManualList(int64_t requestId, OrvMobileTopic topic, const std::string& data,
                                                   PosMonitorManualListReq& out) {
-  const FailureTeller teller("parse monitorManualList error,RequestID=", requestId, topic);
-  return decodeItems(data, teller, teller, kDataNotArray, readPair, out.items);
+  const FailureReporter reporter("parse monitorManualList error,RequestID=", requestId, topic, LOG4CXX_LOCATION);
+  return decodeItems(data, reporter, reporter, kDataNotArray, readPair, out.items);
 }
 
 ResultStatus MobileWorker::parseMonitorManualClean(int64_t requestId, OrvMobileTopic topic, const std::string& data,
                                                    PosMonitorManualCleanReq& out) {
-  const FailureTeller frame("parse monitorManualClean error,RequestID=", requestId, topic);
-  return decodeItems(data, frame, frame.withPrefix("parse newOrder error,RequestID="), kDataNotArray, readPair,
+  const FailureReporter ofBody("parse monitorManualClean error,RequestID=", requestId, topic, LOG4CXX_LOCATION);
+  return decodeItems(data, ofBody, ofBody.withPrefix("parse newOrder error,RequestID="), kDataNotArray, readPair,
                      out.items);
 }
 
 ResultStatus MobileWorker::parseMonitorManualUpdate(int64_t requestId, OrvMobileTopic topic, const std::string& data,
                                                     PosMonitorManualUpdateReq& out) {
-  const FailureTeller teller("parse manualUpdate error,RequestID=", requestId, topic);
-  return decodeItems(data, teller, teller, kDataNotArray, readManualPosition, out.items);
+  const FailureReporter reporter("parse manualUpdate error,RequestID=", requestId, topic, LOG4CXX_LOCATION);
+  return decodeItems(data, reporter, reporter, kDataNotArray, readManualPosition, out.items);
 }
 
 ResultStatus MobileWorker::parseMonitorNewOrder(int64_t requestId, OrvMobileTopic topic, const std::string& data,
                                                 MobileSyncNewOrderReq& out) {
-  const FailureTeller teller("parse monitorNewOrder error,RequestID=", requestId, topic);
-  return decodeItems(data, teller, teller, kDataNotArray, readSyncOrder, out.items);
+  const FailureReporter reporter("parse monitorNewOrder error,RequestID=", requestId, topic, LOG4CXX_LOCATION);
+  return decodeItems(data, reporter, reporter, kDataNotArray, readSyncOrder, out.items);
 }
 
 }  // namespace orvane

@@ -6,14 +6,14 @@ namespace orvane {
 
 namespace {
 
-constexpr int64_t kPlacedByHand = 0x10000;  // a flag of Source
-constexpr int32_t kSpeculation = 1;         // of the hedge numbers
+constexpr int64_t kPlacedByHand = 0x10000;  // of orderFlagNames
+constexpr int32_t kSpeculation = 1;         // of hedgeNames
 
-// Seconds to milliseconds, wrapped to 32 bits with their sign: what the host takes for an order's time.
+// Wraps at 32 bits on purpose: hosts depend on these values.
 int64_t wrappedMilliseconds(int32_t seconds) { return static_cast<int32_t>(static_cast<uint32_t>(seconds) * 1000U); }
 
 bool readRequired(MemberReader& members, MobileNewOrderItem& item) {
-  int32_t offset = 0;  // must be there, and is used for nothing
+  int32_t offset = 0;  // required but unused
   int32_t insertTimestamp = 0;
   std::string source;
   const bool complete =
@@ -26,8 +26,8 @@ bool readRequired(MemberReader& members, MobileNewOrderItem& item) {
                       {"OrderList has no combOffset member", ",msg=has no combOffset member or not int"}) &&
       members.require("priceType", item.priceType,
                       {"OrderList has no priceType member", ",msg=has no priceType member or not int"}) &&
-      members.requireApart("price", item.price, {"OrderList has no price member", ",msg=has no price member"},
-                           {"price member must be double or int64", ",msg=price member must be double or int64"}) &&
+      members.require("price", item.price, {"OrderList has no price member", ",msg=has no price member"},
+                      {"price member must be double or int64", ",msg=price member must be double or int64"}) &&
       members.require("offset", offset, {"has no offset member or not int", ",msg=has no offset member or not int"}) &&
       members.require("volume", item.volume,
                       {"has no volume member or not int64", ",msg=has no volume member or not int64"}) &&
@@ -55,22 +55,22 @@ bool readItem(MemberReader& members, MobileNewOrderItem& item) {
 
 ResultStatus MobileWorker::parseNewOrder(int64_t requestId, OrvMobileTopic topic, const std::string& data,
                                          MobileNewOrder& out) {
-  const FailureTeller teller("parse newOrder error,RequestID=", requestId, topic);
+  const FailureReporter reporter("parse newOrder error,RequestID=", requestId, topic, LOG4CXX_LOCATION);
   const JsonBody body(data);
   if (body.isInvalid()) {
-    return teller.fail(kInvalidJson);
+    return reporter.fail(kInvalidJson);
   }
   const JsonValue* orderList = findMember(body.root(), "orderList");
   if (orderList == nullptr || !orderList->IsArray()) {
-    return teller.fail({"has no orderList member or not array", ",msg=has no orderList member or not array"});
+    return reporter.fail({"has no orderList member or not array", ",msg=has no orderList member or not array"});
   }
   return parseOrderList(requestId, topic, *orderList, out);
 }
 
 ResultStatus MobileWorker::parseOrderList(int64_t requestId, OrvMobileTopic topic, const JsonValue& orderList,
                                           MobileNewOrder& out) {
-  const FailureTeller teller("parse orderList error,RequestID=", requestId, topic);
-  return readItems(orderList, teller, readItem, out.items);
+  const FailureReporter reporter("parse orderList error,RequestID=", requestId, topic, LOG4CXX_LOCATION);
+  return readItems(orderList, reporter, readItem, out.items);
 }
 
 }  // namespace orvane

@@ -12,24 +12,22 @@
 
 namespace orvane {
 
-// What the decoders make of request bodies. Values are of the right kind, otherwise unchecked, and as the phone sent
-// them but for the time and the source of a new order.
-// Of an account only `index` is set, of an instrument only `hashCode`; the task has the host fill in the rest. Records
-// stand in the order of the body, repeats kept.
+// The decoded request bodies, in the order of the body and with duplicates kept. Values have the right kind but are
+// otherwise unchecked. An account has only its `index`, an instrument only its `hashCode`; the task looks up the rest.
 
 // Account indexes; empty means every account.
 using AccountSelector = std::list<int32_t>;
 
 struct MobileNewOrder {
   std::list<MobileNewOrderItem> items;
-  bool isConditional = false;  // no body sets it; the task refuses such an order
+  bool isConditional = false;  // never set by a decoder; the task refuses conditional orders
 };
 
-// An order to cancel, named by either of two ids.
+// An order to cancel. The task decides which of the two ids counts.
 struct MobileCancelOrder {
   TradingAccountID account;
-  SymbolCode code;           // read only beside a localOrderId
-  std::string localOrderId;  // the host's number of the order, in decimal
+  SymbolCode code;           // only read with a localOrderId
+  std::string localOrderId;  // Order::localOrderId as decimal text
   std::string strategyId;    // of a conditional order
 };
 
@@ -58,7 +56,7 @@ struct MobileSyncNewOrderReq {
   std::list<MonitorSyncOrder> items;
 };
 
-// The instruments to ask about in one account.
+// The instruments of one account.
 struct MobileMarginRateQuery {
   std::vector<int64_t> hashCodes;
   int32_t index = 0;

@@ -1,9 +1,9 @@
 #include "fuzz/fuzz.h"
 #include "terminal/phones/bodycheck.h"
 
-// Any topic and body, and a host in any mood. The first byte sets its levers ('@' leaves all alone), the topic goes up
-// to the first line's end, the body is the rest. A gateway hands on whole JSON that passes its check; what is no JSON
-// is kept back where it would still end the process.
+// Pushes any topic and body to a host that may fail. The first byte sets its failures ('@' is none), the topic ends at
+// the first newline, the body is the rest. JSON is pushed if it passes the gateway's check, anything else unless it
+// would end the process.
 int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   using namespace orvane;
   const std::string input(bytes, bytes + size);

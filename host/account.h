@@ -7,48 +7,48 @@
 
 namespace orvane {
 
-// The host's identification of a trading account. Copies take all of it.
+// The host's identification of a trading account. The library copies it whole and reads the named fields.
 struct TradingAccountID {
-  int32_t index = std::numeric_limits<int32_t>::max();  // the handle by which requests and replies name the account
+  int32_t index = std::numeric_limits<int32_t>::max();  // how requests and replies name the account
   std::array<int32_t, 3> reserved2{std::numeric_limits<int32_t>::max(), -1, 0};
   std::array<std::string, 2> reserved5;
-  std::string userCode;  // goes to the phone as it stands, unconverted
+  std::string userCode;  // sent to clients byte for byte
   int32_t reserved8 = 11;
-  int32_t marketType = 0;  // market class: 1, 2, 8 or 16
-  int32_t aimType = 0;     // trading aim, 0 to 5
+  int32_t marketType = 0;  // market class: 1, 2, 8 or 16; any other value makes the account's rows invalid JSON
+  int32_t aimType = 0;     // a key of aimNames in vocabulary/names.h
   int32_t reserved11 = 0;
   std::string reserved12;
 };
 
-// The host's capital record of one account. Amounts are in the account's currency, leverage figures and ratios are
-// plain factors; the host computes all of them.
+// The host's capital record of one account. All figures are the host's and sent unscaled: amounts in the account's
+// currency, leverage and risk as factors, not percentages.
 struct TradingAccount {
   TradingAccountID id;
   int32_t reserved2 = 0;
-  double available = 0;      // free for new orders
-  double withdrawQuota = 0;  // may be withdrawn
-  double frozenMargin = 0;   // held back for working orders
+  double available = 0;
+  double withdrawQuota = 0;
+  double frozenMargin = 0;
   double reserved6 = 0;
-  double currMargin = 0;  // bound by positions
-  double deposit = 0;     // paid in today
-  double withdraw = 0;    // paid out today
-  double commission = 0;  // of today
+  double currMargin = 0;
+  double deposit = 0;   // "lastAmount" adds it, "profitRatio" divides by it and baseAmount
+  double withdraw = 0;  // "lastAmount" subtracts it
+  double commission = 0;
   double reserved11 = 0;
-  double closeProfit = 0;  // realised today
+  double closeProfit = 0;
   std::array<double, 2> reserved13{};
-  double preBalance = 0;  // balance at the end of the last trading day
+  double preBalance = 0;
   std::array<double, 4> reserved16{};
   int32_t reserved20 = 0;
-  double dynamicAmount = 0;  // equity with floating profit
+  double dynamicAmount = 0;  // also "lastAmount" if marketType is 2 or 16
   std::array<double, 2> reserved22{};
   double maintainAmount = 0;
-  double totalLever = 0;  // (long + short market value) / equity
-  double netLever = 0;    // (long - short market value) / equity
-  double risk = 0;        // margin / equity
+  double totalLever = 0;
+  double netLever = 0;
+  double risk = 0;
   double baseAmount = 0;
   std::array<double, 3> reserved29{};
-  double preCloseProfit = 0;       // today's profit against the last close
-  double todayFloatingProfit = 0;  // floating profit of today
+  double preCloseProfit = 0;
+  double todayFloatingProfit = 0;
   std::array<double, 3> reserved34{};
 };
 

@@ -10,7 +10,7 @@ namespace orvane {
 
 enum class AccountPrivilege : int32_t { TriggerOrder, OrdinaryOrder };
 
-// The host's entitlement service. Called on the worker thread.
+// The host's entitlement service. Worker thread only.
 class IAuthAgent {
  public:
   // Never null.
@@ -18,10 +18,11 @@ class IAuthAgent {
 
   virtual ~IAuthAgent() = default;
 
-  // May the user use `function`, named by its topic text? Code 0 is yes; otherwise message says why not, in GBK.
+  // Whether the terminal's user may use `function`, a topic. Any code but 0 refuses the request; the client gets the
+  // message, which is GBK.
   virtual ResultStatus checkUser(const std::string& function) = 0;
 
-  // May the user use `function` on this account?
+  // The same for `function` on this account.
   virtual ResultStatus checkAccount(const std::string& function, const TradingAccountID& account) = 0;
 
   virtual bool hasPrivilege(const TradingAccountID& account, AccountPrivilege privilege) = 0;

@@ -7,16 +7,17 @@
 
 namespace orvane {
 
-// The host's instruments. Called on the worker thread.
+// The host's instruments. Worker thread only.
 class ICodeService {
  public:
   virtual ~ICodeService() = default;
 
-  // Code 0 with `property` filled. On any other code the caller goes on with an empty name and drops the text.
+  // Fills `property` and returns code 0. Any other code means that the instrument has no name; the message is ignored.
   // `version` is always INT64_MAX.
   virtual ResultStatus getCodeProperty(const SymbolCode& symbol, CodeProperty& property, int64_t version) = 0;
 
-  // Code 0 with `symbol` filled. Any other code means that no instrument has this hash code; the text is dropped.
+  // Fills `symbol` and returns code 0. Any other code means that no instrument has this hash code; the message is
+  // ignored.
   virtual ResultStatus getCodeByHash(const int64_t& hashCode, SymbolCode& symbol) = 0;
 };
 

@@ -5,7 +5,7 @@
 
 namespace orvane {
 
-// Text conversion. Any thread. What bytes that are not text become is the host's choice; the call does not fail.
+// Text conversion. Any thread. Cannot fail: the host chooses what invalid bytes become.
 class CodeConvert {
  public:
   static std::string gbk_to_utf8(const std::string& text);
@@ -14,7 +14,7 @@ class CodeConvert {
 
 enum class OrvTimeZone : int32_t { Default = 0 };
 
-// A point in time, for log lines. Any thread.
+// The time of a log line. Any thread.
 struct Timestamp {
   static Timestamp now(OrvTimeZone zone);
   std::string toISO8601String() const;
@@ -23,7 +23,7 @@ struct Timestamp {
   OrvTimeZone zone = OrvTimeZone::Default;
 };
 
-// Whether log lines carry the time. Any thread.
+// Whether log lines start with the time. Any thread.
 bool isTimeEnabled();
 
 }  // namespace orvane

@@ -5,8 +5,8 @@
 
 namespace orvane {
 
-// Figures of a margin (credit) account. Amounts are in the account's currency, rates and ratios plain factors, all of
-// the host's making.
+// The figures of a credit account, sent as they are. How each is computed, and its unit, is the host's; the library
+// relies only on the order.
 struct CreditInfoRecord {
   std::array<std::string, 6> reserved1;
   double totalAssets = 0;

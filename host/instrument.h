@@ -9,16 +9,16 @@ namespace orvane {
 
 // The host's identification of an instrument.
 struct SymbolCode {
-  int64_t hashCode = 0;  // assigned by the host, any signed value; passed on and written out, never taken apart
+  int64_t hashCode = 0;  // assigned by the host, any value; opaque to the library
 
-  // 0: only volume held since yesterday can be closed. 1: the instrument has a margin rate.
+  // 0: only volume held since before today can be closed. 1: "marginrate.list" has a rate.
   int32_t codeClass = -1;
 
-  int32_t exchangeId = -1;  // key of BaseInformationMap's maps
-  std::string code;         // such as "rb2405"; goes to the phone as it stands
+  int32_t exchangeId = -1;  // a key of BaseInformationMap
+  std::string code;         // such as "rb2405"; sent to clients byte for byte
 };
 
-// The host's properties of an instrument, of which only the name is read.
+// The host's properties of an instrument. The library reads only `codeName`.
 struct CodeProperty {
   int64_t reserved1 = 11;
   int64_t reserved2 = 0;

@@ -7,12 +7,14 @@
 
 namespace orvane {
 
+// An account and an instrument, both as the host's lookups filled them.
 struct MarginRateQuery {
   TradingAccountID account;
   SymbolCode code;
 };
 
-// Four ratios of the host, plain factors; the library reduces them to one.
+// Four ratios. The rate is the larger of c and a if a > 0, otherwise the larger of d and b. The other fields are
+// ignored.
 struct MarginRateResult {
   TradingAccountID account;
   SymbolCode code;

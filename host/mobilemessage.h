@@ -6,20 +6,20 @@
 
 namespace orvane {
 
-// The request id of a message that answers no request.
+// The request id of a message that is not a reply.
 inline constexpr int64_t kNoRequestId = std::numeric_limits<int64_t>::max();
 
-// The terminal type of every reply that a task builds.
+// The terminal type of every reply. The library gives it no meaning.
 inline constexpr int32_t kReplyTerminalType = 8;
 
-// One message to a phone: the reply to a request, or a push. All texts of a message that reaches
-// IMobileSrv::send are UTF-8; a message given to IPocketAgent::pushNotify has `message` and `data` in GBK.
+// A reply or a push. All texts are UTF-8 in IMobileSrv::send; `message` and `data` are GBK in
+// IPocketAgent::pushNotify and IUIProxyMgr::requestSync.
 struct MobileMessage {
   int64_t requestId = kNoRequestId;
   std::string topic;
-  std::string message;                        // the failure's text; empty is success, there is no status number
-  std::string data;                           // the reply's JSON text; empty on failure
-  int32_t terminalType = kReplyTerminalType;  // a push keeps what the host gave it
+  std::string message;                        // failure text; empty means success, there is no status code
+  std::string data;                           // JSON text; empty on failure
+  int32_t terminalType = kReplyTerminalType;  // a push keeps the host's value
 };
 
 }  // namespace orvane

@@ -9,20 +9,20 @@
 
 namespace orvane {
 
-// The host's record of one instrument held in one account. Volumes are in the instrument's units (lots or shares),
-// prices in its currency, values and profits in the account's currency, ratios and leverage plain factors.
+// The host's record of one instrument in one account. All figures are the host's, in its units, and are sent unscaled.
+// A row is sent if any of the two positions and two active volumes is not 0.
 struct Position {
   int32_t reserved1 = 0;
   TradingAccountID account;
   SymbolCode code;
   std::string reserved4;
 
-  int64_t longYesterdayVolume = 0;       // held since before today
-  int64_t longCloseYesterdayVolume = 0;  // of it, closed today
-  int64_t longPosition = 0;              // held now
-  int64_t longActiveVolume = 0;          // in working orders
+  int64_t longYesterdayVolume = 0;
+  int64_t longCloseYesterdayVolume = 0;
+  int64_t longPosition = 0;
+  int64_t longActiveVolume = 0;
   int64_t reserved9 = 0;
-  int64_t longFrozenVolume = 0;  // held back for working closing orders
+  int64_t longFrozenVolume = 0;  // not available for closing
   std::array<int64_t, 10> reserved11{};
 
   int64_t shortYesterdayVolume = 0;
@@ -49,8 +49,8 @@ struct Position {
   std::array<int64_t, 10> reserved55{};
   double todayProfit = 0;
   double todayProfitRatio = 0;
-  double todayProfitCateRatio = 0;  // of the code type
-  double todayProfitAccRatio = 0;   // of the account
+  double todayProfitCateRatio = 0;
+  double todayProfitAccRatio = 0;
   int64_t reserved69 = 0;
 
   int64_t longTodayVolume = 0;

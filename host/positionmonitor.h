@@ -12,15 +12,15 @@
 
 namespace orvane {
 
-// One family of positions, in the instrument's units.
+// One family of positions, in the host's units.
 struct PositionFigures {
   int64_t netPos = 0;
   int64_t longPos = 0;
   int64_t shortPos = 0;
-  double netLever = 0;  // plain factor
+  double netLever = 0;
 };
 
-// One account and instrument as the monitor sees it. The host computes the families, the differences and the flags.
+// One account and instrument in the monitor. The host computes all families, differences and flags.
 struct PositionMonitorRecord {
   TradingAccountID account;
   SymbolCode code;
@@ -35,21 +35,22 @@ struct PositionMonitorRecord {
   int64_t theoryPosDif = 0;
   int64_t longPosDif = 0;
   int64_t shortPosDif = 0;
-  uint8_t isMatchTheory = 0;  // flags: 0 is false, anything else true
+  uint8_t isMatchTheory = 0;  // the four flags: any value but 0 is true
   uint8_t isMatchLongShort = 0;
   uint8_t isMatchNetPos = 0;
   uint8_t isMatchPosDif = 0;
-  int32_t syncRule = 0;  // 0 long and short apart, 1 and 3 opening and closing convert, 2 net position
+  int32_t syncRule = 0;  // a key of syncRuleNames in vocabulary/names.h
   std::array<int64_t, 2> reserved19{};
 };
 
+// The library reads only `records`.
 struct MonitorSnapshot {
   std::list<PositionMonitorRecord> records;
   std::array<PositionFigures, 5> reserved2{};
 };
 
-// One synchronising order, from the monitor or back to it for placing. `side` and `combOffsetFlag` carry the numbers of
-// vocabulary/names.h.
+// A synchronising order, both from the monitor and back to it for placing. `side` is a value of sideNames,
+// `combOffsetFlag` of offsetNames in vocabulary/names.h.
 struct MonitorSyncOrder {
   TradingAccountID account;
   SymbolCode code;
@@ -60,7 +61,7 @@ struct MonitorSyncOrder {
   PositionFigures position;
 };
 
-// One manual position; only longPos and shortPos of `position` are used.
+// One manual position. Of `position` only longPos and shortPos are used.
 struct MonitorManualPosition {
   TradingAccountID account;
   SymbolCode code;
@@ -76,10 +77,10 @@ struct LessByHashCode {
   bool operator()(const SymbolCode& a, const SymbolCode& b) const { return a.hashCode < b.hashCode; }
 };
 
-// Instruments of accounts, each account and each instrument at most once.
+// Accounts in ascending index, each with its instruments in ascending hash code.
 using MonitorAccountCodes = std::map<TradingAccountID, std::set<SymbolCode, LessByHashCode>, LessByIndex>;
 
-// The host's position monitor. Called on the worker thread; no operation reports a failure.
+// The host's position monitor. Worker thread only. No operation reports a failure.
 class IPositionMonitor {
  public:
   // Never null.
@@ -87,23 +88,24 @@ class IPositionMonitor {
 
   virtual ~IPositionMonitor() = default;
 
-  // The orders that would close the differences of what `codes` names. Called with an empty map too, where a request
-  // named nothing or nothing that exists: what it means is the host's.
+  // The orders that would synchronise the accounts and instruments in `codes`. Also called with an empty map, if a
+  // request names nothing or nothing known; the host decides what that means.
   virtual std::list<MonitorSyncOrder> getSyncOrders(const MonitorAccountCodes& codes) = 0;
 
-  // Takes the orders for placing; the list may be empty. Values are the phone's own, unchecked.
+  // Places the orders. The list may be empty. All values but the account and the instrument are the client's,
+  // unchecked.
   virtual void placeSyncOrders(std::list<MonitorSyncOrder>& orders) = 0;
 
-  // Fills the snapshot's list with finished figures.
+  // Fills `records`.
   virtual void getMonitorRecords(MonitorSnapshot& snapshot) = 0;
 
-  // Clears manual positions; the map is empty where the request named nothing.
+  // Clears manual positions. The map is empty if the request names nothing; the host decides what that means.
   virtual void cleanManualPositions(const MonitorAccountCodes& codes) = 0;
 
-  // Stores longPos and shortPos of each record; the list may be empty. Values are the phone's own, unchecked.
+  // Stores longPos and shortPos of each record. The list may be empty. Both values are the client's, unchecked.
   virtual void updateManualPositions(std::list<MonitorManualPosition>& positions) = 0;
 
-  // Appends the manual positions; the map is empty where the request named nothing.
+  // Appends the manual positions to the list. The map is empty if the request names nothing.
   virtual void getManualPositions(const MonitorAccountCodes& codes, std::list<MonitorManualPosition>& positions) = 0;
 };
 

@@ -5,10 +5,10 @@
 
 namespace orvane {
 
-// Outcome of a decoder, a lookup or a host call.
+// The result of a decoder, a lookup or a host call.
 struct ResultStatus {
-  int32_t code = 0;     // 0 is success, anything else is failure
-  std::string message;  // the failure's text, GBK; a success may carry one too, which nobody reads
+  int32_t code = 0;     // 0 means success
+  std::string message;  // failure text, GBK; ignored on success
 };
 
 }  // namespace orvane

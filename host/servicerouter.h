@@ -6,19 +6,20 @@ class ICodeService;
 class IMobileSrv;
 class ITradeService;
 
-// The services that every part of the terminal shares.
+// The host's base service.
 class IBaseService {
  public:
   virtual ~IBaseService() = default;
 
-  // Never null while the base service is up.
+  // Never null while requests run.
   virtual ICodeService* getCodeService() = 0;
 
-  // Null while the mobile service is not up. The agent tests it in its own operations, not when a task sends.
+  // Null while the mobile service is down, which must not be the case while requests run: the agent's operations test
+  // for null, a task that sends does not.
   virtual IMobileSrv* getMobileSrv() = 0;
 };
 
-// The root of the host's services. Callers walk from here at each use and keep no pointer between calls.
+// The root of the host's services. The library looks each service up at every use and keeps no pointer.
 class IServiceRouter {
  public:
   // Never null. Any thread.
@@ -26,7 +27,7 @@ class IServiceRouter {
 
   virtual ~IServiceRouter() = default;
 
-  // Null while the base service is not up.
+  // Null while the base service is down. Tested as above.
   virtual IBaseService* getBaseService() = 0;
 
   // Never null while requests run.

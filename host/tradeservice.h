@@ -10,23 +10,22 @@
 
 namespace orvane {
 
-// The host's trade service. Called on the worker thread, one call at a time; a slow call delays every request
-// behind it.
+// The host's trade service. Worker thread only, one call at a time: a slow call delays every request behind it.
 class ITradeService {
  public:
   virtual ~ITradeService() = default;
 
-  // Code 0: the order is accepted. Otherwise message says why not, GBK; the phone sees it.
+  // Code 0 means that the order was accepted. On any other code the client gets the message, which is GBK.
   virtual ResultStatus insertOrder(const MobileNewOrderItem& order) = 0;
 
-  // Code 0: the request is accepted. Otherwise message says why not, GBK; the phone sees it.
+  // Code 0 means that the request was accepted. On any other code the client gets the message, which is GBK.
   virtual ResultStatus cancelOrder(const CancelOrderRequest& request) = 0;
 
-  // Code 0 with the account's records appended, none for an account without credit figures. Any other code drops
-  // the account from the reply.
+  // Fills the empty `records` and returns code 0; no records are fine too. Any other code leaves the account out of the
+  // reply, and the message is ignored.
   virtual ResultStatus queryCreditInfo(const TradingAccountID& account, std::vector<CreditInfoRecord>& records) = 0;
 
-  // Code 0 with the four ratios filled. Any other code sends the caller to IUIProxyMgr::getDefaultMarginRate.
+  // Fills the four ratios and returns code 0. On any other code the library asks IUIProxyMgr::getDefaultMarginRate.
   virtual ResultStatus queryMarginRate(const MarginRateQuery& query, MarginRateResult& result) = 0;
 };
 

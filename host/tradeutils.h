@@ -12,19 +12,22 @@ namespace orvane {
 
 class ITradeService;
 
-// Snapshots of the host's trading data. An empty selector means every account; an account that the host cannot give
-// is missing from the result, and no call reports a failure. Out containers arrive empty. `queryFlags` is the host's
-// to interpret: the library passes 1 or 3, fixed per call site. Called on the worker thread.
+// Values of `queryFlags`. Only the host interprets them; the library passes a fixed one at each call site.
+inline constexpr int32_t kQueryOne = 1;   // look-ups of one account, and the fill list
+inline constexpr int32_t kQueryList = 3;  // account, capital and position lists, and look-ups of several accounts
+
+// Snapshots of the host's trading data. An empty selector means every account. An account that the host cannot give is
+// missing from the result; no call reports a failure. Out containers are passed empty. Worker thread only.
 class TradeUtils {
  public:
-  // The selected accounts.
+  // The identification of the selected accounts.
   static std::vector<TradingAccountID> getTradingAccountID(ITradeService* service, const std::list<int32_t>& selector);
 
-  // Capital by account index. `availableIndexes` holds the accounts that replies mark with "accountStatus" 1.
+  // Capital, with the account selected by index. Accounts in `availableIndexes` get "accountStatus" 1 in replies.
   static void getAllTradingAccount(ITradeService* service, const std::list<int32_t>& selector, int32_t queryFlags,
                                    std::vector<TradingAccount>& accounts, std::list<int32_t>& availableIndexes);
 
-  // The same by identification, for the account list.
+  // The same, with the account selected by its identification.
   static void getAllTradingAccount(ITradeService* service, const std::vector<TradingAccountID>& selector,
                                    int32_t queryFlags, std::vector<TradingAccount>& accounts,
                                    std::vector<TradingAccountID>& availableAccounts);
@@ -35,7 +38,7 @@ class TradeUtils {
   static void getAllFill(ITradeService* service, const std::list<int32_t>& selector, int32_t queryFlags,
                          std::list<OrderFill>& fills, std::list<int32_t>& availableIndexes);
 
-  // All orders of the accounts, finished ones included.
+  // All orders of the accounts, finished ones included. An empty vector means every account.
   static std::list<Order> getAllOrder(ITradeService* service, const std::vector<TradingAccountID>& accounts);
 };
 

@@ -10,8 +10,8 @@
 
 namespace orvane {
 
-// Figures of a selection of accounts for one code type; leverage and ratios are plain factors, profits and values are
-// in the accounts' currency.
+// The figures of one code type over a selection of accounts, sent as they are. How each is computed, and its unit, is
+// the host's.
 struct CodeTypePosition {
   std::string codeType;  // GBK
   double netAbsLever = 0;
@@ -27,7 +27,7 @@ struct CodeTypePosition {
   double totalMarketValue = 0;
 };
 
-// The host's user interface, as far as a phone may reach it. Called on the worker thread.
+// The host's user interface proxy. Worker thread only.
 class IUIProxyMgr {
  public:
   // Never null.
@@ -35,21 +35,23 @@ class IUIProxyMgr {
 
   virtual ~IUIProxyMgr() = default;
 
-  // Answers a request whose topic the library does not know: fills `topic`, `message` and `data` of the reply, the
-  // last two in GBK.
+  // Answers a request whose topic the library does not know. Fills `topic`, `message` and `data` of the reply, the last
+  // two in GBK; the library overwrites the other fields.
   virtual void requestSync(const std::string& topic, const std::string& data, MobileMessage& reply) = 0;
 
-  // Takes such a request over: the host answers it itself, or never.
+  // Takes over such a request. The library sends no reply; the host may answer it by IPocketAgent::pushNotify.
   virtual void requestAsync(int64_t requestId, const std::string& topic, const std::string& data) = 0;
 
-  // The rate that stands in where the trade service has none; a plain factor.
+  // The margin rate if ITradeService::queryMarginRate fails. Cannot fail.
   virtual double getDefaultMarginRate(const SymbolCode& symbol) = 0;
 
-  // Fills one record for each code type that the accounts hold. The library passes true for both flags.
+  // Fills one record for each code type of the accounts, which may be none. The library passes true for both flags,
+  // whose meaning is the host's.
   virtual void getCodeTypePositions(const std::vector<TradingAccountID>& accounts, bool flag1, bool flag2,
                                     std::vector<CodeTypePosition>& positions) = 0;
 
-  // The code type and the name of an instrument, both GBK. False where the hash code is unknown.
+  // The code type and the name of an instrument, both GBK. False if the hash code is unknown; the texts are then
+  // ignored.
   virtual bool getCodeTypeName(int64_t hashCode, std::string& typeText, std::string& nameText) = 0;
 };
 

@@ -4,7 +4,6 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <mutex>
@@ -14,62 +13,61 @@
 
 namespace orvane {
 
-// One consumer thread fed through two buffers: producers lock only for an insert, and the consumer runs its items with
-// no lock held. Items run strictly in the order of their enqueue.
+// One consumer thread fed through two buffers: producers lock only to insert, and the consumer runs items without a
+// lock. Items run strictly in the order of their enqueue.
 //
-// A subclass says in `handle` what an item means, and must stop the thread in its own destructor: once that has run,
-// `handle` is pure again. Lock order: controlMutex, then queueMutex. Failures of the standard thread operations pass
-// through as the standard system errors; an exception leaving `handle` ends the process.
+// A subclass defines `handle`, and must stop the thread in its own destructor: after that `handle` is pure again. Lock
+// order: controlMutex, then queueMutex. Failures of the standard thread operations are thrown as standard system
+// errors. An exception that leaves `handle` ends the process.
 template <typename T>
 class AsyncBufferQueueThread {
  public:
-  // `itemLimit` below 1 means no limit. `idleMillis` is the length of one idle wait; 0 and below do not wait at all.
-  // `endWhenIdle` ends the thread at the first idle wait that brings nothing.
+  // `itemLimit` below 1 means no limit. `idleMillis` is the length of one idle wait; 0 or less does not wait at all.
+  // `endWhenIdle` ends the thread after the first idle wait without an item.
   AsyncBufferQueueThread(int32_t itemLimit, int64_t idleMillis, bool endWhenIdle)
       : maxItems(itemLimit), waitMillis(idleMillis), exitWhenIdle(endWhenIdle) {}
 
   AsyncBufferQueueThread(const AsyncBufferQueueThread&) = delete;
   AsyncBufferQueueThread& operator=(const AsyncBufferQueueThread&) = delete;
 
-  // Drops what waits.
+  // Drops waiting items.
   virtual ~AsyncBufferQueueThread() {
     const std::lock_guard control(controlMutex);
     runStopSteps(false);
   }
 
-  // Starts the consumer, collecting one that has ended on its own first; a running one stays. What waits is kept, and
-  // the new consumer runs it. REQUIRES: the subclass holds controlMutex, or no other thread starts or stops this
-  // object.
+  // Starts the consumer unless one is running. A consumer that ended by itself is joined first. Waiting items are kept
+  // for the new consumer. REQUIRES: the subclass holds controlMutex, or no other thread starts or stops this object.
   void startThread() {
     {
       const std::lock_guard queue(queueMutex);
       if (state == QueueRunning) {
         return;
       }
-      state.exchange(QueueStopNow);
+      state = QueueStopNow;
       wakeCondition.notify_one();
     }
     joinThread();
-    state.exchange(QueueRunning);
+    state = QueueRunning;
     thread = std::thread([this] { run(); });
   }
 
-  // Ends the thread and waits for it. With `drain` all that waits runs first, otherwise only the item in `handle`
-  // finishes and the others are dropped. Called from within `handle` it raises the resource-deadlock error.
+  // Ends the thread and waits for it. With `drain` all waiting items run first; otherwise only the item in `handle`
+  // finishes and the others are dropped. Throws the resource-deadlock error if called from within `handle`.
   virtual void stopThread(bool drain) {
     const std::lock_guard control(controlMutex);
     runStopSteps(drain);
   }
 
-  // Drops what waits and has not been taken over by the consumer yet.
+  // Drops the waiting items that the consumer has not taken over yet.
   virtual void clearQueue() {
     const std::lock_guard queue(queueMutex);
     writeBuffer->clear();
     wakeCondition.notify_one();
   }
 
-  // Any thread, at any time, also while no consumer runs: the item then waits for the next start. Returns the number of
-  // items waiting with this one; above the limit the oldest of them is dropped, and the number counts it still.
+  // Any thread, at any time. Without a consumer the item waits for the next start. Returns the number of items in the
+  // write buffer, this one included. Above the limit the oldest is dropped, but still counted.
   virtual int32_t enqueue(const T& item) {
     const std::lock_guard queue(queueMutex);
     writeBuffer->push_back(item);
@@ -77,7 +75,7 @@ class AsyncBufferQueueThread {
     if (maxItems >= 1 && count > maxItems) {
       writeBuffer->pop_front();
     }
-    // Under the lock: whoever has seen the item run may destroy the queue.
+    // Notified under the lock, because once the item has run its owner may destroy the queue.
     wakeCondition.notify_one();
     return count;
   }
@@ -93,12 +91,14 @@ class AsyncBufferQueueThread {
   // Runs one item, on the consumer thread.
   virtual void handle(T& item) = 0;
 
+  // Called by the consumer when its buffer is empty.
   virtual void swapBuffers() {
     const std::lock_guard queue(queueMutex);
     std::swap(readBuffer, writeBuffer);
   }
 
  public:
+  // Ends an idle wait early. Public between protected operations to keep the order of the vtable.
   virtual void wakeUp() {
     const std::lock_guard queue(queueMutex);
     wakeCondition.notify_one();
@@ -108,15 +108,13 @@ class AsyncBufferQueueThread {
   // The thread's body.
   virtual void run() {
     while (true) {
-      std::deque<T>& batch = *readBuffer;
-      while (!batch.empty()) {
+      while (!readBuffer->empty()) {
         if (state < QueueDraining) {
-          return;
+          return;  // the stop steps drop the rest
         }
-        handle(batch.front());
-        batch.pop_front();
+        handle(readBuffer->front());
+        readBuffer->pop_front();
       }
-      letBatchGrow();
       if (!waitForItems()) {
         return;
       }
@@ -124,9 +122,26 @@ class AsyncBufferQueueThread {
     }
   }
 
-  // The steps of a stop. REQUIRES: controlMutex held.
+  // Waits until the write buffer holds an item; false if the consumer must end.
+  bool waitForItems() {
+    std::unique_lock queue(queueMutex);
+    while (writeBuffer->empty()) {
+      if (state < QueueRunning) {
+        state = QueueStopNow;
+        return false;
+      }
+      wakeCondition.wait_until(queue, deadline());
+      if (writeBuffer->empty() && exitWhenIdle) {
+        state = QueueStopNow;
+        return false;
+      }
+    }
+    return true;
+  }
+
+  // REQUIRES: controlMutex held.
   void runStopSteps(bool drain) {
-    state.exchange(drain ? QueueDraining : QueueStopNow);
+    state = drain ? QueueDraining : QueueStopNow;
     {
       const std::lock_guard queue(queueMutex);
       wakeCondition.notify_one();
@@ -135,41 +150,31 @@ class AsyncBufferQueueThread {
     const std::lock_guard queue(queueMutex);
     writeBuffer->clear();
     readBuffer->clear();
-    state.exchange(QueueStopped);
+    state = QueueStopped;
   }
+
+  // Destroyed from the last to the first: the condition and its mutex go before the thread, which ends the process if
+  // it still runs, and the items go after it.
+  std::mutex controlMutex;  // serialises starts and stops
+  std::deque<T> bufferA;
+  std::deque<T> bufferB;
+  const int32_t maxItems;
+  std::thread thread;
+  std::atomic<int32_t> state{QueueStopped};
+  std::mutex queueMutex;  // guards the two pointers and the write buffer
+  std::condition_variable wakeCondition;
+  std::deque<T>* readBuffer = &bufferB;   // the consumer's
+  std::deque<T>* writeBuffer = &bufferA;  // the producers'
+  const int64_t waitMillis;
+  const bool exitWhenIdle;
 
  private:
   using Clock = std::chrono::steady_clock;
 
-  // Keeps off the lock for a moment: without it, a consumer as fast as its producers takes the lock for each item, and
-  // all of them wait for the lock more than they work.
-  static void letBatchGrow() {
-    const Clock::time_point end = Clock::now() + std::chrono::microseconds(4);
-    while (Clock::now() < end) {
-    }
-  }
-
-  // Waits until there is something to take over; false where the consumer is to end.
-  bool waitForItems() {
-    std::unique_lock queue(queueMutex);
-    while (writeBuffer->empty()) {
-      if (state < QueueRunning) {
-        state.exchange(QueueStopNow);
-        return false;
-      }
-      wakeCondition.wait_until(queue, deadline());
-      if (writeBuffer->empty() && exitWhenIdle) {
-        state.exchange(QueueStopNow);
-        return false;
-      }
-    }
-    return true;
-  }
-
   Clock::time_point deadline() const {
-    constexpr int64_t kCentury = 3'155'760'000'000;  // milliseconds; a longer wait would overflow the sum
+    constexpr int64_t kCentury = 3'155'760'000'000;  // milliseconds; a much longer wait would overflow the clock
     if (waitMillis <= 0) {
-      return Clock::time_point{};  // past already
+      return Clock::time_point{};  // already past
     }
     return Clock::now() + std::chrono::milliseconds{std::min(waitMillis, kCentury)};
   }
@@ -183,29 +188,6 @@ class AsyncBufferQueueThread {
     }
     thread.join();
   }
-
- protected:
-  std::mutex controlMutex;  // orders starts and stops against each other
-
- private:
-  // What the consumer writes for each item shares no cache line with what the producers write.
-  static constexpr size_t kCacheLine = 64;
-
-  alignas(kCacheLine) std::deque<T> bufferA;
-  alignas(kCacheLine) std::deque<T> bufferB;
-  alignas(kCacheLine) const int32_t maxItems;
-  std::thread thread;
-
- protected:
-  std::atomic<int32_t> state{QueueStopped};
-
- private:
-  alignas(kCacheLine) std::mutex queueMutex;  // guards the two pointers and the write buffer
-  std::condition_variable wakeCondition;
-  std::deque<T>* readBuffer = &bufferB;   // the consumer's
-  std::deque<T>* writeBuffer = &bufferA;  // the producers'
-  const int64_t waitMillis;
-  const bool exitWhenIdle;
 };
 
 }  // namespace orvane

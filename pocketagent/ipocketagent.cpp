@@ -2,7 +2,7 @@
 
 namespace orvane {
 
-// Out of line, so that each is a symbol of the library. The class holds nothing to copy.
+// Out of line, so that the library exports each of them. The class has no members to copy.
 
 IPocketAgent::IPocketAgent() = default;
 IPocketAgent::IPocketAgent(const IPocketAgent& /*other*/) {}  // NOLINT(modernize-use-equals-default)

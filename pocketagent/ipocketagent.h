@@ -3,38 +3,37 @@
 #include "host/mobilemessage.h"
 #include "host/mobilesrv.h"
 
-// Marks what the shared library exports: this class and nothing else.
+// Exported from the shared library: this class and nothing else.
 #define POCKETAGENT_API __attribute__((visibility("default")))
 
 namespace orvane {
 
-// The library's one public face: the host gets the agent by getInstance and drives it from its control threads. All
-// operations may be called from any thread but the agent's own worker: a host service that the worker is in, and the
-// mobile service's send, must not call back into the agent. No operation reports a failure to its caller: start, stop
-// and getServerStatus write it to the log, and do nothing while the host's base or mobile service is down.
+// The library's public interface. Thread-safe, but never call it from the agent's worker thread, that is, from a host
+// service that the library is calling: stop waits for the worker and would deadlock. No operation returns a failure.
+// start, stop and getServerStatus log it, and do nothing while the host's base or mobile service is down.
 class POCKETAGENT_API IPocketAgent {
  public:
-  // The one agent of the process, made at the first call and destroyed at exit. Nothing of the host is touched yet.
+  // The one agent of the process, created by the first call and destroyed at exit. Does not call the host.
   static IPocketAgent* getInstance();
 
   IPocketAgent(const IPocketAgent& other);
   IPocketAgent& operator=(const IPocketAgent& other);
   virtual ~IPocketAgent();
 
-  // Starts the worker, then the host's mobile service, and attaches the callback for requests. Needs `url` and
-  // `userid`. Where the service does not come up, the worker stays running and no request arrives: start it again.
-  // Once started, stop it first: a second callback would be attached, and the first could not be detached any more.
+  // Starts the worker, then the host's mobile service, then attaches the callback for requests. `url` and `userid` must
+  // not be empty. If the service fails to start, the worker keeps running and no request arrives; call start again.
+  // Do not start a started agent: it would attach a second callback and lose the handle of the first.
   virtual void start(const MobileSrvInfo& info) = 0;
 
-  // Queues a message of the host's for the phones. `message` and `data` are GBK and leave as UTF-8; the other fields
-  // leave as they are. What is queued while the agent is stopped waits for the next start.
+  // Queues a message from the host to clients. `message` and `data` are GBK and are converted to UTF-8; the other
+  // fields are sent unchanged. While the agent is stopped, messages wait for the next start.
   virtual void pushNotify(const MobileMessage& message) = 0;
 
-  // Detaches the callback, ends the worker (the running request finishes, waiting ones are dropped) and stops the
-  // mobile service. Returns when the worker has ended. While the host's services are down the worker keeps running.
+  // Detaches the callback, ends the worker and stops the mobile service, in this order. The running request finishes;
+  // waiting ones are dropped without a reply. If the host's services are down the worker keeps running.
   virtual void stop() = 0;
 
-  // Leaves `status` as it is while the host's services are down.
+  // Leaves `status` unchanged while the host's services are down.
   virtual void getServerStatus(MobileServerStatus& status) = 0;
 
  protected:

@@ -1,7 +1,7 @@
 #pragma once
 
-// The one place that sets rapidjson up and includes it. Its assertions stand in every build type: they end the process
-// where a body holds what a decoder must not read on. The SSE paths stay off, since they leave some control
+// The only file that includes and configures rapidjson. Its assertions are on in every build type, because they are
+// what stops a decoder at an element that is not an object. The SIMD paths are off, because they leave some control
 // characters unescaped.
 
 // clang-format off
@@ -13,7 +13,7 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 #pragma pop_macro("NDEBUG")
-#include <cassert>  // NOLINT(readability-duplicate-include): assert as the including file has it
+#include <cassert>  // NOLINT(readability-duplicate-include): restores assert for the including file
 // clang-format on
 
 #if defined(RAPIDJSON_SSE2) || defined(RAPIDJSON_SSE42) || defined(RAPIDJSON_NEON)
@@ -22,8 +22,8 @@
 
 namespace orvane {
 
-// Stops behind the root value; a million opening brackets cost no stack. Not at full precision: prices and amounts of
-// up to 15 digits are read to the last bit without it, and with it rapidjson makes any number at all of a zero like
+// Text behind the root value is ignored. Iterative, because the recursive parser overflows the stack on deep nesting.
+// Not at full precision: numbers of up to 15 digits are exact without it, and with it rapidjson misreads zeros such as
 // 0e38.
 inline constexpr unsigned kParseFlags = rapidjson::kParseStopWhenDoneFlag | rapidjson::kParseIterativeFlag;
 

@@ -1,41 +1,31 @@
 #pragma once
 
-#include <string>
 #include <string_view>
 
 #include <log4cxx/logger.h>
 
 namespace orvane {
 
-// The place in the sources that a line is told from; a default argument of this type is the caller's place.
-struct SourcePlace {
-  static SourcePlace current(const char* file = __builtin_FILE(), const char* function = __builtin_FUNCTION(),
-                             int line = __builtin_LINE()) {
-    return {file, function, line};
-  }
-
-  const char* file;
-  const char* function;
-  int line;
-};
-
-// The library's one logger, "PocketAgent". It outlives every static object, since a worker may log until the very end.
+// The library's one logger, "PocketAgent". It outlives every static object, because a worker may log until the process
+// exits.
 const log4cxx::LoggerPtr& agentLogger();
 
+using LogLocation = log4cxx::spi::LocationInfo;  // file, line, class and operation; LOG4CXX_LOCATION is the current one
+
 // Writes the line "[time ]tag logger message", whatever the level; the macros below test the level first. The bytes of
-// `message` reach the appenders as they are, GBK or UTF-8.
-void writeDebugLine(std::string_view message, const SourcePlace& place);
-void writeTraceLine(std::string_view message, const SourcePlace& place);
-void writeErrorLine(std::string_view message, const SourcePlace& place);
+// `message` reach the appenders unchanged, GBK or UTF-8. Any thread.
+void writeDebugLine(std::string_view message, const LogLocation& location);
+void writeTraceLine(std::string_view message, const LogLocation& location);
+void writeErrorLine(std::string_view message, const LogLocation& location);
 
 }  // namespace orvane
 
-// Each tests its level and builds nothing, the message included, unless it is on.
-#define POCKET_LOG_IF(enabled, write, message)                    \
-  do {                                                            \
-    if (::orvane::agentLogger()->enabled()) {                     \
-      ::orvane::write(message, ::orvane::SourcePlace::current()); \
-    }                                                             \
+// Each tests its level first and evaluates `message` only if the level is on.
+#define POCKET_LOG_IF(enabled, write, message)    \
+  do {                                            \
+    if (::orvane::agentLogger()->enabled()) {     \
+      ::orvane::write(message, LOG4CXX_LOCATION); \
+    }                                             \
   } while (false)
 
 #define POCKET_DEBUG(message) POCKET_LOG_IF(isDebugEnabled, writeDebugLine, message)

@@ -9,8 +9,8 @@
 
 namespace orvane {
 
-// Hands the service's requests to a handler, on the service's thread. An empty handler raises the standard
-// bad-function-call exception.
+// Passes requests to a handler, on the service's thread. An empty handler throws std::bad_function_call, which is
+// better than losing requests silently.
 class MobileSrvSpi final : public IMobileSrvSpi {
  public:
   using RequestHandler = std::function<void(int64_t, int32_t, const std::string&, const std::string&)>;

@@ -1,11 +1,12 @@
 #include "pocketagent/mobileworker.h"
 
+#include <algorithm>
 #include <array>
-#include <map>
 #include <mutex>
 #include <string_view>
 #include <utility>
 
+#include "pocketagent/frametasks.h"
 #include "pocketagent/log.h"
 #include "tasks/accountlist.h"
 #include "tasks/cancelorder.h"
@@ -13,7 +14,6 @@
 #include "tasks/codetypelist.h"
 #include "tasks/creditinfo.h"
 #include "tasks/filllist.h"
-#include "tasks/frametasks.h"
 #include "tasks/manualposition.h"
 #include "tasks/marginrate.h"
 #include "tasks/monitorlist.h"
@@ -21,6 +21,7 @@
 #include "tasks/orderlist.h"
 #include "tasks/positionlist.h"
 #include "tasks/syncorder.h"
+#include "vocabulary/nametable.h"
 
 namespace orvane {
 
@@ -29,7 +30,7 @@ namespace {
 using TaskPtr = std::shared_ptr<IRequestTask>;
 using TaskMaker = TaskPtr (*)(MobileWorker& worker, int64_t requestId, OrvMobileTopic topic, const std::string& data);
 
-// A topic whose body is not looked at.
+// For a topic whose body is ignored.
 template <typename Task>
 TaskPtr bodiless(MobileWorker& /*worker*/, int64_t requestId, OrvMobileTopic topic, const std::string& /*data*/) {
   return std::make_shared<Task>(requestId, topic);
@@ -49,8 +50,8 @@ TaskPtr decodeTask(MobileWorker& worker, Decoder<Payload> decode, int64_t reques
   return std::make_shared<Task>(requestId, replyTopic, std::move(payload));
 }
 
-// A topic whose body `kDecode` reads. The task's own topic, which its reply carries, is the request's unless
-// `kReplyTopic` is another.
+// For a topic whose body `kDecode` reads. The task's topic, which the reply carries, is the request's unless
+// `kReplyTopic` is given.
 template <typename Task, auto kDecode, OrvMobileTopic kReplyTopic = kTopicUnknown>
 TaskPtr decoded(MobileWorker& worker, int64_t requestId, OrvMobileTopic topic, const std::string& data) {
   const OrvMobileTopic replyTopic = kReplyTopic == kTopicUnknown ? topic : kReplyTopic;
@@ -60,10 +61,10 @@ TaskPtr decoded(MobileWorker& worker, int64_t requestId, OrvMobileTopic topic, c
 struct TopicRow {
   OrvMobileTopic value;
   const char* name;
-  TaskMaker make;  // null: the host's user interface takes the request
+  TaskMaker make;  // null: the request goes to the host's user interface proxy
 };
 
-// The index of the protocol, in the order of the values. A new topic is a new row here.
+// All topics, in the order of their values. A new topic is a new row.
 constexpr std::array kTopics = std::to_array<TopicRow>({
     {kTopicMin, "min.topic", nullptr},
     {kTopicUnknown, "unknown.topic", nullptr},
@@ -100,8 +101,17 @@ constexpr bool rowsFollowTheirValues() {
   }
   return true;
 }
-static_assert(rowsFollowTheirValues(), "a row is found by its value");
+static_assert(rowsFollowTheirValues(), "topicRow finds a row by its value");
 
+using ValuesByName = NameTable<std::string_view, OrvMobileTopic, kTopics.size()>;
+constexpr ValuesByName kValuesByName = [] {
+  ValuesByName::value_type rows[kTopics.size()];
+  std::transform(kTopics.begin(), kTopics.end(), rows,
+                 [](const TopicRow& row) { return ValuesByName::value_type(row.name, row.value); });
+  return ValuesByName(rows);
+}();
+
+// The row of a value; that of kTopicUnknown for a value outside the table.
 const TopicRow& topicRow(int32_t value) {
   const int64_t row = int64_t{value} - kTopicMin;
   const bool known = row >= 0 && row < std::ssize(kTopics);
@@ -110,17 +120,7 @@ const TopicRow& topicRow(int32_t value) {
 
 }  // namespace
 
-OrvMobileTopic topicFromName(const char* name) {
-  static const auto& values = *[] {
-    auto* map = new std::map<std::string_view, OrvMobileTopic>;
-    for (const TopicRow& row : kTopics) {
-      map->emplace(row.name, row.value);
-    }
-    return map;
-  }();
-  const auto found = values.find(name);
-  return found == values.end() ? kTopicUnknown : found->second;
-}
+OrvMobileTopic topicFromName(const char* name) { return kValuesByName.valueOr(name, kTopicUnknown); }
 
 const char* topicName(int32_t value) { return topicRow(value).name; }
 

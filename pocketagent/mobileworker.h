@@ -14,35 +14,35 @@
 
 namespace orvane {
 
-// Turns each request into a task and runs the tasks, one after the other, on its thread.
+// Turns each request into a task and runs the tasks one at a time on its thread.
 class MobileWorker : public AsyncBufferQueueThread<std::shared_ptr<IRequestTask>> {
  public:
   MobileWorker() : AsyncBufferQueueThread(-1, 1, false) {}
-  // The thread may still run, where the host has not stopped the agent: it must end while `handle` is this class's.
+  // A host may not have stopped the agent, and the thread must end before `handle` becomes pure again.
   ~MobileWorker() override { stopThread(false); }
 
   void start();
-  // Waits for the running task; those behind it are dropped without a reply.
+  // Waits for the running task. Waiting tasks are dropped without a reply.
   void stop();
 
-  // Takes one request: looks the topic up, decodes the body and queues the task. Runs on the service's thread. A body
-  // that does not decode is answered by the worker in its turn, a topic not known here by the host's user interface.
+  // Looks up the topic, decodes the body and queues the task. Runs on the service's thread. An invalid body gets an
+  // error reply from the worker, in its turn. An unknown topic goes to the host's user interface proxy.
   void push(int64_t requestId, int32_t terminalType, const std::string& topic, const std::string& data);
 
-  // The decoders. Each reads the body (a UTF-8 text up to its first NUL; parseOrderList an array of it) into `out` and
-  // returns code 0, or code -1 and the failure's text; `out` then holds what was read before the fault. They keep no
-  // state and may run on any thread. An array element that must be an object and is not one, and a body of "order.new"
-  // that is no object, end the process by rapidjson's assertion.
+  // The decoders. Each reads a body, UTF-8 up to its first NUL, into `out` and returns code 0, or code -1 and the
+  // failure text; `out` then holds the elements before the error. `requestId` and `topic` are for the log. Stateless,
+  // so any thread may call them. If an element that must be an object is not one, or the body of "order.new" is not an
+  // object, rapidjson's assertion ends the process.
 
   // An account selector: an array of ints.
   ResultStatus parseTid(int64_t requestId, OrvMobileTopic topic, const std::string& data, AccountSelector& out);
   ResultStatus parseCreditInfo(int64_t requestId, OrvMobileTopic topic, const std::string& data, AccountSelector& out) {
     return parseTid(requestId, topic, data, out);
   }
-  // {"orderList": [{...}, ...]}
+  // {"orderList": [{...}, ...]}; parseOrderList reads the array.
   ResultStatus parseNewOrder(int64_t requestId, OrvMobileTopic topic, const std::string& data, MobileNewOrder& out);
   ResultStatus parseOrderList(int64_t requestId, OrvMobileTopic topic, const JsonValue& orderList, MobileNewOrder& out);
-  // The others: an array of objects.
+  // The other bodies are arrays of objects.
   ResultStatus parseCancelOrder(int64_t requestId, OrvMobileTopic topic, const std::string& data,
                                 std::vector<MobileCancelOrder>& out);
   ResultStatus parseMonitorOrder(int64_t requestId, OrvMobileTopic topic, const std::string& data,

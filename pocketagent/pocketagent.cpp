@@ -5,17 +5,17 @@
 #include <string>
 
 #include "host/servicerouter.h"
+#include "pocketagent/frametasks.h"
 #include "pocketagent/log.h"
 #include "pocketagent/mobilesrvspi.h"
-#include "tasks/frametasks.h"
 #include "vocabulary/gbk.h"
 
 namespace orvane {
 
 namespace {
 
-// The host's mobile service, or null while it or the base service is down. Walked at each use, since the host may take
-// its services down and up again.
+// The host's mobile service, or null while it or the base service is down. Looked up at each use, because the host may
+// restart its services.
 IMobileSrv* mobileService() {
   IBaseService* base = IServiceRouter::instance()->getBaseService();
   return base == nullptr ? nullptr : base->getMobileSrv();
@@ -24,7 +24,7 @@ IMobileSrv* mobileService() {
 }  // namespace
 
 IPocketAgent* IPocketAgent::getInstance() {
-  agentLogger();  // made first, so that the log is still there when the agent goes
+  agentLogger();  // created before the agent, so that it outlives it
   static PocketAgent agent;
   return &agent;
 }
@@ -42,10 +42,11 @@ void PocketAgent::start(const MobileSrvInfo& info) {
   worker_.start();
   const ResultStatus started = mobileService()->start(info);
   if (started.code != 0) {
-    // The worker stays: a later start finds it running.
+    // The worker keeps running: a later start finds it so.
     POCKET_DEBUG("PocketAgent start error=" + started.message);
     return;
   }
+  // The statuses of registerSpi and, in stop, unregisterSpi say nothing that the agent could act on.
   mobileService()->registerSpi(
       std::make_shared<MobileSrvSpi>(
           [this](int64_t requestId, int32_t terminalType, const std::string& topic, const std::string& data) {

@@ -8,7 +8,7 @@
 
 namespace orvane {
 
-// The agent behind IPocketAgent. Its lock orders the control operations against each other; requests take none of it.
+// Implements IPocketAgent.
 class PocketAgent final : public IPocketAgent {
  public:
   void start(const MobileSrvInfo& info) override;
@@ -17,8 +17,8 @@ class PocketAgent final : public IPocketAgent {
   void getServerStatus(MobileServerStatus& status) override;
 
  private:
-  std::shared_mutex lock_;
-  MobileSrvInfo info_;  // stays empty: start keeps no copy of what it was given
+  std::shared_mutex lock_;  // serialises the control operations; pushes share it, requests do not take it
+  MobileSrvInfo info_;      // always empty: start does not copy its argument
   MobileWorker worker_;
   int32_t callbackHandle_ = 0;
 };

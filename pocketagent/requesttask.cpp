@@ -29,7 +29,6 @@ bool IRequestTask::checkEntitlement(const TradingAccountID& account) const {
   return sendRefusal(IAuthAgent::getInstance()->checkAccount(topicName(topic), account));
 }
 
-// True where there is nothing to refuse.
 bool IRequestTask::sendRefusal(const ResultStatus& status) const {
   if (status.code != 0) {
     reply(status);
@@ -61,7 +60,8 @@ void IRequestTask::reply(const ResultStatus& status) const {
 ResultStatus IRequestTask::findAccounts(const std::list<int32_t>& selector, std::vector<TradingAccountID>& accounts) {
   std::vector<TradingAccount> found;
   std::list<int32_t> availableIndexes;
-  TradeUtils::getAllTradingAccount(IServiceRouter::instance()->getTradeService(), selector, 3, found, availableIndexes);
+  TradeUtils::getAllTradingAccount(IServiceRouter::instance()->getTradeService(), selector, kQueryList, found,
+                                   availableIndexes);
   accounts.reserve(accounts.size() + found.size());
   for (TradingAccount& account : found) {
     accounts.push_back(std::move(account.id));
@@ -72,8 +72,8 @@ ResultStatus IRequestTask::findAccounts(const std::list<int32_t>& selector, std:
 ResultStatus IRequestTask::findAccount(int32_t index, TradingAccountID& account) {
   std::vector<TradingAccount> found;
   std::list<int32_t> availableIndexes;
-  TradeUtils::getAllTradingAccount(IServiceRouter::instance()->getTradeService(), std::list<int32_t>{index}, 1, found,
-                                   availableIndexes);
+  TradeUtils::getAllTradingAccount(IServiceRouter::instance()->getTradeService(), std::list<int32_t>{index}, kQueryOne,
+                                   found, availableIndexes);
   if (found.empty()) {
     return {41, "get capital fail,orvquant inner error"};
   }

@@ -13,9 +13,9 @@
 
 namespace orvane {
 
-// One request on the worker thread: it runs against the host's services and sends at most one reply, besides a refusal.
-// A task is built complete on the callback thread and touched by the worker alone from then on. It owns its payload and
-// reports failure by its reply; an exception that leaves `execute` ends the process.
+// One request. `execute` calls the host's services and sends one reply, which reports a failure too. A task is built on
+// the service's thread, owns its payload, and is used only by the worker thread once queued. An exception that leaves
+// `execute` ends the process.
 class IRequestTask {
  public:
   IRequestTask() = default;
@@ -26,37 +26,39 @@ class IRequestTask {
 
   virtual void execute() = 0;
 
-  // Hands a message, all texts UTF-8, to the host's mobile service. A failure is logged and the message is lost.
+  // Sends a message, all texts UTF-8, through the host's mobile service. If that fails, the error is logged and the
+  // message is lost.
   static void send(const MobileMessage& message);
 
-  // The host's records behind the numbers of a request. Each asks the host afresh and writes no log.
+  // Look-ups of the host's records by the numbers in a request. Each calls the host and logs nothing.
 
   // Appends the selected accounts; an empty selector means every account. Always code 0.
   static ResultStatus findAccounts(const std::list<int32_t>& selector, std::vector<TradingAccountID>& accounts);
-  // Assigns `account`; code 41 where the host knows no such account. `account` may be the record that holds `index`.
+  // Code 41 if the host has no such account; `account` is then unchanged. It may be the record that holds `index`.
   static ResultStatus findAccount(int32_t index, TradingAccountID& account);
-  // The host fills `symbol`; code -1 where it knows no such instrument.
+  // The host fills `symbol`. Code -1 if it has no such instrument.
   static ResultStatus findCode(int64_t hashCode, SymbolCode& symbol);
-  // The code type and the name of an instrument, UTF-8; code -1 leaves both texts as they were.
+  // The code type and the name of an instrument, UTF-8. Code -1 if the host has none; both texts are then unchanged.
   static ResultStatus findCodeType(int64_t hashCode, std::string& typeText, std::string& nameText);
 
  protected:
-  // May the user use this topic's function? If not, the refusal has been sent.
+  // Whether the user may use this task's topic. If not, the refusal has been sent.
   bool checkEntitlement() const;
-  // May the user use it on this account?
+  // The same for one account.
   bool checkEntitlement(const TradingAccountID& account) const;
 
-  // The start of this task's reply: its request id and the name of its topic.
+  // A reply with the task's request id and topic.
   MobileMessage makeReply() const;
-  // Sends the reply of a success; `data` is JSON text in UTF-8, or empty.
+  // Sends a success; `data` is JSON text in UTF-8.
   void reply(std::string data) const;
-  // Sends the reply of a request that ended in `status`, without data: the status's text, if it is a failure.
+  // Sends the message of `status` if it is a failure, otherwise a success without data.
   void reply(const ResultStatus& status) const;
 
   int64_t requestId = kNoRequestId;
   OrvMobileTopic topic = kTopicUnknown;
 
  private:
+  // Sends `status` if it is a failure; true if it is not.
   bool sendRefusal(const ResultStatus& status) const;
 };
 

@@ -4,7 +4,7 @@
 
 namespace orvane {
 
-// The topics of requests, by number. A value outside the list may turn up and is named "unknown.topic".
+// The topics of requests.
 enum OrvMobileTopic : int32_t {
   kTopicMin = -1,
   kTopicUnknown = 0,
@@ -27,10 +27,10 @@ enum OrvMobileTopic : int32_t {
   kTopicCreditInfoList = 17,
 };
 
-// The topic of a name, which ends at its first NUL; exact and case-sensitive. kTopicUnknown where no topic has it.
+// The topic of a name, which is case-sensitive; kTopicUnknown if there is none.
 OrvMobileTopic topicFromName(const char* name);
 
-// The name of a topic's number; "unknown.topic" for a number outside the list.
+// The name of a topic; "unknown.topic" for a value that is not listed.
 const char* topicName(int32_t value);
 
 }  // namespace orvane

@@ -8,10 +8,11 @@
 
 namespace orvane {
 
+// One row.
 struct MobileAccountItem {
   bool triggerOrderPrivilege = false;
   bool ordinaryOrderPrivilege = false;
-  int32_t accountStatus = 0;  // 1 when the account is available, else 0
+  int32_t accountStatus = 0;  // 1 if the account is available, else 0
   TradingAccountID id;
 };
 

@@ -14,7 +14,8 @@ double lastAmount(const TradingAccount& account) {
   return account.baseAmount + account.deposit + account.preCloseProfit - account.withdraw;
 }
 
-// A plain fraction. Money paid out counts in lastAmount but not here.
+// A fraction, not a percentage. Unlike lastAmount, it ignores `withdraw`. The limit avoids a division by zero and also
+// makes the ratio of a negative or NaN sum 0.
 double profitRatio(const TradingAccount& account) {
   const double invested = account.baseAmount + account.deposit;
   return invested > 0.000001 ? account.preCloseProfit / invested : 0.0;

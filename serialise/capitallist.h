@@ -8,9 +8,10 @@
 
 namespace orvane {
 
+// One row.
 struct CapitalEntry {
   TradingAccount account;
-  int32_t accountStatus = 0;  // 1 when the account is available, else 0
+  int32_t accountStatus = 0;  // 1 if the account is available, else 0
 };
 
 std::string serializeCapitalList(const std::vector<CapitalEntry>& entries);

@@ -6,11 +6,10 @@
 
 namespace orvane {
 
-// "codeExch": the instrument's code, a dot, the exchange's short text, unconverted. An unknown exchange leaves the dot
-// last.
+// "codeExch": code, dot, short name of the exchange, all byte for byte. The name of an unknown exchange is empty.
 std::string formatCodeKey(const SymbolCode& symbol);
 
-// "codeName": the host's name of the instrument in UTF-8, empty where it has none. One host call each time.
+// "codeName": the host's name of the instrument in UTF-8, empty if it has none. Calls the host.
 std::string instrumentName(const SymbolCode& symbol);
 
 }  // namespace orvane

@@ -9,6 +9,7 @@
 
 namespace orvane {
 
+// One row.
 struct AccountCreditInfo {
   TradingAccountID account;
   std::vector<CreditInfoRecord> records;

@@ -7,10 +7,11 @@
 namespace orvane {
 
 struct SymbolRate {
-  int64_t hashCode = 0;  // as the request gave it
+  int64_t hashCode = 0;  // as in the request
   double marginRate = 0;
 };
 
+// One row.
 struct AccountMarginRates {
   int32_t index = 0;
   std::vector<SymbolRate> rates;

@@ -1,21 +1,17 @@
 #include "serialise/monitorlist.h"
 
-#include <array>
-#include <string_view>
-
 #include "host/common.h"
 #include "serialise/codetext.h"
 #include "serialise/replywriter.h"
-#include "vocabulary/gbk.h"
+#include "vocabulary/names.h"
 
 namespace orvane {
 
 namespace {
 
+// An unknown rule is shown as rule 0.
 std::string syncRuleName(int32_t rule) {
-  static constexpr std::array kNames = {"多空单独"_gbk, "开平互转"_gbk, "净头寸"_gbk, "开平互转"_gbk};  // 3 reads as 1
-  const auto row = static_cast<size_t>(rule);  // a negative one is beyond the table too
-  return CodeConvert::gbk_to_utf8(std::string(kNames[row < kNames.size() ? row : 0]));
+  return CodeConvert::gbk_to_utf8(std::string(syncRuleNames.valueOr(rule, syncRuleNames.find(0)->second)));
 }
 
 }  // namespace
@@ -41,7 +37,7 @@ std::string serializeMonitorList(const std::vector<PositionMonitorRow>& rows) {
     row.member("strategyActiveNetPos", record.strategyActive.netPos);
     row.member("strategyActiveLongPos", record.strategyActive.longPos);
     row.member("strategyActiveShortPos", record.strategyActive.shortPos);
-    row.member("strategyUnsendNetPos", record.strategyUnsend.netPos);  // spelt so on the wire
+    row.member("strategyUnsendNetPos", record.strategyUnsend.netPos);
     row.member("strategyUnsendLongPos", record.strategyUnsend.longPos);
     row.member("strategyUnsendShortPos", record.strategyUnsend.shortPos);
     row.member("accountNetPos", record.accountPos.netPos);

@@ -7,7 +7,7 @@
 
 namespace orvane {
 
-// One row: a record of the monitor with the code type of its instrument in UTF-8.
+// One row: a record of the monitor and the code type of its instrument in UTF-8.
 struct PositionMonitorRow {
   PositionMonitorRecord record;
   std::string codeType;

@@ -22,7 +22,7 @@ std::string serializeOrderList(const std::list<Order>& orders) {
     row.member("srcTimestamp", order.srcTimestamp);
     row.member("priceType", order.priceType);
     row.member("orderId", order.orderId);
-    row.member("localOrderId", std::to_string(order.localOrderId));  // a text: "order.cancel" sends it back
+    row.member("localOrderId", std::to_string(order.localOrderId));  // a string, as "order.cancel" expects it
     row.member("status", order.status);
     row.member("note", CodeConvert::gbk_to_utf8(order.note));
     row.member("source", CodeConvert::gbk_to_utf8(formatOrderSource(order.orderSource)));

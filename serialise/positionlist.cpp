@@ -1,34 +1,28 @@
 #include "serialise/positionlist.h"
 
-#include <array>
 #include <cmath>
-#include <string_view>
 
 #include "host/common.h"
 #include "serialise/codetext.h"
 #include "serialise/replywriter.h"
 #include "serialise/rowhead.h"
-#include "vocabulary/gbk.h"
+#include "vocabulary/names.h"
 
 namespace orvane {
 
 namespace {
 
-std::string aimName(int32_t aimType) {
-  static constexpr std::array<std::string_view, 6> kNames = {"未知"_gbk, "投机"_gbk, "套利"_gbk,
-                                                             "套保"_gbk, "市商"_gbk, ""};
-  const auto row = static_cast<size_t>(aimType);  // a negative one is beyond the table too
-  return row < kNames.size() ? CodeConvert::gbk_to_utf8(std::string(kNames[row])) : std::string();
+std::string aimName(int32_t aimType) { return CodeConvert::gbk_to_utf8(std::string(aimNames.valueOr(aimType, ""))); }
+
+// The host's volumes are unchecked, so sums of them wrap around, which signed overflow would not.
+int64_t sum(int64_t a, int64_t b) { return static_cast<int64_t>(static_cast<uint64_t>(a) + static_cast<uint64_t>(b)); }
+int64_t difference(int64_t a, int64_t b) {
+  return static_cast<int64_t>(static_cast<uint64_t>(a) - static_cast<uint64_t>(b));
 }
 
-int64_t longAvailable(const Position& p) {
-  return p.code.codeClass == 0 ? p.longYesterdayVolume - p.longCloseYesterdayVolume - p.longFrozenVolume
-                               : p.longPosition - p.longFrozenVolume;
-}
-
-int64_t shortAvailable(const Position& p) {
-  return p.code.codeClass == 0 ? p.shortYesterdayVolume - p.shortCloseYesterdayVolume - p.shortFrozenVolume
-                               : p.shortPosition - p.shortFrozenVolume;
+// The volume that can be closed; of class 0 only what was held before today.
+int64_t available(const SymbolCode& code, int64_t position, int64_t yesterday, int64_t closedOfIt, int64_t frozen) {
+  return difference(code.codeClass == 0 ? difference(yesterday, closedOfIt) : position, frozen);
 }
 
 void writeHoldings(ReplyWriter& row, const Position& p) {
@@ -38,13 +32,15 @@ void writeHoldings(ReplyWriter& row, const Position& p) {
   row.member("totalLever", p.longLever + p.shortLever);
   row.member("longLever", p.longLever);
   row.member("shortLever", p.shortLever);
-  row.member("netMarketValue", std::fabs(p.longMarketValue - p.shortMarketValue));  // unlike netLever, unsigned
+  row.member("netMarketValue", std::fabs(p.longMarketValue - p.shortMarketValue));  // unsigned, unlike netLever
   row.member("totalMarketValue", p.shortMarketValue + p.longMarketValue);
-  row.member("totalPosition", p.longPosition + p.shortPosition);
+  row.member("totalPosition", sum(p.longPosition, p.shortPosition));
   row.member("longPosition", p.longPosition);
-  row.member("longAvailableQuantity", longAvailable(p));
+  row.member("longAvailableQuantity",
+             available(p.code, p.longPosition, p.longYesterdayVolume, p.longCloseYesterdayVolume, p.longFrozenVolume));
   row.member("shortPosition", p.shortPosition);
-  row.member("shortAvailableQuantity", shortAvailable(p));
+  row.member("shortAvailableQuantity", available(p.code, p.shortPosition, p.shortYesterdayVolume,
+                                                 p.shortCloseYesterdayVolume, p.shortFrozenVolume));
 }
 
 void writeTextsAndRatios(ReplyWriter& row, const PositionEntry& entry) {
@@ -57,7 +53,7 @@ void writeTextsAndRatios(ReplyWriter& row, const PositionEntry& entry) {
   row.member("todayProfitRatio", p.todayProfitRatio);
   row.member("todayProfitCateRatio", p.todayProfitCateRatio);
   row.member("todayProfitAccRatio", p.todayProfitAccRatio);
-  row.member("amassProfitCateRatio", p.todayProfitCateRatio);  // today's figure again
+  row.member("amassProfitCateRatio", p.todayProfitCateRatio);  // the figure of today, sent twice
   row.member("amassProfitAccRatio", 0.0);
   row.member("historyCapitalFinalCost", 0.0);
 }
@@ -71,7 +67,7 @@ void writePricesAndParts(ReplyWriter& row, const Position& p) {
   row.member("shortYesterdayVolume", p.shortYesterdayVolume);
   row.member("shortCloseYesterdayVolume", p.shortCloseYesterdayVolume);
   row.member("margin", p.shortMargin + p.longMargin);
-  row.member("todayPorfit", p.todayProfit);  // spelt so on the wire, here and below
+  row.member("todayPorfit", p.todayProfit);  // the wire's spelling, here and below
   row.member("floatPorfit", p.floatProfit);
   row.member("avgPrice", p.avgPrice);
   row.member("currentVolume", p.currentVolume);
@@ -79,7 +75,7 @@ void writePricesAndParts(ReplyWriter& row, const Position& p) {
   row.member("longAvgPrice", p.longAvgPrice);
   row.member("longMarketValue", p.longMarketValue);
   row.member("longFloatPorfit", p.longFloatProfit);
-  row.member("longTodayVolume", static_cast<double>(p.longTodayVolume));  // the only volumes that go as doubles
+  row.member("longTodayVolume", static_cast<double>(p.longTodayVolume));  // the only volumes sent as doubles
   row.member("shortAvgPrice", p.shortAvgPrice);
   row.member("shortMarketValue", p.shortMarketValue);
   row.member("shortFloatPorfit", p.shortFloatProfit);

@@ -13,17 +13,17 @@
 
 namespace orvane {
 
-// Writes the JSON text of a reply with rapidjson's writer at its default settings. Strings go out byte for byte as C
-// strings, escaped but not converted. Two things that are no JSON are wanted and kept: a NaN or infinite double leaves
-// its key without a value, and a key written without a value puts all that follows in its object one place out of step.
-// The stock writer asserts on the second, so the separators are set here.
+// Writes the JSON text of a reply as rapidjson's writer does with default settings. Strings end at their first NUL and
+// are escaped but not converted. Two outputs are invalid JSON on purpose: a NaN or infinite double leaves its key
+// without a value, and after a key without a value the rest of the object swaps keys and values. The stock writer
+// asserts on the second, so the separators are written here.
 class ReplyWriter : private rapidjson::Writer<rapidjson::StringBuffer> {
   using Base = rapidjson::Writer<rapidjson::StringBuffer>;
 
  public:
   explicit ReplyWriter(rapidjson::StringBuffer& buffer) : Base(buffer) {}
 
-  // A key with no value. Keys are plain texts, which need no escape.
+  // A key without a value. Keys need no escaping.
   template <size_t kSize>
   void key(const char (&name)[kSize]) {
     separate();
@@ -44,14 +44,14 @@ class ReplyWriter : private rapidjson::Writer<rapidjson::StringBuffer> {
     write(value);
   }
 
-  // A key and an array of objects, whose members `writeRow(writer, row)` writes.
+  // A key and an array of objects; `writeRow(writer, row)` writes the members of one.
   template <size_t kSize, typename Rows, typename WriteRow>
   void memberRows(const char (&name)[kSize], const Rows& list, WriteRow writeRow) {
     key(name);
     rows(list, writeRow);
   }
 
-  // An array of objects, the frame of every list.
+  // An array of objects.
   template <typename Rows, typename WriteRow>
   void rows(const Rows& list, WriteRow writeRow) {
     separate();
@@ -70,14 +70,14 @@ class ReplyWriter : private rapidjson::Writer<rapidjson::StringBuffer> {
   }
 
  private:
-  // Rows are much of a length: room for all of them saves the buffer from growing over and over. A first row that is
-  // longer than lists have them, by a phone's own text, is no measure of the others.
+  // Rows are similar in length, so the first one sizes the buffer for all. An unusually long one, which a client's text
+  // can cause, is no measure of the others.
   void reserveRows(size_t rowSize, size_t count) {
     constexpr size_t kLongRow = 2048;
     os_->Reserve(std::min(rowSize + rowSize / 8, kLongRow) * count);
   }
 
-  // Separator, key and colon in one piece: members are nearly all that there is to write.
+  // Separator, key and colon in one piece, because nearly all of a reply is members.
   void writeKeyInStep(const char* name, size_t size, bool isFirst) {
     char* out = os_->Push(size + 4);
     if (isFirst) {
@@ -120,7 +120,7 @@ class ReplyWriter : private rapidjson::Writer<rapidjson::StringBuffer> {
     os_->Pop(kMaxNumberText - static_cast<size_t>(writeNumber(begin, value) - begin));
   }
 
-  // What the stock writer puts in front of a value, by its place among keys and values alone.
+  // The comma or colon before a key or value, as the stock writer chooses it.
   void separate() {
     if (level_stack_.Empty()) {
       return;
@@ -143,7 +143,7 @@ class ReplyWriter : private rapidjson::Writer<rapidjson::StringBuffer> {
   }
 };
 
-// The text of a list: an array with one object for each row.
+// The JSON text of a list: an array with one object for each row.
 template <typename Rows, typename WriteRow>
 std::string writeRows(const Rows& rows, WriteRow writeRow) {
   rapidjson::StringBuffer buffer;

@@ -5,8 +5,8 @@
 
 namespace orvane {
 
-// The three members that start a capital, position, order and fill row. An unknown market type leaves "accountType"
-// without a value, and the row out of step.
+// The first three members of capital, position, order and fill rows. For an unknown market type "accountType" has no
+// value, which makes the rest of the row invalid JSON; clients expect that.
 void writeHead(ReplyWriter& row, const TradingAccountID& account);
 
 }  // namespace orvane

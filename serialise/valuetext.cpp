@@ -10,10 +10,10 @@ namespace orvane {
 
 namespace {
 
-constexpr double kShortDecimalLimit = 1e12;  // up to here rapidjson's text of three decimals is the shortest one
+constexpr double kShortDecimalLimit = 1e12;  // below it, the text with three decimals is the shortest
 constexpr uint64_t kThousandths = 1000;
 
-// The text of thousandths, with one decimal at least and no trailing zero behind that.
+// Writes at least one decimal, and no trailing zero after it.
 char* writeThousandths(char* out, uint64_t thousandths) {
   out = rapidjson::internal::u64toa(thousandths / kThousandths, out);
   const auto fraction = static_cast<unsigned>(thousandths % kThousandths);
@@ -32,7 +32,7 @@ char* writeNumber(char* out, int64_t value) { return rapidjson::internal::i64toa
 char* writeNumber(char* out, double value) {
   const double size = std::fabs(value);
   if (size < kShortDecimalLimit) {
-    // The nearest thousandth; whether it is the value itself tells the division, which rounds as reading a text does.
+    // The nearest thousandth. Dividing back shows whether it is exact, because a division rounds as a parser does.
     // NOLINTNEXTLINE(bugprone-incorrect-roundings)
     const auto thousandths = static_cast<uint64_t>(size * static_cast<double>(kThousandths) + 0.5);
     if (static_cast<double>(thousandths) / static_cast<double>(kThousandths) == size) {

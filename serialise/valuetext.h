@@ -6,16 +6,16 @@
 
 namespace orvane {
 
-// The texts of values as rapidjson's writer makes them, written to `out`; each returns the end of what it wrote.
+// Each writes a number to `out` exactly as rapidjson's writer does and returns the end of the text.
 
-inline constexpr size_t kMaxNumberText = 25;
+inline constexpr size_t kMaxNumberText = 25;  // as rapidjson reserves for a double
 
 char* writeNumber(char* out, int32_t value);
 char* writeNumber(char* out, int64_t value);
-// Of a double that is finite. A value of few decimals, as prices and amounts mostly are, takes a path of its own.
+// `value` must be finite. Has a faster path for up to three decimals, as most prices and amounts have.
 char* writeNumber(char* out, double value);
 
-// Whether a text goes out as it stands, without an escape and without a NUL that would end it.
+// Whether a text needs no escaping and has no NUL.
 bool isPlain(std::string_view text);
 
 }  // namespace orvane

@@ -10,11 +10,11 @@
 
 namespace orvane {
 
-// The accounts and instruments that the pairs name, from the host. A pair of which either does not exist is left out;
-// of an account that is named again the first record stays.
+// The host's records of the pairs' accounts and instruments. A pair is left out if the host lacks either. An account
+// that occurs again keeps its first record.
 MonitorAccountCodes findAccountCodes(const std::vector<MobileCodeAccountPair>& pairs);
 
-// Completes the items' accounts and instruments from the host, and drops the items of which either does not exist.
+// Completes the accounts and instruments of the items, and removes each item for which the host lacks either.
 template <typename Item>
 void keepKnown(std::list<Item>& items) {
   for (auto item = items.begin(); item != items.end();) {

@@ -28,8 +28,8 @@ void AccountListTask::execute() {
 std::vector<MobileAccountItem> AccountListTask::collectAccounts() {
   std::vector<TradingAccount> accounts;
   std::vector<TradingAccountID> availableAccounts;
-  TradeUtils::getAllTradingAccount(IServiceRouter::instance()->getTradeService(), std::vector<TradingAccountID>{}, 3,
-                                   accounts, availableAccounts);
+  TradeUtils::getAllTradingAccount(IServiceRouter::instance()->getTradeService(), std::vector<TradingAccountID>{},
+                                   kQueryList, accounts, availableAccounts);
   std::set<int32_t> available;
   for (const TradingAccountID& account : availableAccounts) {
     available.insert(account.index);

@@ -7,7 +7,7 @@
 
 namespace orvane {
 
-// "account.list": every account with what it may do.
+// "account.list": all accounts and their privileges, in the host's order.
 class AccountListTask final : public IRequestTask {
  public:
   using IRequestTask::IRequestTask;

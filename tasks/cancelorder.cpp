@@ -16,7 +16,7 @@ void CancelOrderTask::execute() {
 }
 
 ResultStatus CancelOrderTask::run() {
-  ResultStatus remembered;  // of the orders that name no order of the host's; they stop nothing
+  ResultStatus remembered;  // an element without localOrderId is reported at the end and stops nothing
   for (MobileCancelOrder& order : orders_) {
     if (order.localOrderId.empty()) {
       remembered =

@@ -11,7 +11,7 @@
 
 namespace orvane {
 
-// "order.cancel": cancels one order after the other; what is done before a failure stays done.
+// "order.cancel": checks and cancels one order at a time. Cancels before a failure are not undone.
 class CancelOrderTask final : public IRequestTask {
  public:
   CancelOrderTask(int64_t id, OrvMobileTopic value, std::vector<MobileCancelOrder> orders)
@@ -20,7 +20,7 @@ class CancelOrderTask final : public IRequestTask {
 
  private:
   ResultStatus run();
-  // What ends the run, or nothing; a refusal, which has been sent, ends it with code 0.
+  // The status that ends the run, if any. After an entitlement refusal, which has been sent, that is code 0.
   std::optional<ResultStatus> cancel(MobileCancelOrder& order) const;
 
   std::vector<MobileCancelOrder> orders_;

@@ -18,7 +18,7 @@ void CapitalListTask::execute() {
 std::vector<CapitalEntry> CapitalListTask::collect(const AccountSelector& selector) {
   std::vector<TradingAccount> accounts;
   std::list<int32_t> availableIndexes;
-  TradeUtils::getAllTradingAccount(IServiceRouter::instance()->getTradeService(), selector, 3, accounts,
+  TradeUtils::getAllTradingAccount(IServiceRouter::instance()->getTradeService(), selector, kQueryList, accounts,
                                    availableIndexes);
   const std::set<int32_t> available(availableIndexes.begin(), availableIndexes.end());
   std::vector<CapitalEntry> entries;

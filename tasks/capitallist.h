@@ -10,7 +10,7 @@
 
 namespace orvane {
 
-// "capital.list": the capital of the selected accounts, in the host's order.
+// "capital.list": capital of the selected accounts, in the host's order.
 class CapitalListTask final : public IRequestTask {
  public:
   CapitalListTask(int64_t id, OrvMobileTopic value, AccountSelector selector)

@@ -12,7 +12,7 @@ void CodeTypePositionList::execute() {
     return;
   }
   std::vector<TradingAccountID> accounts;
-  findAccounts(selector_, accounts);
+  findAccounts(selector_, accounts);  // always succeeds
   std::vector<CodeTypePosition> positions;
   IUIProxyMgr::getInstance()->getCodeTypePositions(accounts, true, true, positions);
   reply(serializeCodeTypeList(positions));

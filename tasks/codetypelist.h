@@ -8,7 +8,7 @@
 
 namespace orvane {
 
-// "position.codetype.list": the figures of the selected accounts by code type.
+// "position.codetype.list": figures of the selected accounts by code type.
 class CodeTypePositionList final : public IRequestTask {
  public:
   CodeTypePositionList(int64_t id, OrvMobileTopic value, AccountSelector selector)

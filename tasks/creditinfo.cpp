@@ -14,7 +14,6 @@ void CreditInfoTask::execute() {
   }
 }
 
-// Accounts that fail are left out, so the status is always 0.
 ResultStatus CreditInfoTask::collect(std::list<AccountCreditInfo>& accounts) const {
   for (const int32_t index : selector_) {
     TradingAccountID account;

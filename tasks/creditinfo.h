@@ -11,8 +11,7 @@
 
 namespace orvane {
 
-// "creditinfo.list": the credit figures of the selected accounts. Makes no entitlement check, and an empty selector
-// selects nothing.
+// "creditinfo.list": credit figures of the selected accounts. An empty selector selects none. No entitlement check.
 class CreditInfoTask final : public IRequestTask {
  public:
   CreditInfoTask(int64_t id, OrvMobileTopic value, AccountSelector selector)
@@ -20,6 +19,7 @@ class CreditInfoTask final : public IRequestTask {
   void execute() override;
 
  private:
+  // Leaves out accounts that fail, so the status is always 0.
   ResultStatus collect(std::list<AccountCreditInfo>& accounts) const;
 
   AccountSelector selector_;

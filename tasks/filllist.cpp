@@ -13,8 +13,8 @@ void FillListTask::execute() {
     return;
   }
   std::list<OrderFill> fills;
-  std::list<int32_t> availableIndexes;  // not looked at: every row has "accountStatus" 1
-  TradeUtils::getAllFill(IServiceRouter::instance()->getTradeService(), selector_, 1, fills, availableIndexes);
+  std::list<int32_t> availableIndexes;  // unused: every row has "accountStatus" 1
+  TradeUtils::getAllFill(IServiceRouter::instance()->getTradeService(), selector_, kQueryOne, fills, availableIndexes);
   reply(serializeFillList(fills));
 }
 

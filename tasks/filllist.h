@@ -8,7 +8,7 @@
 
 namespace orvane {
 
-// "trader.list": the fills of the selected accounts, in the host's order.
+// "trader.list": fills of the selected accounts, in the host's order.
 class FillListTask final : public IRequestTask {
  public:
   FillListTask(int64_t id, OrvMobileTopic value, AccountSelector selector)

@@ -10,7 +10,8 @@ namespace orvane {
 
 namespace {
 
-// A request that named nothing reaches the monitor, as an empty map; one that named only what does not exist must not.
+// An empty map means more to the monitor than nothing. So a request without pairs reaches it, but one in which no pair
+// is known must not.
 bool reachesTheMonitor(const std::vector<MobileCodeAccountPair>& named, const MonitorAccountCodes& found) {
   return named.empty() || !found.empty();
 }

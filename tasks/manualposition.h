@@ -8,8 +8,7 @@
 
 namespace orvane {
 
-// "monitor.manual.list": manual positions. Made with the topic value of "monitor.list", so its reply carries that
-// topic.
+// "monitor.manual.list": manual positions. Created with the topic of "monitor.list", which its reply carries.
 class PosMonitorManualList final : public IRequestTask {
  public:
   PosMonitorManualList(int64_t id, OrvMobileTopic value, PosMonitorManualListReq request)
@@ -20,7 +19,7 @@ class PosMonitorManualList final : public IRequestTask {
   PosMonitorManualListReq request_;
 };
 
-// "monitor.manual.update": stores manual positions. Makes no entitlement check.
+// "monitor.manual.update": stores manual positions. No entitlement check.
 class PosMonitorManualUpdate final : public IRequestTask {
  public:
   PosMonitorManualUpdate(int64_t id, OrvMobileTopic value, PosMonitorManualUpdateReq request)
@@ -31,7 +30,7 @@ class PosMonitorManualUpdate final : public IRequestTask {
   PosMonitorManualUpdateReq request_;
 };
 
-// "monitor.manual.clean": clears manual positions. Makes no entitlement check.
+// "monitor.manual.clean": clears manual positions. No entitlement check.
 class PosMonitorManualClean final : public IRequestTask {
  public:
   PosMonitorManualClean(int64_t id, OrvMobileTopic value, PosMonitorManualCleanReq request)

@@ -10,7 +10,7 @@
 
 namespace orvane {
 
-// "marginrate.list": one margin rate for each account and instrument asked for. Makes no entitlement check.
+// "marginrate.list": a margin rate for each account and instrument. No entitlement check.
 class SymbolMarginRate final : public IRequestTask {
  public:
   SymbolMarginRate(int64_t id, OrvMobileTopic value, SymbolMarginRateReq request)

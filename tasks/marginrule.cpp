@@ -8,7 +8,7 @@ namespace orvane {
 
 namespace {
 
-// The second where the two are equal or one is NaN.
+// The second if the two are equal or one is NaN.
 double largerOf(double first, double second) { return first > second ? first : second; }
 
 double reduce(const MarginRateResult& result) {

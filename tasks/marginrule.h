@@ -5,8 +5,8 @@
 
 namespace orvane {
 
-// The margin rate of an instrument in an account, a plain factor: the trade service's four ratios reduced to one, or
-// the host's default rate where it has none. One host call each time, two on a failure.
+// The margin rate of an instrument in an account: one of the trade service's four ratios, or the host's default rate if
+// the query fails.
 double queryMarginRate(const TradingAccountID& account, const SymbolCode& code);
 
 }  // namespace orvane

@@ -24,7 +24,7 @@ std::vector<PositionMonitorRow> PosMonitorListTask::collect(const AccountSelecto
       continue;
     }
     const PositionMonitorRow& row = all.emplace_back(PositionMonitorRow{std::move(record), std::move(codeType)});
-    // An account that stands twice in the selector gets its rows twice.
+    // An account that occurs twice in the selector gets its rows twice.
     const auto repeats = std::count(selector.begin(), selector.end(), row.record.account.index);
     matched.insert(matched.end(), static_cast<size_t>(repeats), row);
   }

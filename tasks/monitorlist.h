@@ -10,8 +10,7 @@
 
 namespace orvane {
 
-// "monitor.list": the position monitor's rows of the selected accounts, or of all accounts where the selection has
-// none.
+// "monitor.list": the position monitor's rows of the selected accounts, or of all accounts if those have none.
 class PosMonitorListTask final : public IRequestTask {
  public:
   PosMonitorListTask(int64_t id, OrvMobileTopic value, AccountSelector selector)

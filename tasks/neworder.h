@@ -10,7 +10,7 @@
 
 namespace orvane {
 
-// "order.new": checks all orders, then submits them all. One reply for the whole request.
+// "order.new": checks all orders, then submits all of them. One reply for the whole request.
 class NewOrderTask final : public IRequestTask {
  public:
   NewOrderTask(int64_t id, OrvMobileTopic value, MobileNewOrder order)
@@ -19,10 +19,10 @@ class NewOrderTask final : public IRequestTask {
 
  private:
   ResultStatus run();
-  // Completes an item from the host. What ends the run, or nothing; a refusal, which has been sent, ends it with code
-  // 0.
+  // Completes an item. Returns the status that ends the run, if any. After an entitlement refusal, which has been sent,
+  // that is code 0.
   std::optional<ResultStatus> check(MobileNewOrderItem& item) const;
-  // Goes on after a refusal of the host's; the first one is the result.
+  // A failed order does not stop the others. The result is the first failure.
   ResultStatus submitAll() const;
 
   MobileNewOrder order_;

@@ -20,7 +20,7 @@ std::list<Order> OrderListTask::collect(const AccountSelector& selector) {
   if (!selector.empty()) {
     accounts = TradeUtils::getTradingAccountID(IServiceRouter::instance()->getTradeService(), selector);
     if (accounts.empty()) {
-      return {};  // an empty vector would ask for every account
+      return {};  // an empty vector would select every account
     }
   }
   return TradeUtils::getAllOrder(IServiceRouter::instance()->getTradeService(), accounts);

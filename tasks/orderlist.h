@@ -10,7 +10,7 @@
 
 namespace orvane {
 
-// "order.list": the orders of the selected accounts, finished ones included, in the host's order.
+// "order.list": orders of the selected accounts, finished ones included, in the host's order.
 class OrderListTask final : public IRequestTask {
  public:
   OrderListTask(int64_t id, OrvMobileTopic value, AccountSelector selector)

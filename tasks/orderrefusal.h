@@ -8,7 +8,7 @@
 
 namespace orvane {
 
-// Why an order is neither placed nor cancelled, in GBK.
+// Failures common to placing and cancelling orders. GBK.
 
 inline ResultStatus accountNotFound(int32_t index) {
   return {-1, "can not find tid by index:" + std::to_string(index)};

@@ -13,6 +13,7 @@ namespace orvane {
 
 namespace {
 
+// Yesterday's and today's volumes do not count.
 bool isEmpty(const Position& position) {
   return position.longPosition == 0 && position.longActiveVolume == 0 && position.shortPosition == 0 &&
          position.shortActiveVolume == 0;
@@ -21,7 +22,7 @@ bool isEmpty(const Position& position) {
 std::string exchangeName(int32_t exchangeId) {
   const auto& names = gBaseInformationMap->exchangeFullNames;
   const auto name = names.find(exchangeId);
-  return name == names.end() ? std::string() : CodeConvert::gbk_to_utf8(name->second);
+  return CodeConvert::gbk_to_utf8(name == names.end() ? std::string() : name->second);
 }
 
 }  // namespace
@@ -36,7 +37,8 @@ void PositionListTask::execute() {
 std::vector<PositionEntry> PositionListTask::collect(const AccountSelector& selector) {
   std::list<Position> positions;
   std::list<int32_t> availableIndexes;
-  TradeUtils::getAllPosition(IServiceRouter::instance()->getTradeService(), selector, 3, positions, availableIndexes);
+  TradeUtils::getAllPosition(IServiceRouter::instance()->getTradeService(), selector, kQueryList, positions,
+                             availableIndexes);
   const std::set<int32_t> available(availableIndexes.begin(), availableIndexes.end());
   std::vector<PositionEntry> entries;
   entries.reserve(positions.size());
@@ -47,7 +49,7 @@ std::vector<PositionEntry> PositionListTask::collect(const AccountSelector& sele
     PositionEntry& entry = entries.emplace_back();
     entry.position = std::move(held);
     const Position& position = entry.position;
-    findCodeType(position.code.hashCode, entry.codeType, entry.codeName);  // a row without a code type is sent too
+    findCodeType(position.code.hashCode, entry.codeType, entry.codeName);  // the row is sent without them too
     entry.marginRate = queryMarginRate(position.account, position.code);
     entry.exchangeName = exchangeName(position.code.exchangeId);
     entry.accountStatus = available.contains(position.account.index) ? 1 : 0;

@@ -10,7 +10,7 @@
 
 namespace orvane {
 
-// "position.list": what the selected accounts hold or have working, a row for each account and instrument.
+// "position.list": positions and working volumes of the selected accounts, one row for each account and instrument.
 class PositionListTask final : public IRequestTask {
  public:
   PositionListTask(int64_t id, OrvMobileTopic value, AccountSelector selector)

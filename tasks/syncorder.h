@@ -8,7 +8,7 @@
 
 namespace orvane {
 
-// "monitor.sync.order.list": the orders that would close the monitor's differences.
+// "monitor.sync.order.list": the orders that would synchronise the given accounts and instruments.
 class PosMonitorSyncOrder final : public IRequestTask {
  public:
   PosMonitorSyncOrder(int64_t id, OrvMobileTopic value, MobileSyncOrderReq request)
@@ -19,7 +19,7 @@ class PosMonitorSyncOrder final : public IRequestTask {
   MobileSyncOrderReq request_;
 };
 
-// "monitor.sync.order.new": hands orders to the monitor for placing. Makes no entitlement check.
+// "monitor.sync.order.new": passes orders to the monitor to be placed. No entitlement check.
 class PosMonitorNewOrder final : public IRequestTask {
  public:
   PosMonitorNewOrder(int64_t id, OrvMobileTopic value, MobileSyncNewOrderReq request)

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Usage: abi.sh LIBRARY [--accept]. Holds the library's symbols and the boundary's layout, as Clang tells it, against
-# host/abi.txt; with --accept writes them there. Covers every record and interface of host/ without naming one.
+# Usage: abi.sh LIBRARY [--accept]. Compares the library's symbols and the boundary's layout, as Clang reports it, with
+# tests/abi.txt; --accept writes them there. Finds every record and interface of host/ by itself.
 set -euo pipefail
 library=$(realpath "$1")
 cd "$(dirname "$0")/.."
@@ -14,8 +14,8 @@ symbols() {
       s/, std::allocator<[^<>]*> >/>/g'
 }
 
-# Every header, a use of each record, and for each interface a class that calls for its table of operations. It is
-# compiled as the C++17 that the headers promise to be.
+# Includes every header, uses each record, and derives from each interface to make Clang print its vtable. Compiled as
+# C++17, which is what the headers promise.
 everything() {
   printf '#include "%s"\n' host/*.h pocketagent/ipocketagent.cpp
   echo 'template <class I> struct Probe : I { Probe() {} };'
@@ -45,9 +45,9 @@ layout() {
 } >"$found"
 
 if [ "${2:-}" = --accept ]; then
-  cp "$found" host/abi.txt
-elif ! diff host/abi.txt "$found"; then
-  echo "The ABI (>) is not the one written down in host/abi.txt (<): hosts built against that one break."
-  echo "If that is meant, raise the major version in CMakeLists.txt, build, and run tests/abi.sh $library --accept"
+  cp "$found" tests/abi.txt
+elif ! diff tests/abi.txt "$found"; then
+  echo "The ABI (>) differs from tests/abi.txt (<): hosts built against that one break."
+  echo "If the change is intended, raise the major version in CMakeLists.txt, build, and run tests/abi.sh $library --accept"
   exit 1
 fi

@@ -1,9 +1,6 @@
-#include <bit>
-#include <random>
 #include <string>
 #include <vector>
 
-#include "decoding/quickreader.h"
 #include "tests/support/logcapture.h"
 #include "tests/support/phone.h"
 
@@ -31,6 +28,7 @@ struct Check {
 
 struct Decoder {
   std::string topic, framePrefix, elementPrefix;
+  std::string framePlace, elementPlace;  // operation of MobileWorker and file; the second empty if the same
   std::vector<Check> checks;
 
   std::string body(const std::string& elements) const {
@@ -59,6 +57,10 @@ const std::vector<Check> kNewOrder = {
     {"instructionType", "1", kNoIntIfThere, "instructionType member must be int", "instructionType member not int"},
     {"orderType", "1", kNoIntIfThere, "orderType member must be int", "orderType member not int"}};
 
+const std::vector<Check> kCancelOrder = {kIndex, {"localOrderId", "\"\"", {}, ""}, kCode};
+
+const std::vector<Check> kPair = {kIndex, kHash};
+
 const std::vector<Check> kManualUpdate = {
     {"index", "2", kNotInt, "has no index member or not int64", "has no index member or not int"},
     kHash,
@@ -79,18 +81,20 @@ const std::vector<Check> kMarginRate = {
 // clang-format on
 
 const std::vector<Decoder> kDecoders = {
-    {"order.new", "newOrder", "orderList", kNewOrder},
-    {"order.cancel", "cancelOrder", "cancelOrder", {kIndex, {"localOrderId", "\"\"", {}, ""}, kCode}},
-    {"monitor.sync.order.list", "monitorSync", "monitorManualList", {kIndex, kHash}},
-    {"monitor.sync.order.new", "monitorNewOrder", "monitorNewOrder", kSyncOrderNew},
-    {"monitor.manual.list", "monitorManualList", "monitorManualList", {kIndex, kHash}},
-    {"monitor.manual.update", "manualUpdate", "manualUpdate", kManualUpdate},
-    {"monitor.manual.clean", "monitorManualClean", "newOrder", {kIndex, kHash}},
-    {"marginrate.list", "symbolMarginRate", "marginRate", kMarginRate}};
+    {"order.new", "newOrder", "orderList", "parseNewOrder neworder.cpp", "parseOrderList neworder.cpp", kNewOrder},
+    {"order.cancel", "cancelOrder", "cancelOrder", "parseCancelOrder cancelorder.cpp", "", kCancelOrder},
+    {"monitor.sync.order.list", "monitorSync", "monitorManualList", "parseMonitorOrder monitor.cpp", "", kPair},
+    {"monitor.sync.order.new", "monitorNewOrder", "monitorNewOrder", "parseMonitorNewOrder monitor.cpp", "",
+     kSyncOrderNew},
+    {"monitor.manual.list", "monitorManualList", "monitorManualList", "parseMonitorManualList monitor.cpp", "", kPair},
+    {"monitor.manual.update", "manualUpdate", "manualUpdate", "parseMonitorManualUpdate monitor.cpp", "",
+     kManualUpdate},
+    {"monitor.manual.clean", "monitorManualClean", "newOrder", "parseMonitorManualClean monitor.cpp", "", kPair},
+    {"marginrate.list", "symbolMarginRate", "marginRate", "parseSymbolMarginRate marginrate.cpp", "", kMarginRate}};
 
 // Asks with a body that must fail.
 void expectFailure(const std::string& topic, const std::string& body, const std::string& prefix,
-                   const std::string& reply, const std::string& log) {
+                   const std::string& reply, const std::string& log, const std::string& place) {
   SCOPED_TRACE(topic + " " + body);
   ScriptedHost host;
   LogCapture capture(log4cxx::Level::getDebug());
@@ -100,24 +104,8 @@ void expectFailure(const std::string& topic, const std::string& body, const std:
     lines.push_back("[DEBUG] PocketAgent parse " + prefix + " error,RequestID=42, Topic=" + topic + ",msg=" + log);
   }
   EXPECT_EQ(capture.lines(), lines);
+  EXPECT_EQ(capture.lastPlace(), log.empty() ? "" : "DEBUG orvane::MobileWorker::" + place);
   EXPECT_THAT(host.calls(), IsEmpty());
-}
-
-// A value with its kinds: what a decoder can tell of it.
-std::string shown(const JsonValue& value) {
-  std::string text;
-  if (value.IsArray()) {
-    for (const JsonValue& element : value.GetArray()) text += shown(element) + ",";
-    return "[" + text + "]";
-  }
-  if (value.IsObject()) {
-    for (const auto& member : value.GetObject()) text += shown(member.name) + ":" + shown(member.value) + ",";
-    return "{" + text + "}";
-  }
-  if (value.IsString()) return "'" + std::string(value.GetString(), value.GetStringLength()) + "'";
-  if (value.IsDouble()) return "double " + std::to_string(std::bit_cast<uint64_t>(value.GetDouble()));
-  if (value.IsInt64()) return (value.IsInt() ? "int " : "int64 ") + std::to_string(value.GetInt64());
-  return "type " + std::to_string(value.GetType());
 }
 
 void append(std::string& members, const std::string& name, const std::string& value) {
@@ -143,7 +131,7 @@ TEST(Decoders, EachCheckHasItsReplyAndItsLogText) {
         std::string members = before;
         append(members, check.member, bad);
         expectFailure(decoder.topic, decoder.body(goodElement(decoder) + ",{" + members + "}"), decoder.elementPrefix,
-                      check.reply, check.log);
+                      check.reply, check.log, decoder.elementPlace.empty() ? decoder.framePlace : decoder.elementPlace);
       }
       append(before, check.member, check.good);
     }
@@ -161,13 +149,15 @@ TEST(Decoders, EachFrameHasItsReplyAndItsLogText) {
       text = "has no Data member or not array";
     }
     for (const std::string& body : bodies) {
-      expectFailure(decoder.topic, body, decoder.framePrefix, text, text);
+      expectFailure(decoder.topic, body, decoder.framePrefix, text, text, decoder.framePlace);
     }
     for (const std::string body : {"", " ", "[{", R"({"orderList":[})"}) {
-      expectFailure(decoder.topic, body, decoder.framePrefix, "invalid json string", "invalid json string");
+      expectFailure(decoder.topic, body, decoder.framePrefix, "invalid json string", "invalid json string",
+                    decoder.framePlace);
     }
   }
-  expectFailure("creditinfo.list", "{}", "tid", "Data member not array", "Data member not array");
+  expectFailure("creditinfo.list", "{}", "tid", "Data member not array", "Data member not array",
+                "parseTid accountselector.cpp");
 }
 
 TEST(Decoders, GoodBodyPassesWithMembersNobodyAsksForAndTextBehindIt) {
@@ -179,39 +169,6 @@ TEST(Decoders, GoodBodyPassesWithMembersNobodyAsksForAndTextBehindIt) {
     EXPECT_NE(Phone().ask(decoder.topic, body).topic, "unknown.topic");
     EXPECT_THAT(log.lines(), IsEmpty()) << decoder.topic;
   }
-}
-
-// What the quick reader takes, it reads as the stock reader does; what it gives up on is the stock reader's anyway.
-TEST(QuickReader, ReadsWhatItTakesAsTheStockReaderDoes) {
-  const Values seeds = {R"({"a":[1,-20,3.25,0.001,-0.0],"b":{"c":"\u4e2d文","d":null},"":true,"e":false} x)",
-                        R"( [ { } , [ ] , "x\n" , 123456789012345 , 9007199254740993.1 , 1e5 , 00 , -0 ] )",
-                        "[[[[[[[[[1]]]]]]]]]",
-                        "999999999999999.5",
-                        "0.12345678901234",
-                        "4294967296",
-                        "-2147483649"};
-  const std::string bytes = "0123456789-.eE+ \t\n\",:[]{}\\tfnalsru\x1f\x7f";
-  std::mt19937 random(9);
-  int taken = 0;
-  for (int round = 0; round < 50'000; ++round) {
-    std::string body = seeds[random() % seeds.size()];
-    for (size_t changes = random() % 4; changes > 0 && !body.empty(); --changes) {
-      body.replace(random() % body.size(), random() % 3, std::string(random() % 3, bytes[random() % bytes.size()]));
-    }
-    rapidjson::Document quick;
-    bool complete = false;
-    auto read = [&](rapidjson::Document& document) {
-      return complete = QuickReader<rapidjson::Document>(body.c_str(), document).read();
-    };
-    quick.Populate(read);
-    if (complete) {
-      rapidjson::Document stock;
-      ASSERT_FALSE(stock.Parse<kParseFlags>(body.c_str()).HasParseError()) << body;
-      ASSERT_EQ(shown(quick), shown(stock)) << body;
-      ++taken;
-    }
-  }
-  EXPECT_GT(taken, 2000);
 }
 
 TEST(DecodersDeathTest, WhatMustBeAnObjectAndIsNotEndsTheProcess) {

@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
-# Usage: includes.sh ROOT. Includes run downhill: each folder sees those it is allowed, and only one header rapidjson.
+# Usage: includes.sh ROOT. Checks that each folder includes only the folders below it, and that one header alone
+# includes rapidjson.
 set -euo pipefail
 cd "$1"
 failed=0
 
-# check FOLDER ALLOWED: no file of the folder includes one of ours that does not match ALLOWED.
+# check FOLDER ALLOWED: every include of our own in FOLDER must match ALLOWED.
 check() {
   local wrong
   wrong=$(grep -rnE '^#include "' "$1" --include='*.h' --include='*.cpp' | grep -vE "#include \"($2)" || true)
@@ -24,13 +25,13 @@ check tasks 'host/|vocabulary/|serialise/|tasks/|decoding/requestrecords\.h|pock
 check terminal 'host/|terminal/|pocketagent/ipocketagent\.h'
 
 tasksSeenBy=$(grep -rlE '#include "tasks/' pocketagent decoding serialise | sort | tr '\n' ' ')
-if [ "$tasksSeenBy" != "pocketagent/mobileworker.cpp pocketagent/pocketagent.cpp " ]; then
-  echo "tasks/ is seen by: $tasksSeenBy"
+if [ "$tasksSeenBy" != "pocketagent/mobileworker.cpp " ]; then
+  echo "only pocketagent/mobileworker.cpp may include tasks/, but these do: $tasksSeenBy"
   failed=1
 fi
 rapidjsonSeenBy=$(grep -rlE '#include <rapidjson/' host vocabulary pocketagent decoding serialise tasks | tr '\n' ' ')
 if [ "$rapidjsonSeenBy" != "pocketagent/json.h " ]; then
-  echo "rapidjson is seen by: $rapidjsonSeenBy"
+  echo "only pocketagent/json.h may include rapidjson, but these do: $rapidjsonSeenBy"
   failed=1
 fi
 exit $failed

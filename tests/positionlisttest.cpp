@@ -86,6 +86,30 @@ TEST(PositionList, ClosableVolumeDependsOnTheClassOfTheInstrument) {
   }
 }
 
+TEST(PositionList, ConvertsNamesThatTheHostOrTheTableLacks) {
+  ScriptedHost host;
+  Position& position = add(host, 1, 5);
+  position.longPosition = 1;
+  position.account.aimType = 9;
+  Phone().data("position.list", "[]");
+  EXPECT_THAT(host.converted, ElementsAre("", ""));  // exchange and aim; the host has no code type to convert
+}
+
+TEST(PositionList, SumsOfVolumesWrapAround) {
+  ScriptedHost host;
+  Position& position = add(host, 1, 5);
+  position.longPosition = INT64_MAX;
+  position.shortPosition = 1;
+  position.longFrozenVolume = -1;
+  position.shortYesterdayVolume = INT64_MIN;
+  position.shortCloseYesterdayVolume = 1;
+  EXPECT_THAT(Phone().data("position.list", "[]"),
+              AllOf(HasSubstr(R"("totalPosition":-9223372036854775808,)"),
+                    HasSubstr(R"("longAvailableQuantity":-9223372036854775808,)")));
+  position.code.codeClass = 0;
+  EXPECT_THAT(Phone().data("position.list", "[]"), HasSubstr(R"("shortAvailableQuantity":9223372036854775807,)"));
+}
+
 TEST(PositionList, NamesTheAim) {
   ScriptedHost host;
   Position& position = add(host, 1, 5);

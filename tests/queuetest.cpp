@@ -220,6 +220,37 @@ TEST(Queue, MayBeDestroyedAsSoonAsItsItemHasRun) {
   }
 }
 
+// Replaces what a subclass may replace: it runs one item of each batch and drops the rest.
+class OnePerBatch : public Recorder {
+ public:
+  using Recorder::Recorder;
+  ~OnePerBatch() override { stopThread(false); }
+
+ protected:
+  void run() override {
+    while (waitForItems()) {
+      swapBuffers();
+      handle(readBuffer->front());
+      readBuffer->clear();
+    }
+  }
+  void swapBuffers() override {
+    const std::lock_guard queue(queueMutex);
+    readBuffer->swap(*writeBuffer);
+  }
+};
+
+TEST(Queue, SubclassMayReplaceTheLoopAndTheSwap) {
+  OnePerBatch queue(-1, 1, false);
+  for (const int item : {1, 2, 3}) {
+    queue.enqueue(item);
+  }
+  queue.startThread();
+  EXPECT_THAT(queue.waitForHandled(1), ElementsAre(1));
+  queue.enqueue(4);
+  EXPECT_THAT(queue.waitForHandled(2), ElementsAre(1, 4));
+}
+
 TEST(Queue, ProducersKeepTheirOrder) {
   constexpr int kEach = 2000;
   Recorder queue(-1, 1, false);

@@ -41,7 +41,7 @@ TEST(Selector, EachFailureHasItsReplyAndItsLogText) {
       EXPECT_THAT(Phone().ask("capital.list", body), FieldsAre(42, "unknown.topic", row.reply, "", 8));
       EXPECT_THAT(log.lines(),
                   ElementsAre("[DEBUG] PocketAgent parse tid error,RequestID=42, Topic=capital.list,msg=" + row.log));
-      EXPECT_EQ(log.lastPlace(), "DEBUG accountselector.cpp");
+      EXPECT_EQ(log.lastPlace(), "DEBUG orvane::MobileWorker::parseTid accountselector.cpp");
     }
   }
   EXPECT_THAT(host.calls(), IsEmpty());

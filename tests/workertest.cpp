@@ -92,7 +92,7 @@ TEST(Worker, FailedSendWritesOneErrorLine) {
   Phone().ask("capital.list", "[]");
   EXPECT_THAT(log.lines(), ElementsAre("2023-11-14T22:13:20.000000Z [ERROR] PocketAgent send error,RequestID=42,"
                                        "Topic=capital.list,TerminalType=8,msg=socket gone"));
-  EXPECT_EQ(log.lastPlace(), "ERROR requesttask.cpp");
+  EXPECT_EQ(log.lastPlace(), "ERROR orvane::IRequestTask::send requesttask.cpp");
 }
 
 TEST(Worker, RunsRequestsInOrderOnItsThread) {

@@ -15,8 +15,8 @@ struct Character {
   uint16_t bytes;  // lead byte first
 };
 
-// Every character that the library's own GBK texts use, in ascending order. A text with another one does not compile:
-// add the character here, the tests hold the table against iconv.
+// Every character of the library's own GBK texts, in ascending order. A text with another character does not compile:
+// add it here. The tests compare the table with iconv.
 inline constexpr std::array kCharacters = std::to_array<Character>({
     {U'一', 0xD2BB}, {U'下', 0xCFC2}, {U'不', 0xB2BB}, {U'中', 0xD6D0}, {U'互', 0xBBA5}, {U'交', 0xBDBB},
     {U'仓', 0xB2D6}, {U'件', 0xBCFE}, {U'价', 0xBCDB}, {U'保', 0xB1A3}, {U'全', 0xC8AB}, {U'净', 0xBEBB},
@@ -36,7 +36,7 @@ inline constexpr std::array kCharacters = std::to_array<Character>({
     {U'预', 0xD4A4},
 });
 
-// Has no definition and is no constant expression: a call in a constant stops the compiler and names the reason.
+// Not constexpr and never defined: a call during constant evaluation is a compile error that names the reason.
 uint16_t characterIsMissingFromTheTable();
 
 constexpr uint16_t encode(char32_t unicode) {
@@ -45,16 +45,16 @@ constexpr uint16_t encode(char32_t unicode) {
   return found != kCharacters.end() && found->unicode == unicode ? found->bytes : characterIsMissingFromTheTable();
 }
 
-// A text of the sources, UTF-8, as a template argument.
+// A UTF-8 literal as a template argument.
 template <size_t kSize>
 struct Literal {
-  // Implicit, since a literal operator takes its text so.
+  // Implicit, because a literal operator template requires it.
   // NOLINTNEXTLINE(google-explicit-constructor)
   constexpr Literal(const char (&text)[kSize]) { std::copy_n(text, kSize, utf8); }
   char utf8[kSize]{};
 };
 
-// Chinese characters take three bytes in UTF-8 and two in GBK; ASCII is the same in both.
+// Chinese characters have three bytes in UTF-8 and two in GBK. ASCII is the same in both.
 template <size_t kSize>
 constexpr std::array<char, kSize> fromUtf8(const char (&utf8)[kSize]) {
   const auto bits = [&utf8](size_t at, unsigned mask) { return static_cast<char32_t>(utf8[at]) & mask; };
@@ -80,8 +80,8 @@ inline constexpr auto kBytes = fromUtf8(kText.utf8);
 
 }  // namespace gbk
 
-// A text written readably in the sources and held in GBK: "空指针"_gbk. The bytes are made by the compiler, end in a
-// NUL and live as long as the program.
+// A GBK text, written in the sources as UTF-8: "空指针"_gbk. Converted by the compiler; the bytes end in a NUL and have
+// static lifetime.
 template <gbk::Literal kText>
 constexpr std::string_view operator""_gbk() {
   return gbk::kBytes<kText>.data();

@@ -5,7 +5,8 @@
 
 namespace orvane {
 
-// The names behind the numbers on the wire. Replies carry the numbers, also such as no table holds.
+// The names of the numbers that the host's records and the wire carry. A number without a row is valid: it is passed on
+// unchanged.
 
 // "side" of orders, fills and synchronising orders.
 inline constexpr NumbersByName<9> sideNames({
@@ -41,15 +42,15 @@ inline constexpr NumbersByName<5> hedgeNames({
     {"MarketMaker", 4},
 });
 
-// Which part of a position a closing order takes first.
+// Whether a closing order closes today's or yesterday's volume first.
 inline constexpr NumbersByName<3> closePriorityNames({
     {"NULL_PRIORITY", 0},
     {"TODAY_PRIORITY", 1},
     {"YESTERDAY_PRIORITY", 2},
 });
 
-// The origins that a list of orders may be narrowed to, one bit each, the last being all of them; not the flags of a
-// Source, which orderFlagName names. GBK.
+// The host's filters of order lists by origin: one bit each, 127 for all. Not the flags of a Source, which are in
+// orderFlagNames. GBK.
 inline constexpr NamesByNumber<8> orderOriginNames({
     {1, "非本机"_gbk},
     {2, "手工单"_gbk},
@@ -87,6 +88,57 @@ inline constexpr NumbersByName<13> valueTypeNames({
     {"int_2d", 10},
     {"double_2d", 11},
     {"string_2d", 12},
+});
+
+// The origin flags in Source::sourceFlags. GBK.
+inline constexpr NamesByNumber<32> orderFlagNames({
+    {0, "未知"_gbk},
+    {0x1, "非本机"_gbk},
+    {0x2, "预埋单"_gbk},
+    {0x4, "图中有宝"_gbk},
+    {0x8, "套利宝"_gbk},
+    {0x10, "价差下单"_gbk},
+    {0x20, "止损获利单"_gbk},
+    {0x40, "画线下单"_gbk},
+    {0x80, "一键全撤"_gbk},
+    {0x100, "一键撤单"_gbk},
+    {0x200, "融资融券"_gbk},
+    {0x400, "合约调仓"_gbk},
+    {0x800, "账户调仓"_gbk},
+    {0x1000, "一键全平"_gbk},
+    {0x2000, "一键平仓"_gbk},
+    {0x4000, "盘口下单"_gbk},
+    {0x8000, "一键下单"_gbk},
+    {0x10000, "手工下单"_gbk},
+    {0x20000, "触发下单"_gbk},
+    {0x40000, "批量下单"_gbk},
+    {0x80000, "快速下单"_gbk},
+    {0x100000, "普通下单"_gbk},
+    {0x200000, "orvpy下单"_gbk},
+    {0x400000, "交易助手"_gbk},
+    {0x800000, "交易助手撤单"_gbk},
+    {0x1000000, "头寸监控一键同步"_gbk},
+    {0x2000000, "头寸监控自动同步"_gbk},
+    {0x4000000, "监控器根据合约号撤单"_gbk},
+    {0x8000000, "算法下单"_gbk},
+    {0x10000000, "算法撤单"_gbk},
+    {0x20000000, "程序化下单"_gbk},
+    {0x40000000, "模式下单"_gbk},
+});
+
+// TradingAccountID::aimType. GBK.
+inline constexpr NamesByNumber<6> aimNames({
+    {0, "未知"_gbk},
+    {1, "投机"_gbk},
+    {2, "套利"_gbk},
+    {3, "套保"_gbk},
+    {4, "市商"_gbk},
+    {5, ""},
+});
+
+// PositionMonitorRecord::syncRule. GBK.
+inline constexpr NamesByNumber<4> syncRuleNames({
+    {0, "多空单独"_gbk}, {1, "开平互转"_gbk}, {2, "净头寸"_gbk}, {3, "开平互转"_gbk},  // the same text as 1
 });
 
 }  // namespace orvane

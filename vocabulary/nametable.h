@@ -9,13 +9,13 @@
 
 namespace orvane {
 
-// An ordered map of constants, sorted by key at compile time. Iterates in the order of the keys, as pairs.
+// A constant map, sorted by key at compile time. Iterates over pairs in the order of the keys.
 template <typename Key, typename Value, size_t kSize>
 class NameTable {
  public:
   using value_type = std::pair<Key, Value>;
 
-  // Implicit, so that a table is written as the list of its rows.
+  // Implicit, so that a table can be written as a list of rows.
   // NOLINTNEXTLINE(google-explicit-constructor)
   constexpr NameTable(const value_type (&rows)[kSize]) {
     std::copy_n(rows, kSize, rows_.begin());
@@ -29,6 +29,12 @@ class NameTable {
     return row != end() && row->first == key ? row : end();
   }
 
+  // The value of `key`, or `otherwise` if it has no row.
+  constexpr Value valueOr(const Key& key, const Value& otherwise) const {
+    const auto* row = find(key);
+    return row == end() ? otherwise : row->second;
+  }
+
   constexpr const value_type* begin() const { return rows_.data(); }
   constexpr const value_type* end() const { return rows_.data() + kSize; }
   constexpr size_t size() const { return kSize; }
@@ -37,7 +43,6 @@ class NameTable {
   std::array<value_type, kSize> rows_{};
 };
 
-// From a name to its number, as most tables go, and from a number to its name.
 template <size_t kSize>
 using NumbersByName = NameTable<std::string_view, int32_t, kSize>;
 template <size_t kSize>

@@ -29,7 +29,7 @@ class LogCapture {
     const std::lock_guard lock(appender_->linesMutex);
     return appender_->lines;
   }
-  // Where the last line was told from, and at which level.
+  // The level of the last line and its location: "DEBUG orvane::MobileWorker::parseTid accountselector.cpp".
   std::string lastPlace() const { return appender_->lastPlace; }
 
  private:
@@ -37,7 +37,9 @@ class LogCapture {
     void append(const log4cxx::spi::LoggingEventPtr& event, log4cxx::helpers::Pool& /*pool*/) override {
       const std::lock_guard lock(linesMutex);
       lines.push_back(event->getMessage());
-      lastPlace = event->getLevel()->toString() + " " + event->getLocationInformation().getShortFileName();
+      const log4cxx::spi::LocationInfo& location = event->getLocationInformation();
+      lastPlace = event->getLevel()->toString() + " " + location.getClassName() + "::" + location.getMethodName() +
+                  " " + location.getShortFileName();
     }
     void close() override {}
     bool requiresLayout() const override { return false; }

@@ -352,7 +352,12 @@ std::list<Order> TradeUtils::getAllOrder(ITradeService* /*service*/, const std::
   return ofAccounts(noted("getAllOrder", accounts).orders, selector);
 }
 
-std::string CodeConvert::gbk_to_utf8(const std::string& text) { return test::convert("UTF-8", "GBK", text); }
+std::string CodeConvert::gbk_to_utf8(const std::string& text) {
+  if (test::gHost != nullptr && test::gHost->remembers) {
+    test::gHost->converted.push_back(text);
+  }
+  return test::convert("UTF-8", "GBK", text);
+}
 std::string CodeConvert::utf8_to_gbk(const std::string& text) { return test::convert("GBK", "UTF-8", text); }
 
 Timestamp Timestamp::now(OrvTimeZone zone) { return {1'700'000'000'000'000, zone}; }

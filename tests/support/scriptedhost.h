@@ -86,6 +86,8 @@ class ScriptedHost {
   std::vector<MarginRateQuery> marginQueries;
   bool running = false;
 
+  std::vector<std::string> converted;  // each text given to gbk_to_utf8, while `remembers` is set
+
   // The calls so far, oldest first.
   std::vector<std::string> calls() const;
   void forgetCalls();

@@ -1,4 +1,4 @@
-#include "tasks/frametasks.h"
+#include "pocketagent/frametasks.h"
 
 #include "host/common.h"
 #include "host/uiproxymgr.h"
@@ -7,7 +7,7 @@ namespace orvane {
 
 namespace {
 
-constexpr int32_t kSynchronous = 16;  // the bit of a terminal type that asks for an answer at once
+constexpr int32_t kSynchronous = 16;  // bit of the terminal type
 
 }  // namespace
 
@@ -16,7 +16,7 @@ void ErrorReqTask::execute() { reply(ResultStatus{-1, error}); }
 void CondOrderListTask::execute() {
   MobileMessage message = makeReply();
   message.topic = topicName(kTopicCondOrderList);
-  message.message = "暂不支持条件单";
+  message.message = "暂不支持条件单";  // UTF-8 already
   send(message);
 }
 

@@ -9,7 +9,7 @@
 
 namespace orvane {
 
-// Answers a request whose body did not decode, in the request's turn. The reply's topic is "unknown.topic".
+// The reply to an invalid body. Its topic is always "unknown.topic".
 class ErrorReqTask final : public IRequestTask {
  public:
   // `text` is GBK.
@@ -20,14 +20,14 @@ class ErrorReqTask final : public IRequestTask {
   std::string error;
 };
 
-// "order.condition.list": conditional orders are not supported, and the reply says so.
+// "order.condition.list": replies that conditional orders are not supported.
 class CondOrderListTask final : public IRequestTask {
  public:
   using IRequestTask::IRequestTask;
   void execute() override;
 };
 
-// Hands a request whose topic is not known here to the host's user interface proxy.
+// Passes a request with an unknown topic to the host's user interface proxy.
 class UIRequestTask final : public IRequestTask {
  public:
   UIRequestTask(int64_t id, int32_t terminal, std::string name, std::string body)
@@ -40,10 +40,10 @@ class UIRequestTask final : public IRequestTask {
   int32_t terminalType;
 };
 
-// Sends a message of the host's to the phones.
+// Sends a message from the host to clients.
 class PushNotifyListTask final : public IRequestTask {
  public:
-  // `notice` has its texts in GBK.
+  // `message` and `data` of `notice` are GBK.
   explicit PushNotifyListTask(MobileMessage notice) : message(std::move(notice)) {}
   void execute() override;
 
