@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 namespace orvane::terminal {
 namespace {
@@ -23,34 +24,59 @@ double Instrument::bid() const { return std::max(roundToTick(last - priceTick, p
 
 double Instrument::ask() const { return std::min(roundToTick(last + priceTick, priceTick), upperLimit); }
 
-bool isBuying(Side side) {
-  return side == Side::Buy || side == Side::MarginBuying || side == Side::SecurityReimbursement;
-}
-
-Direction BookOrder::direction() const { return isBuying(side()) == opens() ? Direction::Long : Direction::Short; }
-
-OrderFill fillOf(const Order& order) {
-  OrderFill fill;
-  fill.localOrderId = order.localOrderId;
-  fill.account = order.account;
-  fill.code = order.code;
-  fill.orderSource = order.orderSource;
-  fill.combOffset = order.combOffset;
-  fill.hedge = order.hedge;
-  fill.side = order.side;
-  return fill;
-}
-
 void Book::put(BookOrder order) {
   const int64_t id = order.order.localOrderId;
+  const Key key = order.key();
+  const auto found = orders.find(id);
+  if (found == orders.end()) {
+    accountOrders[key.account].push_back(id);
+  } else if (found->second.status() == OrderStatus::Working) {
+    working.remove(found->second);
+  }
   if (order.status() == OrderStatus::Working) {
-    working.emplace(order.key(), id);
-    holdings.try_emplace(order.key());
-  } else {
-    working.erase({order.key(), id});
+    working.add(order);
+    holdings.try_emplace(key);
   }
   lastOrderId = std::max(lastOrderId, id);
   orders.insert_or_assign(id, std::move(order));
+}
+
+void Book::put(const CreditContract& contract) {
+  contracts.insert_or_assign(contract.id, contract);
+  contractIds.emplace(contract.key, contract.id);
+}
+
+void Book::add(OrderFill fill) {
+  accountFills[fill.account.index].push_back(static_cast<int64_t>(fills.size()));
+  fills.push_back(std::move(fill));
+}
+
+void Book::startDay(int64_t newDay) {
+  day = newDay;
+  orders.clear();
+  accountOrders.clear();
+  fills.clear();
+  accountFills.clear();
+  std::erase_if(holdings,
+                [](const auto& entry) { return entry.second.longs.isBlank() && entry.second.shorts.isBlank(); });
+}
+
+std::vector<int64_t> Book::contractsOf(const Key& key) const {
+  std::vector<int64_t> ids;
+  for (auto it = contractIds.lower_bound({key, INT64_MIN}); it != contractIds.end() && it->first == key; ++it) {
+    ids.push_back(it->second);
+  }
+  return ids;
+}
+
+std::vector<int64_t> Book::contractsOf(int32_t account) const {
+  std::vector<int64_t> ids;
+  for (auto it = contractIds.lower_bound({{account, INT64_MIN}, INT64_MIN});
+       it != contractIds.end() && it->first.account == account; ++it) {
+    ids.push_back(it->second);
+  }
+  std::sort(ids.begin(), ids.end());
+  return ids;
 }
 
 const Instrument* Book::instrument(int64_t hashCode) const { return find(instruments, hashCode); }

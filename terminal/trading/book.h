@@ -5,7 +5,6 @@
 #include <optional>
 #include <set>
 #include <string>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -13,17 +12,13 @@
 #include "host/baseinformation.h"
 #include "host/instrument.h"
 #include "host/order.h"
+#include "terminal/trading/bookorder.h"
+#include "terminal/trading/workingorders.h"
 
 namespace orvane::terminal {
 
 // The primary facts of trading, in memory. Texts are GBK, as in the host's records; the database holds them in UTF-8.
 // Derived figures are computed in ledger.h and never stored.
-
-// Order.status.
-enum class OrderStatus : int32_t { Working = 1, Filled = 2, Cancelled = 3, Refused = 4 };
-
-// Order.priceType.
-enum class PriceType : int32_t { Limit = 1, Market = 2 };
 
 // SymbolCode.codeClass.
 enum class CodeClass : int32_t { Stock = 0, Future = 1, Option = 2, Fund = 3 };
@@ -32,42 +27,6 @@ enum class CodeClass : int32_t { Stock = 0, Future = 1, Option = 2, Fund = 3 };
 enum class MarketType : int32_t { Futures = 1, Stocks = 2, Options = 8, Credit = 16 };
 
 inline bool holdsSecurities(MarketType market) { return market == MarketType::Stocks || market == MarketType::Credit; }
-
-// Order.side.
-enum class Side : int32_t {
-  Buy = 1,
-  Sell = 2,
-  MarginBuying = 3,
-  ShortSelling = 4,
-  SecurityReimbursement = 5,
-  SellingReimbursement = 6,
-  ReturnFund = 7,
-  ReturnSec = 8
-};
-
-// Order.combOffset.
-enum class Offset : int32_t {
-  Unknown = 0,
-  Open = 1,
-  OpenAuto = 2,
-  AutoOpenClose = 3,
-  Close = 4,
-  CloseToday = 5,
-  CloseYesterday = 6,
-  CloseAuto = 7
-};
-
-enum class Direction : int32_t { Long = 1, Short = 2 };
-
-// One account and instrument, in the order in which lists show them.
-struct Key {
-  int32_t account = 0;
-  int64_t hashCode = 0;
-  bool operator==(const Key&) const = default;
-  bool operator<(const Key& other) const {
-    return std::tie(account, hashCode) < std::tie(other.account, other.hashCode);
-  }
-};
 
 struct Instrument {
   SymbolCode symbol;
@@ -127,6 +86,9 @@ struct Holding {
 
   int64_t yesterdayLeft() const { return yesterdayVolume - yesterdayClosed; }
   int64_t volume() const { return yesterdayLeft() + todayVolume; }
+
+  // Nothing was held or closed today, so the database has no row for it.
+  bool isBlank() const { return yesterdayVolume == 0 && todayVolume == 0 && closeProfit == 0; }
 };
 
 struct Holdings {
@@ -136,25 +98,6 @@ struct Holdings {
   Holding& of(Direction direction) { return direction == Direction::Long ? longs : shorts; }
   const Holding& of(Direction direction) const { return direction == Direction::Long ? longs : shorts; }
 };
-
-// An order and the volumes that it closes. Both are 0 if it opens.
-struct BookOrder {
-  Order order;
-  int64_t closeYesterday = 0;
-  int64_t closeToday = 0;
-
-  OrderStatus status() const { return static_cast<OrderStatus>(order.status); }
-  Side side() const { return static_cast<Side>(order.side); }
-  Key key() const { return {order.account.index, order.code.hashCode}; }
-  bool opens() const { return closeYesterday + closeToday == 0; }
-  Direction direction() const;
-};
-
-// A fill with the order's account, instrument, source and side. The caller sets id, time, volume and price.
-OrderFill fillOf(const Order& order);
-
-// True for the sides that buy.
-bool isBuying(Side side);
 
 // A share of the value (byMoney) plus an amount per unit of volume (byVolume).
 struct Rate {
@@ -206,29 +149,42 @@ struct RefusedFunction {
 struct Book {
   int64_t day = 0;  // trading day: days since 1970, local time
   BaseInformationMap exchanges;
-  std::map<int64_t, Instrument> instruments;  // by hash code
-  std::map<int32_t, Account> accounts;        // by index
-  std::map<Key, Holdings> holdings;           // also has an entry for each working order
-  std::map<int64_t, BookOrder> orders;        // today's, by local order id
-  std::set<std::pair<Key, int64_t>> working;  // local order ids, by account and instrument
-  std::vector<OrderFill> fills;               // today's, oldest first
-  int64_t lastOrderId = 0;                    // highest number given out so far, on any day
+  std::map<int64_t, Instrument> instruments;              // by hash code
+  std::map<int32_t, Account> accounts;                    // by index
+  std::map<Key, Holdings> holdings;                       // also has an entry for each working order
+  std::map<int64_t, BookOrder> orders;                    // today's, by local order id
+  std::map<int32_t, std::vector<int64_t>> accountOrders;  // today's ids in ascending order
+  WorkingOrders working;                                  // those of `orders` that are working
+  std::vector<OrderFill> fills;                           // today's, oldest first
+  std::map<int32_t, std::vector<int64_t>> accountFills;   // places in `fills`, by account
+  int64_t lastOrderId = 0;                                // highest number given out so far, on any day
   int64_t lastFillId = 0;
   std::map<Key, MarginRate> marginRates;
   std::map<std::pair<int32_t, std::string>, CommissionRate> commissionRates;  // by account and code type
   std::map<int64_t, CreditContract> contracts;                                // by id
+  std::set<std::pair<Key, int64_t>> contractIds;
   std::vector<StrategyTarget> targets;
   std::map<Key, Volumes> manual;
   std::map<Key, int32_t> syncRules;
   std::vector<RefusedFunction> refusedFunctions;
 
-  // Adds or replaces an order and updates `working` and `holdings`.
+  // Adds or replaces an order and updates the indexes and `holdings`.
   void put(BookOrder order);
+
+  void put(const CreditContract& contract);
+  void add(OrderFill fill);
+
+  // Drops the orders, fills and closed holdings of the old day. REQUIRES: no order is working.
+  void startDay(int64_t newDay);
 
   // Null if there is none.
   const Instrument* instrument(int64_t hashCode) const;
   const Account* account(int32_t index) const;
   const MarginRate* marginRate(const Key& key) const;
+
+  // The contracts of one account and instrument, or of one account, oldest first.
+  std::vector<int64_t> contractsOf(const Key& key) const;
+  std::vector<int64_t> contractsOf(int32_t account) const;
 };
 
 // The instrument's code and its exchange's short name: "rb2701.SHFE".

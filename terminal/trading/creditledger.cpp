@@ -19,8 +19,8 @@ void addContract(CreditInfoRecord& it, const CreditContract& contract, double la
 }
 
 void addContracts(const Book& book, const Account& account, CreditInfoRecord& it) {
-  for (const auto& [id, contract] : book.contracts) {
-    if (contract.key.account != account.id.index) continue;
+  for (const int64_t id : book.contractsOf(account.id.index)) {
+    const CreditContract& contract = book.contracts.at(id);
     addContract(it, contract, book.instruments.at(contract.key.hashCode).last);
   }
 }

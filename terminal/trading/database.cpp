@@ -9,6 +9,7 @@
 #include <sqlite3.h>
 
 #include "host/common.h"
+#include "terminal/trading/ledger.h"
 #include "terminal/trading/sampledata.h"
 
 namespace orvane::terminal {
@@ -219,7 +220,7 @@ void loadHoldings(const SQLite::Database& db, Book& book) {
                it.volume = row.int64();
                it.amount = row.real();
                it.interest = row.real();
-               book.contracts.emplace(it.id, it);
+               book.put(it);
              });
 }
 
@@ -246,6 +247,7 @@ BookOrder readOrder(Row& row, const Book& book) {
   order.fillVolume = row.int64();
   order.fillAmount = row.real();
   order.fillAvgPrice = row.real();
+  it.funds = orderFunds(book, it);
   return it;
 }
 
@@ -253,7 +255,7 @@ void loadOrders(const SQLite::Database& db, Book& book) {
   forEachRow(db,
              "SELECT id, account, hash_code, source_flags, source_text, exchange_id, created, side, comb_offset, hedge,"
              " price_type, price, volume, close_yesterday, close_today, status, note, fill_volume, fill_amount,"
-             " fill_avg_price FROM orders WHERE day = (SELECT day FROM trading_day)",
+             " fill_avg_price FROM orders WHERE day = (SELECT day FROM trading_day) ORDER BY id",
              [&](Row& row) { book.put(readOrder(row, book)); });
   forEachRow(db,
              "SELECT order_id, fill_id, time, f.volume, f.price FROM fill f JOIN orders o ON o.id = order_id"
@@ -264,7 +266,7 @@ void loadOrders(const SQLite::Database& db, Book& book) {
                it.exchTimestamp = row.int64();
                it.volume = row.int64();
                it.price = row.real();
-               book.fills.push_back(std::move(it));
+               book.add(std::move(it));
              });
   forEachRow(db,
              "SELECT day, (SELECT coalesce(max(id), 1000) FROM orders), (SELECT coalesce(max(id), 0) FROM fill)"
@@ -293,7 +295,7 @@ void loadMonitor(const SQLite::Database& db, Book& book) {
 }
 
 void saveHolding(const SQLite::Database& db, const Key& key, Direction direction, const Holding& it) {
-  if (it.yesterdayVolume == 0 && it.todayVolume == 0 && it.closeProfit == 0) {
+  if (it.isBlank()) {
     return write(db, "DELETE FROM holding WHERE account = ? AND hash_code = ? AND direction = ?", key.account,
                  key.hashCode, static_cast<int32_t>(direction));
   }

@@ -2,11 +2,13 @@
 
 #include <chrono>
 #include <cmath>
+#include <set>
 
 #include <fmt/format.h>
 
 #include "host/common.h"
 #include "terminal/trading/fills.h"
+#include "terminal/trading/ledger.h"
 #include "terminal/trading/ordercheck.h"
 
 namespace orvane::terminal {
@@ -57,6 +59,7 @@ std::string enter(Book& book, Change& change, const MobileNewOrderItem& item) {
   order.status = static_cast<int32_t>(fault.empty() ? OrderStatus::Working : OrderStatus::Refused);
   order.note = CodeConvert::utf8_to_gbk(fault);
   if (fault.empty()) {
+    entered.funds = orderFunds(book, entered);
     order.orderId = fmt::format("{}{:08}", book.exchanges.exchangeNames.at(order.code.exchangeId), id);
   }
   const bool fills = fault.empty() && crosses(order, *instrument);
@@ -86,17 +89,15 @@ std::string cancel(Book& book, Change& change, const CancelOrderRequest& request
   return {};
 }
 
-// Fills each working order that the prices have reached, at the order's own price.
-void match(Book& book, Change& change) {
-  std::vector<BookOrder> reached;
-  for (const auto& [key, id] : book.working) {
-    const BookOrder& order = book.orders.at(id);
-    if (crosses(order.order, book.instruments.at(key.hashCode))) reached.push_back(order);
+// Fills each working order that a price has reached, at the order's own price, by account, instrument and id.
+void match(Book& book, Change& change, const std::vector<Price>& prices) {
+  std::set<std::pair<Key, int64_t>> reached;
+  for (const auto& [hashCode, price] : prices) {
+    const Instrument& instrument = book.instruments.at(hashCode);
+    const double slack = instrument.priceTick / 2;
+    reached.merge(book.working.reached(hashCode, instrument.ask() - slack, instrument.bid() + slack));
   }
-  for (const BookOrder& it : reached) {
-    fillOrder(book, change, it.order.localOrderId, it.order.price, nowMillis());
-    change.quotes.insert(it.order.code.hashCode);
-  }
+  for (const auto& [key, id] : reached) fillOrder(book, change, id, book.orders.at(id).order.price, nowMillis());
 }
 
 // Runs one action on the desk. Fails with the text that the action returns, or if the change could not be stored.
@@ -128,7 +129,7 @@ void Engine::movePrices(const std::vector<Price>& prices, bool store) {
       book.instruments.at(hashCode).last = price;
       if (store) change.quotes.insert(hashCode);
     }
-    match(book, change);
+    match(book, change, prices);
   });
 }
 

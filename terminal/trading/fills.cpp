@@ -28,14 +28,15 @@ void close(Holding& held, const BookOrder& order, const Instrument& instrument, 
 
 void borrow(Book& book, Change& change, const BookOrder& order, double amount) {
   const int64_t id = book.contracts.empty() ? 1 : book.contracts.rbegin()->first + 1;
-  book.contracts.emplace(id, CreditContract{id, order.key(), order.direction(), order.order.volume, amount, 0});
+  book.put(CreditContract{id, order.key(), order.direction(), order.order.volume, amount, 0});
   change.contracts.insert(id);
 }
 
 // Returns borrowed securities, oldest contract first, and pays their share of the contract's interest.
 void giveBack(Book& book, Change& change, const Key& key, int64_t volume) {
-  for (auto& [id, contract] : book.contracts) {
-    if (contract.key != key || contract.direction != Direction::Short || contract.volume == 0) continue;
+  for (const int64_t id : book.contractsOf(key)) {
+    CreditContract& contract = book.contracts.at(id);
+    if (contract.direction != Direction::Short || contract.volume == 0) continue;
     const int64_t part = std::min(volume, contract.volume);
     const double left = 1 - static_cast<double>(part) / static_cast<double>(contract.volume);
     contract.amount *= left;
@@ -57,9 +58,10 @@ void pay(double& owed, double& amount) {
 // each the interest first. Shares of a contract that is paid off are no longer tied to it.
 void payBack(Book& book, Change& change, const Key& key, int64_t volume, double amount) {
   for (const bool sameInstrument : {true, false}) {
-    for (auto& [id, contract] : book.contracts) {
-      if (contract.key.account != key.account || contract.direction != Direction::Long ||
-          contract.amount + contract.interest <= 0 || (contract.key == key) != sameInstrument) {
+    for (const int64_t id : book.contractsOf(key.account)) {
+      CreditContract& contract = book.contracts.at(id);
+      if (contract.direction != Direction::Long || contract.amount + contract.interest <= 0 ||
+          (contract.key == key) != sameInstrument) {
         continue;
       }
       pay(contract.interest, amount);
@@ -92,7 +94,7 @@ void addFill(Book& book, Change& change, const Order& order, double price, doubl
   fill.exchTimestamp = now;
   fill.volume = order.volume;
   fill.price = price;
-  book.fills.push_back(fill);
+  book.add(fill);
   change.fills.push_back({std::move(fill), fee});
 }
 
@@ -122,6 +124,7 @@ void fillOrder(Book& book, Change& change, int64_t orderId, double price, int64_
   change.accounts.insert(key.account);
   change.holdings.insert(key);
   change.orders.insert(orderId);
+  change.quotes.insert(key.hashCode);  // equity after a restart is at the prices of the fills
 }
 
 }  // namespace orvane::terminal

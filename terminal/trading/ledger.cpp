@@ -17,15 +17,16 @@ double holdingMargin(const Book& book, const Key& key, Direction direction, cons
   }
   if (direction == Direction::Short) return side.marketValue * account.credit->shortMarginRate;
   double borrowed = 0;
-  for (const auto& [id, contract] : book.contracts) {
-    if (contract.key == key && contract.direction == Direction::Long) borrowed += contract.amount;
+  for (const int64_t id : book.contractsOf(key)) {
+    const CreditContract& contract = book.contracts.at(id);
+    if (contract.direction == Direction::Long) borrowed += contract.amount;
   }
   return borrowed * account.credit->longMarginRate;
 }
 
 void addDebts(const Book& book, const Account& account, AccountFigures& figures) {
-  for (const auto& [id, contract] : book.contracts) {
-    if (contract.key.account != account.id.index) continue;
+  for (const int64_t id : book.contractsOf(account.id.index)) {
+    const CreditContract& contract = book.contracts.at(id);
     figures.debt += contract.interest;
     if (contract.direction == Direction::Long) figures.debt += contract.amount;
   }
@@ -76,8 +77,8 @@ Position position(const Book& book, const Account& account, const Key& key, cons
   Position it;
   it.account = account.id;
   it.code = instrument.symbol;
-  fillLongs(it, held.longs, longs, workingVolumes(book, key, Direction::Long));
-  fillShorts(it, held.shorts, shorts, workingVolumes(book, key, Direction::Short));
+  fillLongs(it, held.longs, longs, book.working.volumes(key, Direction::Long));
+  fillShorts(it, held.shorts, shorts, book.working.volumes(key, Direction::Short));
   it.currentPrice = instrument.last;
   it.preSettlementPrice = instrument.preSettlement;
   it.preClosePrice = instrument.preClose;
@@ -98,12 +99,11 @@ Position position(const Book& book, const Account& account, const Key& key, cons
 // Volume bought with borrowed money, less what working orders already sell to repay it.
 int64_t financedVolume(const Book& book, const Key& key) {
   int64_t sum = 0;
-  for (const auto& [id, contract] : book.contracts) {
-    if (contract.key == key && contract.direction == Direction::Long) sum += contract.volume;
+  for (const int64_t id : book.contractsOf(key)) {
+    const CreditContract& contract = book.contracts.at(id);
+    if (contract.direction == Direction::Long) sum += contract.volume;
   }
-  forEachWorking(book, key, [&](const BookOrder& it) {
-    if (it.side() == Side::SellingReimbursement) sum -= it.order.volume;
-  });
+  sum -= book.working.volumes(key, Direction::Long).repaying;
   return std::max<int64_t>(sum, 0);
 }
 
@@ -187,22 +187,11 @@ OrderFunds orderFunds(const Book& book, const BookOrder& order) {
   return {value * rate.byMoney + volume * rate.byVolume + fee, 0};
 }
 
-WorkingVolumes workingVolumes(const Book& book, const Key& key, Direction direction) {
-  WorkingVolumes sum;
-  forEachWorking(book, key, [&](const BookOrder& it) {
-    if (it.direction() != direction) return;
-    if (it.opens()) sum.opening += it.order.volume;
-    sum.closeYesterday += it.closeYesterday;
-    sum.closeToday += it.closeToday;
-  });
-  return sum;
-}
-
 Closable closable(const Book& book, const Key& key, Direction direction) {
   const auto found = book.holdings.find(key);
   if (found == book.holdings.end()) return {};
   const Holding& held = found->second.of(direction);
-  const WorkingVolumes working = workingVolumes(book, key, direction);
+  const WorkingVolumes working = book.working.volumes(key, direction);
   const auto kind = static_cast<CodeClass>(book.instruments.at(key.hashCode).symbol.codeClass);
   Closable it;
   it.yesterday = held.yesterdayLeft() - working.closeYesterday;
@@ -221,14 +210,10 @@ AccountFigures accountFigures(const Book& book, const Account& account) {
     it.shorts += shorts;
     if (account.credit) it.shortProceeds += shorts.marketValue + shorts.floatProfit;
   });
-  for (auto entry = book.working.lower_bound({{account.id.index, INT64_MIN}, INT64_MIN});
-       entry != book.working.end() && entry->first.account == account.id.index; ++entry) {
-    const BookOrder& order = book.orders.at(entry->second);
-    const OrderFunds funds = orderFunds(book, order);
-    it.frozen += funds.cash;
-    if (order.side() == Side::SecurityReimbursement) it.buyBack += funds.cash;
-    it.frozenMargin += funds.margin;
-  }
+  const WorkingFunds working = book.working.funds(account.id.index);
+  it.frozen = working.cash;
+  it.buyBack = working.buyBack;
+  it.frozenMargin = working.margin;
   it.equity = account.preBalance + account.deposit - account.withdraw + it.todayProfit() - account.commission;
   it.margin = it.longs.margin + it.shorts.margin;
   if (account.credit) addDebts(book, account, it);

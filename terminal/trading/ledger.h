@@ -33,29 +33,13 @@ struct SideFigures {
 
 SideFigures sideFigures(const Book& book, const Key& key, const Holdings& holdings, Direction direction);
 
-// The funds that a working order holds back: cash, and on a credit account collateral margin.
-struct OrderFunds {
-  double cash = 0;
-  double margin = 0;
-};
-
+// The funds that the order holds back while it is working.
 OrderFunds orderFunds(const Book& book, const BookOrder& order);
 
 // Commission and sale tax of a fill.
 double commission(const Book& book, const Key& key, Side side, int64_t volume, double price);
 
 MarginRate marginRate(const Book& book, const Key& key);
-
-// Volume of the working orders of one account and instrument.
-struct WorkingVolumes {
-  int64_t opening = 0;
-  int64_t closeYesterday = 0;
-  int64_t closeToday = 0;
-
-  int64_t closing() const { return closeYesterday + closeToday; }
-};
-
-WorkingVolumes workingVolumes(const Book& book, const Key& key, Direction direction);
 
 // The part of a holding that may still be closed: not in a working closing order, and not a stock bought today.
 struct Closable {
@@ -91,14 +75,6 @@ TradingAccount capital(const Book& book, const Account& account);
 
 // Appends one position for each instrument that is held, was traded today or has a working order.
 void appendPositions(const Book& book, const Account& account, std::list<Position>& positions);
-
-// Visits the working orders of one account and instrument.
-template <typename Visit>
-void forEachWorking(const Book& book, const Key& key, const Visit& visit) {
-  for (auto it = book.working.lower_bound({key, INT64_MIN}); it != book.working.end() && it->first == key; ++it) {
-    visit(book.orders.at(it->second));
-  }
-}
 
 // Visits the holdings of one account.
 template <typename Visit>

@@ -124,10 +124,11 @@ class SyncOrders {
  private:
   int64_t expected(const Book& book, const Key& key, Direction direction) const {
     int64_t volume = direction == Direction::Long ? record_.accountPos.longPos : record_.accountPos.shortPos;
-    forEachWorking(book, key, [&](const BookOrder& order) {
-      if (order.direction() != direction || (order.order.orderSource.sourceFlags & kSyncFlag) == 0) return;
+    for (const int64_t id : book.working.ids(key)) {
+      const BookOrder& order = book.orders.at(id);
+      if (order.direction() != direction || (order.order.orderSource.sourceFlags & kSyncFlag) == 0) continue;
       volume += order.opens() ? order.order.volume : -order.order.volume;
-    });
+    }
     return volume;
   }
 

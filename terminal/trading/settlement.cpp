@@ -9,8 +9,7 @@ namespace orvane::terminal {
 namespace {
 
 void cancelWorking(Book& book, Change& change) {
-  while (!book.working.empty()) {
-    const int64_t id = book.working.begin()->second;
+  for (const int64_t id : book.working.ids()) {
     BookOrder order = book.orders.at(id);
     order.order.status = static_cast<int32_t>(OrderStatus::Cancelled);
     order.order.note = CodeConvert::utf8_to_gbk("收盘自动撤单");
@@ -21,8 +20,9 @@ void cancelWorking(Book& book, Change& change) {
 
 double bearInterest(Book& book, Change& change, const Account& account, double days) {
   double sum = 0;
-  for (auto& [id, contract] : book.contracts) {
-    if (contract.key.account != account.id.index || contract.amount <= 0) continue;
+  for (const int64_t id : book.contractsOf(account.id.index)) {
+    CreditContract& contract = book.contracts.at(id);
+    if (contract.amount <= 0) continue;
     const double interest = contract.amount * account.credit->interestRate * days / 360;
     contract.interest += interest;
     sum += interest;

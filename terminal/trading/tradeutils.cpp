@@ -1,6 +1,8 @@
 #include "host/tradeutils.h"
 
 #include <algorithm>
+#include <map>
+#include <set>
 
 #include "terminal/trading/ledger.h"
 #include "terminal/trading/services.h"
@@ -25,9 +27,14 @@ auto read(ITradeService* service, const Look& look) {
 template <typename Selector>
 std::vector<const Account*> selected(const Book& book, const Selector& selector) {
   std::vector<const Account*> accounts;
-  for (const auto& [index, account] : book.accounts) {
-    auto names = [wanted = index](const auto& entry) { return indexOf(entry) == wanted; };
-    if (selector.empty() || std::any_of(selector.begin(), selector.end(), names)) accounts.push_back(&account);
+  if (selector.empty()) {
+    for (const auto& [index, account] : book.accounts) accounts.push_back(&account);
+    return accounts;
+  }
+  std::set<int32_t> indexes;
+  for (const auto& entry : selector) indexes.insert(indexOf(entry));
+  for (const int32_t index : indexes) {
+    if (const Account* account = book.account(index)) accounts.push_back(account);
   }
   return accounts;
 }
@@ -44,15 +51,17 @@ void forEachSelected(ITradeService* service, const Selector& selector, int32_t q
   });
 }
 
-// Appends the records of `rows` that belong to selected accounts, keeping their order.
-template <typename Selector, typename Rows, typename Get, typename Out>
-void appendRows(const Book& book, const Selector& selector, const Rows& rows, const Get& get, Out& out) {
-  const std::vector<const Account*> accounts = selected(book, selector);
-  for (const auto& row : rows) {
-    const auto& record = get(row);
-    auto holds = [&](const Account* account) { return account->id.index == record.account.index; };
-    if (std::any_of(accounts.begin(), accounts.end(), holds)) out.push_back(record);
+// The entries of the selected accounts, in ascending order.
+template <typename Selector>
+std::vector<int64_t> merged(const Book& book, const Selector& selector,
+                            const std::map<int32_t, std::vector<int64_t>>& byAccount) {
+  std::vector<int64_t> entries;
+  for (const Account* account : selected(book, selector)) {
+    const auto own = byAccount.find(account->id.index);
+    if (own != byAccount.end()) entries.insert(entries.end(), own->second.begin(), own->second.end());
   }
+  std::sort(entries.begin(), entries.end());
+  return entries;
 }
 
 }  // namespace
@@ -97,16 +106,16 @@ void TradeUtils::getAllFill(ITradeService* service, const std::list<int32_t>& se
       service, selector, queryFlags, [](const Book&, const Account&) {},
       [&](const TradingAccountID& id) { availableIndexes.push_back(id.index); });
   read(service, [&](const Book& book) {
-    appendRows(
-        book, selector, book.fills, [](const OrderFill& fill) -> const OrderFill& { return fill; }, fills);
+    for (const int64_t place : merged(book, selector, book.accountFills)) {
+      fills.push_back(book.fills[static_cast<size_t>(place)]);
+    }
   });
 }
 
 std::list<Order> TradeUtils::getAllOrder(ITradeService* service, const std::vector<TradingAccountID>& accounts) {
   return read(service, [&](const Book& book) {
     std::list<Order> orders;
-    appendRows(
-        book, accounts, book.orders, [](const auto& entry) -> const Order& { return entry.second.order; }, orders);
+    for (const int64_t id : merged(book, accounts, book.accountOrders)) orders.push_back(book.orders.at(id).order);
     return orders;
   });
 }

@@ -96,9 +96,8 @@ class DeskTest : public ::testing::Test {
 
   static ITradeService* trade() { return IServiceRouter::instance()->getTradeService(); }
 
-  // Returns why the order was refused, UTF-8; empty if it was accepted.
-  static std::string order(int32_t account, int64_t hashCode, Side side, Offset offset, double price, int64_t volume,
-                           PriceType type = PriceType::Limit) {
+  static MobileNewOrderItem item(int32_t account, int64_t hashCode, Side side, Offset offset, double price,
+                                 int64_t volume, PriceType type = PriceType::Limit) {
     MobileNewOrderItem item;
     item.account.index = account;
     item.code.hashCode = hashCode;
@@ -107,7 +106,13 @@ class DeskTest : public ::testing::Test {
     item.priceType = static_cast<int32_t>(type);
     item.price = price;
     item.volume = volume;
-    return utf8(trade()->insertOrder(item).message);
+    return item;
+  }
+
+  // Returns why the order was refused, UTF-8; empty if it was accepted.
+  template <typename... Terms>
+  static std::string order(const Terms&... terms) {
+    return utf8(trade()->insertOrder(item(terms...)).message);
   }
 
   static std::string cancel(int32_t account, int64_t hashCode, int64_t id) {

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include "terminal/trading/engine.h"
 #include "tests/trading/desktest.h"
 
 namespace orvane::terminal::testing {
@@ -213,6 +214,19 @@ TEST_F(EngineTest, AcknowledgedOrdersSurviveAKill) {
   EXPECT_EQ(orders().size(), before + 20);
   EXPECT_EQ(fills().size(), 18U);
   EXPECT_EQ(positions().at({1, kRebar}).longTodayVolume, 14);
+}
+
+TEST_F(EngineTest, APriceThatFillsAnOrderOnEntryIsStoredWithIt) {
+  host_.reset();
+  {
+    Desk desk(dir_);
+    Engine engine(desk);
+    engine.movePrices({{kRebar, 3400}, {kMaotai, 1500}}, false);
+    EXPECT_EQ(engine.insertOrder(item(1, kRebar, Side::Buy, Offset::Open, 3410, 1)).code, 0);
+  }
+  open();
+  EXPECT_EQ(positions().at({1, kRebar}).currentPrice, 3400);
+  EXPECT_EQ(positions().at({2, kMaotai}).currentPrice, 1475.20) << "stored by the next regular save";
 }
 
 TEST_F(EngineTest, ANewDayTurnsTodayIntoYesterday) {
