@@ -16,7 +16,7 @@ void checkFrame(const std::string& frame) { PROVE(terminal::checkJson(frame).ok 
 void onFrame(const terminal::Frame& frame) {
   const std::string body(frame.body);
   PROVE(terminal::checkJson(frame.id).ok && (body.empty() || terminal::checkJson(body).ok));
-  const std::string fault = terminal::findBodyFault(frame.topic, body);
+  const std::string fault = terminal::findBodyFault(terminal::findTopic(frame.topic), body);
   PROVE(fault.empty() != isFatal(frame.topic, body) || fault.find("more than 1000 elements") != std::string::npos);
   checkFrame(terminal::writeFailure(frame.id, frame.topic, fault));
   if (!fault.empty()) return;

@@ -12,7 +12,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   const std::string topic = input.substr(1, lineEnd - 1);
   const std::string body = input.substr(lineEnd + 1);
   const bool isWhole = body.empty() || terminal::checkJson(body).ok;
-  if (isWhole ? terminal::findBodyFault(topic, body).empty() : !fuzz::isFatal(topic, body)) {
+  if (isWhole ? terminal::findBodyFault(terminal::findTopic(topic), body).empty() : !fuzz::isFatal(topic, body)) {
     fuzz::FuzzHost(input[0]).ask(topic, body, (input[0] & 0x20) == 0 ? 8 : 24);
   }
   return 0;

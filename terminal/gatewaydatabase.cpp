@@ -17,10 +17,10 @@ namespace orvane::terminal {
 namespace {
 
 constexpr int kVersion = 1;
-constexpr int kBusyMilliseconds = 1000;  // that another process may keep this one waiting
+constexpr int kBusyMilliseconds = 1000;  // how long to wait for another process's lock
 
-// Times are seconds since 1970. A token's id is never used again. An action is a request that changes something: `line`
-// is the beginning of its audit line while it runs, `due` a whole one that is not in the audit yet.
+// Times are seconds since 1970. A token's id is never reused. An action is a request that changes something: `line` is
+// the head of its audit line while it runs, `due` a whole line that is not in the audit yet.
 constexpr const char* kSchema = R"sql(
 CREATE TABLE token (
   id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL UNIQUE, hash BLOB NOT NULL, rights INTEGER NOT NULL,

@@ -6,13 +6,13 @@
 
 namespace orvane::terminal {
 
-// Throws std::runtime_error with a clear message where no file can be made in the data folder.
+// Throws std::runtime_error with a clear message if no file can be created in the data folder.
 void requireWritable(const std::filesystem::path& dir);
 
 enum class IfMissing { Make, Fail };
 
-// Opens `gateway.db` in the data folder: the tokens, and the requests that change something. Its owner alone can read
-// it. The running terminal and the commands share it, each with a connection of its own, used by one thread at a time.
+// Opens `gateway.db` in the data folder: the tokens, and the requests that change something. Only its owner can read
+// it. The running terminal and the commands share it, each through its own connection, which is not thread-safe.
 // Throws std::runtime_error with a clear message.
 SQLite::Database openGatewayDatabase(const std::filesystem::path& dataDir, IfMissing ifMissing = IfMissing::Make);
 

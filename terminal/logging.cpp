@@ -52,6 +52,11 @@ void setUpLogging(const std::filesystem::path& file, const std::string& level) {
   root->setLevel(log4cxx::Level::toLevel(level, log4cxx::Level::getInfo()));
 }
 
+const log4cxx::LoggerPtr& gatewayLogger() {
+  static const log4cxx::LoggerPtr instance = log4cxx::Logger::getLogger("Gateway");
+  return instance;
+}
+
 std::string logLine(const std::string& text) {
   const std::string readable = isUtf8(text) ? text : repairUtf8(CodeConvert::gbk_to_utf8(text));
   std::string line;

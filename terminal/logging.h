@@ -13,6 +13,9 @@ namespace orvane::terminal {
 // as "info". Throws std::runtime_error when the file cannot be opened. Call once, before any thread starts.
 void setUpLogging(const std::filesystem::path& file, const std::string& level);
 
+// The logger of everything towards clients.
+const log4cxx::LoggerPtr& gatewayLogger();
+
 // The form of all lines: one line of readable UTF-8 for each event, ended by a line feed. Bytes that are no UTF-8 are
 // taken for GBK; control characters, which a phone could use to forge lines, are written as \xNN.
 std::string logLine(const std::string& text);

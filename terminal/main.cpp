@@ -11,10 +11,9 @@
 #include "pocketagent/ipocketagent.h"
 #include "terminal/certificate.h"
 #include "terminal/client/call.h"
+#include "terminal/gateway.h"
 #include "terminal/gatewaydatabase.h"
 #include "terminal/logging.h"
-#include "terminal/phones/gateway.h"
-#include "terminal/phones/mobileserver.h"
 #include "terminal/settings.h"
 #include "terminal/tokencommand.h"
 #include "terminal/trading/tradinghost.h"
@@ -43,7 +42,7 @@ class StopSignals {
 // The agent, and then the host's own messages, running as long as this lives. They stop in the reverse order.
 class Running {
  public:
-  Running(TradingHost& host, MobileServer& server, const std::string& url) : host_(host) {
+  Running(TradingHost& host, IMobileSrv& server, const std::string& url) : host_(host) {
     MobileSrvInfo info;
     info.url = url;
     info.userid = "paper";
@@ -99,7 +98,7 @@ std::vector<HealthCheck> checkHost(const TradingHost& host) {
 void tellFingerprint(const std::string& sha256) {
   const std::string text = fmt::format("Certificate's SHA-256: {}", sha256);
   fmt::print("{}\n", text);
-  TERMINAL_LOG(log4cxx::Logger::getLogger("Gateway"), Info, "{}", text);
+  TERMINAL_LOG(gatewayLogger(), Info, "{}", text);
 }
 
 int serve(const Settings& settings) try {
@@ -108,15 +107,19 @@ int serve(const Settings& settings) try {
   setUpLogging(settings.logFile, settings.logLevel);
   TradingHost host(settings.trading);
   if (settings.keepsOwnCertificate) keepOwnCertificate(*settings.tls, settings.address);
+  NetLimits limits;
+  limits.head = settings.loginTime;
+  limits.idle = settings.idleTime;
   Gateway gateway({.address = settings.address,
                    .port = settings.port,
                    .tls = settings.tls,
                    .allowedOrigins = settings.allowedOrigins,
-                   .dataDir = settings.dataDir,
-                   .limits = settings.limits,
-                   .probe = [&host] { return checkHost(host); }});
-  MobileServer server(gateway);
-  const Running running(host, server, gateway.url());
+                   .limits = limits},
+                  {.dataDir = settings.dataDir,
+                   .loginTime = settings.loginTime,
+                   .probe = [&host] { return checkHost(host); },
+                   .figures = {}});
+  const Running running(host, gateway.mobileService(), gateway.url());
   printLink(settings, gateway.url());
   if (settings.tls) tellFingerprint(fingerprint(settings.tls->certificate));
   std::fflush(stdout);

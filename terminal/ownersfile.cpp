@@ -26,7 +26,8 @@ int makeFile(const std::filesystem::path& file, int flags) {
 int openOwnersFile(const std::filesystem::path& file, int flags) {
   int opened = open(file.c_str(), flags);
   if (opened < 0 && errno == ENOENT) opened = makeFile(file, flags);
-  return opened < 0 && errno == EEXIST ? open(file.c_str(), flags) : opened;  // another process was faster
+  return opened < 0 && errno == EEXIST ? open(file.c_str(), flags)
+                                       : opened;  // another process has created it meanwhile
 }
 
 }  // namespace orvane::terminal

@@ -4,7 +4,7 @@
 
 namespace orvane::terminal {
 
-// What the name of a token and the key of a request are made of: 1 to 64 characters from A-Z a-z 0-9 . _ -
+// The form of a token's name and of a request's key.
 inline constexpr std::string_view kPlainNameRule = "1 to 64 characters from A-Z a-z 0-9 . _ -";
 
 inline bool isPlainName(std::string_view text) {

@@ -20,26 +20,11 @@ constexpr std::array<NameRow, 3> kNames{{
     {Right::Trade, "trade"},
 }};
 
-struct TopicRow {
-  std::string_view topic;
-  Right right;
-};
+}  // namespace
 
-// Every other topic needs Right::See.
-constexpr std::array<TopicRow, 6> kTopics{{
-    {"order.cancel", Right::Cancel},
-    {"order.new", Right::Trade},
-    {"monitor.sync.order.new", Right::Trade},
-    {"monitor.manual.update", Right::Trade},
-    {"monitor.manual.clean", Right::Trade},
-    {"quote.set", Right::Trade},
-}};
-
-std::string_view nameOf(Right right) {
+std::string_view rightName(Right right) {
   return std::find_if(kNames.begin(), kNames.end(), [&](const NameRow& row) { return row.right == right; })->name;
 }
-
-}  // namespace
 
 Rights Rights::read(std::string_view list) {
   int bits = 0;
@@ -49,7 +34,7 @@ Rights Rights::read(std::string_view list) {
     const auto* row =
         std::find_if(kNames.begin(), kNames.end(), [&](const NameRow& each) { return each.name == name; });
     if (row == kNames.end()) {
-      throw std::invalid_argument(fmt::format("\"{}\" is no right: name one or more of see,cancel,trade", name));
+      throw std::invalid_argument(fmt::format("\"{}\" is not a right: name one or more of see,cancel,trade", name));
     }
     bits |= static_cast<int>(row->right);
     begin = end + 1;
@@ -63,19 +48,6 @@ std::vector<std::string_view> Rights::names() const {
     if (has(row.right)) names.push_back(row.name);
   }
   return names;
-}
-
-Right rightFor(const std::string& topic) {
-  const std::string_view name = topic.c_str();
-  const auto* row =
-      std::find_if(kTopics.begin(), kTopics.end(), [&](const TopicRow& each) { return each.topic == name; });
-  return row == kTopics.end() ? Right::See : row->right;
-}
-
-std::string findRightsFault(Rights rights, const std::string& topic) {
-  const Right right = rightFor(topic);
-  if (rights.has(right)) return {};
-  return fmt::format("this token may not {}: its rights are {}", nameOf(right), fmt::join(rights.names(), ", "));
 }
 
 }  // namespace orvane::terminal

@@ -15,7 +15,7 @@ class Rights {
   Rights() = default;
   explicit Rights(int bits) : bits_(static_cast<uint8_t>(bits & kAll)) {}
 
-  // Reads a list such as "see,cancel". Throws std::invalid_argument with a text that tells the mistake.
+  // Reads a list such as "see,cancel". Throws std::invalid_argument with a text that names the mistake.
   static Rights read(std::string_view list);
   static Rights all() { return Rights(kAll); }
 
@@ -31,13 +31,6 @@ class Rights {
   uint8_t bits_ = 0;
 };
 
-// What a request of this topic needs. A topic ends at its first NUL, as it does for the library.
-Right rightFor(const std::string& topic);
-
-// Such a request takes a key and leaves a line in the audit.
-inline bool changesSomething(const std::string& topic) { return rightFor(topic) != Right::See; }
-
-// Why `rights` do not suffice for a request of this topic; empty where they do.
-std::string findRightsFault(Rights rights, const std::string& topic);
+std::string_view rightName(Right right);
 
 }  // namespace orvane::terminal

@@ -189,8 +189,8 @@ void complete(Settings& settings, const Arguments& typed, bool isCall, bool isTo
   if (settings.dataDir.empty()) settings.dataDir = defaultDataDir();
   if (settings.dataDir.empty()) throw CLI::ValidationError("--data", "say a folder: the environment has no HOME");
   if (settings.logFile.empty()) settings.logFile = settings.dataDir / "terminal.log";
-  settings.limits.login = milliseconds(typed.loginSeconds);
-  settings.limits.idle = milliseconds(typed.idleSeconds);
+  settings.loginTime = milliseconds(typed.loginSeconds);
+  settings.idleTime = milliseconds(typed.idleSeconds);
   settings.trading.dataDir = settings.dataDir;
   setQuotes(settings.trading, typed.quotes);
   setTls(settings, typed.tls, isCall);

@@ -1,12 +1,12 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "terminal/net/session.h"
 #include "terminal/rights.h"
 #include "terminal/tls.h"
 #include "terminal/trading/tradinghost.h"
@@ -39,7 +39,8 @@ struct Settings {
   std::filesystem::path dataDir;
   std::filesystem::path logFile;
   std::string logLevel = "info";
-  SessionLimits limits;
+  std::chrono::milliseconds loginTime{};  // for TLS and the HTTP head, and again for the first frame
+  std::chrono::milliseconds idleTime{};   // after which a silent client is dropped
   TradingOptions trading;
   std::optional<CallSettings> call;    // client rather than server
   std::optional<TokenSettings> token;  // the same for the tokens

@@ -20,7 +20,6 @@ namespace {
 
 constexpr size_t kTokenLength = 43;
 constexpr int64_t kOwnTokenSeconds = 60;
-constexpr int64_t kTouchSeconds = 60;
 
 int64_t now() { return std::time(nullptr); }
 
@@ -56,7 +55,7 @@ std::optional<int64_t> optionalInt(SQLite::Statement& row, int column) {
   return row.getColumn(column).getInt64();
 }
 
-// Of a hash of another length nothing is taken, and no token has it.
+// A hash of another length is damage: it becomes zeros, which no token has.
 Token readRow(SQLite::Statement& row) {
   Token token;
   token.id = row.getColumn(0).getInt64();
@@ -70,26 +69,24 @@ Token readRow(SQLite::Statement& row) {
   return token;
 }
 
-std::vector<Token> readTokens(SQLite::Database& db, const std::string& which) {
+std::vector<Token> selectTokens(SQLite::Database& db, const std::string& which) {
   SQLite::Statement row(db, "SELECT id, name, hash, rights, made, used, expires FROM token " + which);
   std::vector<Token> tokens;
   while (row.executeStep()) tokens.push_back(readRow(row));
   return tokens;
 }
 
-bool isOver(const Token& token) { return token.expires && *token.expires <= now(); }
-
 }  // namespace
 
 std::string addToken(SQLite::Database& db, const std::string& name, Rights rights) {
   if (!isPlainName(name)) {
-    throw std::runtime_error(fmt::format("\"{}\" is no name for a token: take {}", name, kPlainNameRule));
+    throw std::runtime_error(fmt::format("\"{}\" is not a valid token name: use {}", name, kPlainNameRule));
   }
   SQLite::Transaction transaction(db, SQLite::TransactionBehavior::IMMEDIATE);
   SQLite::Statement taken(db, "SELECT 1 FROM token WHERE name = ?");
   taken.bind(1, name);
   if (taken.executeStep()) {
-    throw std::runtime_error(fmt::format("there is a token \"{}\": revoke it first, or take another name", name));
+    throw std::runtime_error(fmt::format("there is a token \"{}\": revoke it first, or use another name", name));
   }
   std::string text = makeText();
   insert(db, name, rights, sha256(text), std::nullopt);
@@ -100,16 +97,18 @@ std::string addToken(SQLite::Database& db, const std::string& name, Rights right
 
 void revokeToken(SQLite::Database& db, const std::string& name) {
   if (erase(db, name) > 0) return;
-  throw std::runtime_error(fmt::format("there is no token \"{}\": see them with pocket-terminal token list", name));
+  throw std::runtime_error(fmt::format("there is no token \"{}\": list them with pocket-terminal token list", name));
 }
 
-std::vector<Token> listTokens(SQLite::Database& db) { return readTokens(db, "WHERE expires IS NULL ORDER BY name"); }
+std::vector<Token> listTokens(SQLite::Database& db) { return selectTokens(db, "WHERE expires IS NULL ORDER BY name"); }
+
+std::vector<Token> readTokens(SQLite::Database& db) { return selectTokens(db, ""); }
 
 bool hadTokens(SQLite::Database& db) {
   return db.execAndGet("SELECT count(*) FROM sqlite_sequence WHERE name = 'token'").getInt() > 0;
 }
 
-// The blank keeps its name apart from all that a user can give.
+// The blank makes the name differ from every name that a user can choose.
 OwnToken::OwnToken(const std::filesystem::path& dataDir)
     : db_(openGatewayDatabase(dataDir, IfMissing::Fail)), text_(makeText()) {
   const Digest hash = sha256(text_);
@@ -124,39 +123,8 @@ OwnToken::~OwnToken() {
   try {
     erase(db_, name_);
   } catch (const SQLite::Exception&) {
-    // It runs out within the minute all the same.
+    // It expires within the minute anyway.
   }
-}
-
-const Token* TokenWatch::find(std::string_view text) {
-  refresh();
-  const Digest hash = sha256(text);
-  const Token* found = nullptr;
-  for (const Token& token : tokens_) {
-    if (CRYPTO_memcmp(hash.data(), token.hash.data(), hash.size()) == 0) found = &token;
-  }
-  return found == nullptr || isOver(*found) ? nullptr : found;
-}
-
-bool TokenWatch::isLive(int64_t id) const {
-  const auto token = std::find_if(tokens_.begin(), tokens_.end(), [&](const Token& each) { return each.id == id; });
-  return token != tokens_.end() && !isOver(*token);
-}
-
-void TokenWatch::touch(const Token& token) {
-  if (token.expires || (token.lastUsed && now() - *token.lastUsed < kTouchSeconds)) return;
-  SQLite::Statement statement(db_, "UPDATE token SET used = ? WHERE id = ?");
-  SQLite::bind(statement, now(), token.id);
-  statement.exec();
-  version_ = -1;
-}
-
-// The version moves with each commit of another connection.
-void TokenWatch::refresh() {
-  const int64_t version = db_.execAndGet("PRAGMA data_version").getInt64();
-  if (version == version_) return;
-  tokens_ = readTokens(db_, "");
-  version_ = version;
 }
 
 }  // namespace orvane::terminal

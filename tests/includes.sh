@@ -24,6 +24,24 @@ check decoding 'host/|vocabulary/|decoding/|pocketagent/(json|log|topic|mobilewo
 check tasks 'host/|vocabulary/|serialise/|tasks/|decoding/requestrecords\.h|pocketagent/(requesttask|topic)\.h'
 check terminal 'host/|terminal/|pocketagent/ipocketagent\.h'
 
+# What both sides of the terminal can see; the session is where they meet.
+text='terminal/(json|jsonmembers|utf8)\.h'
+base="terminal/(logging|plainname|digest|rights|ownersfile|gatewaydatabase|tokens)\.h|$text"
+meeting='terminal/(session|pages|eventloop)\.h'
+sockets='terminal/(tls|securestream|certificate)\.h'
+check terminal/net "terminal/(net|page)/|terminal/logging\.h|$meeting|$sockets"
+check terminal/phones "host/|terminal/phones/|$base|$meeting"
+check terminal/client "terminal/client/|terminal/settings\.h|terminal/tokens\.h|$text|$sockets"
+check terminal/trading "host/|terminal/trading/|$text|terminal/logging\.h"
+
+# Only net/ and what connects or makes certificates uses Asio and Beast; no header that phones/ includes may.
+boostSeenBy=$(grep -rlE '#include <boost/(asio|beast)' terminal --include='*.h' --include='*.cpp' |
+  grep -vE '^terminal/(net|client|relay)/|^terminal/(certificate|securestream|settings|tls)\.' || true)
+if [ -n "$boostSeenBy" ]; then
+  echo "Asio or Beast is seen by: $boostSeenBy"
+  failed=1
+fi
+
 tasksSeenBy=$(grep -rlE '#include "tasks/' pocketagent decoding serialise | sort | tr '\n' ' ')
 if [ "$tasksSeenBy" != "pocketagent/mobileworker.cpp " ]; then
   echo "only pocketagent/mobileworker.cpp may include tasks/, but these do: $tasksSeenBy"

@@ -1,6 +1,6 @@
 #include "terminal/phones/actionstore.h"
 
-#include <ctime>
+#include <chrono>
 #include <utility>
 
 #include <SQLiteCpp/Statement.h>
@@ -14,12 +14,7 @@ namespace {
 
 constexpr int64_t kKeepSeconds = int64_t{7} * 24 * 3600;
 constexpr int64_t kPruneSeconds = 3600;
-constexpr size_t kMaxRefusedBody = 1024;  // in the audit: who may do nothing shall not fill the disk
-
-const log4cxx::LoggerPtr& logger() {
-  static const log4cxx::LoggerPtr instance = log4cxx::Logger::getLogger("Gateway");
-  return instance;
-}
+constexpr size_t kMaxRefusedBody = 1024;  // in the audit: unauthorised clients must not fill the disk
 
 template <typename... Values>
 void write(const SQLite::Database& db, const char* sql, const Values&... values) {
@@ -28,12 +23,12 @@ void write(const SQLite::Database& db, const char* sql, const Values&... values)
   statement.exec();
 }
 
-// Without full synchronisation a commit outlives the process, but perhaps not the machine.
+// Without full synchronisation a commit survives the end of the process, but perhaps not a power failure.
 void synchronise(const SQLite::Database& db, bool fully) {
   write(db, fully ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = NORMAL");
 }
 
-// The sizes keep two requests apart whose texts run into each other.
+// The length prefix separates topic and body.
 std::string fingerprintOf(const Action& action) {
   const AuditEntry& entry = action.entry;
   const Digest digest =
@@ -49,24 +44,25 @@ MobileMessage readReply(SQLite::Statement& row, int column) {
   return reply;
 }
 
-void keepLine(const SQLite::Database& db, const std::string& line) {
-  write(db, "INSERT INTO action (token, made, fingerprint, due) VALUES (0, ?, '', ?)",
-        static_cast<int64_t>(std::time(nullptr)), line);
+void keepLine(const SQLite::Database& db, const std::string& line, int64_t now) {
+  write(db, "INSERT INTO action (token, made, fingerprint, due) VALUES (0, ?, '', ?)", now, line);
 }
 
 }  // namespace
 
 void recordCommand(SQLite::Database& db, const std::filesystem::path& dataDir, const AuditEntry& entry) {
-  const std::string line = auditHead(entry) + auditReply({});
+  const WallTime now = std::chrono::system_clock::now();
+  const std::string line = auditHead(entry, now) + auditReply({});
   try {
     AuditLog(dataDir).append(line);
   } catch (const std::runtime_error&) {
-    keepLine(db, line);
+    keepLine(db, line, std::chrono::system_clock::to_time_t(now));
     throw;
   }
 }
 
-ActionStore::ActionStore(SQLite::Database& db, const std::filesystem::path& dataDir) : db_(db), audit_(dataDir) {
+ActionStore::ActionStore(SQLite::Database& db, const std::filesystem::path& dataDir, const IClock& clock)
+    : db_(db), clock_(clock), audit_(dataDir) {
   giveUpOpen();
 }
 
@@ -75,9 +71,11 @@ ActionStore::~ActionStore() {
   try {
     giveUpOpen();
   } catch (const SQLite::Exception& error) {
-    TERMINAL_LOG(logger(), Error, "the audit lacks requests under way until the next start: {}", error.what());
+    TERMINAL_LOG(gatewayLogger(), Error, "the audit lacks requests under way until the next start: {}", error.what());
   }
 }
+
+int64_t ActionStore::now() const { return std::chrono::system_clock::to_time_t(clock_.wallTime()); }
 
 ActionStore::Verdict ActionStore::begin(int64_t requestId, const Action& action) try {
   const std::string fingerprint = fingerprintOf(action);
@@ -85,8 +83,8 @@ ActionStore::Verdict ActionStore::begin(int64_t requestId, const Action& action)
   insert(requestId, action, fingerprint);
   return Fresh{};
 } catch (const SQLite::Exception& error) {
-  TERMINAL_LOG(logger(), Error, "a request is refused, since gateway.db cannot remember it: {}", error.what());
-  return Refusal{fmt::format("the terminal cannot remember this request, so it is not carried out: {}", error.what())};
+  TERMINAL_LOG(gatewayLogger(), Error, "a request is refused, since gateway.db cannot store it: {}", error.what());
+  return Rejected{fmt::format("the terminal cannot remember this request, so it is not carried out: {}", error.what())};
 }
 
 std::optional<ActionStore::Verdict> ActionStore::findKey(const Action& action, const std::string& fingerprint) {
@@ -97,21 +95,21 @@ std::optional<ActionStore::Verdict> ActionStore::findKey(const Action& action, c
   SQLite::bind(row, action.token, std::string(action.entry.key));
   if (!row.executeStep()) return std::nullopt;
   if (row.getColumn(1).getString() != fingerprint) {
-    return Refusal{fmt::format("the key {} belongs to another request", action.entry.key)};
+    return Rejected{fmt::format("the key {} belongs to another request", action.entry.key)};
   }
   if (!row.isColumnNull(2)) return readReply(row, 2);
   if (const auto running = running_.find(row.getColumn(0).getInt64()); running != running_.end()) {
     return Running{running->second};
   }
-  return Refusal{
+  return Rejected{
       "the outcome of this request is not known: look at order.list before sending it anew under another key"};
 }
 
 void ActionStore::insert(int64_t requestId, const Action& action, const std::string& fingerprint) {
-  Open open{0, !action.entry.key.empty(), auditHead(action.entry)};
+  Open open{0, !action.entry.key.empty(), auditHead(action.entry, clock_.wallTime())};
   synchronise(db_, open.hasKey);
   SQLite::Statement statement(db_, "INSERT INTO action (token, made, fingerprint, line, key) VALUES (?, ?, ?, ?, ?)");
-  SQLite::bind(statement, action.token, static_cast<int64_t>(std::time(nullptr)));
+  SQLite::bind(statement, action.token, now());
   statement.bind(3, fingerprint.data(), static_cast<int>(fingerprint.size()));
   statement.bindNoCopy(4, open.line);
   if (open.hasKey) statement.bind(5, std::string(action.entry.key));
@@ -137,7 +135,7 @@ bool ActionStore::tryClose(const Closing& closing) try {
   close(closing);
   return true;
 } catch (const SQLite::Exception& error) {
-  TERMINAL_LOG(logger(), Error, "gateway.db cannot remember the reply to {} yet: {}", closing.reply.topic,
+  TERMINAL_LOG(gatewayLogger(), Error, "gateway.db cannot store the reply to {} yet: {}", closing.reply.topic,
                error.what());
   return false;
 }
@@ -162,38 +160,38 @@ void ActionStore::abandon(int64_t requestId) try {
   running_.erase(node.mapped().row);
   write(db_, "DELETE FROM action WHERE id = ?", node.mapped().row);
 } catch (const SQLite::Exception& error) {
-  TERMINAL_LOG(logger(), Error, "gateway.db cannot forget a request that was not carried out: {}", error.what());
+  TERMINAL_LOG(gatewayLogger(), Error, "gateway.db cannot forget a request that was not carried out: {}", error.what());
 }
 
 void ActionStore::refuse(AuditEntry entry, std::string_view message) try {
   if (entry.body.size() > kMaxRefusedBody) entry.body = {};
-  const std::string line = auditHead(entry) + auditRefusal(message);
-  if (!tryAppend(line)) keepLine(db_, line);
+  const std::string line = auditHead(entry, clock_.wallTime()) + auditRefusal(message);
+  if (!tryAppend(line)) keepLine(db_, line, now());
 } catch (const SQLite::Exception& error) {
-  TERMINAL_LOG(logger(), Error, "the audit lacks a refusal of {}: {}", entry.topic, error.what());
+  TERMINAL_LOG(gatewayLogger(), Error, "the audit lacks a refusal of {}: {}", entry.topic, error.what());
 }
 
 void ActionStore::tidy() try {
   closeLate();
   if (behind_) appendDue();
-  const int64_t now = std::time(nullptr);
-  if (now - pruned_ < kPruneSeconds) return;
-  pruned_ = now;
-  write(db_, "DELETE FROM action WHERE made < ? AND line IS NULL AND due IS NULL", now - kKeepSeconds);
+  const int64_t time = now();
+  if (time - pruned_ < kPruneSeconds) return;
+  pruned_ = time;
+  write(db_, "DELETE FROM action WHERE made < ? AND line IS NULL AND due IS NULL", time - kKeepSeconds);
 } catch (const SQLite::Exception& error) {
-  TERMINAL_LOG(logger(), Error, "gateway.db cannot be tidied: {}", error.what());
+  TERMINAL_LOG(gatewayLogger(), Error, "gateway.db cannot be tidied: {}", error.what());
 }
 
 bool ActionStore::tryAppend(const std::string& line) try {
   audit_.append(line);
   return true;
 } catch (const std::runtime_error& error) {
-  if (!behind_) TERMINAL_LOG(logger(), Error, "{}; its lines are kept in gateway.db meanwhile", error.what());
+  if (!behind_) TERMINAL_LOG(gatewayLogger(), Error, "{}; its lines are kept in gateway.db meanwhile", error.what());
   behind_ = true;
   return false;
 }
 
-// What has no reply by now gets none.
+// Actions without a reply by now will never get one.
 void ActionStore::giveUpOpen() {
   write(db_, "UPDATE action SET due = line || ?, line = NULL WHERE line IS NOT NULL", auditLoss());
   appendDue();
@@ -210,7 +208,7 @@ void ActionStore::appendDue() {
   row.reset();
   for (const int64_t id : written) write(db_, "UPDATE action SET due = NULL WHERE id = ?", id);
   write(db_, "DELETE FROM action WHERE key IS NULL AND line IS NULL AND due IS NULL");
-  if (fine && behind_) TERMINAL_LOG(logger(), Info, "audit.log can be written again");
+  if (fine && behind_) TERMINAL_LOG(gatewayLogger(), Info, "audit.log can be written again");
   behind_ = !fine;
 }
 

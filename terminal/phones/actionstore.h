@@ -22,44 +22,44 @@ struct Action {
   AuditEntry entry;
 };
 
-// Puts what a command did into the audit. Throws std::runtime_error where that fails; the terminal's next start does
-// it.
+// Writes what a command did to the audit. Throws std::runtime_error if that fails; the terminal's next start then
+// writes it.
 void recordCommand(SQLite::Database& db, const std::filesystem::path& dataDir, const AuditEntry& entry);
 
-// What the database remembers of actions: each one before it is handed on, so that none is missing in the audit, and
-// the reply to each one with a key, so that none is carried out twice. One thread.
+// The write-ahead record of actions: each is stored before it is dispatched, so that the audit misses none, and with a
+// key its reply is stored too, so that none runs twice. One thread.
 class ActionStore {
  public:
-  struct Fresh {};  // to be handed on
+  struct Fresh {};  // to be dispatched
   struct Running {
-    int64_t requestId = 0;  // of the same action, whose reply is this one's too
+    int64_t requestId = 0;  // of the same action; its reply answers this one too
   };
-  struct Refusal {
+  struct Rejected {
     std::string message;
   };
-  using Verdict = std::variant<Fresh, Running, MobileMessage, Refusal>;  // the message: the reply that is known
+  using Verdict = std::variant<Fresh, Running, MobileMessage, Rejected>;  // the message is the stored reply
 
-  // Puts what an earlier terminal left undone into the audit.
-  ActionStore(SQLite::Database& db, const std::filesystem::path& dataDir);
+  // Writes what an earlier terminal left open to the audit.
+  ActionStore(SQLite::Database& db, const std::filesystem::path& dataDir, const IClock& clock);
   ~ActionStore();
   ActionStore(const ActionStore&) = delete;
   ActionStore& operator=(const ActionStore&) = delete;
 
-  // What to do with an action that would run as `requestId`. Fresh: it is remembered, one with a key also over a power
+  // What to do with an action that would run as `requestId`. Fresh: it is stored; with a key it also survives a power
   // failure.
   Verdict begin(int64_t requestId, const Action& action);
 
-  // The action's reply came. Does nothing where `requestId` is no action's.
+  // The action's reply. Does nothing if no action has this `requestId`.
   void finish(int64_t requestId, const MobileMessage& reply);
 
-  // The action was not handed on: forgets it.
+  // The action was not dispatched: forgets it.
   void abandon(int64_t requestId);
 
-  // The audit line of an action that was not let through.
+  // Writes the audit line of a refused action.
   void refuse(AuditEntry entry, std::string_view message);
 
   // Writes replies and audit lines that could not be written before, and forgets keys older than 7 days. To be called
-  // now and then.
+  // every second or so.
   void tidy();
 
  private:
@@ -71,7 +71,7 @@ class ActionStore {
   struct Closing {
     Open open;
     MobileMessage reply;
-    std::string due;  // the audit line where it is not written yet
+    std::string due;  // the audit line if it is not written yet
   };
 
   std::optional<Verdict> findKey(const Action& action, const std::string& fingerprint);
@@ -83,13 +83,16 @@ class ActionStore {
   void giveUpOpen();
   void appendDue();
 
+  int64_t now() const;
+
   SQLite::Database& db_;
+  const IClock& clock_;
   AuditLog audit_;
-  bool behind_ = false;                           // lines are due
-  int64_t pruned_ = 0;                            // when
+  bool behind_ = false;                           // audit lines wait in the database
+  int64_t pruned_ = 0;                            // when old keys were last deleted
   std::unordered_map<int64_t, Open> open_;        // by request id
   std::unordered_map<int64_t, int64_t> running_;  // request id by row
-  std::deque<Closing> late_;                      // those whose reply the database could not take yet
+  std::deque<Closing> late_;                      // replies that the database could not store yet
 };
 
 }  // namespace orvane::terminal

@@ -19,9 +19,9 @@
 namespace orvane::terminal {
 namespace {
 
-std::string timeText() {
+std::string timeText(WallTime now) {
   using namespace std::chrono;
-  const auto since = system_clock::now().time_since_epoch();
+  const auto since = now.time_since_epoch();
   const std::time_t seconds = duration_cast<std::chrono::seconds>(since).count();
   std::tm local{};
   localtime_r(&seconds, &local);
@@ -30,7 +30,7 @@ std::string timeText() {
                      offset.substr(0, 3), offset.substr(3));
 }
 
-// JSON allows line feeds between its values only, where a blank does as well.
+// JSON allows line feeds only between values, where a blank will do.
 std::string inOneLine(std::string_view json) {
   std::string line(json.empty() ? "null" : json);
   std::replace_if(
@@ -38,7 +38,7 @@ std::string inOneLine(std::string_view json) {
   return line;
 }
 
-// A reply's data need be no JSON.
+// A reply's data need not be JSON.
 std::string replyData(const std::string& data) {
   return data.empty() || checkJson(data).ok ? inOneLine(data) : jsonString(data);
 }
@@ -55,13 +55,13 @@ struct Descriptor {
   int number;
 };
 
-// null where there is none.
+// null if there is none.
 std::string nameText(std::string_view name) { return name.empty() ? "null" : jsonString(name); }
 
 }  // namespace
 
-std::string auditHead(const AuditEntry& entry) {
-  return fmt::format(R"({{"time":"{}","token":{},"address":{},"topic":{},"body":{},"key":{})", timeText(),
+std::string auditHead(const AuditEntry& entry, WallTime now) {
+  return fmt::format(R"({{"time":"{}","token":{},"address":{},"topic":{},"body":{},"key":{})", timeText(now),
                      nameText(entry.token), jsonString(entry.address), jsonString(entry.topic), inOneLine(entry.body),
                      nameText(entry.key));
 }

@@ -1,8 +1,5 @@
 #include "terminal/phones/bodycheck.h"
 
-#include <algorithm>
-#include <array>
-
 #include <fmt/format.h>
 
 #include "terminal/json.h"
@@ -10,34 +7,17 @@
 namespace orvane::terminal {
 namespace {
 
-struct Rule {
-  std::string_view topic;
-  JsonKind root;  // what the library reads without asking: the root's members, or those of its elements
-};
-
-constexpr std::array<Rule, 8> kRules{{
-    {"order.new", JsonKind::Object},
-    {"order.cancel", JsonKind::Array},
-    {"monitor.sync.order.list", JsonKind::Array},
-    {"monitor.sync.order.new", JsonKind::Array},
-    {"monitor.manual.list", JsonKind::Array},
-    {"monitor.manual.update", JsonKind::Array},
-    {"monitor.manual.clean", JsonKind::Array},
-    {"marginrate.list", JsonKind::Array},
-}};
-
 constexpr std::string_view kOrderList = "orderList";
 
-// The library answers each element, a repeated one too, and while it does nobody else is answered.
+// The library answers each element, repeated ones too, and serves nobody else meanwhile.
 constexpr int kMaxElements = 1000;
 
-// Looks at the elements of one array: the root, or the member `orderList` of a root object, the first of that name.
+// Checks the elements of one array: the root, or the first member `orderList` of a root object.
 class ElementReader : public JsonHandler<ElementReader> {
  public:
-  // `rule` is null where elements may be of any kind.
-  explicit ElementReader(const Rule* rule)
-      : mustBeObjects_(rule != nullptr),
-        wantedRoot_(rule == nullptr ? JsonKind::Array : rule->root),
+  explicit ElementReader(const Topic& topic)
+      : mustBeObjects_(topic.hasObjects),
+        wantedRoot_(topic.shape == BodyShape::OrderList ? JsonKind::Object : JsonKind::Array),
         elementDepth_(wantedRoot_ == JsonKind::Object ? 2 : 1) {}
 
   const std::string& fault() const { return fault_; }
@@ -91,11 +71,9 @@ class ElementReader : public JsonHandler<ElementReader> {
 
 }  // namespace
 
-std::string findBodyFault(const std::string& topic, std::string_view body) {
-  const std::string_view name = topic.c_str();
-  const auto* rule = std::find_if(kRules.begin(), kRules.end(), [&](const Rule& row) { return row.topic == name; });
+std::string findBodyFault(const Topic& topic, std::string_view body) {
   if (body.empty()) return {};
-  ElementReader reader(rule == kRules.end() ? nullptr : &*rule);
+  ElementReader reader(topic);
   rapidjson::MemoryStream stream(body.data(), body.size());
   readJson(stream, reader);
   return reader.fault();

@@ -10,7 +10,7 @@
 
 namespace orvane::terminal {
 
-// A request that the library has not got yet.
+// A request that is not dispatched yet.
 struct Job {
   int64_t requestId = 0;
   int32_t terminalType = 0;
@@ -20,16 +20,16 @@ struct Job {
   size_t size() const { return topic.size() + body.size(); }
 };
 
-// The requests that wait for the library, of each token in the order in which they came, and of all tokens in turn: who
-// sends many holds up nobody but himself. One thread.
+// The requests that wait for the library: first in, first out for each token, round robin among tokens. A client that
+// sends many delays only itself. One thread.
 class FairQueue {
  public:
   void add(int64_t token, Job job);
 
-  // Nothing where none waits.
+  // Nothing if none waits.
   std::optional<Job> next();
 
-  // How many bytes wait of a token.
+  // Size of a token's waiting requests.
   size_t bytes(int64_t token) const;
 
   template <typename IsIdle>
@@ -50,7 +50,7 @@ class FairQueue {
   static size_t sizeOf(const Job& job) { return sizeof job + job.size(); }
 
   std::map<int64_t, Lane> lanes_;  // by token; none is empty
-  int64_t last_ = 0;               // whose turn it was
+  int64_t last_ = 0;               // the token whose turn it was
 };
 
 }  // namespace orvane::terminal

@@ -47,7 +47,7 @@ std::string wrongKind(Name name, std::string_view wanted, const JsonMember& memb
   return fmt::format("the frame's \"{}\" must be {}, not {}", kNames.at(name), wanted, kindName(member.kind));
 }
 
-// The first fault of a frame that is JSON; empty where there is none.
+// The first error of a frame that is JSON; empty if there is none.
 std::string findFault(const JsonMembers& members, Frame& frame) {
   const JsonMember& id = members[Id];
   const JsonMember& topic = members[Topic];

@@ -6,19 +6,14 @@
 namespace orvane::terminal {
 namespace {
 
-const log4cxx::LoggerPtr& logger() {
-  static const log4cxx::LoggerPtr instance = log4cxx::Logger::getLogger("Gateway");
-  return instance;
-}
-
 AuditEntry entryOf(const Visitor& visitor, const std::string& address, const Frame& frame) {
   return {visitor.name, address, frame.topic, frame.body, frame.key};
 }
 
 }  // namespace
 
-Gatekeeper::Gatekeeper(const std::filesystem::path& dataDir)
-    : db_(openGatewayDatabase(dataDir)), actions_(db_, dataDir) {}
+Gatekeeper::Gatekeeper(const std::filesystem::path& dataDir, const IClock& clock)
+    : clock_(clock), db_(openGatewayDatabase(dataDir)), tokens_(db_, clock), actions_(db_, dataDir, clock) {}
 
 std::optional<Visitor> Gatekeeper::admit(std::string_view token) {
   const Token* found = tokens_.find(token);
@@ -27,7 +22,7 @@ std::optional<Visitor> Gatekeeper::admit(std::string_view token) {
   try {
     tokens_.touch(*found);
   } catch (const SQLite::Exception& error) {
-    TERMINAL_LOG(logger(), Warn, "gateway.db cannot note that {} logged in: {}", visitor.name, error.what());
+    TERMINAL_LOG(gatewayLogger(), Warn, "gateway.db cannot store that {} logged in: {}", visitor.name, error.what());
   }
   return visitor;
 }
@@ -36,13 +31,13 @@ bool Gatekeeper::maySee(std::string_view token) try {
   const auto visitor = admit(token);
   return visitor && visitor->rights.has(Right::See);
 } catch (const SQLite::Exception& error) {
-  TERMINAL_LOG(logger(), Error, "gateway.db cannot be read: {}", error.what());
+  TERMINAL_LOG(gatewayLogger(), Error, "gateway.db cannot be read: {}", error.what());
   return false;
 }
 
 void Gatekeeper::noteRefusal(const Visitor& visitor, const std::string& address, const Frame& frame,
                              std::string_view message) {
-  if (changesSomething(frame.topic)) actions_.refuse(entryOf(visitor, address, frame), message);
+  actions_.refuse(entryOf(visitor, address, frame), message);
 }
 
 ActionStore::Verdict Gatekeeper::begin(int64_t requestId, const Visitor& visitor, const std::string& address,
@@ -54,7 +49,7 @@ void Gatekeeper::tick() {
   try {
     tokens_.refresh();
   } catch (const SQLite::Exception& error) {
-    TERMINAL_LOG(logger(), Error, "revoked tokens cannot be looked for: {}", error.what());
+    TERMINAL_LOG(gatewayLogger(), Error, "gateway.db cannot be searched for revoked tokens: {}", error.what());
   }
   actions_.tidy();
 }

@@ -1,26 +1,27 @@
 #pragma once
 
-#include <chrono>
+#include <cstddef>
 #include <string>
 #include <unordered_map>
 
+#include "terminal/eventloop.h"
+
 namespace orvane::terminal {
 
-// Counts the wrong logins of each address.
+// Rate limit of wrong logins, by network. One thread.
 class LoginLimit {
  public:
-  // Counts one more. False where it is more than 10 of the address within a minute.
-  bool allowWrong(const std::string& address);
+  // Counts one more. False if that makes more than 10 of the network within a minute.
+  bool allowWrong(const std::string& network, BootTime now);
 
  private:
-  using Clock = std::chrono::steady_clock;
   struct Count {
-    Clock::time_point since;
+    BootTime since{};
     int wrong = 0;
   };
 
   std::unordered_map<std::string, Count> counts_;
-  size_t sweepSize_ = 0;  // doubles with what is left, so that a sweep costs a call but little
+  size_t sweepSize_ = 0;  // of counts_; doubling it keeps sweeps amortised O(1)
 };
 
 }  // namespace orvane::terminal

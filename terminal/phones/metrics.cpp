@@ -8,30 +8,8 @@
 namespace orvane::terminal {
 namespace {
 
-constexpr std::array<std::string_view, 21> kTopics{"account.list",
-                                                   "capital.list",
-                                                   "creditinfo.list",
-                                                   "marginrate.list",
-                                                   "monitor.list",
-                                                   "monitor.manual.clean",
-                                                   "monitor.manual.list",
-                                                   "monitor.manual.update",
-                                                   "monitor.sync.order.list",
-                                                   "monitor.sync.order.new",
-                                                   "order.cancel",
-                                                   "order.condition.list",
-                                                   "order.list",
-                                                   "order.new",
-                                                   "position.codetype.list",
-                                                   "position.list",
-                                                   "quote.list",
-                                                   "quote.set",
-                                                   "terminal.info",
-                                                   "trader.list",
-                                                   "other"};
-
-constexpr std::array<std::string_view, static_cast<size_t>(Refusal::kCount)> kRefusals{
-    "connection", "origin", "login", "frame", "body", "rights", "key", "crowd", "agent", "fault"};
+constexpr std::array<std::string_view, static_cast<size_t>(RefusalReason::kCount)> kReasons{
+    "login", "frame", "body", "rights", "key", "crowd", "agent", "fault"};
 
 template <typename... Values>
 void add(std::string& text, fmt::format_string<Values...> line, Values&&... values) {
@@ -47,19 +25,18 @@ void addValue(std::string& text, std::string_view name, std::string_view kind, s
   add(text, "pocket_terminal_{} {}\n", name, value);
 }
 
+void addRefusals(std::string& text, std::string_view reason, uint64_t count) {
+  add(text, "pocket_terminal_refusals_total{{reason=\"{}\"}} {}\n", reason, count);
+}
+
 }  // namespace
 
-Metrics::Metrics() : topics_(kTopics.size()) {
+Metrics::Metrics() : topics_(topics().size()) {
   for (const int code : {1001, 1003, 1011, 4401, 4403, 4408, 4409, 4429}) closes_[code] = 0;
 }
 
-size_t Metrics::topicNumber(std::string_view topic) {
-  const auto* found = std::find(kTopics.begin(), kTopics.end() - 1, topic);
-  return static_cast<size_t>(found - kTopics.begin());
-}
-
-void Metrics::countAnswer(size_t topic, bool failed, std::chrono::duration<double> latency) {
-  Topic& counted = topics_[topic];
+void Metrics::countAnswer(const Topic& topic, bool failed, std::chrono::duration<double> latency) {
+  Counts& counted = topics_[topicIndex(topic)];
   counted.failures += failed ? 1 : 0;
   counted.seconds += latency.count();
   ++counted.buckets[static_cast<size_t>(std::lower_bound(kBounds.begin(), kBounds.end(), latency.count()) -
@@ -69,18 +46,18 @@ void Metrics::countAnswer(size_t topic, bool failed, std::chrono::duration<doubl
 std::string Metrics::write(const Gauges& now) const {
   std::string text;
   text.reserve(size_t{64} * 1024);
-  addHead(text, "build_info", "gauge", "The version that runs.");
+  addHead(text, "build_info", "gauge", "The running version.");
   add(text, "pocket_terminal_build_info{{version=\"{}\"}} 1\n", POCKET_TERMINAL_VERSION);
   writeTopics(text);
   writeLatency(text);
   addValue(text, "requests_waiting", "gauge", "Requests without a reply.", now.waiting);
-  addValue(text, "connections", "gauge", "Open connections.", now.connections);
+  addValue(text, "connections", "gauge", "Open connections.", now.transport.connections);
   addValue(text, "phones", "gauge", "Connections that are logged in.", now.loggedIn);
   addValue(text, "pushes_total", "counter", "Pushes, each counted once for all phones.", pushes_);
   addHead(text, "refusals_total", "counter", "What was not done, by reason.");
-  for (size_t i = 0; i < kRefusals.size(); ++i) {
-    add(text, "pocket_terminal_refusals_total{{reason=\"{}\"}} {}\n", kRefusals[i], refusals_[i]);
-  }
+  addRefusals(text, "connection", now.transport.refusedConnections);
+  addRefusals(text, "origin", now.transport.refusedOrigins);
+  for (size_t i = 0; i < kReasons.size(); ++i) addRefusals(text, kReasons[i], refusals_[i]);
   addHead(text, "closes_total", "counter", "Connections that the gateway closed, by close code; 4408 is a slow phone.");
   for (const auto& [code, count] : closes_) {
     add(text, "pocket_terminal_closes_total{{code=\"{}\"}} {}\n", code, count);
@@ -91,11 +68,11 @@ std::string Metrics::write(const Gauges& now) const {
 void Metrics::writeTopics(std::string& text) const {
   addHead(text, "requests_total", "counter", "Requests handed to the library.");
   for (size_t i = 0; i < topics_.size(); ++i) {
-    add(text, "pocket_terminal_requests_total{{topic=\"{}\"}} {}\n", kTopics[i], topics_[i].requests);
+    add(text, "pocket_terminal_requests_total{{topic=\"{}\"}} {}\n", topics()[i].name, topics_[i].requests);
   }
   addHead(text, "failures_total", "counter", "Requests answered by a failure.");
   for (size_t i = 0; i < topics_.size(); ++i) {
-    add(text, "pocket_terminal_failures_total{{topic=\"{}\"}} {}\n", kTopics[i], topics_[i].failures);
+    add(text, "pocket_terminal_failures_total{{topic=\"{}\"}} {}\n", topics()[i].name, topics_[i].failures);
   }
 }
 
@@ -106,12 +83,12 @@ void Metrics::writeLatency(std::string& text) const {
     uint64_t count = 0;
     for (size_t bucket = 0; bucket < kBounds.size(); ++bucket) {
       count += topics_[i].buckets[bucket];
-      add(text, "{}_bucket{{topic=\"{}\",le=\"{}\"}} {}\n", kName, kTopics[i], kBounds[bucket], count);
+      add(text, "{}_bucket{{topic=\"{}\",le=\"{}\"}} {}\n", kName, topics()[i].name, kBounds[bucket], count);
     }
     count += topics_[i].buckets.back();
-    add(text, "{}_bucket{{topic=\"{}\",le=\"+Inf\"}} {}\n", kName, kTopics[i], count);
-    add(text, "{}_sum{{topic=\"{}\"}} {}\n", kName, kTopics[i], topics_[i].seconds);
-    add(text, "{}_count{{topic=\"{}\"}} {}\n", kName, kTopics[i], count);
+    add(text, "{}_bucket{{topic=\"{}\",le=\"+Inf\"}} {}\n", kName, topics()[i].name, count);
+    add(text, "{}_sum{{topic=\"{}\"}} {}\n", kName, topics()[i].name, topics_[i].seconds);
+    add(text, "{}_count{{topic=\"{}\"}} {}\n", kName, topics()[i].name, count);
   }
 }
 

@@ -1,42 +1,37 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <memory>
-#include <mutex>
-#include <string>
 
 #include "host/mobilesrv.h"
-#include "terminal/phones/gateway.h"
+#include "terminal/phones/phones.h"
 
 namespace orvane::terminal {
 
-// The mobile service as the agent sees it, on top of a gateway, which must outlive it. Requests reach the callback on
-// the gateway's thread.
+// The mobile service that the agent sees. Requests reach the agent's callback on the thread of `phones`.
 class MobileServer : public IMobileSrv {
  public:
-  explicit MobileServer(Gateway& gateway) : gateway_(gateway) {}
+  using Step = std::function<void()>;
 
-  // Fails when it was started before.
+  // `open` lets clients in; `close` ends all their sessions and the loop's thread. `phones` must outlive the server.
+  MobileServer(Phones& phones, Step open, Step close);
+
+  // Fails if it was started before.
   ResultStatus start(const MobileSrvInfo& info) override;
 
-  // One callback at a time: a second one takes the first one's place, so that no request runs twice.
   ResultStatus registerSpi(const std::shared_ptr<IMobileSrvSpi>& spi, int32_t* handle) override;
-
   ResultStatus unregisterSpi(int32_t handle) override;
   void stop() override;
   ResultStatus send(const MobileMessage& message) override;
   bool isRunning() override { return running_; }
 
  private:
-  bool isTaking();
-  bool receive(int64_t requestId, int32_t terminalType, const std::string& topic, const std::string& data);
-
-  Gateway& gateway_;
+  Phones& phones_;
+  const Step open_;
+  const Step close_;
   std::atomic<bool> started_ = false;
   std::atomic<bool> running_ = false;
-  std::mutex spiMutex_;  // held while the callback runs, so that unregisterSpi waits for it
-  std::shared_ptr<IMobileSrvSpi> spi_;
-  int32_t handle_ = 0;
 };
 
 }  // namespace orvane::terminal

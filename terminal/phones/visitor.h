@@ -7,7 +7,7 @@
 
 namespace orvane::terminal {
 
-// Who a phone is: the token that it logged in with.
+// Who a client is: the token that it logged in with.
 struct Visitor {
   int64_t token = 0;  // its id
   std::string name;   // the token's

@@ -4,7 +4,7 @@
 #include <rapidjson/document.h>
 
 #include "pocketagent/topic.h"
-#include "terminal/rights.h"
+#include "terminal/phones/topics.h"
 #include "terminal/trading/uiproxy.h"
 #include "tests/system/contract.h"
 #include "tests/system/terminalprocess.h"
@@ -14,21 +14,56 @@ namespace {
 
 using testing::HasSubstr;
 
-TEST(Contract, DescribesEachTopicAndNoOther) {
-  std::set<std::string> topics{"login"}, described;
+// The library's topics, also those that are added to it later, and the host's own.
+std::set<std::string> requestTopics() {
+  std::set<std::string> topics;
   for (int32_t value = kTopicUnknown + 1; topicFromName(topicName(value)) == value; ++value) {
     topics.insert(topicName(value));
   }
   for (const std::string_view own : terminal::UiProxy::topics()) topics.emplace(own);
+  return topics;
+}
+
+TEST(Contract, DescribesEachTopicAndNoOther) {
+  std::set<std::string> topics = requestTopics(), described;
+  topics.insert("login");
   for (const auto& [topic, right] : describedRights()) described.insert(topic);
   EXPECT_EQ(described, topics) << "describe the topic in docs/contract/topics.yaml";
+}
+
+TEST(Topics, HaveARowEach) {
+  std::set<std::string> rows;
+  for (const terminal::Topic& row : terminal::topics()) rows.emplace(row.name);
+  std::set<std::string> topics = requestTopics();
+  topics.insert("other");
+  EXPECT_EQ(rows, topics) << "give the topic a row in terminal/phones/topics.cpp";
+  for (const int32_t value : {kTopicMin, kTopicUnknown}) {
+    EXPECT_EQ(terminal::findTopic(topicName(value)).name, "other") << "no request has this topic";
+  }
+}
+
+// The library asserts the shapes that the table names: a wrong row would end the process.
+TEST(Topics, SurviveBodiesOfAnyShape) {
+  const TempDir dir;
+  const TerminalProcess terminal(dir.path());
+  const auto phone = terminal.login();
+  std::set<std::string> topics = requestTopics();
+  for (int32_t value = kTopicMin; value <= kTopicUnknown; ++value) topics.insert(topicName(value));
+  topics.insert("no.such.topic");
+  for (const std::string& topic : topics) {
+    for (const char* body : {"7", "{}", "[7]", "[[]]", "[null]", R"({"orderList":[7]})"}) {
+      SCOPED_TRACE(topic + ' ' + body);
+      ASSERT_NO_THROW(phone->request(topic, body));
+    }
+  }
+  EXPECT_EQ(phone->request("account.list").message, "");
 }
 
 TEST(Contract, NamesTheRightOfEachTopic) {
   for (const auto& [topic, right] : describedRights()) {
     if (topic == "login") continue;
-    EXPECT_EQ(terminal::findRightsFault(terminal::Rights::read(right), topic), "") << topic;
-    EXPECT_EQ(terminal::changesSomething(topic), right != "see") << topic;
+    EXPECT_EQ(terminal::findRightsFault(terminal::Rights::read(right), terminal::findTopic(topic)), "") << topic;
+    EXPECT_EQ(terminal::findTopic(topic).changesSomething(), right != "see") << topic;
   }
 }
 

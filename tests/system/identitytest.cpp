@@ -68,12 +68,14 @@ TEST_F(IdentityTest, TellsMistakes) {
     std::string error;
   };
   const std::vector<Row> rows{
-      {{"token", "add", "first", "--rights", "see"}, 1, R"(there is a token "first": revoke it first, or take)"},
-      {{"token", "add", "a b", "--rights", "see"}, 1, R"("a b" is no name for a token: take 1 to 64 characters)"},
-      {{"token", "add", "x", "--rights", "see,sell"}, 2, R"("sell" is no right: name one or more of see,cancel,trade)"},
-      {{"token", "add", "x", "--rights", "see,"}, 2, R"("" is no right)"},
+      {{"token", "add", "first", "--rights", "see"}, 1, R"(there is a token "first": revoke it first, or use)"},
+      {{"token", "add", "a b", "--rights", "see"}, 1, R"("a b" is not a valid token name: use 1 to 64 characters)"},
+      {{"token", "add", "x", "--rights", "see,sell"},
+       2,
+       R"("sell" is not a right: name one or more of see,cancel,trade)"},
+      {{"token", "add", "x", "--rights", "see,"}, 2, R"("" is not a right)"},
       {{"token", "add", "x"}, 2, "--rights is required"},
-      {{"token", "revoke", "x"}, 1, R"(there is no token "x": see them with pocket-terminal token list)"},
+      {{"token", "revoke", "x"}, 1, R"(there is no token "x": list them with pocket-terminal token list)"},
       {{"token"}, 2, "A subcommand is required"},
       {{"token", "list", "--data", "/dev/null"}, 1, "there is no /dev/null/gateway.db: start the terminal once"},
       {{"token", "add", "x", "--rights", "see", "--data", "/dev/null"}, 1, "cannot write to the folder /dev/null: "},

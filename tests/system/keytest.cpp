@@ -111,8 +111,7 @@ TEST(Key, OutlivesALockedDatabase) {
   while (db.execAndGet("SELECT count(*) FROM action").getInt() == 0) continue;
   db.exec("BEGIN IMMEDIATE");
   while (phone->receive().id != "\"k1\"") continue;
-  EXPECT_THAT(readFile(dir.path() / "terminal.log"),
-              HasSubstr("gateway.db cannot remember the reply to order.new yet"));
+  EXPECT_THAT(readFile(dir.path() / "terminal.log"), HasSubstr("gateway.db cannot store the reply to order.new yet"));
   db.exec("ROLLBACK");
   while (ask(*phone, order).message == kUnknown) continue;
   EXPECT_EQ(ask(*phone, order).message, "");

@@ -34,14 +34,6 @@ std::string readAll(std::istream& stream) {
 
 }  // namespace
 
-TempDir::TempDir() {
-  std::string name = (std::filesystem::temp_directory_path() / "pocket-terminal-XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("cannot make a folder for the test");
-  path_ = name;
-}
-
-TempDir::~TempDir() { std::filesystem::remove_all(path_); }
-
 TerminalProcess::TerminalProcess(const std::filesystem::path& dataDir, const std::vector<std::string>& options)
     : process_(POCKET_TERMINAL, process::args(serveArguments(dataDir, options)), process::std_out > output_) {
   std::string link;

@@ -8,22 +8,9 @@
 #include <vector>
 
 #include "terminal/client/client.h"
+#include "tests/support/tempdir.h"
 
 namespace orvane::test {
-
-// A folder of its own, gone with the object.
-class TempDir {
- public:
-  TempDir();
-  ~TempDir();
-  TempDir(const TempDir&) = delete;
-  TempDir& operator=(const TempDir&) = delete;
-
-  const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
 
 // The built pocket-terminal with quotes that stand still, on a port of its own. It answers once the constructor is
 // through; it is killed where a test leaves it running.

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+
+#include "host/mobilesrv.h"
+#include "terminal/net/asioloop.h"
+#include "terminal/net/listener.h"
+#include "terminal/phones/mobileserver.h"
+#include "terminal/phones/phones.h"
+
+namespace orvane::terminal {
+
+// The terminal's side towards clients: its loop, what brings clients in, and what they may say. May be started and
+// stopped once, by the agent through the mobile service.
+class Gateway {
+ public:
+  // Opens `gateway.db` and takes the port. `phones.figures` is filled in. Throws std::runtime_error.
+  Gateway(ListenOptions listen, PhonesOptions phones);
+  ~Gateway() { stop(); }
+  Gateway(const Gateway&) = delete;
+  Gateway& operator=(const Gateway&) = delete;
+
+  std::string url() const { return listener_.url(); }
+  IMobileSrv& mobileService() { return server_; }
+
+ private:
+  void start();
+  void stop();
+
+  AsioLoop loop_;
+  Phones phones_;
+  Listener listener_;
+  MobileServer server_;
+};
+
+}  // namespace orvane::terminal

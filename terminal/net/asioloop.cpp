@@ -1,0 +1,51 @@
+#include "terminal/net/asioloop.h"
+
+#include <boost/asio/post.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <ctime>
+#include <utility>
+
+namespace orvane::terminal {
+namespace {
+
+class AsioTimer final : public Timer {
+ public:
+  AsioTimer(boost::asio::io_context& context, std::chrono::milliseconds delay, IEventLoop::Work work)
+      : timer_(context, delay), work_(std::make_shared<IEventLoop::Work>(std::move(work))) {
+    // A handler that is queued already runs although its timer is gone, so it must look whether the work is.
+    timer_.async_wait([weak = std::weak_ptr(work_)](const boost::system::error_code& error) {
+      const auto held = weak.lock();
+      if (!error && held != nullptr) (*held)();
+    });
+  }
+
+ private:
+  boost::asio::steady_timer timer_;
+  std::shared_ptr<IEventLoop::Work> work_;
+};
+
+}  // namespace
+
+void AsioLoop::post(Work work) { boost::asio::post(context_, std::move(work)); }
+
+std::unique_ptr<Timer> AsioLoop::after(std::chrono::milliseconds delay, Work work) {
+  return std::make_unique<AsioTimer>(context_, delay, std::move(work));
+}
+
+WallTime AsioLoop::wallTime() const { return std::chrono::system_clock::now(); }
+
+BootTime AsioLoop::bootTime() const {
+  timespec time{};
+  clock_gettime(CLOCK_BOOTTIME, &time);  // cannot fail with a valid clock
+  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+void AsioLoop::start() {
+  thread_ = std::thread([this] { context_.run(); });
+}
+
+void AsioLoop::join() {
+  if (thread_.joinable()) thread_.join();
+}
+
+}  // namespace orvane::terminal

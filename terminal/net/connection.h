@@ -1,0 +1,65 @@
+#pragma once
+
+#include <boost/asio/ssl/context.hpp>
+#include <boost/beast/http/empty_body.hpp>
+#include <boost/beast/http/message.hpp>
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "terminal/pages.h"
+#include "terminal/securestream.h"
+#include "terminal/session.h"
+
+namespace orvane::terminal {
+
+struct NetLimits {
+  std::chrono::milliseconds head{10'000};           // for TLS and the request's head together, and for a page's writing
+  std::chrono::milliseconds idle{36'000};           // a silent client is pinged after half of it, dropped after all
+  size_t maxFrameBytes = size_t{256} * 1024;        // of an incoming frame
+  size_t maxQueuedBytes = size_t{4} * 1024 * 1024;  // of outgoing frames behind the one that is being written
+};
+
+// Who is at the other end.
+struct Remote {
+  std::string name;     // in the log
+  std::string address;  // IPv4-mapped addresses are written as IPv4
+  std::string network;  // the rate-limit key, see Session
+  bool isLoopback = false;
+};
+
+// One TCP connection, first as HTTP, then perhaps as a WebSocket. All its operations belong to the loop's thread.
+class Connection {
+ public:
+  virtual ~Connection() = default;
+
+  // Ends the connection because the terminal stops: a session is closed with 1001, all else is cut off.
+  virtual void stop() = 0;
+
+  // Ends the connection at once, with what is queued.
+  virtual void cut(std::string_view reason) = 0;
+
+  // True unless a client is logged in on it or it is ending.
+  virtual bool mayGiveWay() const = 0;
+};
+
+using UpgradeRequest = boost::beast::http::request<boost::beast::http::empty_body>;
+
+// Gets a connection's events; they never come from inside one of its operations.
+class IConnectionOwner {
+ public:
+  virtual ~IConnectionOwner() = default;
+
+  // Calls `answer` once with the page to send, or without one if the connection goes on as a WebSocket.
+  virtual void onRequestHead(const HttpRequest& request, IPageOwner::Answer answer) = 0;
+
+  // `connection` has become a WebSocket: it is replaced by one that owns `stream`.
+  virtual void onUpgrade(Connection& connection, std::unique_ptr<SecureStream> stream, UpgradeRequest request) = 0;
+
+  // The last call for this connection.
+  virtual void onEnded(Connection& connection) = 0;
+};
+
+}  // namespace orvane::terminal

@@ -1,0 +1,164 @@
+#include "terminal/net/httpconnection.h"
+
+#include <array>
+#include <boost/asio/post.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/beast/core.hpp>
+#include <boost/beast/http.hpp>
+#include <boost/beast/websocket/rfc6455.hpp>
+#include <optional>
+#include <utility>
+
+#include "terminal/logging.h"
+
+namespace orvane::terminal {
+namespace {
+
+namespace beast = boost::beast;
+namespace http = beast::http;
+using boost::system::error_code;
+
+constexpr std::chrono::milliseconds kShutdownTime{3000};
+
+// A page loads nothing from elsewhere, and no other page can frame it.
+constexpr std::array<std::pair<std::string_view, std::string_view>, 4> kPageHeaders{{
+    {"Cache-Control", "no-store"},
+    {"Content-Security-Policy",
+     "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self' data:; connect-src 'self'; "
+     "manifest-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'"},
+    {"Referrer-Policy", "no-referrer"},
+    {"X-Content-Type-Options", "nosniff"},
+}};
+
+std::string_view view(beast::string_view text) { return {text.data(), text.size()}; }
+
+HttpRequest headOf(const UpgradeRequest& request) {
+  const std::string_view target = view(request.target());
+  return {.method = view(request.method_string()),
+          .path = target.substr(0, target.find('?')),
+          .host = view(request[http::field::host]),
+          .origin = view(request[http::field::origin]),
+          .authorization = view(request[http::field::authorization])};
+}
+
+class HttpConnection final : public Connection, public std::enable_shared_from_this<HttpConnection> {
+  // A completion handler that keeps the connection alive until it ran.
+  template <typename... Arguments>
+  auto handler(void (HttpConnection::*operation)(Arguments...)) {
+    return beast::bind_front_handler(operation, shared_from_this());
+  }
+
+ public:
+  HttpConnection(std::unique_ptr<SecureStream> stream, Remote remote, IConnectionOwner& owner, const NetLimits& limits)
+      : stream_(std::move(stream)),
+        timer_(stream_->get_executor()),
+        remote_(std::move(remote)),
+        owner_(owner),
+        limits_(limits) {}
+
+  void start() {
+    tcp().expires_after(limits_.head);
+    if (!stream_->isSecure()) return readRequest();
+    stream_->handshake(boost::asio::ssl::stream_base::server, handler(&HttpConnection::onHandshake));
+  }
+
+  void stop() override { cut("the terminal stops"); }
+
+  void cut(std::string_view reason) override {
+    if (ending_) return;
+    ending_ = true;
+    TERMINAL_LOG(gatewayLogger(), Info, "{} is cut off: {}", remote_.name, reason);
+    boost::asio::post(timer_.get_executor(), [self = shared_from_this()] { self->finish(); });
+  }
+
+  bool mayGiveWay() const override { return !ending_; }
+
+ private:
+  beast::tcp_stream& tcp() { return stream_->next_layer(); }
+
+  void onHandshake(error_code error) {
+    if (!error) return readRequest();
+    TERMINAL_LOG(gatewayLogger(), Debug, "{}: no TLS: {}", remote_.name, error.message());
+    finish();
+  }
+
+  void readRequest() { http::async_read(*stream_, buffer_, request_, handler(&HttpConnection::onRequest)); }
+
+  void onRequest(error_code error, size_t /*bytes*/) {
+    if (ending_) return finish();
+    if (error && error != http::error::unexpected_body) return onBadRequest(error);
+    HttpRequest head = headOf(request_.get());
+    head.isUpgrade = !error && beast::websocket::is_upgrade(request_.get());
+    head.isLoopback = remote_.isLoopback;
+    owner_.onRequestHead(head, [self = shared_from_this()](const std::optional<Page>& page) { self->onAnswer(page); });
+  }
+
+  void onAnswer(const std::optional<Page>& page) {
+    if (ending_) return;  // cut off while the answer was made
+    if (page) return writePage(*page);
+    ending_ = true;
+    tcp().expires_never();
+    owner_.onUpgrade(*this, std::move(stream_), request_.release());
+  }
+
+  void onBadRequest(const error_code& error) {
+    const bool isGone = error == http::error::end_of_stream || error == http::error::partial_message;
+    if (isGone || error.category() != make_error_code(http::error::bad_method).category()) return finish();
+    writePage({.status = 400, .body = fmt::format("This is no HTTP request: {}.\n", error.message())});
+  }
+
+  void writePage(const Page& page) {
+    http::response<http::string_body>& response = response_.emplace(http::status(page.status), 11);
+    response.set(http::field::content_type, page.contentType);
+    for (const auto& [name, value] : kPageHeaders) response.set(name, value);
+    response.keep_alive(false);
+    response.body() = page.body;
+    response.prepare_payload();
+    tcp().expires_after(limits_.head);
+    http::async_write(*stream_, response, handler(&HttpConnection::onPage));
+  }
+
+  // The stream's own deadline ends with the last byte written, so the shutdown needs a timer.
+  void onPage(error_code error, size_t /*bytes*/) {
+    if (error || ending_) return finish();
+    timer_.expires_after(kShutdownTime);
+    timer_.async_wait([self = shared_from_this()](const error_code& cancelled) {
+      if (!cancelled) self->finish();
+    });
+    stream_->shutdown(beast::role_type::server, handler(&HttpConnection::onShutdown));
+  }
+
+  // Whether the shutdown succeeded makes no difference: the socket is closed either way.
+  void onShutdown(error_code /*error*/) { finish(); }
+
+  void finish() {
+    if (finished_) return;
+    finished_ = true;
+    ending_ = true;
+    timer_.cancel();
+    tcp().close();
+    owner_.onEnded(*this);
+  }
+
+  std::unique_ptr<SecureStream> stream_;  // null after an upgrade
+  boost::asio::steady_timer timer_;
+  const Remote remote_;
+  IConnectionOwner& owner_;
+  const NetLimits limits_;
+  beast::flat_buffer buffer_;
+  http::request_parser<http::empty_body> request_;
+  std::optional<http::response<http::string_body>> response_;
+  bool ending_ = false;
+  bool finished_ = false;
+};
+
+}  // namespace
+
+std::shared_ptr<Connection> openHttpConnection(std::unique_ptr<SecureStream> stream, Remote remote,
+                                               IConnectionOwner& owner, const NetLimits& limits) {
+  auto connection = std::make_shared<HttpConnection>(std::move(stream), std::move(remote), owner, limits);
+  connection->start();
+  return connection;
+}
+
+}  // namespace orvane::terminal

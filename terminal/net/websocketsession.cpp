@@ -1,0 +1,190 @@
+#include "terminal/net/websocketsession.h"
+
+#include <boost/asio/post.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/beast/core.hpp>
+#include <boost/beast/websocket.hpp>
+#include <deque>
+#include <optional>
+#include <utility>
+
+#include "terminal/logging.h"
+
+namespace orvane::terminal {
+namespace {
+
+namespace beast = boost::beast;
+namespace websocket = beast::websocket;
+using boost::system::error_code;
+
+constexpr std::chrono::milliseconds kCloseTime{3000};
+constexpr std::chrono::milliseconds kStopTime{500};  // shorter: the terminal's end waits for it
+
+class WebSocketSession final : public Session,
+                               public Connection,
+                               public std::enable_shared_from_this<WebSocketSession> {
+  // A completion handler that keeps the session alive until it ran.
+  template <typename... Arguments>
+  auto handler(void (WebSocketSession::*operation)(Arguments...)) {
+    return beast::bind_front_handler(operation, shared_from_this());
+  }
+
+ public:
+  WebSocketSession(std::unique_ptr<SecureStream> stream, Remote remote, ISessionOwner& sessions,
+                   IConnectionOwner& owner, const NetLimits& limits)
+      : stream_(std::move(stream)),
+        ws_(*stream_),
+        timer_(ws_.get_executor()),
+        remote_(std::move(remote)),
+        sessions_(sessions),
+        owner_(owner),
+        limits_(limits) {}
+
+  void accept(UpgradeRequest request) {
+    request_ = std::move(request);
+    ws_.set_option(websocket::stream_base::timeout{limits_.head, limits_.idle, true});
+    ws_.read_message_max(limits_.maxFrameBytes);
+    ws_.auto_fragment(false);
+    ws_.async_accept(request_, handler(&WebSocketSession::onAccept));
+  }
+
+  void send(Text text) override {
+    if (closing_) return;
+    if (backlogBytes() > limits_.maxQueuedBytes) return dropSlowClient();
+    queuedBytes_ += text->size();
+    queue_.push_back(std::move(text));
+    if (queue_.size() == 1) write();
+  }
+
+  void close(CloseCode code, std::string_view reason) override {
+    if (closing_) return;
+    TERMINAL_LOG(gatewayLogger(), Info, "{} is closed with {}: {}", name(), static_cast<unsigned>(code), reason);
+    closing_ = true;
+    closeCode_ = code;
+    reason_.code = static_cast<uint16_t>(code);
+    reason_.reason.assign(reason.data(), reason.size());
+    finishAfter(code == CloseCode::GoingAway ? kStopTime : kCloseTime);
+    if (queue_.empty()) writeClose();
+  }
+
+  void stop() override {
+    constexpr std::string_view kReason = "the terminal stops";
+    opened_ ? close(CloseCode::GoingAway, kReason) : cut(kReason);
+  }
+
+  void cut(std::string_view reason) override {
+    if (closing_) return;
+    TERMINAL_LOG(gatewayLogger(), Info, "{} is cut off: {}", name(), reason);
+    closing_ = true;
+    boost::asio::post(ws_.get_executor(), [self = shared_from_this()] { self->finish(); });
+  }
+
+  void admit() override { admitted_ = true; }
+  bool mayGiveWay() const override { return !admitted_ && !closing_; }
+  bool isClosing() const override { return closing_; }
+  std::optional<CloseCode> closeCode() const override { return closeCode_; }
+  const std::string& name() const override { return remote_.name; }
+  const std::string& address() const override { return remote_.address; }
+  const std::string& network() const override { return remote_.network; }
+
+ private:
+  void onAccept(error_code error) {
+    if (error || closing_) return finish();
+    opened_ = true;
+    sessions_.onOpened(shared_from_this());
+    read();
+  }
+
+  void read() { ws_.async_read(buffer_, handler(&WebSocketSession::onRead)); }
+
+  void onRead(error_code error, size_t /*bytes*/) {
+    if (error) return onReadError(error);
+    if (!closing_ && !ws_.got_text()) close(CloseCode::UnsupportedData, "only text frames are taken");
+    if (!closing_) sessions_.onFrame(*this, {static_cast<const char*>(buffer_.cdata().data()), buffer_.size()});
+    buffer_.clear();
+    read();
+  }
+
+  void onReadError(const error_code& error) {
+    if (error != websocket::error::closed && !closing_) {
+      TERMINAL_LOG(gatewayLogger(), Info, "{} is dropped: {}", name(), error.message());
+    }
+    finish();
+  }
+
+  void write() {
+    ws_.text(true);
+    ws_.async_write(boost::asio::buffer(*queue_.front()), handler(&WebSocketSession::onWrite));
+  }
+
+  void onWrite(error_code error, size_t /*bytes*/) {
+    if (error) return finish();
+    queuedBytes_ -= queue_.front()->size();
+    queue_.pop_front();
+    if (!queue_.empty()) return write();
+    if (closing_) writeClose();
+  }
+
+  // Without the frame that is being written: it may be a long list, which a fast client still takes its time to read.
+  size_t backlogBytes() const { return queue_.empty() ? 0 : queuedBytes_ - queue_.front()->size(); }
+
+  void writeClose() { ws_.async_close(reason_, handler(&WebSocketSession::onCloseWritten)); }
+
+  // The client's answer to the close frame, or its absence, makes no difference.
+  void onCloseWritten(error_code /*error*/) { finish(); }
+
+  // The backlog is lost with the connection; only the frame that is being written can still end.
+  void dropSlowClient() {
+    TERMINAL_LOG(gatewayLogger(), Warn, "{} reads too slowly: {} messages with {} bytes wait", name(), queue_.size(),
+                 queuedBytes_);
+    queue_.resize(1);
+    queuedBytes_ = queue_.front()->size();
+    close(CloseCode::TooSlow, "too slow");
+  }
+
+  void finishAfter(std::chrono::milliseconds time) {
+    timer_.expires_after(time);
+    timer_.async_wait([self = shared_from_this()](const error_code& cancelled) {
+      if (!cancelled) self->finish();
+    });
+  }
+
+  void finish() {
+    if (finished_) return;
+    finished_ = true;
+    closing_ = true;
+    timer_.cancel();
+    stream_->next_layer().close();
+    if (opened_) sessions_.onClosed(*this);
+    owner_.onEnded(*this);
+  }
+
+  const std::unique_ptr<SecureStream> stream_;
+  websocket::stream<SecureStream&, false> ws_;
+  boost::asio::steady_timer timer_;  // the close's
+  const Remote remote_;
+  ISessionOwner& sessions_;
+  IConnectionOwner& owner_;
+  const NetLimits limits_;
+  UpgradeRequest request_;
+  beast::flat_buffer buffer_;
+  std::deque<Text> queue_;  // the first is being written
+  size_t queuedBytes_ = 0;
+  websocket::close_reason reason_;
+  std::optional<CloseCode> closeCode_;
+  bool opened_ = false;
+  bool admitted_ = false;
+  bool closing_ = false;
+  bool finished_ = false;
+};
+
+}  // namespace
+
+std::shared_ptr<Connection> openWebSocket(std::unique_ptr<SecureStream> stream, UpgradeRequest request, Remote remote,
+                                          ISessionOwner& sessions, IConnectionOwner& owner, const NetLimits& limits) {
+  auto session = std::make_shared<WebSocketSession>(std::move(stream), std::move(remote), sessions, owner, limits);
+  session->accept(std::move(request));
+  return session;
+}
+
+}  // namespace orvane::terminal

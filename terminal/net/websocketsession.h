@@ -1,0 +1,14 @@
+#pragma once
+
+#include <memory>
+
+#include "terminal/net/connection.h"
+
+namespace orvane::terminal {
+
+// Accepts the upgrade that `request` asks for, and is a session of `sessions` from then on. `sessions` and `owner`
+// must outlive it.
+std::shared_ptr<Connection> openWebSocket(std::unique_ptr<SecureStream> stream, UpgradeRequest request, Remote remote,
+                                          ISessionOwner& sessions, IConnectionOwner& owner, const NetLimits& limits);
+
+}  // namespace orvane::terminal

@@ -1,0 +1,34 @@
+#include "terminal/phones/peers.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace orvane::terminal {
+
+Peer& Peers::add(std::shared_ptr<Session> session) {
+  Peer& peer = peers_[session.get()];
+  peer.session = std::move(session);
+  return peer;
+}
+
+size_t Peers::countLoggedIn() const {
+  return static_cast<size_t>(
+      std::count_if(peers_.begin(), peers_.end(), [](const auto& entry) { return entry.second.isLoggedIn; }));
+}
+
+size_t Peers::countOfToken(int64_t token) const {
+  return static_cast<size_t>(std::count_if(peers_.begin(), peers_.end(), [token](const auto& entry) {
+    const Peer& peer = entry.second;
+    return peer.visitor.token == token && !peer.session->isClosing();
+  }));
+}
+
+void Peers::closeOlder(const Peer& newest) {
+  if (newest.device.empty()) return;
+  for (const auto& [session, peer] : peers_) {
+    if (&peer == &newest || peer.device != newest.device || peer.visitor.token != newest.visitor.token) continue;
+    peer.session->close(CloseCode::Replaced, "the same device has logged in anew");
+  }
+}
+
+}  // namespace orvane::terminal

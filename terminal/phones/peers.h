@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+#include "terminal/eventloop.h"
+#include "terminal/phones/visitor.h"
+#include "terminal/session.h"
+
+namespace orvane::terminal {
+
+// A client with a session.
+struct Peer {
+  std::shared_ptr<Session> session;
+  Visitor visitor;  // token 0 before the login
+  std::string device;
+  size_t waiting = 0;   // requests without a reply
+  size_t overruns = 0;  // requests refused since the backlog last fell below half its limit
+  bool isLoggedIn = false;
+  bool isPunished = false;       // for a wrong login: frames are ignored until it is answered
+  std::unique_ptr<Timer> timer;  // the login's limit, then the delay of a wrong login's answer
+};
+
+// All clients with a session. One thread.
+class Peers {
+ public:
+  Peer& add(std::shared_ptr<Session> session);
+  void remove(const Session& session) { peers_.erase(&session); }
+
+  // REQUIRES: the session is open.
+  Peer& of(const Session& session) { return peers_.at(&session); }
+
+  size_t countLoggedIn() const;
+  size_t countOfToken(int64_t token) const;  // those that are closing not included
+
+  // Closes older sessions of the same token and device: a client that connects again has given them up.
+  void closeOlder(const Peer& newest);
+
+  template <typename Function>
+  void each(const Function& function) {
+    for (auto& [session, peer] : peers_) function(peer);
+  }
+
+ private:
+  std::unordered_map<const Session*, Peer> peers_;
+};
+
+}  // namespace orvane::terminal

@@ -1,0 +1,90 @@
+#include "terminal/phones/phones.h"
+
+#include <utility>
+#include <variant>
+
+#include "terminal/logging.h"
+#include "terminal/phones/frame.h"
+
+namespace orvane::terminal {
+namespace {
+
+constexpr std::chrono::seconds kTickPeriod{1};
+
+}  // namespace
+
+Phones::Phones(IEventLoop& loop, PhonesOptions options)
+    : loop_(loop),
+      keeper_(options.dataDir, loop),
+      requests_(loop, peers_, keeper_, metrics_, answers_, agent_),
+      login_(loop, options.loginTime, keeper_, peers_, pushes_, answers_),
+      pages_(std::move(options.probe), std::move(options.figures), peers_, requests_, agent_, keeper_, metrics_) {}
+
+void Phones::start() {
+  tick_ = loop_.after(kTickPeriod, [this] { tick(); });
+}
+
+void Phones::tick() {
+  keeper_.tick();
+  peers_.each([this](const Peer& peer) {
+    if (peer.isLoggedIn && !keeper_.isWelcome(peer.visitor)) {
+      peer.session->close(CloseCode::NotEntitled, "the token was revoked");
+    }
+  });
+  start();
+}
+
+void Phones::deliver(const MobileMessage& message) {
+  loop_.post([this, message] { message.requestId == kNoRequestId ? push(message) : requests_.onReply(message); });
+}
+
+void Phones::push(const MobileMessage& message) {
+  metrics_.countPush();
+  const PushLog::Text text = pushes_.add(message);
+  peers_.each([&](const Peer& peer) {
+    if (peer.visitor.rights.has(Right::See)) peer.session->send(text);
+  });
+}
+
+void Phones::onOpened(std::shared_ptr<Session> session) { login_.expect(peers_.add(std::move(session))); }
+
+void Phones::onFrame(Session& session, std::string_view text) {
+  answers_.guard(session, [&] { read(peers_.of(session), text); });
+}
+
+void Phones::read(Peer& peer, std::string_view text) {
+  if (peer.isPunished) return;
+  Session& session = *peer.session;
+  const auto result = readFrame(text);
+  const auto* frame = std::get_if<Frame>(&result);
+  if (frame != nullptr && frame->topic == kLoginTopic) return login_.onFrame(peer, *frame);
+  if (frame != nullptr && peer.isLoggedIn) return gates_.onRequest(peer, *frame);
+  if (const auto* error = std::get_if<FrameError>(&result)) {
+    answers_.refuse(session, error->id, error->topic, {RefusalReason::Frame, error->message});
+  } else {
+    answers_.refuse(session, frame->id, frame->topic,
+                    {RefusalReason::Login, R"(log in first: {"topic": "login", "token": ...})"});
+  }
+  if (!peer.isLoggedIn) session.close(CloseCode::NoLogin, "the first message must be a login");
+}
+
+void Phones::onClosed(Session& session) {
+  TERMINAL_LOG(gatewayLogger(), Debug, "{} is gone", session.name());
+  if (const auto code = session.closeCode()) metrics_.countClose(*code);
+  requests_.onClosed(session);
+  peers_.remove(session);
+}
+
+void Phones::makePage(const HttpRequest& request, Answer answer) {
+  std::optional<Page> page;
+  try {
+    page = pages_.make(request);
+  } catch (const std::exception& error) {
+    TERMINAL_LOG(gatewayLogger(), Error, "the page {} could not be made: {}", request.path, error.what());
+    metrics_.countRefusal(RefusalReason::Fault);
+    page = Page{.status = 500, .body = "The terminal failed inside; its log says more.\n"};
+  }
+  answer(std::move(page));
+}
+
+}  // namespace orvane::terminal

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <memory>
+
+#include "host/mobilemessage.h"
+#include "terminal/eventloop.h"
+#include "terminal/pages.h"
+#include "terminal/phones/agentcallback.h"
+#include "terminal/phones/answers.h"
+#include "terminal/phones/gatekeeper.h"
+#include "terminal/phones/gates.h"
+#include "terminal/phones/login.h"
+#include "terminal/phones/metrics.h"
+#include "terminal/phones/peers.h"
+#include "terminal/phones/pushlog.h"
+#include "terminal/phones/requests.h"
+#include "terminal/phones/statuspages.h"
+#include "terminal/session.h"
+
+namespace orvane::terminal {
+
+struct PhonesOptions {
+  std::filesystem::path dataDir;
+  std::chrono::milliseconds loginTime{10'000};  // for a client's first frame
+  HealthProbe probe;                            // the host's checks for the health page; called on the loop's thread
+  StatusPages::FiguresProbe figures;            // REQUIRED; the same thread
+};
+
+// What clients may say to this terminal, over whatever transport. Each request gets an id of its own, and each reply
+// goes back to the session that asked. Everything but agent() and deliver() belongs to the loop's thread.
+class Phones : public ISessionOwner, public IPageOwner {
+ public:
+  // Throws std::runtime_error if `gateway.db` cannot be used. `loop` must outlive the object.
+  Phones(IEventLoop& loop, PhonesOptions options);
+
+  // Begins and ends the work of every second. After stop() the owner closes the sessions.
+  void start();
+  void stop() { tick_.reset(); }
+
+  // Where the agent attaches its callback.
+  AgentCallback& agent() { return agent_; }
+
+  // Sends a message, all texts UTF-8, to the client that waits for it, or to all if it is a push. Any thread.
+  void deliver(const MobileMessage& message);
+
+  void onOpened(std::shared_ptr<Session> session) override;
+  void onFrame(Session& session, std::string_view text) override;
+  void onClosed(Session& session) override;
+  void makePage(const HttpRequest& request, Answer answer) override;
+
+ private:
+  void read(Peer& peer, std::string_view text);
+  void push(const MobileMessage& message);
+  void tick();
+
+  IEventLoop& loop_;
+  AgentCallback agent_;
+  Gatekeeper keeper_;
+  Metrics metrics_;
+  Answers answers_{metrics_};
+  Peers peers_;
+  PushLog pushes_;
+  Requests requests_;
+  Gates gates_{keeper_, requests_, answers_};
+  Login login_;
+  StatusPages pages_;
+  std::unique_ptr<Timer> tick_;
+};
+
+}  // namespace orvane::terminal

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "terminal/pages.h"
+#include "terminal/phones/agentcallback.h"
+#include "terminal/phones/gatekeeper.h"
+#include "terminal/phones/health.h"
+#include "terminal/phones/metrics.h"
+#include "terminal/phones/peers.h"
+#include "terminal/phones/requests.h"
+
+namespace orvane::terminal {
+
+// `/health`, `/health/live`, `/health/ready` and `/metrics`. One thread.
+class StatusPages {
+ public:
+  using FiguresProbe = std::function<TransportFigures()>;
+
+  // `probe` may be empty; `figures` may not.
+  StatusPages(HealthProbe probe, FiguresProbe figures, const Peers& peers, const Requests& requests,
+              const AgentCallback& agent, Gatekeeper& keeper, const Metrics& metrics);
+
+  // Nothing for every other path, and for another method than GET.
+  std::optional<Page> make(const HttpRequest& request);
+
+ private:
+  std::vector<HealthCheck> readiness() const;
+  Page metricsPage(const HttpRequest& request);
+
+  const HealthProbe probe_;
+  const FiguresProbe figures_;
+  const Peers& peers_;
+  const Requests& requests_;
+  const AgentCallback& agent_;
+  Gatekeeper& keeper_;
+  const Metrics& metrics_;
+};
+
+}  // namespace orvane::terminal
