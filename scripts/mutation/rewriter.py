@@ -65,7 +65,7 @@ class Rewriter:
         source = re.sub(r"(constexpr bool rowsFollowTheirValues[^§]*?)?static_assert\([^;]*;",
                         lambda found: "\n" * found.group().count("\n"), source)
         source = source.replace("constexpr const char* ", "const char* const ")
-        source = re.sub(r"\bconstexpr (FailureTexts|std::array|std::string_view)\b", r"const \1", source)
+        source = re.sub(r"(?<!static )\bconstexpr (FailureTexts|std::array|std::string_view)\b", r"const \1", source)
         return File(self.places, path, source).rewrite()
 
 
@@ -75,17 +75,19 @@ class File:
         # The same, with literals and comments blanked.
         self.plain = LITERAL.sub(lambda found: re.sub(r"[^\n]", " ", found.group()), source)
         self.edits = []  # (from, to, new text)
-        self.fixed = self.constexpr_functions()
+        self.fixed = self.constants()
 
     def place(self, kind, at, what=None):
         line = self.source.count("\n", 0, at) + 1
         self.places.append((kind, f"{self.path}:{line}: {kind}: {what or self.source.splitlines()[line - 1].strip()}"))
         return len(self.places)
 
-    def constexpr_functions(self):
-        """What the compiler may evaluate."""
-        heads = re.finditer(r"\bconstexpr [^;{}=()]*\([^;{}]*\)[^;{}]*\{", self.plain)
-        return [(head.start(), closing(self.plain, head.end() - 1)) for head in heads]
+    def constants(self):
+        """The ranges that must stay constant: constexpr functions and static members."""
+        functions = re.finditer(r"\bconstexpr [^;{}=()]*\([^;{}]*\)[^;{}]*\{", self.plain)
+        members = re.finditer(r"\bstatic constexpr [^;(){}]*[={][^;]*;", self.plain)
+        return [(head.start(), closing(self.plain, head.end() - 1)) for head in functions] + [
+            member.span() for member in members]
 
     def is_fixed(self, at):
         return any(begin <= at <= end for begin, end in self.fixed)
