@@ -52,7 +52,8 @@ struct Key {
 // Funds that an order holds back while it is working.
 struct OrderFunds {
   double cash = 0;
-  double margin = 0;  // collateral, on a credit account
+  double margin = 0;    // collateral, on a credit account
+  double borrowed = 0;  // counts against the account's limit of margin purchases or short sales
 };
 
 // An order with what it closes and holds back.

@@ -25,6 +25,7 @@ void addAccount(const Book& book, const Account& account, Selection& selection) 
   selection.equity += accountFigures(book, account).equity;
   selection.base += account.preBalance + account.deposit;
   forEachHolding(book, account.id.index, [&](const Key& key, const Holdings& held) {
+    if (held.longs.isBlank() && held.shorts.isBlank()) return;  // there for a working order alone
     const SideFigures longs = sideFigures(book, key, held, Direction::Long);
     const SideFigures shorts = sideFigures(book, key, held, Direction::Short);
     TypeTotals& type = selection.types[book.instruments.at(key.hashCode).codeType];

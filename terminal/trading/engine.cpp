@@ -89,15 +89,15 @@ std::string cancel(Book& book, Change& change, const CancelOrderRequest& request
   return {};
 }
 
-// Fills each working order that a price has reached, at the order's own price, by account, instrument and id.
+// Fills each working order that a price has reached, at the order's own price, the oldest first.
 void match(Book& book, Change& change, const std::vector<Price>& prices) {
-  std::set<std::pair<Key, int64_t>> reached;
+  std::set<int64_t> reached;
   for (const auto& [hashCode, price] : prices) {
     const Instrument& instrument = book.instruments.at(hashCode);
     const double slack = instrument.priceTick / 2;
     reached.merge(book.working.reached(hashCode, instrument.ask() - slack, instrument.bid() + slack));
   }
-  for (const auto& [key, id] : reached) fillOrder(book, change, id, book.orders.at(id).order.price, nowMillis());
+  for (const int64_t id : reached) fillOrder(book, change, id, book.orders.at(id).order.price, nowMillis());
 }
 
 // Runs one action on the desk. Fails with the text that the action returns, or if the change could not be stored.

@@ -24,13 +24,16 @@ double holdingMargin(const Book& book, const Key& key, Direction direction, cons
   return borrowed * account.credit->longMarginRate;
 }
 
+// A debt whose shares are sold still binds margin.
 void addDebts(const Book& book, const Account& account, AccountFigures& figures) {
+  double borrowed = 0;
   for (const int64_t id : book.contractsOf(account.id.index)) {
     const CreditContract& contract = book.contracts.at(id);
     figures.debt += contract.interest;
-    if (contract.direction == Direction::Long) figures.debt += contract.amount;
+    (contract.direction == Direction::Long ? borrowed : figures.shortProceeds) += contract.amount;
   }
-  figures.debt += figures.shorts.marketValue;
+  figures.debt += borrowed + figures.shorts.marketValue;
+  figures.longs.margin = borrowed * account.credit->longMarginRate;
 }
 
 double withdrawQuota(const Account& account, const AccountFigures& figures) {
@@ -172,19 +175,19 @@ OrderFunds orderFunds(const Book& book, const BookOrder& order) {
   const Account& account = book.accounts.at(key.account);
   switch (order.side()) {
     case Side::MarginBuying:
-      return {fee, value * account.credit->longMarginRate};
+      return {fee, value * account.credit->longMarginRate, value};
     case Side::ShortSelling:
-      return {fee, value * account.credit->shortMarginRate};
+      return {fee, value * account.credit->shortMarginRate, value};
     case Side::SecurityReimbursement:
-      return {value + fee, 0};
+      return {value + fee};
     default:
       break;
   }
   if (!order.opens()) return {};
-  if (account.credit) return {value + fee, 0};
+  if (account.credit) return {value + fee};
   const MarginRate both = marginRate(book, key);
   const Rate& rate = order.direction() == Direction::Long ? both.longs : both.shorts;
-  return {value * rate.byMoney + volume * rate.byVolume + fee, 0};
+  return {value * rate.byMoney + volume * rate.byVolume + fee};
 }
 
 Closable closable(const Book& book, const Key& key, Direction direction) {
@@ -206,17 +209,15 @@ AccountFigures accountFigures(const Book& book, const Account& account) {
   AccountFigures it;
   forEachHolding(book, account.id.index, [&](const Key& key, const Holdings& held) {
     it.longs += sideFigures(book, key, held, Direction::Long);
-    const SideFigures shorts = sideFigures(book, key, held, Direction::Short);
-    it.shorts += shorts;
-    if (account.credit) it.shortProceeds += shorts.marketValue + shorts.floatProfit;
+    it.shorts += sideFigures(book, key, held, Direction::Short);
   });
   const WorkingFunds working = book.working.funds(account.id.index);
   it.frozen = working.cash;
   it.buyBack = working.buyBack;
   it.frozenMargin = working.margin;
   it.equity = account.preBalance + account.deposit - account.withdraw + it.todayProfit() - account.commission;
-  it.margin = it.longs.margin + it.shorts.margin;
   if (account.credit) addDebts(book, account, it);
+  it.margin = it.longs.margin + it.shorts.margin;
   if (holdsSecurities(account.market())) it.cash = it.equity + it.debt - it.longs.marketValue;
   // Orders that buy securities back are paid first out of the proceeds of the short sales.
   it.available = account.credit ? it.cash - std::max(it.shortProceeds, it.buyBack) - (it.frozen - it.buyBack)

@@ -175,14 +175,14 @@ std::string OrderCheck::funds() {
 
 std::string OrderCheck::creditLimit() {
   if (!account_.credit) return {};
-  const BookOrder priced = atFillPrice();
-  const OrderFunds needed = orderFunds(book_, priced);
+  const OrderFunds needed = orderFunds(book_, atFillPrice());
   if (needed.margin <= 0) return {};
   const CreditInfoRecord credit = creditInfo(book_, account_);
   const bool buying = order_.side() == Side::MarginBuying;
-  const double value = priced.order.price * static_cast<double>(order_.order.volume * instrument_.multiplier);
+  const WorkingFunds working = book_.working.funds(account_.id.index);
   if (std::string text = shortOf("保证金可用余额", needed.margin, credit.marginAvl); !text.empty()) return text;
-  return shortOf(buying ? "融资额度" : "融券额度", value, buying ? credit.longLimitAvl : credit.shortLimitAvl);
+  if (buying) return shortOf("融资额度", needed.borrowed, credit.longLimitAvl - working.longBorrowed);
+  return shortOf("融券额度", needed.borrowed, credit.shortLimitAvl - working.shortBorrowed);
 }
 
 }  // namespace orvane::terminal

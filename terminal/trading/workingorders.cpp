@@ -29,6 +29,7 @@ void WorkingOrders::count(const BookOrder& order, int sign) {
   sums.cash.add(sign * order.funds.cash);
   if (order.side() == Side::SecurityReimbursement) sums.buyBack.add(sign * order.funds.cash);
   sums.margin.add(sign * order.funds.margin);
+  (order.direction() == Direction::Long ? sums.longBorrowed : sums.shortBorrowed).add(sign * order.funds.borrowed);
   if (sums.count == 0) accounts_.erase(order.key().account);
 }
 
@@ -40,7 +41,8 @@ WorkingVolumes WorkingOrders::volumes(const Key& key, Direction direction) const
 WorkingFunds WorkingOrders::funds(int32_t account) const {
   const auto found = accounts_.find(account);
   if (found == accounts_.end()) return {};
-  return {found->second.cash.value(), found->second.buyBack.value(), found->second.margin.value()};
+  const AccountSums& it = found->second;
+  return {it.cash.value(), it.buyBack.value(), it.margin.value(), it.longBorrowed.value(), it.shortBorrowed.value()};
 }
 
 std::vector<int64_t> WorkingOrders::ids(const Key& key) const {
@@ -58,16 +60,16 @@ std::vector<int64_t> WorkingOrders::ids() const {
   return ids;
 }
 
-std::set<std::pair<Key, int64_t>> WorkingOrders::reached(int64_t hashCode, double above, double below) const {
-  std::set<std::pair<Key, int64_t>> found;
+std::set<int64_t> WorkingOrders::reached(int64_t hashCode, double above, double below) const {
+  std::set<int64_t> found;
   const auto prices = prices_.find(hashCode);
   if (prices == prices_.end()) return found;
   const auto& [buys, sells] = prices->second;
   for (auto it = buys.rbegin(); it != buys.rend() && std::get<double>(*it) > above; ++it) {
-    found.emplace(std::get<Key>(*it), std::get<int64_t>(*it));
+    found.insert(std::get<int64_t>(*it));
   }
   for (auto it = sells.begin(); it != sells.end() && std::get<double>(*it) < below; ++it) {
-    found.emplace(std::get<Key>(*it), std::get<int64_t>(*it));
+    found.insert(std::get<int64_t>(*it));
   }
   return found;
 }

@@ -42,6 +42,8 @@ struct WorkingFunds {
   double cash = 0;
   double buyBack = 0;  // part of `cash` for orders that buy borrowed securities back
   double margin = 0;
+  double longBorrowed = 0;   // for margin purchases
+  double shortBorrowed = 0;  // for short sales
 };
 
 // The working orders, with totals by account and by instrument. Each look-up costs the same however many orders there
@@ -61,8 +63,8 @@ class WorkingOrders {
   std::vector<int64_t> ids(const Key& key) const;
   std::vector<int64_t> ids() const;
 
-  // Orders to buy at more than `above` and to sell at less than `below`.
-  std::set<std::pair<Key, int64_t>> reached(int64_t hashCode, double above, double below) const;
+  // Ids of the orders to buy at more than `above` and to sell at less than `below`.
+  std::set<int64_t> reached(int64_t hashCode, double above, double below) const;
 
  private:
   struct AccountSums {
@@ -70,6 +72,8 @@ class WorkingOrders {
     SteadySum cash;
     SteadySum buyBack;
     SteadySum margin;
+    SteadySum longBorrowed;
+    SteadySum shortBorrowed;
   };
   struct Prices {
     std::set<std::tuple<double, Key, int64_t>> buys;
