@@ -1,0 +1,320 @@
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <ctime>
+#include <optional>
+#include <random>
+
+#include <SQLiteCpp/Database.h>
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "host/common.h"
+#include "host/servicerouter.h"
+#include "host/tradeservice.h"
+#include "terminal/trading/tradinghost.h"
+#include "tests/trading/listcheck.h"
+
+namespace orvane::terminal::testing {
+namespace {
+
+using second::Instrument;
+using second::Key;
+using second::PlacedOrder;
+
+// Moves local time by whole days from UTC.
+void setLocalDay(int days) {
+  setenv("TZ", fmt::format("XXX{:+}", -24 * days).c_str(), 1);
+  tzset();
+}
+
+// In memory if possible: what is on the disk is for other tests.
+std::filesystem::path folder() {
+  const std::filesystem::path memory = "/dev/shm";
+  return (is_directory(memory) ? memory : std::filesystem::temp_directory_path()) /
+         fmt::format("randomdays-{}", getpid());
+}
+
+// A host and the second book side by side, through random steps; after each, everything is compared.
+class RandomDays {
+ public:
+  explicit RandomDays(uint32_t seed) : random_(seed) {
+    remove_all(dir_);
+    setLocalDay(localDay_);
+    { const TradingHost created(TradingOptions{dir_, QuoteMode::Still, {}, 1}); }
+    change(chance(80) ? "UPDATE account SET online = 1" : "UPDATE account SET ordinary_orders = 0 WHERE idx = 2");
+    if (chance(30)) change("UPDATE credit_terms SET long_limit = 400000, short_limit = 150000");
+    if (chance(20)) change("UPDATE account SET pre_balance = pre_balance / 4");
+    book_.emplace(dir_ / "terminal.db");
+    lists_.emplace(*book_);
+    open();
+  }
+  ~RandomDays() {
+    host_.reset();
+    remove_all(dir_);
+    setLocalDay(0);
+  }
+  RandomDays(const RandomDays&) = delete;
+  RandomDays& operator=(const RandomDays&) = delete;
+
+  // Runs until a difference or the end.
+  void run(int steps) {
+    lists_->compare({1, 2, 3, 4});
+    for (int i = 1; i <= steps && !::testing::Test::HasFailure(); ++i) {
+      const std::string what = step();
+      SCOPED_TRACE(fmt::format("step {}: {}", i, what));
+      std::set<int32_t> selected;
+      for (const auto& [index, account] : book_->accounts) {
+        if (chance(60)) selected.insert(index);
+      }
+      lists_->compare(selected);
+    }
+  }
+
+ private:
+  int64_t pick(int64_t low, int64_t high) { return std::uniform_int_distribution<int64_t>(low, high)(random_); }
+  bool chance(int percent) { return pick(1, 100) <= percent; }
+  template <typename Range>
+  auto oneOf(const Range& range) {
+    return *std::next(std::begin(range), pick(0, static_cast<int64_t>(std::size(range)) - 1));
+  }
+  int32_t oneOf(std::initializer_list<int32_t> values) { return oneOf<std::initializer_list<int32_t>>(values); }
+
+  static ITradeService* trade() { return IServiceRouter::instance()->getTradeService(); }
+
+  void open() {
+    host_.emplace(TradingOptions{dir_, QuoteMode::Still, {}, 1});
+    host_->start([this](const MobileMessage& message) { lists_->put(message); });
+  }
+
+  void change(const std::string& sql) {
+    SQLite::Database((dir_ / "terminal.db").string(), SQLite::OPEN_READWRITE).exec(sql);
+  }
+
+  // Does one random thing to both and returns what.
+  std::string step() {
+    const int64_t what = pick(1, 100);
+    if (what <= 48) return order();
+    if (what <= 57) return cancel();
+    if (what <= 79) return quote();
+    if (what <= 85) return synchronise();
+    if (what <= 92) return manual();
+    if (what <= 95) return nextStart(0);
+    return what <= 97 && localDay_ < 1 ? midnight() : nextStart(static_cast<int>(pick(1, 4)));
+  }
+
+  std::string nextStart(int days) {
+    host_.reset();
+    change(fmt::format("UPDATE trading_day SET day = day - {0}; UPDATE orders SET day = day - {0}", days));
+    open();
+    if (days > 0) book_->newDay(days);
+    return fmt::format("start after {} days", days);
+  }
+
+  // Under a running host. Local time can be two days ahead of where it began.
+  std::string midnight() {
+    setLocalDay(++localDay_);
+    book_->newDay(1);
+    const auto& [hash, instrument] = *book_->instruments.begin();
+    return "midnight, " + setQuote(hash, instrument.last);
+  }
+
+  // Mostly an instrument that the account may trade, often one that it holds.
+  Key randomKey(int32_t account) {
+    std::vector<Key> held;
+    for (const Key& key : book_->positionKeys()) {
+      if (key.first == account) held.push_back(key);
+    }
+    if (chance(60) && !held.empty()) return oneOf(held);
+    const bool any = chance(5);
+    for (;;) {
+      const auto& [hash, it] = *std::next(book_->instruments.begin(), pick(0, std::ssize(book_->instruments) - 1));
+      if (any || book_->accounts.at(account).trades(it)) return {account, hash};
+    }
+  }
+
+  // Mostly within five ticks of the last price; with four digits, as a client would send it.
+  double randomPrice(const Instrument& it) {
+    double price = std::clamp(it.last + second::number(pick(-5, 5)) * it.tick, it.low, it.high);
+    if (chance(3)) price = it.last + it.tick / 2;
+    if (chance(3)) price = oneOf(std::array{it.low - it.tick, it.low, it.high, it.high + it.tick, 0.0});
+    return std::round(price * 10000) / 10000;
+  }
+
+  std::string order() {
+    const Key key = randomKey(oneOf({1, 1, 2, 3, 4, 4, 4}));
+    const Instrument& it = book_->instruments.at(key.second);
+    const Position held = book_->position(key);
+    PlacedOrder order;
+    std::tie(order.account.index, order.code.hashCode) = key;
+    order.side = static_cast<int32_t>(key.first == 4 ? pick(1, 6) : pick(1, 2));
+    if (chance(3)) order.side = static_cast<int32_t>(pick(-1, 9));
+    order.combOffset = !it.isSecurity()                     ? oneOf({1, 1, 1, 2, 3, 3, 4, 4, 5, 6, 7})
+                       : order.side == 2 || order.side >= 5 ? oneOf({0, 3, 4, 4, 5, 6, 7})
+                                                            : oneOf({0, 1, 2, 3});
+    if (chance(3)) order.combOffset = static_cast<int32_t>(pick(-1, 9));
+    order.priceType = chance(85) ? 1 : oneOf({2, 2, 2, 2, 2, 0, 3});
+    order.price = randomPrice(it);
+    order.volume = it.lot * pick(1, chance(80) ? 6 : 400);
+    if (chance(20)) {
+      order.volume = oneOf(std::array{held.longPosition, held.shortPosition, held.longYesterdayVolume,
+                                      held.shortTodayVolume, held.longTodayVolume});
+    }
+    if (chance(5)) order.volume += pick(-it.lot, it.lot);
+    if (chance(2)) order.volume = oneOf(std::array<int64_t, 4>{0, -1, it.most + 1, it.most});
+    order.hedge = 1;
+    order.orderSource.sourceFlags = 65536;
+    order.orderSource.sourceText = oneOf(std::array<std::string, 4>{"手机", "", "电脑 \"A\"", "€😀"});
+    return place(order);
+  }
+
+  std::string place(const PlacedOrder& order) {
+    MobileNewOrderItem item;
+    item.account.index = order.account.index;
+    item.code.hashCode = order.code.hashCode;
+    item.orderSource = order.orderSource;
+    item.orderSource.sourceText = CodeConvert::utf8_to_gbk(order.orderSource.sourceText);
+    item.volume = order.volume;
+    item.price = order.price;
+    item.priceType = order.priceType;
+    item.combOffset = order.combOffset;
+    item.hedge = order.hedge;
+    item.side = order.side;
+    const std::string got = CodeConvert::gbk_to_utf8(trade()->insertOrder(item).message);
+    expectRefusal(got, book_->place(order));
+    lists_->expectNote(got);
+    return fmt::format("order of {} {} side {} offset {} type {} price {} volume {}: {}", order.account.index,
+                       order.code.hashCode, order.side, order.combOffset, order.priceType, order.price, order.volume,
+                       got);
+  }
+
+  // Mostly of a working order.
+  std::string cancel() {
+    if (book_->orders.empty()) return "nothing to cancel";
+    PlacedOrder order = oneOf(book_->orders).second;
+    for (const auto& [id, it] : book_->orders) {
+      if (it.isWorking() && chance(40)) order = it;
+    }
+    if (chance(5)) order.account.index = static_cast<int32_t>(pick(1, 4));
+    if (chance(5)) order.localOrderId += 1000;
+    CancelOrderRequest request;
+    request.localOrderId = order.localOrderId;
+    request.account.index = order.account.index;
+    request.code.hashCode = order.code.hashCode;
+    expectRefusal(CodeConvert::gbk_to_utf8(trade()->cancelOrder(request).message),
+                  book_->cancel(order.key(), order.localOrderId));
+    return fmt::format("cancel of {}", order.localOrderId);
+  }
+
+  std::string quote() {
+    int64_t hash = randomKey(static_cast<int32_t>(pick(1, 4))).second;
+    for (const auto& [id, it] : book_->orders) {
+      if (it.isWorking() && chance(20)) hash = it.code.hashCode;
+    }
+    return setQuote(hash, randomPrice(book_->instruments.at(hash)));
+  }
+
+  std::string setQuote(int64_t hash, double price) {
+    MobileMessage reply;
+    IUIProxyMgr::getInstance()->requestSync("quote.set", fmt::format(R"({{"hashCode":{},"price":{}}})", hash, price),
+                                            reply);
+    EXPECT_EQ(reply.message.empty(), book_->setQuote(hash, price));
+    return fmt::format("quote of {}: {}", hash, price);
+  }
+
+  static MonitorAccountCodes only(const Key& key) {
+    TradingAccountID account;
+    account.index = key.first;
+    SymbolCode code;
+    code.hashCode = key.second;
+    return {{account, {code}}};
+  }
+
+  // Places what is offered, some of it changed.
+  std::string synchronise() {
+    IPositionMonitor& monitor = *IPositionMonitor::getInstance();
+    std::list<MonitorSyncOrder> offered;
+    const std::set<Key> keys = book_->monitorKeys();
+    for (int i = 0; i < 3 && !keys.empty(); ++i) {
+      offered.splice(offered.end(), monitor.getSyncOrders(only(oneOf(keys))));
+    }
+    offered.resize(std::min<size_t>(offered.size(), 12));
+    for (MonitorSyncOrder& it : offered) {
+      if (chance(30)) it.price = randomPrice(book_->instruments.at(it.code.hashCode));
+      if (chance(10)) it.volume = pick(-1, 1);
+      PlacedOrder order;
+      order.account.index = it.account.index;
+      order.code.hashCode = it.code.hashCode;
+      order.side = it.side;
+      order.combOffset = it.combOffsetFlag;
+      order.priceType = order.hedge = 1;
+      order.price = it.price;
+      order.volume = it.volume;
+      order.orderSource.sourceFlags = 0x1000000;
+      order.orderSource.sourceText = "头寸监控一键同步";
+      if (const std::string text = book_->place(order); !text.empty()) {
+        lists_->expectNotice(
+            fmt::format("头寸监控同步委托被拒绝 ({} {}): {}", it.account.userCode, it.code.code, text));
+      }
+    }
+    const size_t count = offered.size();
+    monitor.placeSyncOrders(offered);
+    return fmt::format("{} synchronising orders", count);
+  }
+
+  std::string manual() {
+    IPositionMonitor& monitor = *IPositionMonitor::getInstance();
+    if (chance(25)) {
+      const bool all = book_->manual.empty() || chance(20);
+      const Key key = all ? Key{} : oneOf(book_->manual).first;
+      monitor.cleanManualPositions(all ? MonitorAccountCodes{} : only(key));
+      std::erase_if(book_->manual, [&](const auto& it) { return all || it.first == key; });
+      return "manual positions cleared";
+    }
+    std::list<MonitorManualPosition> update(static_cast<size_t>(pick(1, 3)));
+    for (MonitorManualPosition& it : update) {
+      const Key key = randomKey(static_cast<int32_t>(pick(1, 4)));
+      const Instrument& instrument = book_->instruments.at(key.second);
+      std::tie(it.account.index, it.code.hashCode) = key;
+      it.account.userCode = book_->accounts.at(key.first).userCode;
+      it.code.code = instrument.code;
+      const int64_t most = 1000 * instrument.most;
+      for (int64_t* volume : {&it.position.longPos, &it.position.shortPos}) {
+        *volume = chance(50) ? 0 : pick(0, 20) * instrument.lot;
+        if (chance(5)) *volume = oneOf(std::array<int64_t, 4>{-1, most, most + 1, 7});
+      }
+      if (book_->setManual(key, it.position.longPos, it.position.shortPos)) continue;
+      lists_->expectNotice(fmt::format("手工头寸无效 ({} {}): 多 {}, 空 {}", it.account.userCode, it.code.code,
+                                       it.position.longPos, it.position.shortPos));
+    }
+    monitor.updateManualPositions(update);
+    return "manual positions";
+  }
+
+  std::mt19937 random_;
+  std::filesystem::path dir_ = folder();
+  int localDay_ = -1;
+  std::optional<second::SecondBook> book_;
+  std::optional<ListCheck> lists_;
+  std::optional<TradingHost> host_;
+};
+
+int64_t fromEnvironment(const char* name, int64_t otherwise) {
+  const char* text = std::getenv(name);
+  return text == nullptr ? otherwise : std::atoll(text);
+}
+
+// RANDOM_DAYS is the number of seeds, RANDOM_DAYS_FROM the first.
+TEST(RandomDaysTest, EveryFigureOfEveryListIsThatOfTheSecondBook) {
+  const int64_t from = fromEnvironment("RANDOM_DAYS_FROM", 1);
+  const int64_t end = from + fromEnvironment("RANDOM_DAYS", 10);
+  for (int64_t seed = from; seed < end && !HasFailure(); ++seed) {
+    SCOPED_TRACE(fmt::format("RANDOM_DAYS_FROM={} RANDOM_DAYS=1", seed));
+    RandomDays(static_cast<uint32_t>(seed)).run(80);
+  }
+}
+
+}  // namespace
+}  // namespace orvane::terminal::testing
