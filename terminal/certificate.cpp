@@ -24,7 +24,7 @@ namespace orvane::terminal {
 namespace {
 
 constexpr long kDay = 86400;
-constexpr long kGoodFor = 825 * kDay;  // phones take none that is good for longer
+constexpr long kGoodFor = 825 * kDay;  // phones reject certificates that are valid for longer
 constexpr long kRenewBefore = 30 * kDay;
 
 using Key = std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)>;
@@ -44,7 +44,7 @@ std::string hostName() {
   return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
 }
 
-// Those of the interfaces that are up, loopback's included.
+// Addresses of the interfaces that are up, loopback included.
 std::vector<std::string> machineAddresses() {
   ifaddrs* first = nullptr;
   if (getifaddrs(&first) != 0) {
@@ -64,7 +64,7 @@ std::vector<std::string> machineAddresses() {
   return addresses;
 }
 
-// As OpenSSL's configuration has it.
+// In the form of OpenSSL's configuration.
 std::string alternativeNames(const std::string& address) {
   std::vector<std::string> names{"DNS:localhost"};
   if (const std::string host = hostName(); !host.empty() && host != "localhost") names.push_back("DNS:" + host);
@@ -109,7 +109,7 @@ std::shared_ptr<X509> makeCertificate(EVP_PKEY& key, const std::string& address)
   return made;
 }
 
-// Written beside its place and moved there whole: a start that dies half-way leaves no half file.
+// Written under another name and then renamed, so that a start that is killed leaves no partial file.
 void savePrivately(const std::filesystem::path& file, BIO& text) {
   char* bytes = nullptr;
   const auto size = static_cast<size_t>(BIO_get_mem_data(&text, &bytes));
@@ -122,7 +122,7 @@ void savePrivately(const std::filesystem::path& file, BIO& text) {
   }
 }
 
-// Whether the files belong together, are good for a while, and were made for the address.
+// Whether key and certificate match, are valid for a while yet, and were made for the address.
 bool areUsable(const TlsFiles& files, const std::string& address) {
   if (!std::filesystem::exists(files.certificate) || !std::filesystem::exists(files.key)) return false;
   const auto certificate = readCertificate(files.certificate);

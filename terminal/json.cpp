@@ -21,14 +21,14 @@ JsonResult jsonResult(const rapidjson::ParseResult& result, bool readAll) {
   if (result.IsError()) {
     return {false, fmt::format("{} at byte {}", rapidjson::GetParseError_En(result.Code()), result.Offset())};
   }
-  // The reader takes a NUL for the end of the text.
+  // The reader takes a NUL as the end of the text.
   if (!readAll) return {false, "A NUL stands behind the value."};
   return {};
 }
 
 JsonResult checkJson(std::string_view text) {
   if (!isUtf8(text)) return {false, "The text is no UTF-8."};
-  // Read in place, which spares the reader a copy of each string: each reply of the library goes through here.
+  // In place, which saves a copy of each string: every reply of the library goes through here.
   constexpr unsigned kFlags =
       rapidjson::kParseInsituFlag | rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag;
   std::string scratch(text);

@@ -14,15 +14,15 @@ enum class JsonKind : uint8_t { Missing, Null, Bool, Number, String, Object, Arr
 // "a number", "an object", and so on.
 std::string_view kindName(JsonKind kind);
 
-// Where and why a text is no JSON; `ok` otherwise.
+// Whether a text is JSON; if not, why and where.
 struct JsonResult {
   bool ok = true;
   std::string message;  // such as "Missing a name for object member. at byte 3"
 };
 
-// Base of a handler that wants to know each value's kind and how deep it stands, and not its number. `Derived` offers
-// `bool value(JsonKind kind)`, called at the start of each value with depth() still that of its container, and
-// `bool end()`, called at the end of each object and array with depth() that of its container again.
+// Base of a handler that needs each value's kind and depth, but not the value of numbers. `Derived` has
+// `bool value(JsonKind kind)`, called at the start of each value, and `bool end()`, called at the end of each object
+// and array. In both, depth() is that of the container. False stops the reader.
 template <typename Derived>
 class JsonHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Derived> {
  public:
@@ -59,7 +59,7 @@ class JsonHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Deriv
 
 JsonResult jsonResult(const rapidjson::ParseResult& result, bool readAll);
 
-// Reads `text` as exactly one JSON value, however deep, with the encoding checked. Numbers arrive as their text.
+// Reads the stream as exactly one JSON value of any depth, and checks the encoding. Numbers are passed as text.
 template <typename Handler>
 JsonResult readJson(rapidjson::MemoryStream& stream, Handler& handler) {
   constexpr unsigned kFlags =
@@ -71,7 +71,7 @@ JsonResult readJson(rapidjson::MemoryStream& stream, Handler& handler) {
 
 JsonResult checkJson(std::string_view text);
 
-// `text` as a JSON string with its quotes; bytes that are no UTF-8 become U+FFFD.
+// `text` as a JSON string with its quotes; bytes that are not UTF-8 become U+FFFD.
 std::string jsonString(std::string_view text);
 
 }  // namespace orvane::terminal

@@ -40,7 +40,7 @@ bool JsonMembers::value(JsonKind kind) {
   return true;
 }
 
-// The reader still stands on the closing bracket.
+// The reader has not consumed the closing bracket yet.
 bool JsonMembers::end() {
   if (depth() == 1) endAt(stream_.Tell() + 1);
   return true;

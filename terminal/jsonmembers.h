@@ -11,18 +11,17 @@ namespace orvane::terminal {
 
 struct JsonMember {
   JsonKind kind = JsonKind::Missing;
-  std::string_view raw;  // the value as it stands in the text
+  std::string_view raw;  // the value's bytes in the text
   std::string text;      // the value of a string, decoded
 };
 
-// Takes one object apart: where its members of the given names stand, in one pass and however deep their values.
-// Members of other names are passed over.
+// Finds an object's members of given names in one pass, however deep their values. Other members are ignored.
 class JsonMembers : public JsonHandler<JsonMembers> {
  public:
   // `names` and `text` must outlive the reader.
   JsonMembers(std::string_view text, std::span<const std::string_view> names);
 
-  // Stops at the first fault: a member that stands twice, or a text that is no JSON. What stood before it is kept.
+  // Stops at the first error: a repeated member, or text that is not JSON. The members before it are kept.
   JsonResult read();
 
   // The member of the name at `index`.

@@ -19,7 +19,7 @@ namespace {
 constexpr size_t kMaxFileBytes = size_t{16} * 1024 * 1024;
 constexpr int kOldFiles = 4;
 
-// The bytes of a line reach the layout as the logger was given them, and the file as the layout leaves them.
+// Lines are passed as bytes: neither log4cxx's layout nor its file appender may convert them.
 class LineLayout : public log4cxx::SimpleLayout {
  public:
   void format(log4cxx::LogString& output, const log4cxx::spi::LoggingEventPtr& event,

@@ -8,16 +8,16 @@
 
 namespace orvane::terminal {
 
-// Sends every logger's lines, the library's "PocketAgent" included, to `file`, which is appended to. At 16 MiB it
-// becomes FILE.1 and a new one is begun; FILE.4 is the oldest that is kept. `level` is a name that log4cxx knows, such
-// as "info". Throws std::runtime_error when the file cannot be opened. Call once, before any thread starts.
+// Appends the lines of all loggers, the library's "PocketAgent" included, to `file`. At 16 MiB it is renamed to FILE.1
+// and a new one begins; FILE.4 is the oldest that is kept. `level` is one of log4cxx's names, such as "info". Throws
+// std::runtime_error if the file cannot be opened. Call once, before any thread starts.
 void setUpLogging(const std::filesystem::path& file, const std::string& level);
 
-// The logger of everything towards clients.
+// The logger of all code that deals with clients.
 const log4cxx::LoggerPtr& gatewayLogger();
 
-// The form of all lines: one line of readable UTF-8 for each event, ended by a line feed. Bytes that are no UTF-8 are
-// taken for GBK; control characters, which a phone could use to forge lines, are written as \xNN.
+// The form of all lines: one line of readable UTF-8 for each event, ended by a line feed. Text that is not UTF-8
+// is read as GBK. Control characters, with which a client could forge lines, are written as \xNN.
 std::string logLine(const std::string& text);
 
 // Writes one line in the library's own form: time, tag, logger name, text. Any thread.
@@ -26,7 +26,7 @@ void writeLog(const log4cxx::LoggerPtr& logger, const log4cxx::LevelPtr& level, 
 
 }  // namespace orvane::terminal
 
-// TERMINAL_LOG(logger, Info, "text {}", value): builds nothing where the level is off. Texts are UTF-8.
+// TERMINAL_LOG(logger, Info, "text {}", value): builds no text if the level is off. Texts are UTF-8.
 #define TERMINAL_LOG(logger, level, ...)                                                             \
   do {                                                                                               \
     if (logger->isEnabledFor(log4cxx::Level::get##level())) {                                        \

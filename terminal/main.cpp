@@ -21,7 +21,7 @@
 namespace orvane::terminal {
 namespace {
 
-// Ctrl-C and SIGTERM wait until somebody asks for them, in this thread and in all that it starts.
+// Blocks SIGINT and SIGTERM in this thread and in all that it starts, and waits for them.
 class StopSignals {
  public:
   StopSignals() {
@@ -39,7 +39,7 @@ class StopSignals {
   sigset_t signals_{};
 };
 
-// The agent, and then the host's own messages, running as long as this lives. They stop in the reverse order.
+// Starts the agent, then the host's own messages, and stops them in reverse order.
 class Running {
  public:
   Running(TradingHost& host, IMobileSrv& server, const std::string& url) : host_(host) {
@@ -76,7 +76,7 @@ void makeDataDir(const std::filesystem::path& dir) {
   requireWritable(dir);
 }
 
-// Without fresh prices a phone can still list and cancel; what cannot be written does not happen.
+// Old prices are only a warning: a client can still list and cancel. Without writes no order works.
 std::vector<HealthCheck> checkHost(const TradingHost& host) {
   constexpr double kOldSeconds = 5;
   const TradingHealth health = host.health();
@@ -94,8 +94,8 @@ std::vector<HealthCheck> checkHost(const TradingHost& host) {
   return {database, quotes};
 }
 
-// On the screen, and in the log: a service has no screen.
-void tellFingerprint(const std::string& sha256) {
+// On the screen and in the log, because a service has no screen.
+void printFingerprint(const std::string& sha256) {
   const std::string text = fmt::format("Certificate's SHA-256: {}", sha256);
   fmt::print("{}\n", text);
   TERMINAL_LOG(gatewayLogger(), Info, "{}", text);
@@ -121,7 +121,7 @@ int serve(const Settings& settings) try {
                    .figures = {}});
   const Running running(host, gateway.mobileService(), gateway.url());
   printLink(settings, gateway.url());
-  if (settings.tls) tellFingerprint(fingerprint(settings.tls->certificate));
+  if (settings.tls) printFingerprint(fingerprint(settings.tls->certificate));
   std::fflush(stdout);
   stopSignals.wait();
   return EXIT_SUCCESS;
@@ -137,7 +137,7 @@ int main(int argc, char** argv) {
   int exitCode = EXIT_SUCCESS;
   const auto settings = orvane::terminal::readSettings(argc, argv, exitCode);
   if (!settings) return exitCode;
-  umask(S_IRWXG | S_IRWXO);  // databases, audit and log are the user's alone
+  umask(S_IRWXG | S_IRWXO);  // databases, audit and log are private to the user
   if (settings->token) return orvane::terminal::runToken(*settings);
   return settings->call ? orvane::terminal::runCall(*settings) : orvane::terminal::serve(*settings);
 }

@@ -14,9 +14,8 @@
 
 namespace orvane::terminal {
 
-// A TCP connection with or without TLS on it: one type for both. Give deadlines to next_layer(); they hold for both.
-// Asio and Beast call it with many types of buffers and handlers, for each of which all below would be compiled anew,
-// so here they become one type.
+// A TCP connection with or without TLS: one type for both. Deadlines are set on next_layer(). Asio and Beast call it
+// with many types of buffers and handlers. Here they become one type, so that the layers below are compiled once.
 class SecureStream {
   template <typename... Results>
   using Completion = std::function<void(boost::system::error_code, Results...)>;
@@ -28,7 +27,7 @@ class SecureStream {
   using next_layer_type = boost::beast::tcp_stream;
   using executor_type = next_layer_type::executor_type;
 
-  // Plain where there is no `context`, which must outlive the stream.
+  // Without TLS if `context` is null. It must outlive the stream.
   SecureStream(next_layer_type tcp, boost::asio::ssl::context* context);
   SecureStream(const SecureStream&) = delete;
   SecureStream& operator=(const SecureStream&) = delete;
@@ -41,10 +40,10 @@ class SecureStream {
   // REQUIRES: isSecure().
   void handshake(boost::asio::ssl::stream_base::handshake_type type, Completion<> done);
 
-  // Says the end, and with TLS waits for the peer's.
+  // Shuts down sending, and with TLS waits for the peer to do so.
   void shutdown(boost::beast::role_type role, Completion<> done);
 
-  // What Asio and Beast ask of a stream.
+  // What Asio and Beast require of a stream.
   template <typename Handler>
   friend void async_teardown(boost::beast::role_type role, SecureStream& stream, Handler&& handler) {
     stream.shutdown(role, completion<>(std::forward<Handler>(handler)));
@@ -59,7 +58,7 @@ class SecureStream {
   }
 
  private:
-  // Of Asio's and Beast's handlers, which can be moved only.
+  // Lets std::function hold a move-only handler.
   template <typename... Results, typename Handler>
   static Completion<Results...> completion(Handler&& handler) {
     return [held = std::make_shared<std::decay_t<Handler>>(std::forward<Handler>(handler))](

@@ -17,14 +17,14 @@ namespace orvane::terminal {
 namespace {
 
 constexpr int kUsageError = 2;
-constexpr const char* kMoreOptions = "\nThe terminal's own options, such as --data, may stand here too.";
+constexpr const char* kMoreOptions = "\nThe terminal's own options, such as --data, may be given here too.";
 
 std::string environment(const char* name) {
   const char* value = std::getenv(name);
   return value == nullptr ? "" : value;
 }
 
-// A place below the folder of a variable, or of the home; empty where the environment names neither.
+// A path in the folder that a variable names, or in the home; empty if the environment has neither.
 std::filesystem::path userPlace(const char* variable, const char* belowHome, const char* name) {
   const std::filesystem::path folder = environment(variable);
   const std::filesystem::path home = environment("HOME");
@@ -55,7 +55,7 @@ std::string checkFinite(const std::string& number) {
 
 std::string checkUnsigned(const std::string& number) { return number.starts_with('-') ? number + " is below 0" : ""; }
 
-// The values of the options as they were typed.
+// Values of options that need more than a conversion.
 struct Arguments {
   std::string quotes = "walk";
   double loginSeconds = 10;
@@ -70,18 +70,18 @@ struct Arguments {
 std::string checkAddress(const std::string& text) {
   boost::system::error_code error;
   boost::asio::ip::make_address(text, error);
-  return error ? text + " is no IP address" : "";
+  return error ? text + " is not an IP address" : "";
 }
 
 std::string checkOrigin(const std::string& origin) {
   const size_t host = origin.starts_with("https://") ? 8 : origin.starts_with("http://") ? 7 : origin.size();
   const bool isOrigin = host < origin.size() && origin.find_first_of("/?#@ ", host) == std::string::npos;
-  return isOrigin ? "" : origin + " is no origin such as https://trade.example.com:8443";
+  return isOrigin ? "" : origin + " is not an origin such as https://trade.example.com:8443";
 }
 
 void addNetworkOptions(CLI::App& app, Settings& settings, Arguments& typed) {
   app.option_defaults()->group("Network");
-  app.add_option("--listen", settings.address, "IP address to listen on; beyond loopback TLS is a must")
+  app.add_option("--listen", settings.address, "IP address to listen on; beyond loopback TLS is required")
       ->check(CLI::Validator(checkAddress, "ADDRESS"))
       ->capture_default_str();
   app.add_option("--port", settings.port, "port; 0 is any free one")->capture_default_str();
@@ -90,8 +90,7 @@ void addNetworkOptions(CLI::App& app, Settings& settings, Arguments& typed) {
   CLI::Option* certificate =
       app.add_option("--tls-cert", typed.tls.certificate, "TLS with the certificate of this file (PEM)")->excludes(own);
   app.add_option("--tls-key", typed.tls.key, "the key of --tls-cert (PEM)")->needs(certificate);
-  app.add_option("--allow-origin", settings.allowedOrigins,
-                 "origin of pages, beside its own, that may use the terminal")
+  app.add_option("--allow-origin", settings.allowedOrigins, "further origin whose pages may use the terminal")
       ->check(CLI::Validator(checkOrigin, "ORIGIN"));
 }
 
@@ -134,17 +133,17 @@ CLI::App& addCall(CLI::App& app, Arguments& typed) {
   call.add_option("TOPIC", typed.call.topic, "such as account.list")->required();
   call.add_option("DATA", typed.call.data, "the request's body, such as '[0, 3]'")
       ->check(CLI::Validator(checkData, "JSON"));
-  call.add_option("--token", typed.call.token, "token, rather than one made for this call in the data folder")
+  call.add_option("--token", typed.call.token, "token; the default is one made for this call in the data folder")
       ->envname("POCKET_TOKEN");
   call.add_option("--terminal-type", typed.call.terminalType, "terminal type of the request")->capture_default_str();
-  CLI::Option* json = call.add_flag("--json", typed.json, "print the bytes as they came");
-  call.add_flag("--table", typed.call.asTable, "print a list as a table, as is done on a screen")->excludes(json);
+  CLI::Option* json = call.add_flag("--json", typed.json, "print the bytes as received");
+  call.add_flag("--table", typed.call.asTable, "print a list as a table, the default on a screen")->excludes(json);
   return call;
 }
 
 CLI::App& addToken(CLI::App& app, Arguments& typed) {
   using Task = TokenSettings::Task;
-  CLI::App& token = *app.add_subcommand("token", "make, list and revoke the tokens that let phones in");
+  CLI::App& token = *app.add_subcommand("token", "make, list and revoke the tokens that clients log in with");
   token.fallthrough();
   token.require_subcommand(1);
   token.option_defaults()->group("Options")->configurable(false);
@@ -155,13 +154,13 @@ CLI::App& addToken(CLI::App& app, Arguments& typed) {
     sub->callback([&typed, task] { typed.token.task = task; });
     return sub;
   };
-  CLI::App* add = addTask("add", "make a token and print it, this once, with the link for the phone", Task::Add);
-  add->add_option("NAME", typed.token.name, "name of the phone, say")->required();
+  CLI::App* add = addTask("add", "make a token and print it, only this once, with a link", Task::Add);
+  add->add_option("NAME", typed.token.name, "name, such as that of the phone")->required();
   add->add_option("--rights", typed.rights, "one or more of see,cancel,trade")
       ->required()
       ->check(CLI::Validator(checkRights, "LIST"));
   addTask("list", "print a table of the tokens", Task::List);
-  CLI::App* revoke = addTask("revoke", "take a token back; its phones are disconnected within seconds", Task::Revoke);
+  CLI::App* revoke = addTask("revoke", "revoke a token; its clients are disconnected within seconds", Task::Revoke);
   revoke->add_option("NAME", typed.token.name, "the token's name")->required();
   return token;
 }
@@ -184,10 +183,10 @@ void setTls(Settings& settings, const TlsFiles& typed, bool isCall) {
   settings.tls = typed;
 }
 
-// What follows from what was typed.
+// Fills in what follows from the arguments.
 void complete(Settings& settings, const Arguments& typed, bool isCall, bool isToken) {
   if (settings.dataDir.empty()) settings.dataDir = defaultDataDir();
-  if (settings.dataDir.empty()) throw CLI::ValidationError("--data", "say a folder: the environment has no HOME");
+  if (settings.dataDir.empty()) throw CLI::ValidationError("--data", "name a folder: the environment has no HOME");
   if (settings.logFile.empty()) settings.logFile = settings.dataDir / "terminal.log";
   settings.loginTime = milliseconds(typed.loginSeconds);
   settings.idleTime = milliseconds(typed.idleSeconds);
@@ -203,7 +202,7 @@ void complete(Settings& settings, const Arguments& typed, bool isCall, bool isTo
   settings.call->asTable = typed.call.asTable || (!typed.json && isatty(STDOUT_FILENO) == 1);
 }
 
-// A default file that is there but cannot be read is a mistake; CLI11 passes over it.
+// A default file that exists but cannot be read is an error. CLI11 ignores it.
 void requireReadable(const std::string& config) {
   if (access(config.c_str(), F_OK) != 0 || access(config.c_str(), R_OK) == 0) return;
   throw CLI::FileError(fmt::format("cannot read the settings file {}: {}", config, std::strerror(errno)));
@@ -217,7 +216,7 @@ std::string unknownKey(const CLI::ConfigError& error) {
   return text.substr(begin, std::min(text.find(".++"), text.find(": ")) - begin);
 }
 
-// CLI11 does not say whether a wrong value was typed or stands in the settings file.
+// CLI11 does not report whether a wrong value was typed or is in the settings file.
 void tellSettingsFile(const CLI::App& app, const CLI::ParseError& error) {
   const auto file = app.get_config_ptr()->as<std::string>();
   if (error.get_exit_code() == 0 || access(file.c_str(), F_OK) != 0) return;
@@ -229,7 +228,7 @@ void parse(CLI::App& app, int argc, const char* const* argv) {
     app.parse(argc, argv);
   } catch (const CLI::ConfigError& error) {
     throw CLI::ConfigError(
-        fmt::format("the settings file {}: {} is no setting; each is a long option of --help, "
+        fmt::format("the settings file {}: {} is not a setting; each is a long option of --help, "
                     "without the dashes",
                     app.get_config_ptr()->as<std::string>(), unknownKey(error)));
   } catch (const CLI::FileError& error) {

@@ -13,16 +13,16 @@
 
 namespace orvane::terminal {
 
-// What `pocket-terminal call` was asked.
+// Arguments of `pocket-terminal call`.
 struct CallSettings {
   std::string topic;
   std::string data;   // JSON text; may be empty
-  std::string token;  // empty: one of its own, by the data folder
+  std::string token;  // empty: a temporary one, made in the data folder
   int32_t terminalType = 8;
   bool asTable = false;
 };
 
-// What `pocket-terminal token` was asked.
+// Arguments of `pocket-terminal token`.
 struct TokenSettings {
   enum class Task : uint8_t { Add, List, Revoke };
   Task task = Task::List;
@@ -34,7 +34,7 @@ struct Settings {
   std::string address = "127.0.0.1";
   uint16_t port = 8700;
   std::optional<TlsFiles> tls;
-  bool keepsOwnCertificate = false;  // makes the files of `tls` itself
+  bool keepsOwnCertificate = false;  // the terminal makes the files of `tls`
   std::vector<std::string> allowedOrigins;
   std::filesystem::path dataDir;
   std::filesystem::path logFile;
@@ -42,12 +42,12 @@ struct Settings {
   std::chrono::milliseconds loginTime{};  // for TLS and the HTTP head, and again for the first frame
   std::chrono::milliseconds idleTime{};   // after which a silent client is dropped
   TradingOptions trading;
-  std::optional<CallSettings> call;    // client rather than server
-  std::optional<TokenSettings> token;  // the same for the tokens
+  std::optional<CallSettings> call;    // run as a client
+  std::optional<TokenSettings> token;  // run the command `token`
 };
 
-// Reads the command line and the settings file. Where the program has nothing to do, after --help or a mistake, it has
-// said so already, and `exitCode` is what to end with.
+// Reads the command line and the settings file. Returns nothing if the program is to end, after --help or an error:
+// the text is printed already, and `exitCode` is set.
 std::optional<Settings> readSettings(int argc, const char* const* argv, int& exitCode);
 
 }  // namespace orvane::terminal

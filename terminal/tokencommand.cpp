@@ -32,7 +32,7 @@ void recordAdd(SQLite::Database& db, const Settings& settings, const std::string
   record(db, settings, "token.add", fmt::format(R"({{"name":{},"rights":{}}})", jsonString(name), jsonRights(rights)));
 }
 
-// Empty where no terminal was started yet.
+// Empty if no terminal was ever started.
 std::string lastUrl(SQLite::Database& db) {
   SQLite::Statement row(db, "SELECT link FROM address");
   return row.executeStep() ? row.getColumn(0).getString() : std::string();
@@ -54,7 +54,7 @@ void add(const Settings& settings) {
   const std::string url = lastUrl(db);
   fmt::print("{}\n", text);
   if (!url.empty()) fmt::print("{}/#token={}\n", url, text);
-  std::fputs("The token is shown only this once. Who has it can do what its rights say.\n", stderr);
+  std::fputs("The token is shown only this once. Anyone who has it has its rights.\n", stderr);
   recordAdd(db, settings, asked.name, asked.rights);
 }
 

@@ -8,12 +8,12 @@
 
 namespace orvane::terminal {
 
-// Makes, lists or revokes what `settings.token` says, beside a running terminal or without one. Returns the exit code:
-// 0, or 1 where it could not be done, and standard error says why.
+// Runs the command in `settings.token`, with or without a running terminal. Returns the exit code: 0, or 1 with the
+// reason on standard error.
 int runToken(const Settings& settings);
 
-// Notes where phones find the terminal that starts now, and prints its link: with a token that may do everything at the
-// very first start, otherwise with how to make one. Throws std::runtime_error.
+// Stores the starting terminal's link and prints it. At the very first start it has a token with all rights; later
+// starts print how to make one. Throws std::runtime_error.
 void printLink(const Settings& settings, const std::string& url);
 
 }  // namespace orvane::terminal

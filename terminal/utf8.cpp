@@ -6,7 +6,7 @@
 namespace orvane::terminal {
 namespace {
 
-// How many bytes at the beginning are ASCII for sure, eight at a time.
+// A lower bound, in steps of eight, of the number of leading ASCII bytes.
 size_t asciiPrefix(std::string_view text) {
   constexpr uint64_t kHighBits = 0x8080'8080'8080'8080;
   size_t length = 0;

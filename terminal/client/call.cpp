@@ -17,7 +17,7 @@ namespace {
 
 enum ExitCode { kDone = 0, kRefused = 1, kNotAsked = 2 };
 
-// 0 where the output goes elsewhere.
+// 0 if the output is not a screen.
 size_t screenWidth() {
   winsize size{};
   return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
@@ -28,7 +28,7 @@ void printReply(const Reply& reply, bool asTable) {
   fmt::print("{}", asTable ? writeTable(text, screenWidth()) : text + '\n');
 }
 
-// A terminal that listens on all addresses is asked on loopback.
+// A terminal that listens on a wildcard address is reached on loopback.
 ClientOptions optionsOf(const Settings& settings) {
   ClientOptions options;
   options.address = settings.address == "0.0.0.0" ? "127.0.0.1" : settings.address == "::" ? "::1" : settings.address;

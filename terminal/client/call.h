@@ -4,8 +4,8 @@
 
 namespace orvane::terminal {
 
-// Sends the request that `settings.call` holds to the running terminal and prints its reply. Returns the exit code: 0;
-// 1 for a failure reply, its text on standard error; 2 when the terminal cannot be asked, standard error says why.
+// Sends the request in `settings.call` to the running terminal and prints its reply. Returns the exit code: 0; 1 for a
+// failure reply, whose text goes to standard error; 2 if no reply was received, with the reason on standard error.
 int runCall(const Settings& settings);
 
 }  // namespace orvane::terminal

@@ -38,7 +38,7 @@ Reply readReply(std::string_view text) {
 
 }  // namespace
 
-// Beast's own synchronous calls know no time limit, so each call runs one asynchronous operation to its end.
+// Beast's synchronous calls have no time limit, so each call runs one asynchronous operation to its end.
 struct Client::Connection {
   explicit Connection(const ClientOptions& options)
       : patience(options.patience),
@@ -96,7 +96,7 @@ Client::~Client() {
   try {
     connection_->run([this](auto done) { connection_->ws.async_close(websocket::close_code::normal, done); });
   } catch (const ClientError&) {
-    // The terminal does not answer; the connection ends all the same.
+    // The terminal does not answer, but the connection ends anyway.
   }
 }
 
@@ -157,7 +157,7 @@ Reply Client::read() {
   return readReply(text);
 }
 
-// The first message, kept or new, that is wanted; the others are kept.
+// Returns the first wanted message, kept or new. The others are kept.
 template <typename Wanted>
 Reply Client::take(Wanted wanted) {
   auto found = std::find_if(kept_.begin(), kept_.end(), wanted);

@@ -21,14 +21,14 @@ using Row = std::vector<Cell>;
 constexpr std::string_view kGap = "  ";
 
 Cell makeCell(std::string text, bool rightAligned) {
-  // What came from elsewhere must not steer the screen.
+  // Untrusted text must not send control sequences to the screen.
   std::replace_if(
       text.begin(), text.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
   const size_t width = displayWidth(text);
   return {std::move(text), rightAligned, width};
 }
 
-// Gathers the members of one object, or of each object in an array, as rows of cells.
+// Collects the members of one object, or of each object in an array, as rows of cells.
 class RowReader : public JsonHandler<RowReader> {
  public:
   bool Null() { return scalar("null", false); }
@@ -75,7 +75,7 @@ class RowReader : public JsonHandler<RowReader> {
     return true;
   }
 
-  // The names and then the rows, all of one length.
+  // The names, then the rows, all of the same length.
   std::vector<Row> takeRows() {
     for (Row& row : rows_) row.resize(head_.size());
     rows_.insert(rows_.begin(), std::move(head_));
@@ -83,17 +83,17 @@ class RowReader : public JsonHandler<RowReader> {
   }
 
  private:
-  // How deep the members stand that are cells.
+  // The depth of the members that are cells.
   int cellDepth() const { return listDepth_ + (inInner_ ? 3 : 1); }
 
-  // Only objects may stand in the list.
+  // The list may hold only objects.
   bool startOuter(JsonKind kind) {
     inners_ = 0;
     if (kind == JsonKind::Object) rows_.emplace_back();
     return kind == JsonKind::Object || (depth() == 0 && kind == JsonKind::Array);
   }
 
-  // An object in a list that is itself a member: it becomes a line of its own, which repeats what stood before it.
+  // An object in a list that is itself a member becomes a line of its own, which repeats the cells before it.
   bool startInner() {
     if (inners_ == 0) outer_ = rows_.back();
     if (inners_++ > 0) rows_.push_back(outer_);
@@ -133,12 +133,12 @@ class RowReader : public JsonHandler<RowReader> {
     row[column] = std::move(cell);
   }
 
-  int listDepth_ = 0;  // 1 within a list, 0 for a single object
+  int listDepth_ = 0;  // 1 in a list, 0 for a single object
   std::string name_;
   Row head_;
   std::vector<Row> rows_;
-  std::string nested_;   // the nested value so far, empty outside of one
-  std::string closers_;  // the brackets that it still lacks
+  std::string nested_;   // the nested value so far; empty outside of one
+  std::string closers_;  // the brackets still to close
   bool atValue_ = false;
   bool inInner_ = false;
   int inners_ = 0;
@@ -201,7 +201,7 @@ struct Range {
   char32_t last;
 };
 
-// The wide and full-width characters of Unicode's East Asian Width, blocks taken as wholes.
+// The wide and full-width characters of Unicode's East Asian Width, by whole blocks.
 constexpr std::array<Range, 13> kWide{{{0x1100, 0x115F},
                                        {0x2E80, 0x303E},
                                        {0x3041, 0x4DBF},

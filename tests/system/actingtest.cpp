@@ -27,7 +27,7 @@ std::string buyOrder(int64_t hashCode, int price, int volume, const std::string&
       hashCode, price, volume, source);
 }
 
-// The number that a member has in the row of a list whose "codeExch" is `codeExch`, or in the first row.
+// A numeric member of the list's row with this "codeExch", or of its first row.
 double numberIn(const Reply& reply, const char* member, const std::string& codeExch = {}) {
   rapidjson::Document list;
   list.Parse(reply.data.data(), reply.data.size());
@@ -62,7 +62,7 @@ TEST(Acting, OrderRestsFillsAndCancels) {
   EXPECT_GT(numberIn(capitalResting, "frozenMargin"), numberIn(capitalBefore, "frozenMargin"));
   EXPECT_LT(numberIn(capitalResting, "available"), numberIn(capitalBefore, "available"));
 
-  // The ask stands one tick above the last price.
+  // The ask is one tick above the last price.
   EXPECT_EQ(phone->request("quote.set", fmt::format(R"({{"hashCode":{},"price":3319}})", kRebar)).message, "");
   for (Client* each : {phone.get(), other.get()}) {
     const Reply fill = each->waitPush("trade.push");
@@ -88,7 +88,7 @@ TEST(Acting, OrderRestsFillsAndCancels) {
 
 TEST(Acting, KillLosesNoAcknowledgedOrder) {
   constexpr int kOrders = 200;
-  constexpr int kUnderWay = 50;  // so that many wait for their answer at any time
+  constexpr int kUnderWay = 50;  // requests without an answer at any time
   const TempDir dir;
   std::set<std::string> acknowledged;
   {

@@ -54,7 +54,7 @@ std::string findFault(const std::string& schema, const Value& value) {
                      validator.GetInvalidSchemaKeyword(), path.GetString(), found.GetString());
 }
 
-// More than one topic may answer under the name of `topic`.
+// Replies of several topics may carry the name `topic`.
 std::string findReplyFault(const std::string& topic, const Value& data) {
   std::string faults;
   for (const auto& row : topics()["topics"].GetObject()) {

@@ -8,13 +8,13 @@
 
 namespace orvane::test {
 
-// The schemas of docs/schemas, held against frames of the terminal and of a phone. A fault names the schema, the
-// keyword and the place; a frame that is as it is described has an empty one.
+// Checks frames of the terminal and of a client against docs/schemas. An error names the schema, the keyword and the
+// place; it is empty for a valid frame.
 std::string findAnswerFault(std::string_view frame);
 std::string findRequestFault(std::string_view frame);
 std::map<std::string, std::string> describedRights();  // by topic
 
-// Fails the running test at each message that is not as it is described.
+// Fails the running test for each message that its schema does not allow.
 class CheckedClient : public terminal::Client {
  public:
   using Client::Client;

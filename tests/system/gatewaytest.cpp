@@ -68,7 +68,7 @@ TEST_F(GatewayTest, AnswersEachFrame) {
       {R"({"id":7,"topic":"x","data":)" + deep, "7", "x", "the frame cannot be read: Invalid value. at byte 100027"},
       {R"({"id":7,"topic":"x","data":1e999})", "7", "x",
        "the frame cannot be read: Number too big to be stored in double. at byte 27"},
-      // Good frames: the id comes back as it stands, and the library answers.
+      // Valid frames: the id is repeated as it was written, and the library answers.
       {R"({ "id" : 1.50e+3 , "topic":"order.condition.list"})", "1.50e+3", "order.condition.list", "暂不支持条件单"},
       {R"({"topic":"order.condition.list","id":"a\"\u4e2d,"})", R"("a\"\u4e2d,")", "order.condition.list",
        "暂不支持条件单"},
@@ -87,7 +87,7 @@ TEST_F(GatewayTest, AnswersEachFrame) {
   }
 }
 
-// Bodies that would end the process are answered by the gateway, and only those: the library sees the first of doubled
+// The gateway refuses the bodies that would end the process, and only those. The library reads the first of repeated
 // members, and a topic up to its NUL.
 TEST_F(GatewayTest, LetsNoFatalBodyThrough) {
   struct Row {
@@ -242,7 +242,7 @@ TEST_F(GatewayTest, CallTellsTheOutcome) {
   }
 }
 
-// Such as the library gets one at a time.
+// So long that the library gets one at a time.
 TEST_F(GatewayTest, AnswersManyLongRequests) {
   const auto phone = terminal_.login();
   const std::string body = "[1" + std::string(5000, ' ') + "]";
@@ -265,7 +265,7 @@ TEST_F(GatewayTest, SaysWhyItCannotStart) {
   EXPECT_THAT(shared.error, HasSubstr("other users can read it"));
 }
 
-// The answers carry the long ids back, until neither the connection nor the queue can hold more of them.
+// The answers repeat the long ids until neither the connection nor the send queue can hold more of them.
 TEST(SlowPhone, IsDropped) {
   const TempDir dir;
   TerminalProcess terminal(dir.path());
@@ -278,7 +278,7 @@ TEST(SlowPhone, IsDropped) {
   EXPECT_EQ(terminal.login()->request("account.list").message, "");
 }
 
-// A client that waits for nothing answers no ping, either.
+// A client that does not read does not answer pings either.
 TEST(DeadPhone, IsDropped) {
   const TempDir dir;
   TerminalProcess terminal(dir.path(), {"--idle-timeout", "0.2", "--log-level", "debug"});

@@ -43,7 +43,7 @@ class HostileTest : public testing::Test {
     return static_cast<size_t>(std::distance(begin(open), end(open)));
   }
 
-  // That a phone is answered still, and, as soon as the last hostile connection is gone, that nothing is left of them.
+  // Clients are still served, and nothing is left of the hostile connections after the last has ended.
   void expectUnharmed() {
     EXPECT_EQ(terminal_.login()->request("account.list").message, "");
     std::string metrics;
@@ -66,7 +66,7 @@ TEST_F(HostileTest, NoHttp) {
       {"GET / HTTP/1.1\r\nX: " + std::string(9000, 'x') + "\r\n\r\n", "HTTP/1.1 400 "},
       {"POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 3\r\n\r\nabc", "HTTP/1.1 405 "},
       {"GET /../etc/passwd HTTP/1.1\r\nHost: localhost\r\n\r\n", "HTTP/1.1 404 "},
-      {"GET / HTTP/1.1\r\nHost: local", ""},  // and nothing more: the time for the head ends
+      {"GET / HTTP/1.1\r\nHost: local", ""},  // the rest never comes, and the time for the head ends
       {"", ""},
   };
   for (const auto& [bytes, answer] : rows) {
@@ -92,9 +92,9 @@ TEST_F(HostileTest, BadFrames) {
       {std::string("\x81\x01x", 3), 1002},  // not masked
       {frame("x", '\xC1'), 1002},           // a reserved bit
       {frame("x", '\x83'), 1002},           // a reserved kind
-      {frame("x", '\x80'), 1002},           // goes on with nothing
+      {frame("x", '\x80'), 1002},           // continues nothing
       {frame("\xD6\xD0"), 1007},
-      {frame(std::string("\x03\xED", 2), '\x88'), 1002},  // a close code that none may send
+      {frame(std::string("\x03\xED", 2), '\x88'), 1002},  // a close code that must not be sent
   };
   for (const auto& [frames, code] : rows) {
     SCOPED_TRACE(testing::PrintToString(frames.substr(0, 20)));
@@ -103,7 +103,7 @@ TEST_F(HostileTest, BadFrames) {
   expectUnharmed();
 }
 
-// A peer that has its page and stays.
+// A client that got its page and does not close.
 TEST_F(HostileTest, KeepsItsEndOpen) {
   RawSocket peer(port_);
   peer << "GET / HTTP/1.1\r\nHost: localhost\r\n\r\n";
@@ -111,7 +111,7 @@ TEST_F(HostileTest, KeepsItsEndOpen) {
   expectUnharmed();
 }
 
-// What one token asks for does not hold up another, and ends with its connection.
+// The requests of one token do not delay another's, and are dropped with their connection.
 TEST_F(HostileTest, LongRequests) {
   std::string accounts = "1";
   for (int i = 1; i < 1000; ++i) accounts += ",1";
@@ -126,7 +126,7 @@ TEST_F(HostileTest, LongRequests) {
               Not(testing::ContainsRegex("requests_total.topic=\"creditinfo.list\". [1-9][0-9][0-9]")));
 }
 
-// Those that say nothing give way to a phone, and one that is logged in stays.
+// Idle connections give way to a new one; a logged-in client stays.
 TEST_F(HostileTest, HalfOpenConnections) {
   const auto phone = terminal_.login();
   std::deque<RawSocket> silent;
@@ -140,7 +140,7 @@ TEST_F(HostileTest, HalfOpenConnections) {
   expectUnharmed();
 }
 
-// An order takes the library longer than a frame takes the gateway.
+// The library needs longer for an order than the gateway for a frame.
 TEST_F(HostileTest, Flood) {
   const std::string order = frame(
       R"({"topic":"order.new","data":{"orderList":[{"index":1,"hashCode":1000001,"side":1,"combOffset":1,"offset":0,)"
@@ -153,7 +153,7 @@ TEST_F(HostileTest, Flood) {
   expectUnharmed();
 }
 
-// A phone that does not answer the close frame holds the end up for half a second and no longer.
+// A client that does not answer the close frame delays the terminal's end by only half a second.
 TEST_F(HostileTest, SilentAtTheEnd) {
   RawSocket phone = openWebSocket(port_);
   phone << login();

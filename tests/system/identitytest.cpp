@@ -92,7 +92,7 @@ TEST_F(IdentityTest, TellsMistakes) {
   check({{}, 1, "gateway.db: its version is 2, this program reads version 1"}, run({"token", "list"}));
 }
 
-// As root makes the first token of a terminal that is to run as a service.
+// Root makes the first token of a terminal that will run as a service.
 TEST(Token, IsLeftToTheFoldersOwner) {
   if (geteuid() != 0) GTEST_SKIP() << "only root gives files away";
   constexpr uid_t kService = 65534;
@@ -201,7 +201,7 @@ TEST_F(IdentityTest, LeavesAnAuditLineForEachAction) {
                                  "token.add answered", "monitor.manual.clean refused"};
   EXPECT_EQ(auditLines(file), lines);
 
-  // What cannot be written now is written when it can be.
+  // A line that cannot be written is written later.
   std::filesystem::rename(file, dir_.path() / "moved");
   std::filesystem::create_symlink("/dev/full", file);
   EXPECT_EQ(phone->request("quote.set", R"({"hashCode":2000001,"price":2840})").message, "");
@@ -213,7 +213,7 @@ TEST_F(IdentityTest, LeavesAnAuditLineForEachAction) {
   lines.emplace_back("quote.set answered");
   EXPECT_EQ(auditLines(file), lines);
 
-  // A terminal that was killed says at its next start what it left open.
+  // The start after a kill records the open requests.
   const std::string accounts = "[1" + [] {
     std::string more;
     for (int i = 0; i < 900; ++i) more += ",1";
@@ -221,7 +221,7 @@ TEST_F(IdentityTest, LeavesAnAuditLineForEachAction) {
   }() + "]";
   for (int i = 0; i < 20; ++i) phone->send(R"({"topic":"monitor.list","data":)" + accounts + "}");
   phone->send(fmt::format(R"({{"id":1,"topic":"order.new","data":{}}})", kOrder));
-  phone->send("no frame");  // answered at once, when the order has been taken in
+  phone->send("no frame");  // answered at once, so the order before it has been read
   while (phone->receive().id != "null") continue;
   terminal_.kill();
   const TerminalProcess again(data());
@@ -240,9 +240,9 @@ TEST(SettingsFile, IsReadAndChecked) {
   const std::vector<Row> rows{
       {"# here\n" + data + "log-level = \"debug\"\nidle-timeout = 20\n",
        "there is no " + dir.path().string() + "/gateway.db"},
-      {data + "colour = \"red\"\n", file + ": colour is no setting"},
-      {data + "[gateway]\nport = 1\n", file + ": gateway is no setting"},
-      {data + "[call]\ntoken = \"x\"\n", file + ": call.token is no setting"},
+      {data + "colour = \"red\"\n", file + ": colour is not a setting"},
+      {data + "[gateway]\nport = 1\n", file + ": gateway is not a setting"},
+      {data + "[call]\ntoken = \"x\"\n", file + ": call.token is not a setting"},
       {data + "log-level = \"loud\"\n",
        "--log-level: loud not in {trace,debug,info,warn,error,off} (the settings file " + file},
       {data + "port = \"http\"\n", "Could not convert: --port = http (the settings file " + file},

@@ -34,7 +34,7 @@ Reply ask(Client& phone, const std::string& frame) {
   }
 }
 
-// How often each source from k0 on stands in the list of orders.
+// How many orders in the list have each source, from k0 on.
 std::map<std::string, int> countOrders(Client& phone) {
   const std::string orders = phone.request("order.list", "[1]").data;
   const std::regex source(R"re("source":"(k\d+)["|])re");
@@ -49,7 +49,7 @@ TEST(Key, AnswersEachRepetition) {
   const auto phone = terminal.login();
   const auto other = terminal.login();
   const std::string order = keyedOrder("k1", "k1");
-  // The long list keeps the order from being done when its repetition comes.
+  // The long list delays the order, so that its repetition finds it running.
   std::string accounts = "1";
   for (int i = 0; i < 500; ++i) accounts += ",1";
   phone->send(R"({"topic":"monitor.list","data":[)" + accounts + "]}");
@@ -97,7 +97,7 @@ TEST(Key, IsKeptForSevenDays) {
   EXPECT_EQ(countOrders(*phone)["k1"], 1);
 }
 
-// A reply that cannot be written when it comes is written when that is possible.
+// A reply that cannot be written is written later.
 TEST(Key, OutlivesALockedDatabase) {
   const TempDir dir;
   TerminalProcess terminal(dir.path());

@@ -34,7 +34,7 @@ TEST(PushLog, KeepsTheLast) {
 
 class Pushes : public testing::Test {
  protected:
-  // Logs in with what a phone adds to it, and returns the answer.
+  // Logs in with further members, and returns the answer.
   Reply login(Client& phone, const std::string& more) const {
     phone.send(R"({"id":1,"topic":"login","token":")" + terminal_.token() + "\"" + more + "}");
     return phone.receive();

@@ -7,7 +7,7 @@
 
 namespace orvane::test {
 
-// A TCP connection that says whatever a test wants, and waits for nothing but for 30 seconds at most.
+// A TCP connection that sends any bytes. No call waits longer than 30 seconds.
 class RawSocket {
  public:
   explicit RawSocket(uint16_t port) {
@@ -20,10 +20,10 @@ class RawSocket {
     return *this;
   }
 
-  // All that comes until the other side ends the connection.
+  // Everything until the other side closes the connection.
   std::string readToEnd() { return {std::istreambuf_iterator<char>(stream_), {}}; }
 
-  // As much as comes with this at its end.
+  // Everything up to and including `end`.
   std::string readUntil(const std::string& end) {
     std::string text;
     for (char c = 0; !text.ends_with(end) && stream_.get(c);) text += c;
@@ -34,7 +34,7 @@ class RawSocket {
   boost::asio::ip::tcp::iostream stream_;
 };
 
-// The answer to a GET with these header lines, each with its line end.
+// The answer to a GET. Each of the header lines has its line end.
 inline std::string httpGet(uint16_t port, const std::string& path, const std::string& headers = "Host: localhost\r\n") {
   return (RawSocket(port) << "GET " + path + " HTTP/1.1\r\n" + headers + "\r\n").readToEnd();
 }

@@ -1,5 +1,5 @@
-// The whole terminal under load: phones that trade, look, misbehave and drop off, while the quotes move. Its books must
-// add up at all times, and nothing may be left of a phone that is gone.
+// The whole terminal under load: clients that trade, read, misbehave and disconnect while prices move. Its books must
+// add up at all times, and nothing may be left of a client that has gone.
 
 #include <atomic>
 #include <boost/asio/io_context.hpp>
@@ -28,7 +28,7 @@ using terminal::Client;
 using terminal::ClientError;
 
 constexpr int kVisit = 60;            // requests of one connection: a client keeps the pushes it did not wait for
-constexpr int64_t kMaxTaken = 1500;   // orders within the limits; later ones are refused
+constexpr int64_t kMaxTaken = 1500;   // orders within the limits; more are refused
 constexpr int64_t kOrderSize = 1280;  // the day's orders stay in memory, refused ones too
 constexpr int64_t kMaxGrowth = int64_t{8} << 20;  // beside them
 
@@ -65,7 +65,7 @@ class TerminalSoak {
  private:
   using Random = std::mt19937_64;
 
-  // Comes and goes until the soak ends.
+  // Connects and disconnects until the soak ends.
   void visit(void (TerminalSoak::*act)(Random&), size_t seed) {
     for (Random random(seed); !ended_; ++visits_) {
       try {
@@ -82,7 +82,7 @@ class TerminalSoak {
     return phone;
   }
 
-  // A phone that sends what `next` says and gets an answer each time.
+  // A client that sends what `next` returns and gets an answer each time.
   template <typename Next>
   void ask(Next next) {
     const auto phone = login();
@@ -121,7 +121,7 @@ class TerminalSoak {
     ask([&]() -> std::pair<std::string, std::string> { return {kTopics[random() % kTopics.size()], "[]"}; });
   }
 
-  // Frames that are none, or cost the connection.
+  // Invalid frames, and those that end the connection.
   void misbehave(Random& random) {
     const auto phone = login();
     for (const std::string& frame : {std::string("{"), std::string("[7]"), std::string(50'000, '['),
@@ -130,7 +130,7 @@ class TerminalSoak {
       phone->send(frame);
       terminal::Reply reply;
       while (reply.id.empty()) {
-        reply = phone->receive();  // pushes come in between
+        reply = phone->receive();  // pushes may come before it
       }
       EXPECT_NE(reply.message, "");
     }
@@ -139,7 +139,7 @@ class TerminalSoak {
     EXPECT_EQ(phone->waitClose(), asText ? 1007 : 1003);
   }
 
-  // A connection that is cut anywhere, and the next one gets in.
+  // A connection that is cut anywhere; the next one is accepted.
   void dropOff(Random& random) {
     const std::string handshake =
         "GET /ws HTTP/1.1\r\nHost: 127.0.0.1\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
@@ -152,7 +152,7 @@ class TerminalSoak {
     login();
   }
 
-  // Equity is what came in, what was earned and what is open; what is free is what nothing binds.
+  // Equity is deposits, realised profit and open profit; available is what no margin or order reserves.
   void checkBooks() {
     const std::string list = login()->request("capital.list", "[1]").data;
     rapidjson::Document rows;

@@ -18,7 +18,7 @@ TEST(Pages, AreServedToTheirOwnOrigin) {
   const std::vector<std::tuple<std::string, std::string, int>> rows{
       {own, "", 200},
       {own, "http://" + own, 200},
-      {"LocalHost:9999", "http://localhost:9999", 200},  // by way of a forwarded port
+      {"LocalHost:9999", "http://localhost:9999", 200},  // through a forwarded port
       {"[::1]:8700", "http://[::1]:8700", 200},
       {"trade.example.com:8443", "https://trade.example.com:8443", 200},
       {own, "https://trade.example.com:8443", 200},
@@ -27,7 +27,7 @@ TEST(Pages, AreServedToTheirOwnOrigin) {
       {own, "https://trade.example.com", 403},
       {own, "null", 403},
       {own, "http://" + own + ".evil.com", 403},
-      {"evil.com", "http://evil.com", 403},  // a name that its owner leads here
+      {"evil.com", "http://evil.com", 403},  // DNS rebinding
       {"evil.com", "", 403},
       {"", "", 403},
   };

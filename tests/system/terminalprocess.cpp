@@ -17,7 +17,7 @@ namespace {
 
 namespace process = boost::process;
 
-// The settings of whoever runs the tests are none of theirs.
+// The user's own settings must not reach the tests.
 const bool kIsCutOff = setenv("XDG_CONFIG_HOME", "/nowhere", 1) == 0 && unsetenv("POCKET_TOKEN") == 0;
 
 std::vector<std::string> serveArguments(const std::filesystem::path& dataDir, const std::vector<std::string>& options) {

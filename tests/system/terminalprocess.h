@@ -12,8 +12,8 @@
 
 namespace orvane::test {
 
-// The built pocket-terminal with quotes that stand still, on a port of its own. It answers once the constructor is
-// through; it is killed where a test leaves it running.
+// The built pocket-terminal with prices that do not move, on any free port. It accepts connections when the constructor
+// returns. The destructor kills it if it is still running.
 class TerminalProcess {
  public:
   explicit TerminalProcess(const std::filesystem::path& dataDir, const std::vector<std::string>& options = {});
@@ -25,7 +25,7 @@ class TerminalProcess {
   const std::string& token() const { return token_; }  // with all rights
   int pid() const { return process_.id(); }
 
-  // A phone that is logged in, with token() where no other is named, and holds each message against its schema.
+  // A client that is logged in, with token() by default, and checks each message against its schema.
   std::unique_ptr<terminal::Client> login(const std::string& token = {}) const;
 
   // Ends it by SIGTERM and returns its exit code.
@@ -50,10 +50,10 @@ struct Outcome {
 // Runs pocket-terminal to its end.
 Outcome runTerminal(const std::vector<std::string>& arguments);
 
-// A new token's text.
+// Makes a token and returns its text.
 std::string makeToken(const std::filesystem::path& dataDir, const std::string& name, const std::string& rights);
 
-// What a log or any other file holds.
+// A file's content.
 std::string readFile(const std::filesystem::path& file);
 
 }  // namespace orvane::test

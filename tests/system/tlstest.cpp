@@ -23,7 +23,7 @@ TEST(Tls, WithTheTerminalsOwnCertificate) {
   ASSERT_EQ(stat((dir.path() / "tls.key").c_str(), &key), 0);
   EXPECT_EQ(key.st_mode & 0777, 0600U);
 
-  // Handshakes that are cut off, and what is none.
+  // Handshakes that are cut off, and bytes that are not TLS.
   const std::string hello("\x16\x03\x01\x02\x00\x01\x00\x01\xFC\x03\x03", 11);
   for (size_t size = 0; size < hello.size(); ++size) RawSocket(terminal.port()) << hello.substr(0, size);
   RawSocket silent(terminal.port());
@@ -59,12 +59,12 @@ TEST(Tls, IsAMustBeyondLoopback) {
   const std::vector<std::pair<std::vector<std::string>, std::string>> rows{
       {{"--listen", "0.0.0.0"}, "beyond this machine, on 0.0.0.0, the terminal listens with TLS only: add --tls-self"},
       {{"--listen", "::"}, "beyond this machine, on ::, the terminal listens with TLS only: add --tls-self"},
-      {{"--listen", "home"}, "home is no IP address"},
+      {{"--listen", "home"}, "home is not an IP address"},
       {{"--listen", "192.0.2.1", "--tls-self"}, "choose an address of this machine with --listen"},
       {{"--tls-cert", "/none", "--tls-key", "/none"}, "cannot use the certificate /none: No such file or directory"},
       {{"--tls-cert", "/dev/null", "--tls-key", "/none"}, "/dev/null: it must be a PEM certificate ("},
       {{"--tls-cert", "/none"}, "its key is missing: add --tls-key"},
-      {{"--allow-origin", "https://a/b"}, "https://a/b is no origin such as https://trade.example.com:8443"},
+      {{"--allow-origin", "https://a/b"}, "https://a/b is not an origin such as https://trade.example.com:8443"},
   };
   for (auto [arguments, error] : rows) {
     arguments.insert(arguments.end(), {"--port", "0", "--data", dir.path().string()});
