@@ -19,13 +19,13 @@ std::string convertNaively(const std::string& text) {
   size_t left = text.size();
   size_t room = result.size();
   if (iconv(handle, &from, &left, &to, &room) == static_cast<size_t>(-1)) {
-    throw std::runtime_error("iconv does not take the text");
+    throw std::runtime_error("iconv rejects the text");
   }
   result.resize(result.size() - room);
   return result;
 }
 
-// Names of 4 to 40 bytes: Chinese characters, and for one in two a month behind them.
+// Names of instruments, 4 to 40 bytes: Chinese characters, every other one followed by a month.
 std::vector<std::string> makeNames() {
   std::mt19937 random(3);
   std::vector<std::string> names(256);

@@ -9,26 +9,25 @@ namespace orvane::bench {
 
 enum class Bound { AtMost, AtLeast };
 
-// The two sides of a figure. Each call runs one slice of a few milliseconds and returns what it measured, in the
-// figure's unit.
+// The two sides of a figure. Each call runs one slice and returns what it measured, in the figure's unit.
 struct Sides {
   std::function<double()> ours;
   std::function<double()> yardstick;
 };
 
-// One ratio, ours to the yardstick's, and what must hold of it.
+// The ratio of our result to the yardstick's, and the bound that it must keep.
 struct Figure {
   std::string name;
   std::string yardstick;
-  std::string unit;
+  std::string unit;  // ns, B, or something per second
   Bound bound;
   double must;
   double aim;
-  size_t rounds;                   // where the caller does not say
-  std::function<Sides()> prepare;  // throws where the two sides do not come to the same result
+  size_t rounds;                   // unless the caller asks for another number
+  std::function<Sides()> prepare;  // throws if the two sides give different results
 };
 
-// What the rounds gave, sorted out.
+// Medians over all rounds, and the quartiles of the ratio.
 struct Result {
   double ours;
   double yardstick;
@@ -37,15 +36,15 @@ struct Result {
   double upperQuartile;
 };
 
-// Runs the sides in turn, `rounds` times after one round that is not counted.
+// Runs the sides in turn, `rounds` times; several rounds begin with a warm-up round.
 Result measure(const Figure& figure, size_t rounds);
 
 bool holds(const Figure& figure, const Result& result);
 
-// The value at `part` (0 to 1) of the samples' order.
+// The sample at `part` of the sorted order: 0 is the smallest, 1 the largest.
 double quantile(std::vector<double> samples, double part);
 
-// Throws where the two sides of a figure differ.
+// Throws std::runtime_error if the two differ.
 void requireEqual(const std::string& ours, const std::string& yardstick);
 
 // All figures, in the order of the table.
@@ -55,5 +54,8 @@ std::vector<Figure> queueFigures();
 std::vector<Figure> requestFigures();
 std::vector<Figure> conversionFigures();
 std::vector<Figure> socketFigures();
+std::vector<Figure> roundTripFigures();
+std::vector<Figure> listFigures();
+std::vector<Figure> footprintFigures();
 
 }  // namespace orvane::bench

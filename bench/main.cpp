@@ -3,81 +3,78 @@
 #include <exception>
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
 #include <fmt/format.h>
 
-#include "bench/figure.h"
-#include "bench/memory.h"
-#include "bench/phones.h"
+#include "bench/bareserver.h"
+#include "bench/report.h"
 
 namespace orvane::bench {
 namespace {
 
+constexpr size_t kListRounds = 15;
+
 std::vector<Figure> allFigures() {
   std::vector<Figure> all;
-  for (const auto figures :
-       {writingFigures, decodingFigures, queueFigures, requestFigures, conversionFigures, socketFigures}) {
+  for (const auto figures : {writingFigures, decodingFigures, queueFigures, requestFigures, conversionFigures,
+                             socketFigures, roundTripFigures, listFigures, footprintFigures}) {
     std::vector<Figure> part = figures();
     std::move(part.begin(), part.end(), std::back_inserter(all));
   }
   return all;
 }
 
-std::string bound(const Figure& figure, double value) {
-  return fmt::format("{}{:.2f}", figure.bound == Bound::AtMost ? "≤ " : "≥ ", value);
-}
-
-std::string tableRow(const Figure& figure, const Result& result) {
-  return fmt::format("| {} | {} | {:.4g} {} | {:.4g} {} | **{:.2f}** ({:.2f}–{:.2f}) | {} | {} |\n", figure.name,
-                     figure.yardstick, result.ours, figure.unit, result.yardstick, figure.unit, result.ratio,
-                     result.lowerQuartile, result.upperQuartile, bound(figure, figure.must), bound(figure, figure.aim));
-}
-
-// Prints the memory's table; whether it holds.
-bool runMemory() {
-  const std::vector<RequestMemory> requests = measureMemory();
-  fmt::print(
-      "\n| Memory of one position.list | Reply | Allocations | for each row | Peak | for each row |\n"
-      "|---|---|---|---|---|---|\n");
-  for (const RequestMemory& request : requests) {
-    const auto rows = static_cast<double>(request.rows);
-    fmt::print("| {} rows | {} B | {} | {:.1f} | {} B | {:.0f} B |\n", request.rows, request.replyBytes,
-               request.allocations, static_cast<double>(request.allocations) / rows, request.peakBytes,
-               static_cast<double>(request.peakBytes) / rows);
-  }
-  const bool good = growsNoFasterThanRows(requests);
-  fmt::print("{}", good ? "" : "memory: MISSED, 10,000 rows cost more for each row than 100\n");
-  return good;
-}
-
 struct Options {
   std::string filter;
-  size_t rounds = 0;
+  std::string chartFile;
+  size_t rounds = 0;  // 0: as many as each figure has by itself
   bool check = false;
+
+  bool wants(std::string_view name) const { return name.find(filter) != std::string_view::npos; }
+  size_t roundsOr(size_t usual) const { return rounds > 0 ? rounds : usual; }
 };
 
-int run(const Options& options) {
-  std::string table =
-      "| Figure | Yardstick | Ours | Yardstick's | Ratio (quartiles) | Must | Aim |\n"
-      "|---|---|---|---|---|---|---|\n";
+// Whether all figures hold.
+bool measureFigures(const Options& options, std::vector<Measured>& figures) {
   bool allHold = true;
   for (const Figure& figure : allFigures()) {
-    if (figure.name.find(options.filter) == std::string::npos) {
-      continue;
+    if (options.wants(figure.name)) {
+      figures.push_back({figure, measure(figure, options.roundsOr(figure.rounds))});
+      fmt::print(stderr, "{}", progressLine(figures.back()));
+      allHold = holds(figure, figures.back().result) && allHold;
     }
-    const Result result = measure(figure, options.rounds > 0 ? options.rounds : figure.rounds);
-    const bool good = holds(figure, result);
-    fmt::print("{:36} {:6.3f} ({:.3f} to {:.3f})  must {}  aim {}{}\n", figure.name, result.ratio, result.lowerQuartile,
-               result.upperQuartile, bound(figure, figure.must), bound(figure, figure.aim), good ? "" : "  MISSED");
-    std::fflush(stdout);
-    table += tableRow(figure, result);
-    allHold = allHold && good;
   }
-  fmt::print("\n{}", table);
-  if (std::string_view("memory").find(options.filter) != std::string_view::npos) {
-    allHold = runMemory() && allHold;
+  return allHold;
+}
+
+void writeFile(const std::string& name, const std::string& text) {
+  std::ofstream file(name);
+  if (!(file << text << std::flush)) {
+    throw std::runtime_error(fmt::format("cannot write {}", name));
+  }
+}
+
+int run(const Options& options) {
+  std::vector<Measured> figures;
+  std::vector<RequestMemory> memory;
+  std::vector<ListCost> lists;
+  bool allHold = measureFigures(options, figures);
+  if (options.wants("memory")) {
+    memory = measureMemory();
+    if (!growsNoFasterThanRows(memory)) {
+      fmt::print(stderr, "memory: MISSED, a row of 10,000 costs more than one of 100\n");
+      allHold = false;
+    }
+  }
+  if (options.wants("lists")) {
+    lists = measureLists(options.roundsOr(kListRounds));
+  }
+  fmt::print("{}{}{}{}", machineText(), figureTable(figures), listTable(lists), memoryTable(memory));
+  if (!options.chartFile.empty()) {
+    writeFile(options.chartFile, chart(figures, lists));
   }
   return options.check && !allHold ? EXIT_FAILURE : EXIT_SUCCESS;
 }
@@ -87,16 +84,19 @@ int run(const Options& options) {
 
 int main(int argc, char** argv) try {
   orvane::bench::Options options;
-  std::string echoFile;
-  CLI::App app("Measures the library against small code of another kind, side by side in one run.");
-  app.add_option("--filter", options.filter, "Only figures whose name holds this text");
-  app.add_option("--rounds", options.rounds, "Rounds of each figure; by default 31 or more");
-  app.add_flag("--check", options.check, "Exit with 1 where a figure misses what it must reach");
-  app.add_option("--echo-server", echoFile, "")->group("");  // what the program calls itself with
+  std::string replyFile;
+  CLI::App app(
+      "Measures the library and the terminal beside small code that does the same work. Prints Markdown tables; "
+      "progress goes to standard error.");
+  app.add_option("--filter", options.filter, "Only figures and tables whose name contains this text");
+  app.add_option("--rounds", options.rounds, "Rounds of each figure; by default as many as it needs");
+  app.add_option("--chart", options.chartFile, "Write a chart of the round trips and the lists to this SVG file");
+  app.add_flag("--check", options.check, "Exit with 1 if a figure misses what it must reach");
+  app.add_option("--bare-server", replyFile, "")->group("");  // how the program starts its own yardstick
   CLI11_PARSE(app, argc, argv);
-  if (!echoFile.empty()) {
-    std::ifstream file(echoFile);
-    orvane::bench::runEchoServer({std::istreambuf_iterator<char>(file), {}});
+  if (!replyFile.empty()) {
+    std::ifstream file(replyFile);
+    orvane::bench::runBareServer({std::istreambuf_iterator<char>(file), {}});
   }
   return orvane::bench::run(options);
 } catch (const std::exception& error) {

@@ -5,18 +5,18 @@
 
 namespace orvane::bench {
 
-// What one "position.list" takes of the heap, from the body to the reply, the host's own records included.
+// Heap use of one "position.list", from the body to the reply, the host's own records included.
 struct RequestMemory {
   size_t rows;
   size_t replyBytes;
   size_t allocations;
-  size_t peakBytes;  // above what was taken before
+  size_t peakBytes;  // above what was in use before
 };
 
-// For 1, 100 and 10,000 rows.
+// For 1, 100 and 10,000 rows, in this order.
 std::vector<RequestMemory> measureMemory();
 
-// Whether 10,000 rows cost no more for each row than 100 do.
+// Whether a row of 10,000 costs no more than a row of 100.
 bool growsNoFasterThanRows(const std::vector<RequestMemory>& requests);
 
 }  // namespace orvane::bench

@@ -7,7 +7,7 @@
 
 namespace orvane::bench {
 
-// A list written as the library's manual shows it.
+// Writes a list as rapidjson's manual shows it.
 class NaiveWriter {
  public:
   void member(const char* name, int32_t value) { key(name).Int(value); }

@@ -1,15 +1,22 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
+#include <list>
+#include <string>
 
 namespace orvane::bench {
 
-// Accounts added to the sample data: the first holds one instrument, the others hold all twenty.
-inline constexpr int kAccountOfOne = 99;
-inline constexpr int kFirstAccountOfTwenty = 100;
+// Creates the reference terminal's database in this folder, with accounts besides the sample data that have one
+// position and one cancelled order for each instrument that they hold: one account of one instrument, one of ten, and
+// as many of twenty as make up `rows`.
+void makePaperDesk(const std::filesystem::path& folder, size_t rows);
 
-// Creates the reference terminal's database in this folder, with `accounts` accounts that hold all twenty instruments.
-void makePaperDesk(const std::filesystem::path& folder, int accounts);
+// The accounts among them that have so many positions and orders together: 1, 10, or a multiple of 20.
+std::list<int32_t> accountsOfRows(size_t rows);
+
+// The same as a request's body.
+std::string selectorOfRows(size_t rows);
 
 }  // namespace orvane::bench

@@ -4,8 +4,8 @@
 
 namespace orvane::bench {
 
-// Keeps one consumer thread on the last processor and all others off it while this lives, so that a hand-off is one
-// between processors in every slice. Does nothing where there is only one processor.
+// While it lives, reserves the last processor for one consumer thread, so that every hand-off crosses processors. Does
+// nothing on a machine with one processor.
 class Placement {
  public:
   Placement() {
@@ -23,7 +23,7 @@ class Placement {
   Placement(const Placement&) = delete;
   Placement& operator=(const Placement&) = delete;
 
-  // To be called on the consumer thread.
+  // Call on the consumer thread.
   void placeConsumer() const {
     cpu_set_t last;
     CPU_ZERO(&last);

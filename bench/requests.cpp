@@ -4,11 +4,11 @@
 
 #include "bench/barequeues.h"
 #include "bench/figure.h"
+#include "bench/localserver.h"
 #include "bench/naivewriter.h"
 #include "bench/paperdesk.h"
 #include "bench/placement.h"
 #include "bench/timing.h"
-#include "host/mobilesrv.h"
 #include "host/servicerouter.h"
 #include "host/tradeutils.h"
 #include "pocketagent/mobileworker.h"
@@ -19,13 +19,8 @@ namespace orvane::bench {
 namespace {
 
 // A mobile service that records when a message arrived.
-class Catcher : public IMobileSrv {
+class Catcher : public LocalServer {
  public:
-  ResultStatus start(const MobileSrvInfo& /*info*/) override { return {}; }
-  ResultStatus registerSpi(const std::shared_ptr<IMobileSrvSpi>& /*spi*/, int32_t* /*handle*/) override { return {}; }
-  ResultStatus unregisterSpi(int32_t /*handle*/) override { return {}; }
-  void stop() override {}
-  bool isRunning() override { return true; }
   ResultStatus send(const MobileMessage& message) override {
     caught_ = wallTime();
     if (data_.empty()) {
