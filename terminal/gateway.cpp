@@ -6,7 +6,7 @@
 
 namespace orvane::terminal {
 
-Gateway::Gateway(ListenOptions listen, PhonesOptions phones)
+Gateway::Gateway(ListenOptions listen, PhonesOptions phones, WhenStored whenStored)
     : phones_(loop_,
               [&] {
                 phones.figures = [this] { return listener_.figures(); };
@@ -14,7 +14,7 @@ Gateway::Gateway(ListenOptions listen, PhonesOptions phones)
               }()),
       listener_(loop_.context(), std::move(listen), phones_, phones_),
       server_(
-          phones_, [this] { start(); }, [this] { stop(); }) {}
+          phones_, std::move(whenStored), [this] { start(); }, [this] { stop(); }) {}
 
 void Gateway::start() {
   phones_.start();

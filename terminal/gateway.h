@@ -15,7 +15,7 @@ namespace orvane::terminal {
 class Gateway {
  public:
   // Opens `gateway.db` and takes the port. `phones.figures` is filled in. Throws std::runtime_error.
-  Gateway(ListenOptions listen, PhonesOptions phones);
+  Gateway(ListenOptions listen, PhonesOptions phones, WhenStored whenStored);
   ~Gateway() { stop(); }
   Gateway(const Gateway&) = delete;
   Gateway& operator=(const Gateway&) = delete;

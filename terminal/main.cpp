@@ -81,17 +81,22 @@ std::vector<HealthCheck> checkHost(const TradingHost& host) {
   constexpr double kOldSeconds = 5;
   const TradingHealth health = host.health();
   HealthCheck database{.name = "database:writes"};
-  if (!health.isStoring) {
+  if (!health.storageFault.empty()) {
     database.status = HealthStatus::Fail;
-    database.output = "the last change could not be written: look at the disk and the log";
+    database.output = health.storageFault;
   }
-  if (!health.quotesAge) return {database};
+  HealthCheck clock{.name = "clock:agreement"};
+  if (!health.clockFault.empty()) {
+    clock.status = HealthStatus::Warn;
+    clock.output = health.clockFault;
+  }
+  if (!health.quotesAge) return {database, clock};
   HealthCheck quotes{.name = "quotes:age", .seconds = health.quotesAge->count()};
   if (*quotes.seconds > kOldSeconds) {
     quotes.status = HealthStatus::Warn;
     quotes.output = "the prices do not move";
   }
-  return {database, quotes};
+  return {database, clock, quotes};
 }
 
 // On the screen and in the log, because a service has no screen.
@@ -118,7 +123,8 @@ int serve(const Settings& settings) try {
                   {.dataDir = settings.dataDir,
                    .loginTime = settings.loginTime,
                    .probe = [&host] { return checkHost(host); },
-                   .figures = {}});
+                   .figures = {}},
+                  [&host](auto answer) { host.whenStored(std::move(answer)); });
   const Running running(host, gateway.mobileService(), gateway.url());
   printLink(settings, gateway.url());
   if (settings.tls) printFingerprint(fingerprint(settings.tls->certificate));

@@ -4,8 +4,11 @@
 
 namespace orvane::terminal {
 
-MobileServer::MobileServer(Phones& phones, Step open, Step close)
-    : phones_(phones), open_(std::move(open)), close_(std::move(close)) {}
+MobileServer::MobileServer(Phones& phones, WhenStored whenStored, Step open, Step close)
+    : phones_(phones),
+      hold_(std::move(whenStored), [&phones](const MobileMessage& message) { phones.deliver(message); }),
+      open_(std::move(open)),
+      close_(std::move(close)) {}
 
 ResultStatus MobileServer::start(const MobileSrvInfo& /*info*/) {
   if (started_.exchange(true)) return {-1, "the mobile server was started before"};
@@ -23,12 +26,13 @@ ResultStatus MobileServer::unregisterSpi(int32_t handle) { return phones_.agent(
 
 void MobileServer::stop() {
   running_ = false;
+  hold_.close();
   close_();
 }
 
 ResultStatus MobileServer::send(const MobileMessage& message) {
   if (!running_) return {-1, "the mobile server is not running"};
-  phones_.deliver(message);
+  hold_.send(message);
   return {};
 }
 

@@ -6,6 +6,7 @@
 
 #include "host/mobilesrv.h"
 #include "terminal/phones/phones.h"
+#include "terminal/phones/replyhold.h"
 
 namespace orvane::terminal {
 
@@ -15,7 +16,7 @@ class MobileServer : public IMobileSrv {
   using Step = std::function<void()>;
 
   // `open` lets clients in; `close` ends all their sessions and the loop's thread. `phones` must outlive the server.
-  MobileServer(Phones& phones, Step open, Step close);
+  MobileServer(Phones& phones, WhenStored whenStored, Step open, Step close);
 
   // Fails if it was started before.
   ResultStatus start(const MobileSrvInfo& info) override;
@@ -28,6 +29,7 @@ class MobileServer : public IMobileSrv {
 
  private:
   Phones& phones_;
+  ReplyHold hold_;
   const Step open_;
   const Step close_;
   std::atomic<bool> started_ = false;

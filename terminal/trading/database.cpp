@@ -1,94 +1,46 @@
 #include "terminal/trading/database.h"
 
+#include <array>
 #include <stdexcept>
 
-#include <SQLiteCpp/Statement.h>
 #include <SQLiteCpp/Transaction.h>
-#include <SQLiteCpp/VariadicBind.h>
 #include <fmt/format.h>
-#include <sqlite3.h>
 
-#include "host/common.h"
-#include "terminal/trading/ledger.h"
+#include "terminal/trading/bookreader.h"
 #include "terminal/trading/sampledata.h"
 
 namespace orvane::terminal {
 namespace {
 
-constexpr int kVersion = 1;
+// Each brings a database from the version of its place, counted from 1, to the next.
+constexpr std::array<const char*, 1> kUpgrades{R"sql(
+CREATE INDEX orders_by_day ON orders (day);
+CREATE INDEX fill_by_order ON fill (order_id);
+CREATE TABLE overwritten (count INTEGER NOT NULL) STRICT;
+INSERT INTO overwritten VALUES (0);
+)sql"};
+constexpr int kVersion = 1 + static_cast<int>(kUpgrades.size());
 
-// Reads the columns of a row from left to right.
-class Row {
- public:
-  explicit Row(SQLite::Statement& statement) : statement_(statement) {}
+SQLite::Database openFile(const std::filesystem::path& file) try {
+  std::filesystem::create_directories(file.parent_path());
+  return SQLite::Database(file.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+} catch (const std::exception& e) {
+  throw StoreError(file, e);
+}
 
-  int64_t int64() { return next().getInt64(); }
-  int32_t int32() { return next().getInt(); }
-  bool flag() { return int32() != 0; }
-  double real() { return next().getDouble(); }
-  std::string text() { return next().getString(); }
-  std::string gbk() { return CodeConvert::utf8_to_gbk(text()); }
-  bool isNull() const { return statement_.isColumnNull(column_); }
-  Key key() {
-    int32_t account = int32();
-    return {account, int64()};
+void bringToVersion(SQLite::Database& db, int version) {
+  if (version < 1 || version > kVersion) {
+    throw std::runtime_error(fmt::format("its version is {}, this program reads versions 1 to {}", version, kVersion));
   }
-  Volumes volumes() {
-    int64_t longs = int64();
-    return {longs, int64()};
-  }
-
- private:
-  SQLite::Column next() { return statement_.getColumn(column_++); }
-
-  SQLite::Statement& statement_;
-  int column_ = 0;
-};
-
-template <typename Read>
-void forEachRow(const SQLite::Database& db, const char* sql, const Read& read) {
-  SQLite::Statement statement(db, sql);
-  while (statement.executeStep()) {
-    Row row(statement);
-    read(row);
-  }
+  for (; version < kVersion; ++version) db.exec(kUpgrades.at(static_cast<size_t>(version) - 1));
+  db.exec(fmt::format("PRAGMA user_version = {}", kVersion));
 }
 
-template <typename... Values>
-void write(const SQLite::Database& db, const char* sql, const Values&... values) {
-  SQLite::Statement statement(db, sql);
-  SQLite::bind(statement, values...);
-  statement.exec();
-}
-
-bool isBusy(const std::exception& fault) {
-  const auto* exception = dynamic_cast<const SQLite::Exception*>(&fault);
-  return exception != nullptr && exception->getErrorCode() == SQLITE_BUSY;
-}
-
-// Adds the file and the remedy to the message of whatever `work` throws.
-template <typename Work>
-auto withFile(const std::string& file, const Work& work) {
-  try {
-    return work();
-  } catch (const std::exception& e) {
-    throw std::runtime_error(fmt::format(
-        "cannot use the database {}: {}; {}", file, e.what(),
-        isBusy(e) ? "stop the program that uses it" : "move the file away, or name another folder with --data"));
-  }
-}
-
-SQLite::Database openFile(const std::filesystem::path& dir) {
-  const std::string file = (dir / "terminal.db").string();
-  return withFile(file, [&] {
-    std::filesystem::create_directories(dir);
-    return SQLite::Database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
-  });
-}
-
-// Exclusive locking keeps a second terminal out, and the lock ends with the process.
+// Exclusive locking keeps a second terminal out, and the lock ends with the process. Nothing is put into temporary
+// files, whose disk may be full.
 void setUp(SQLite::Database& db) {
   db.exec("PRAGMA locking_mode = EXCLUSIVE");
+  db.exec("PRAGMA temp_store = MEMORY");
   db.exec("PRAGMA journal_mode = WAL");
   db.exec("PRAGMA synchronous = FULL");
   db.exec("PRAGMA foreign_keys = ON");
@@ -96,290 +48,46 @@ void setUp(SQLite::Database& db) {
   int version = db.execAndGet("PRAGMA user_version").getInt();
   if (version == 0 && db.execAndGet("SELECT count(*) FROM sqlite_schema").getInt() == 0) {
     for (const char* script : kSampleScripts) db.exec(script);
-    db.exec(fmt::format("PRAGMA user_version = {}", kVersion));
-  } else if (version != kVersion) {
-    throw std::runtime_error(fmt::format("its version is {}, this program reads version {}", version, kVersion));
+    version = 1;
   }
+  if (version != kVersion) bringToVersion(db, version);
   transaction.commit();
-}
-
-void loadInstruments(const SQLite::Database& db, Book& book) {
-  forEachRow(db, "SELECT id, name, full_name FROM exchange", [&](Row& row) {
-    int32_t id = row.int32();
-    book.exchanges.exchangeNames[id] = row.text();
-    book.exchanges.exchangeFullNames[id] = row.gbk();
-  });
-  forEachRow(db,
-             "SELECT hash_code, code_class, exchange, code, i.name, code_type, default_margin_rate, multiplier,"
-             " price_tick, lot, max_volume, pre_close, pre_settlement, lower_limit, upper_limit,"
-             " coalesce(last, pre_settlement)"
-             " FROM instrument i JOIN code_type t ON t.name = code_type LEFT JOIN quote USING (hash_code)",
-             [&](Row& row) {
-               Instrument it;
-               it.symbol.hashCode = row.int64();
-               it.symbol.codeClass = row.int32();
-               it.symbol.exchangeId = row.int32();
-               it.symbol.code = row.text();
-               it.name = row.gbk();
-               it.codeType = row.gbk();
-               it.defaultMarginRate = row.real();
-               it.multiplier = row.int64();
-               it.priceTick = row.real();
-               it.lot = row.int64();
-               it.maxVolume = row.int64();
-               it.preClose = row.real();
-               it.preSettlement = row.real();
-               it.lowerLimit = row.real();
-               it.upperLimit = row.real();
-               it.last = row.real();
-               book.instruments.emplace(it.symbol.hashCode, std::move(it));
-             });
-}
-
-void loadAccounts(const SQLite::Database& db, Book& book) {
-  forEachRow(db,
-             "SELECT idx, user_code, market_type, aim_type, online, trigger_orders, ordinary_orders, pre_balance,"
-             " deposit, withdraw, commission FROM account",
-             [&](Row& row) {
-               Account it;
-               it.id.index = row.int32();
-               it.id.userCode = row.text();
-               it.id.marketType = row.int32();
-               it.id.aimType = row.int32();
-               it.online = row.flag();
-               it.triggerOrders = row.flag();
-               it.ordinaryOrders = row.flag();
-               it.preBalance = row.real();
-               it.deposit = row.real();
-               it.withdraw = row.real();
-               it.commission = row.real();
-               book.accounts.emplace(it.id.index, std::move(it));
-             });
-  forEachRow(db,
-             "SELECT account, long_margin_rate, short_margin_rate, keep_margin_ratio, collateral_rate, interest_rate,"
-             " long_limit, short_limit FROM credit_terms",
-             [&](Row& row) {
-               CreditTerms& it = book.accounts.at(row.int32()).credit.emplace();
-               it.longMarginRate = row.real();
-               it.shortMarginRate = row.real();
-               it.keepMarginRatio = row.real();
-               it.collateralRate = row.real();
-               it.interestRate = row.real();
-               it.longLimit = row.real();
-               it.shortLimit = row.real();
-             });
-  forEachRow(db, "SELECT function, reason, account FROM refused_function", [&](Row& row) {
-    RefusedFunction it{row.text(), {}, row.gbk()};
-    if (!row.isNull()) it.account = row.int32();
-    book.refusedFunctions.push_back(std::move(it));
-  });
-}
-
-void loadRates(const SQLite::Database& db, Book& book) {
-  forEachRow(db,
-             "SELECT account, hash_code, long_by_money, long_by_volume, short_by_money, short_by_volume"
-             " FROM margin_rate",
-             [&](Row& row) {
-               MarginRate& it = book.marginRates[row.key()];
-               it.longs.byMoney = row.real();
-               it.longs.byVolume = row.real();
-               it.shorts.byMoney = row.real();
-               it.shorts.byVolume = row.real();
-             });
-  forEachRow(db, "SELECT account, code_type, by_money, by_volume, minimum, sale_tax FROM commission_rate",
-             [&](Row& row) {
-               int32_t account = row.int32();
-               CommissionRate& it = book.commissionRates[{account, row.gbk()}];
-               it.rate.byMoney = row.real();
-               it.rate.byVolume = row.real();
-               it.minimum = row.real();
-               it.saleTax = row.real();
-             });
-}
-
-void loadHoldings(const SQLite::Database& db, Book& book) {
-  forEachRow(db,
-             "SELECT account, hash_code, direction, yesterday_volume, yesterday_closed, today_volume, yesterday_price,"
-             " today_price, close_profit FROM holding",
-             [&](Row& row) {
-               Holdings& both = book.holdings[row.key()];
-               Holding& it = both.of(static_cast<Direction>(row.int32()));
-               it.yesterdayVolume = row.int64();
-               it.yesterdayClosed = row.int64();
-               it.todayVolume = row.int64();
-               it.yesterdayPrice = row.real();
-               it.todayPrice = row.real();
-               it.closeProfit = row.real();
-             });
-  forEachRow(db, "SELECT id, account, hash_code, direction, volume, amount, interest FROM credit_contract",
-             [&](Row& row) {
-               CreditContract it;
-               it.id = row.int64();
-               it.key = row.key();
-               it.direction = static_cast<Direction>(row.int32());
-               it.volume = row.int64();
-               it.amount = row.real();
-               it.interest = row.real();
-               book.put(it);
-             });
-}
-
-BookOrder readOrder(Row& row, const Book& book) {
-  BookOrder it;
-  Order& order = it.order;
-  order.localOrderId = row.int64();
-  order.account = book.accounts.at(row.int32()).id;
-  order.code = book.instruments.at(row.int64()).symbol;
-  order.orderSource.sourceFlags = row.int64();
-  order.orderSource.sourceText = row.gbk();
-  order.orderId = row.text();
-  order.srcTimestamp = row.int64();
-  order.side = row.int32();
-  order.combOffset = row.int32();
-  order.hedge = row.int32();
-  order.priceType = row.int32();
-  order.price = row.real();
-  order.volume = row.int64();
-  it.closeYesterday = row.int64();
-  it.closeToday = row.int64();
-  order.status = row.int32();
-  order.note = row.gbk();
-  order.fillVolume = row.int64();
-  order.fillAmount = row.real();
-  order.fillAvgPrice = row.real();
-  it.funds = orderFunds(book, it);
-  return it;
-}
-
-void loadOrders(const SQLite::Database& db, Book& book) {
-  forEachRow(db,
-             "SELECT id, account, hash_code, source_flags, source_text, exchange_id, created, side, comb_offset, hedge,"
-             " price_type, price, volume, close_yesterday, close_today, status, note, fill_volume, fill_amount,"
-             " fill_avg_price FROM orders WHERE day = (SELECT day FROM trading_day) ORDER BY id",
-             [&](Row& row) { book.put(readOrder(row, book)); });
-  forEachRow(db,
-             "SELECT order_id, fill_id, time, f.volume, f.price FROM fill f JOIN orders o ON o.id = order_id"
-             " WHERE day = (SELECT day FROM trading_day) ORDER BY f.id",
-             [&](Row& row) {
-               OrderFill it = fillOf(book.orders.at(row.int64()).order);
-               it.fillId = row.text();
-               it.exchTimestamp = row.int64();
-               it.volume = row.int64();
-               it.price = row.real();
-               book.add(std::move(it));
-             });
-  forEachRow(db,
-             "SELECT day, (SELECT coalesce(max(id), 1000) FROM orders), (SELECT coalesce(max(id), 0) FROM fill)"
-             " FROM trading_day",
-             [&](Row& row) {
-               book.day = row.int64();
-               book.lastOrderId = row.int64();
-               book.lastFillId = row.int64();
-             });
-}
-
-void loadMonitor(const SQLite::Database& db, Book& book) {
-  forEachRow(db, "SELECT account, hash_code, family, long_volume, short_volume FROM strategy_target", [&](Row& row) {
-    Key key = row.key();
-    auto family = static_cast<TargetFamily>(row.int32());
-    book.targets.push_back({key, family, row.volumes()});
-  });
-  forEachRow(db, "SELECT account, hash_code, long_volume, short_volume FROM manual_position", [&](Row& row) {
-    Key key = row.key();
-    book.manual[key] = row.volumes();
-  });
-  forEachRow(db, "SELECT account, hash_code, rule FROM sync_rule", [&](Row& row) {
-    Key key = row.key();
-    book.syncRules[key] = row.int32();
-  });
-}
-
-void saveHolding(const SQLite::Database& db, const Key& key, Direction direction, const Holding& it) {
-  if (it.isBlank()) {
-    return write(db, "DELETE FROM holding WHERE account = ? AND hash_code = ? AND direction = ?", key.account,
-                 key.hashCode, static_cast<int32_t>(direction));
-  }
-  write(db, "INSERT OR REPLACE INTO holding VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)", key.account, key.hashCode,
-        static_cast<int32_t>(direction), it.yesterdayVolume, it.yesterdayClosed, it.todayVolume, it.yesterdayPrice,
-        it.todayPrice, it.closeProfit);
-}
-
-void saveAccount(const SQLite::Database& db, const Account& it) {
-  write(db, "UPDATE account SET pre_balance = ?, deposit = ?, withdraw = ?, commission = ? WHERE idx = ?",
-        it.preBalance, it.deposit, it.withdraw, it.commission, it.id.index);
-}
-
-void saveInstrument(const SQLite::Database& db, const Instrument& it) {
-  write(db,
-        "UPDATE instrument SET pre_close = ?, pre_settlement = ?, lower_limit = ?, upper_limit = ? WHERE hash_code = ?",
-        it.preClose, it.preSettlement, it.lowerLimit, it.upperLimit, it.symbol.hashCode);
-}
-
-void saveOrder(const SQLite::Database& db, const BookOrder& it, int64_t day) {
-  const Order& order = it.order;
-  write(db, "INSERT OR REPLACE INTO orders VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
-        order.localOrderId, order.account.index, order.code.hashCode, order.orderSource.sourceFlags,
-        CodeConvert::gbk_to_utf8(order.orderSource.sourceText), order.orderId, order.srcTimestamp, order.side,
-        order.combOffset, order.hedge, order.priceType, order.price, order.volume, it.closeYesterday, it.closeToday,
-        order.status, CodeConvert::gbk_to_utf8(order.note), order.fillVolume, order.fillAmount, order.fillAvgPrice,
-        day);
-}
-
-void saveManual(const SQLite::Database& db, const Book& book, const Key& key) {
-  auto found = book.manual.find(key);
-  if (found == book.manual.end()) {
-    write(db, "DELETE FROM manual_position WHERE account = ? AND hash_code = ?", key.account, key.hashCode);
-  } else {
-    write(db, "INSERT OR REPLACE INTO manual_position VALUES (?, ?, ?, ?)", key.account, key.hashCode,
-          found->second.longs, found->second.shorts);
-  }
-}
-
-void saveContract(const SQLite::Database& db, const CreditContract& it) {
-  write(db, "INSERT OR REPLACE INTO credit_contract VALUES (?, ?, ?, ?, ?, ?, ?)", it.id, it.key.account,
-        it.key.hashCode, static_cast<int32_t>(it.direction), it.volume, it.amount, it.interest);
 }
 
 }  // namespace
 
-Database::Database(const std::filesystem::path& dir) : db_(openFile(dir)) {
-  withFile(db_.getFilename(), [this] { setUp(db_); });
+Database::Database(const std::filesystem::path& dir) : file_(dir / "terminal.db"), db_(openFile(file_)), writer_(db_) {
+  try {
+    setUp(db_);
+  } catch (const std::exception& e) {
+    throw StoreError(file_, e);
+  }
 }
 
-Book Database::load() {
-  return withFile(db_.getFilename(), [this] {
-    Book book;
-    loadInstruments(db_, book);
-    loadAccounts(db_, book);
-    loadRates(db_, book);
-    loadHoldings(db_, book);
-    loadOrders(db_, book);
-    loadMonitor(db_, book);
-    return book;
-  });
+Book Database::load() try { return readBook(db_); } catch (const std::exception& e) {
+  throw StoreError(file_, e);
 }
 
-void Database::save(const Book& book, const Change& change) {
-  SQLite::Transaction transaction(db_);
-  for (int32_t index : change.accounts) saveAccount(db_, book.accounts.at(index));
-  for (const Key& key : change.holdings) {
-    const Holdings& both = book.holdings.at(key);
-    saveHolding(db_, key, Direction::Long, both.longs);
-    saveHolding(db_, key, Direction::Short, both.shorts);
+void Database::save(const Rows& rows) {
+  transact([&] { writer_.write(rows); });
+}
+
+void Database::overwriteFailed() {
+  // An update that left its row as it is would write no frame.
+  transact([this] { db_.exec("UPDATE overwritten SET count = count + 1"); });
+}
+
+template <typename Work>
+void Database::transact(const Work& work) {
+  bool committing = false;
+  try {
+    SQLite::Transaction transaction(db_);
+    work();
+    committing = true;
+    transaction.commit();
+  } catch (const std::exception& e) {
+    throw StoreError(file_, e, committing);
   }
-  for (int64_t id : change.orders) saveOrder(db_, book.orders.at(id), book.day);
-  for (const NewFill& it : change.fills) {
-    write(db_, "INSERT INTO fill (order_id, fill_id, time, volume, price, commission) VALUES (?, ?, ?, ?, ?, ?)",
-          it.fill.localOrderId, it.fill.fillId, it.fill.exchTimestamp, it.fill.volume, it.fill.price, it.commission);
-  }
-  for (int64_t id : change.contracts) saveContract(db_, book.contracts.at(id));
-  for (int64_t hashCode : change.quotes) {
-    write(db_, "INSERT OR REPLACE INTO quote VALUES (?, ?)", hashCode, book.instruments.at(hashCode).last);
-  }
-  for (const Key& key : change.manual) saveManual(db_, book, key);
-  for (int64_t hashCode : change.instruments) saveInstrument(db_, book.instruments.at(hashCode));
-  if (change.nextDay) write(db_, "UPDATE trading_day SET day = ?", *change.nextDay);
-  transaction.commit();
 }
 
 }  // namespace orvane::terminal

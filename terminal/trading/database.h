@@ -2,53 +2,41 @@
 
 #include <filesystem>
 #include <optional>
-#include <set>
-#include <vector>
 
 #include <SQLiteCpp/Database.h>
 
-#include "terminal/trading/book.h"
+#include "terminal/trading/change.h"
+#include "terminal/trading/rowwriter.h"
+#include "terminal/trading/storeerror.h"
 
 namespace orvane::terminal {
 
-struct NewFill {
-  OrderFill fill;
-  double commission = 0;
-};
-
-// The parts of a book to be written, by key. Fills are only added.
-struct Change {
-  std::set<int32_t> accounts;
-  std::set<Key> holdings;
-  std::set<int64_t> orders;
-  std::vector<NewFill> fills;
-  std::set<int64_t> contracts;
-  std::set<int64_t> quotes;
-  std::set<Key> manual;
-  std::set<int64_t> instruments;
-  std::optional<int64_t> nextDay;
-
-  bool empty() const {
-    return accounts.empty() && holdings.empty() && orders.empty() && fills.empty() && contracts.empty() &&
-           quotes.empty() && manual.empty() && instruments.empty() && !nextDay;
-  }
-};
-
-// The file `terminal.db`. Locked against other processes; not thread-safe. Each write is one transaction and is flushed
-// when the call returns.
+// The file `terminal.db`. Locked against other processes; not thread-safe.
 class Database {
  public:
-  // Opens the file in `dir`, or creates it with the sample data. Throws std::runtime_error that names file and remedy.
+  // Opens the file in `dir`. Creates it with the sample data if it is missing, and upgrades one of an older version, in
+  // one transaction. Throws StoreError.
   explicit Database(const std::filesystem::path& dir);
 
-  // Throws like the constructor.
+  // Throws StoreError.
   Book load();
 
-  // Writes the parts of `book` that `change` names. Throws SQLite::Exception and writes nothing if it fails.
-  void save(const Book& book, const Change& change);
+  // Writes all rows in one transaction, on the disk when the call returns. Throws StoreError, and then load() returns
+  // the book without them. If the error's mayBeStored() is true, a crash may yet bring them back, until
+  // overwriteFailed() has succeeded.
+  void save(const Rows& rows);
+
+  // Commits a transaction of its own, whose frames take the place of those of a failed commit in the write-ahead log.
+  // Throws StoreError.
+  void overwriteFailed();
 
  private:
+  template <typename Work>
+  void transact(const Work& work);
+
+  std::filesystem::path file_;
   SQLite::Database db_;
+  RowWriter writer_;
 };
 
 }  // namespace orvane::terminal

@@ -1,11 +1,6 @@
 #include "terminal/trading/desk.h"
 
-#include <cstdio>
-#include <ctime>
-#include <exception>
 #include <vector>
-
-#include <fmt/format.h>
 
 #include "host/common.h"
 #include "terminal/trading/pushrow.h"
@@ -14,57 +9,43 @@
 namespace orvane::terminal {
 namespace {
 
-int64_t localDay() {
-  const std::time_t now = std::time(nullptr);
-  std::tm local{};
-  localtime_r(&now, &local);
-  return (now + local.tm_gmtoff) / 86400;
-}
-
-// By hash code. Most prices are only in memory, so a reload would lose them.
-std::vector<double> lastPrices(const Book& book) {
-  std::vector<double> prices;
-  prices.reserve(book.instruments.size());
-  for (const auto& [hashCode, instrument] : book.instruments) prices.push_back(instrument.last);
-  return prices;
+std::vector<MobileMessage> pushesOf(const Book& book, const Change& change) {
+  std::vector<MobileMessage> pushes;
+  MobileMessage message;
+  if (!change.orders.empty()) {
+    message.topic = "order.push";
+    message.data = orderRows(book, change);
+    pushes.push_back(message);
+  }
+  if (!change.fills.empty()) {
+    message.topic = "trade.push";
+    message.data = fillRows(book, change);
+    pushes.push_back(std::move(message));
+  }
+  return pushes;
 }
 
 }  // namespace
 
-Desk::Desk(const std::filesystem::path& dir) : database_(dir), book_(database_.load()) {
-  apply([](Book&, Change&) {});
-}
-
-void Desk::apply(const std::function<void(Book&, Change&)>& work) {
+Desk::Desk(const std::filesystem::path& dir, Clocks clocks, OpenedBook opened)
+    : day_(std::move(clocks)),
+      book_(std::move(opened.book)),
+      committer_(dir, std::move(opened.database), opened.error,
+                 {[this](Book book) { restore(std::move(book)); },
+                  [this](MobileMessage message) { outbox_.post(std::move(message)); },
+                  [this](const std::string& text) { notice(text); }}) {
+  if (opened.error) return;
   const std::lock_guard lock(mutex_);
-  if (const int64_t today = localDay(); today > book_.day) {
-    commit([today](Book& book, Change& change) { settle(book, change, today); });
-    book_ = reload();
-  }
-  commit(work);
+  changeDay();
 }
 
-void Desk::commit(const std::function<void(Book&, Change&)>& work) {
+void Desk::apply(const std::function<void(Book&, Change&, int64_t now)>& work) {
+  const std::lock_guard lock(mutex_);
+  committer_.requireOpen();
+  changeDay();
   Change change;
-  const std::vector<double> prices = lastPrices(book_);
-  try {
-    work(book_, change);
-    if (!change.empty()) store(change);
-  } catch (...) {
-    book_ = reload();
-    auto price = prices.begin();
-    for (auto& [hashCode, instrument] : book_.instruments) instrument.last = *price++;
-    throw;
-  }
-  announce(change);
-}
-
-void Desk::store(const Change& change) try {
-  database_.save(book_, change);
-  isStoring_ = true;
-} catch (...) {
-  isStoring_ = false;
-  throw;
+  work(book_, change, day_.now());
+  if (!change.empty()) committer_.add(book_, change, pushesOf(book_, change));
 }
 
 void Desk::notice(const std::string& text) {
@@ -74,30 +55,19 @@ void Desk::notice(const std::string& text) {
   outbox_.post(std::move(message));
 }
 
-// Ends the process if the book cannot be read back: nobody may trade on a book that differs from the disk.
-Book Desk::reload() noexcept {
-  try {
-    return database_.load();
-  } catch (const std::exception& e) {
-    fmt::print(stderr,
-               "pocket-terminal: the book cannot be read back: {}; ending, because it may differ from what is stored\n",
-               e.what());
-    std::terminate();
-  }
+void Desk::changeDay() {
+  const std::optional<int64_t> today = day_.today();
+  if (!today || *today <= book_.day) return;
+  Change change;
+  settle(book_, change, *today);
+  committer_.add(book_, change, pushesOf(book_, change));
+  book_.startDay(*today);
 }
 
-void Desk::announce(const Change& change) {
-  MobileMessage message;
-  if (!change.orders.empty()) {
-    message.topic = "order.push";
-    message.data = orderRows(book_, change);
-    outbox_.post(message);
-  }
-  if (!change.fills.empty()) {
-    message.topic = "trade.push";
-    message.data = fillRows(book_, change);
-    outbox_.post(std::move(message));
-  }
+// The old book is destroyed after the lock is gone.
+void Desk::restore(Book book) {
+  const std::lock_guard lock(mutex_);
+  std::swap(book_, book);
 }
 
 }  // namespace orvane::terminal

@@ -1,21 +1,22 @@
 #pragma once
 
-#include <atomic>
+#include <filesystem>
 #include <functional>
 #include <mutex>
 #include <string>
+#include <utility>
 
-#include "terminal/trading/book.h"
-#include "terminal/trading/database.h"
+#include "terminal/trading/committer.h"
 #include "terminal/trading/outbox.h"
+#include "terminal/trading/tradingday.h"
 
 namespace orvane::terminal {
 
-// The state shared by all services: the book, its database, and the messages about changes. Thread-safe.
+// The book shared by all services, with what stores its changes and reports them. Thread-safe.
 class Desk {
  public:
-  // Throws like Database.
-  explicit Desk(const std::filesystem::path& dir);
+  // Throws StoreError. A folder that cannot be written will do: changes are refused then.
+  Desk(const std::filesystem::path& dir, Clocks clocks) : Desk(dir, std::move(clocks), openBook(dir)) {}
 
   // Runs `look` on the locked book and returns its result.
   template <typename Look>
@@ -24,30 +25,35 @@ class Desk {
     return look(static_cast<const Book&>(book_));
   }
 
-  // Starts a new trading day if the last one is over. Then runs `work` on the locked book, writes the change that it
-  // names in one transaction, and queues the pushes of orders and fills. If any of this throws, book and database are
-  // unchanged and the exception is passed on.
-  void apply(const std::function<void(Book&, Change&)>& work);
+  // Starts a new trading day if the last one is over. Then runs `work` on the locked book and queues the change that it
+  // names to be stored, and the pushes of orders and fills. Does not wait for the disk. `work` is given the time in
+  // milliseconds since 1970 and must not throw once it has changed the book. Throws StoreError, and then has done
+  // nothing, while the database cannot be written.
+  void apply(const std::function<void(Book&, Change&, int64_t now)>& work);
+
+  // See Committer::whenStored.
+  void whenStored(Committer::Answer answer) { committer_.whenStored(std::move(answer)); }
 
   // Sends a notice to all clients about an error that no reply can report. UTF-8.
   void notice(const std::string& text);
 
   Outbox& outbox() { return outbox_; }
 
-  // False if the last change could not be written.
-  bool isStoring() const { return isStoring_; }
+  // English; empty if changes are stored, and if the trading day changes in time.
+  std::string storageFault() const { return committer_.fault(); }
+  std::string clockFault() const { return day_.fault(); }
 
  private:
-  void store(const Change& change);
-  void commit(const std::function<void(Book&, Change&)>& work);
-  Book reload() noexcept;
-  void announce(const Change& change);
+  Desk(const std::filesystem::path& dir, Clocks clocks, OpenedBook opened);
 
+  void changeDay();
+  void restore(Book book);
+
+  TradingDay day_;
   std::mutex mutex_;
-  std::atomic<bool> isStoring_ = true;
-  Database database_;
   Book book_;
   Outbox outbox_;
+  Committer committer_;  // last: its thread uses the others
 };
 
 }  // namespace orvane::terminal

@@ -1,6 +1,5 @@
 #include "terminal/trading/engine.h"
 
-#include <chrono>
 #include <cmath>
 #include <set>
 
@@ -16,25 +15,20 @@ namespace {
 
 constexpr size_t kMaxSourceText = 64;
 
-int64_t nowMillis() {
-  const auto since = std::chrono::system_clock::now().time_since_epoch();
-  return std::chrono::duration_cast<std::chrono::milliseconds>(since).count();
-}
-
 bool crosses(const Order& order, const Instrument& instrument) {
   const double slack = instrument.priceTick / 2;
   return isBuying(static_cast<Side>(order.side)) ? order.price > instrument.ask() - slack
                                                  : order.price < instrument.bid() + slack;
 }
 
-BookOrder makeOrder(const Book& book, const MobileNewOrderItem& item) {
+BookOrder makeOrder(const Book& book, const MobileNewOrderItem& item, int64_t now) {
   BookOrder it;
   Order& order = it.order;
   order.localOrderId = book.lastOrderId + 1;
   order.account = book.accounts.at(item.account.index).id;
   order.code = book.instruments.at(item.code.hashCode).symbol;
   order.orderSource = item.orderSource;
-  order.srcTimestamp = nowMillis();
+  order.srcTimestamp = now;
   order.volume = item.volume;
   order.price = std::isfinite(item.price) ? item.price : 0;
   order.priceType = item.priceType;
@@ -45,14 +39,14 @@ BookOrder makeOrder(const Book& book, const MobileNewOrderItem& item) {
 }
 
 // Returns why the order was refused, UTF-8; empty if it was accepted.
-std::string enter(Book& book, Change& change, const MobileNewOrderItem& item) {
+std::string enter(Book& book, Change& change, const MobileNewOrderItem& item, int64_t now) {
   if (book.account(item.account.index) == nullptr) return fmt::format("没有账户 {}", item.account.index);
   const Instrument* instrument = book.instrument(item.code.hashCode);
   if (instrument == nullptr) return fmt::format("没有合约 {}", item.code.hashCode);
   if (const size_t size = item.orderSource.sourceText.size(); size > kMaxSourceText) {
     return fmt::format("委托来源 {} 字节, 超过上限 {}", size, kMaxSourceText);
   }
-  BookOrder entered = makeOrder(book, item);
+  BookOrder entered = makeOrder(book, item, now);
   Order& order = entered.order;
   const int64_t id = order.localOrderId;
   std::string fault = OrderCheck(book, entered).fault();
@@ -66,7 +60,7 @@ std::string enter(Book& book, Change& change, const MobileNewOrderItem& item) {
   const double quote = isBuying(entered.side()) ? instrument->ask() : instrument->bid();
   change.orders.insert(id);
   book.put(std::move(entered));
-  if (fills) fillOrder(book, change, id, quote, nowMillis());
+  if (fills) fillOrder(book, change, id, quote, now);
   return fault;
 }
 
@@ -90,24 +84,24 @@ std::string cancel(Book& book, Change& change, const CancelOrderRequest& request
 }
 
 // Fills each working order that a price has reached, at the order's own price, the oldest first.
-void match(Book& book, Change& change, const std::vector<Price>& prices) {
+void match(Book& book, Change& change, const std::vector<Price>& prices, int64_t now) {
   std::set<int64_t> reached;
   for (const auto& [hashCode, price] : prices) {
     const Instrument& instrument = book.instruments.at(hashCode);
     const double slack = instrument.priceTick / 2;
     reached.merge(book.working.reached(hashCode, instrument.ask() - slack, instrument.bid() + slack));
   }
-  for (const int64_t id : reached) fillOrder(book, change, id, book.orders.at(id).order.price, nowMillis());
+  for (const int64_t id : reached) fillOrder(book, change, id, book.orders.at(id).order.price, now);
 }
 
-// Runs one action on the desk. Fails with the text that the action returns, or if the change could not be stored.
+// Runs one action on the desk. Fails with the text that the action returns, or if the database cannot be written.
 template <typename Action>
 ResultStatus run(Desk& desk, const Action& action) {
   std::string fault;
   try {
-    desk.apply([&](Book& book, Change& change) { fault = action(book, change); });
-  } catch (const std::exception& e) {
-    fault = fmt::format("数据库写入失败, 未作任何更改: {}", e.what());
+    desk.apply([&](Book& book, Change& change, int64_t now) { fault = action(book, change, now); });
+  } catch (const StoreError& error) {
+    fault = error.refusal();
   }
   if (fault.empty()) return {};
   return {-1, CodeConvert::utf8_to_gbk(fault)};
@@ -116,20 +110,20 @@ ResultStatus run(Desk& desk, const Action& action) {
 }  // namespace
 
 ResultStatus Engine::insertOrder(const MobileNewOrderItem& item) {
-  return run(desk_, [&](Book& book, Change& change) { return enter(book, change, item); });
+  return run(desk_, [&](Book& book, Change& change, int64_t now) { return enter(book, change, item, now); });
 }
 
 ResultStatus Engine::cancelOrder(const CancelOrderRequest& request) {
-  return run(desk_, [&](Book& book, Change& change) { return cancel(book, change, request); });
+  return run(desk_, [&](Book& book, Change& change, int64_t /*now*/) { return cancel(book, change, request); });
 }
 
 void Engine::movePrices(const std::vector<Price>& prices, bool store) {
-  desk_.apply([&](Book& book, Change& change) {
+  desk_.apply([&](Book& book, Change& change, int64_t now) {
     for (const auto& [hashCode, price] : prices) {
       book.instruments.at(hashCode).last = price;
       if (store) change.quotes.insert(hashCode);
     }
-    match(book, change, prices);
+    match(book, change, prices, now);
   });
 }
 

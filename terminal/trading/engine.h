@@ -19,13 +19,14 @@ class Engine {
  public:
   explicit Engine(Desk& desk) : desk_(desk) {}
 
-  // Code 0: the order is stored. Otherwise the message says why it was refused (GBK); the refused order is stored too,
-  // if its account and instrument exist.
+  // Code 0: the order is accepted, and stored once Desk::whenStored says so. Otherwise the message says why it was
+  // refused (GBK); the refused order is listed too, if its account and instrument exist.
   ResultStatus insertOrder(const MobileNewOrderItem& item);
   ResultStatus cancelOrder(const CancelOrderRequest& request);
 
   // Sets last prices and fills the orders that they reach. REQUIRES: the instruments exist. Stores all prices if
-  // `store` is set, otherwise only those of instruments with a fill. Throws if the database cannot be written.
+  // `store` is set, otherwise only those of instruments with a fill. Throws StoreError while the database cannot be
+  // written.
   void movePrices(const std::vector<Price>& prices, bool store);
 
  private:

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "terminal/trading/database.h"
+#include "terminal/trading/change.h"
 
 namespace orvane::terminal {
 

@@ -238,7 +238,7 @@ void PositionMonitor::getMonitorRecords(MonitorSnapshot& snapshot) {
 }
 
 void PositionMonitor::cleanManualPositions(const MonitorAccountCodes& codes) {
-  changeManual([&](Book& book, Change& change) {
+  changeManual([&](Book& book, Change& change, int64_t /*now*/) {
     std::erase_if(book.manual, [&](const auto& entry) {
       const bool clean = named(codes, entry.first);
       if (clean) change.manual.insert(entry.first);
@@ -248,7 +248,7 @@ void PositionMonitor::cleanManualPositions(const MonitorAccountCodes& codes) {
 }
 
 void PositionMonitor::updateManualPositions(std::list<MonitorManualPosition>& positions) {
-  changeManual([&](Book& book, Change& change) {
+  changeManual([&](Book& book, Change& change, int64_t /*now*/) {
     for (const MonitorManualPosition& it : positions) {
       const int64_t limit = manualLimit(book, it.code.hashCode);
       if (!isPlausible(it.position, limit)) {
@@ -276,11 +276,11 @@ void PositionMonitor::getManualPositions(const MonitorAccountCodes& codes,
   });
 }
 
-void PositionMonitor::changeManual(const std::function<void(Book&, Change&)>& work) {
+void PositionMonitor::changeManual(const std::function<void(Book&, Change&, int64_t now)>& work) {
   try {
     desk_.apply(work);
-  } catch (const std::exception& e) {
-    desk_.notice(fmt::format("手工头寸未能保存: {}", e.what()));
+  } catch (const StoreError& error) {
+    desk_.notice(fmt::format("手工头寸未能保存: {}", error.refusal()));
   }
 }
 

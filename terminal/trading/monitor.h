@@ -22,7 +22,7 @@ class PositionMonitor : public IPositionMonitor {
   void getManualPositions(const MonitorAccountCodes& codes, std::list<MonitorManualPosition>& positions) override;
 
  private:
-  void changeManual(const std::function<void(Book&, Change&)>& work);
+  void changeManual(const std::function<void(Book&, Change&, int64_t now)>& work);
 
   Desk& desk_;
   Engine& engine_;

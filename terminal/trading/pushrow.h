@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "terminal/trading/database.h"
+#include "terminal/trading/change.h"
 
 namespace orvane::terminal {
 

@@ -151,15 +151,16 @@ void QuoteFeed::replay() {
   }
 }
 
+// While the database cannot be written the prices stay as they are: the fills that they make could not be stored. The
+// desk reports it.
 void QuoteFeed::move(const std::vector<Price>& prices, bool store) {
+  if (!desk_.storageFault().empty()) return;
   try {
     engine_.movePrices(prices, store);
-    moved_ = std::chrono::steady_clock::now();
-    failed_ = false;
-  } catch (const std::exception& e) {
-    if (!failed_) desk_.notice(fmt::format("行情未能保存: {}", e.what()));
-    failed_ = true;
+  } catch (const StoreError&) {  // it failed just now
+    return;
   }
+  moved_ = std::chrono::steady_clock::now();
 }
 
 }  // namespace orvane::terminal

@@ -57,7 +57,6 @@ class QuoteFeed {
   std::condition_variable changed_;
   bool running_ = false;
   std::atomic<std::chrono::steady_clock::time_point> moved_ = std::chrono::steady_clock::now();
-  bool failed_ = false;  // the last move could not be stored; reported once until one succeeds
   std::thread thread_;
 };
 

@@ -9,7 +9,10 @@ namespace orvane::terminal {
 
 struct TradingHost::Parts {
   explicit Parts(const TradingOptions& options)
-      : desk(options.dataDir), engine(desk), services(desk, engine, options.quotes), feed(desk, engine, options) {}
+      : desk(options.dataDir, options.clocks),
+        engine(desk),
+        services(desk, engine, options.quotes),
+        feed(desk, engine, options) {}
 
   Desk desk;
   Engine engine;
@@ -33,6 +36,12 @@ void TradingHost::stop() {
   parts_->desk.outbox().stop();
 }
 
-TradingHealth TradingHost::health() const { return {parts_->desk.isStoring(), parts_->feed.age()}; }
+void TradingHost::whenStored(std::function<void(const std::string& failure)> answer) {
+  parts_->desk.whenStored(std::move(answer));
+}
+
+TradingHealth TradingHost::health() const {
+  return {parts_->desk.storageFault(), parts_->desk.clockFault(), parts_->feed.age()};
+}
 
 }  // namespace orvane::terminal

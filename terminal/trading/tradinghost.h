@@ -6,9 +6,11 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "host/mobilemessage.h"
 #include "host/mobilesrv.h"
+#include "terminal/clocks.h"
 
 namespace orvane::terminal {
 
@@ -20,11 +22,13 @@ struct TradingOptions {
   QuoteMode quotes = QuoteMode::Walk;
   std::filesystem::path quoteFile;  // for Replay
   uint64_t seed = 1;                // for Walk
+  Clocks clocks = {};               // of the trading day and the times of orders and fills
 };
 
-// The state of the host.
+// Texts are English; empty if all is well.
 struct TradingHealth {
-  bool isStoring = true;                                   // false: the last change could not be written
+  std::string storageFault;                                // why changes are refused: the file, the reason, the remedy
+  std::string clockFault;                                  // why the trading day does not change
   std::optional<std::chrono::duration<double>> quotesAge;  // time since the last quote; nothing if quotes need not move
 };
 
@@ -52,6 +56,12 @@ class TradingHost {
   // No `notify` runs after this returns. Undelivered messages are dropped. Call it before the agent's stop. Does
   // nothing if not started.
   void stop();
+
+  // Calls `answer` once with an empty text when everything is on the disk that has been changed so far, and with the
+  // reason (UTF-8, for clients) if some of it could not be stored or may not have been. The changes that the calling
+  // thread has made since its last call are always included, so a reply that is held back until then reports the truth.
+  // `answer` must not block. Any thread.
+  void whenStored(std::function<void(const std::string& failure)> answer);
 
   // Any thread.
   TradingHealth health() const;

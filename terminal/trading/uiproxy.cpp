@@ -110,7 +110,13 @@ void UiProxy::requestAsync(int64_t requestId, const std::string& topic, const st
   MobileMessage reply;
   reply.requestId = requestId;
   requestSync(topic, data, reply);
-  desk_.outbox().post(std::move(reply));
+  desk_.whenStored([this, reply = std::move(reply)](const std::string& failure) mutable {
+    if (!failure.empty()) {
+      reply.message = CodeConvert::utf8_to_gbk(failure);
+      reply.data.clear();
+    }
+    desk_.outbox().post(std::move(reply));
+  });
 }
 
 UiProxy::Answer UiProxy::answer(const std::string& topic, const std::string& body) {
@@ -173,8 +179,8 @@ std::string UiProxy::setQuote(const std::string& body) {
   if (!fault.empty()) return fault;
   try {
     engine_.movePrices({wanted}, true);
-  } catch (const std::exception& e) {
-    return fmt::format("数据库写入失败, 未作任何更改: {}", e.what());
+  } catch (const StoreError& error) {
+    return error.refusal();
   }
   return {};
 }

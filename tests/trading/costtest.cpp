@@ -52,8 +52,11 @@ TEST_F(CostTest, ListsOfOneAccountCostNothingMoreBesideTheOrdersOfOthers) {
 }
 
 TEST_F(CostTest, ANewOrderCostsNothingMoreBesideManyWorkingOrders) {
-  const auto place = [&] { EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3300, 1), ""); };
-  const auto move = [&] { EXPECT_EQ(setQuote(kRebar, "3326"), ""); };
+  const auto place = [&] { trade()->insertOrder(item(1, kRebar, Side::Buy, Offset::Open, 3300, 1)); };
+  const auto move = [&] {
+    MobileMessage reply;
+    IUIProxyMgr::getInstance()->requestSync("quote.set", R"({"hashCode":1000001,"price":3326})", reply);
+  };
   const double alone = fastest(place);
   const double moveAlone = fastest(move);
   reopen(manyOrders(10'000, true));

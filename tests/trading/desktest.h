@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -109,26 +110,39 @@ class DeskTest : public ::testing::Test {
     return item;
   }
 
-  // Returns why the order was refused, UTF-8; empty if it was accepted.
-  template <typename... Terms>
-  static std::string order(const Terms&... terms) {
-    return utf8(trade()->insertOrder(item(terms...)).message);
+  // Waits until everything is stored. Returns why it could not be, UTF-8.
+  std::string stored() {
+    std::promise<std::string> answer;
+    host_->whenStored([&](const std::string& failure) { answer.set_value(failure); });
+    return answer.get_future().get();
   }
 
-  static std::string cancel(int32_t account, int64_t hashCode, int64_t id) {
+  // The text of a reply that is held back until the action is stored, UTF-8.
+  std::string held(const std::string& text) {
+    const std::string failure = stored();
+    return failure.empty() ? text : failure;
+  }
+
+  // Returns why the order was refused, UTF-8; empty if it was accepted.
+  template <typename... Terms>
+  std::string order(const Terms&... terms) {
+    return held(utf8(trade()->insertOrder(item(terms...)).message));
+  }
+
+  std::string cancel(int32_t account, int64_t hashCode, int64_t id) {
     CancelOrderRequest request;
     request.localOrderId = id;
     request.account.index = account;
     request.code.hashCode = hashCode;
-    return utf8(trade()->cancelOrder(request).message);
+    return held(utf8(trade()->cancelOrder(request).message));
   }
 
   // Returns the failure's text, UTF-8.
-  static std::string setQuote(int64_t hashCode, const std::string& price) {
+  std::string setQuote(int64_t hashCode, const std::string& price) {
     MobileMessage reply;
     IUIProxyMgr::getInstance()->requestSync(
         "quote.set", R"({"hashCode": )" + std::to_string(hashCode) + R"(, "price": )" + price + "}", reply);
-    return utf8(reply.message);
+    return held(utf8(reply.message));
   }
 
   static TradingAccount capital(int32_t account) {

@@ -219,7 +219,7 @@ TEST_F(EngineTest, AcknowledgedOrdersSurviveAKill) {
 TEST_F(EngineTest, APriceThatFillsAnOrderOnEntryIsStoredWithIt) {
   host_.reset();
   {
-    Desk desk(dir_);
+    Desk desk(dir_, {});
     Engine engine(desk);
     engine.movePrices({{kRebar, 3400}, {kMaotai, 1500}}, false);
     EXPECT_EQ(engine.insertOrder(item(1, kRebar, Side::Buy, Offset::Open, 3410, 1)).code, 0);
@@ -259,7 +259,9 @@ TEST_F(EngineTest, AChangeThatCannotBeStoredIsUndone) {
   reopen("CREATE TRIGGER full BEFORE INSERT ON fill BEGIN SELECT RAISE(ABORT, 'disk full'); END");
   const double equity = capital(1).dynamicAmount;
   const size_t count = orders().size();
-  EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3330, 2), "数据库写入失败, 未作任何更改: disk full");
+  EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3330, 2),
+            "数据库 " + (dir_ / "terminal.db").string() +
+                " 无法写入 (disk full), 未作任何更改: 请移走该文件, 或用 --data 指定其他目录");
   EXPECT_EQ(orders().size(), count);
   EXPECT_EQ(fills().size(), 8U);
   EXPECT_EQ(capital(1).dynamicAmount, equity);

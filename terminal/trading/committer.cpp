@@ -1,0 +1,145 @@
+#include "terminal/trading/committer.h"
+
+#include <chrono>
+#include <utility>
+
+namespace orvane::terminal {
+namespace {
+
+constexpr std::chrono::milliseconds kRetry{100};
+
+}  // namespace
+
+Committer::Committer(std::filesystem::path dir, std::unique_ptr<Database> database, std::optional<StoreError> error,
+                     Hooks hooks)
+    : dir_(std::move(dir)), database_(std::move(database)), hooks_(std::move(hooks)), error_(std::move(error)) {
+  thread_ = std::thread([this] { run(); });
+}
+
+Committer::~Committer() {
+  {
+    const std::lock_guard lock(mutex_);
+    isStopping_ = true;
+  }
+  changed_.notify_one();
+  thread_.join();
+}
+
+void Committer::requireOpen() const {
+  const std::lock_guard lock(mutex_);
+  if (error_) throw StoreError(*error_);
+}
+
+std::string Committer::fault() const {
+  const std::lock_guard lock(mutex_);
+  return error_ ? error_->what() : "";
+}
+
+void Committer::add(const Book& book, const Change& change, std::vector<MobileMessage> pushes) {
+  {
+    const std::lock_guard lock(mutex_);
+    const std::thread::id caller = std::this_thread::get_id();
+    if (error_) {  // the commit failed while the change was made: the book is about to be restored without it
+      if (isWriting_) {
+        current_.changers.insert(caller);
+      } else {
+        failures_[caller] = error_->refusal();
+      }
+      return;
+    }
+    next_.rows.add(book, change);
+    for (MobileMessage& push : pushes) next_.pushes.push_back(std::move(push));
+    next_.changers.insert(caller);
+  }
+  changed_.notify_one();
+}
+
+void Committer::whenStored(Answer answer) {
+  std::string failure;
+  {
+    const std::lock_guard lock(mutex_);
+    const std::thread::id caller = std::this_thread::get_id();
+    if (auto failed = failures_.extract(caller)) {
+      failure = std::move(failed.mapped());
+    } else if (isWriting_ || !next_.empty()) {
+      current_.changers.erase(caller);
+      next_.changers.erase(caller);
+      (next_.empty() ? current_ : next_).answers.push_back(std::move(answer));
+      return;
+    }
+  }
+  answer(failure);
+}
+
+void Committer::run() {
+  std::unique_lock lock(mutex_);
+  while (true) {
+    if (error_) {
+      changed_.wait_for(lock, kRetry, [this] { return isStopping_; });
+      if (isStopping_) return;
+      lock.unlock();
+      if (recover()) hooks_.notice("数据库已恢复写入: 此前结果未知的更改均未执行");
+      lock.lock();
+      continue;
+    }
+    changed_.wait(lock, [this] { return isStopping_ || !next_.empty(); });
+    if (next_.empty()) return;
+    current_ = std::exchange(next_, {});
+    isWriting_ = true;
+    lock.unlock();
+    commit();
+    lock.lock();
+  }
+}
+
+void Committer::commit() {
+  try {
+    if (!current_.rows.empty) database_->save(current_.rows);
+  } catch (const StoreError& error) {
+    {
+      const std::lock_guard lock(mutex_);
+      error_ = error;
+      for (Answer& answer : next_.answers) current_.answers.push_back(std::move(answer));
+      current_.changers.merge(next_.changers);
+      next_ = {};
+    }
+    const bool recovered = recover();
+    if (!recovered) hooks_.notice(error.mayBeStored() ? error.unknownOutcome() : error.refusal());
+    finish(error.mayBeStored() && !recovered ? error.unknownOutcome() : error.refusal());
+    return;
+  }
+  for (MobileMessage& push : current_.pushes) hooks_.push(std::move(push));
+  finish("");
+}
+
+void Committer::finish(const std::string& failure) {
+  Group group;
+  {
+    const std::lock_guard lock(mutex_);
+    group = std::exchange(current_, {});
+    isWriting_ = false;
+    if (!failure.empty()) {
+      for (const std::thread::id changer : group.changers) failures_[changer] = failure;
+    }
+  }
+  for (const Answer& answer : group.answers) answer(failure);
+}
+
+// After a failed flush the frames of the commit may be in the write-ahead log, from where a crash would bring them
+// back. So nothing is certain before another commit has taken their place.
+bool Committer::recover() {
+  try {
+    if (database_ == nullptr) database_ = std::make_unique<Database>(dir_);
+    database_->overwriteFailed();
+    hooks_.restore(database_->load());
+  } catch (const StoreError& error) {
+    const std::lock_guard lock(mutex_);
+    error_ = error;
+    return false;
+  }
+  const std::lock_guard lock(mutex_);
+  error_.reset();
+  return true;
+}
+
+}  // namespace orvane::terminal

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <condition_variable>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "host/mobilemessage.h"
+#include "terminal/trading/opening.h"
+
+namespace orvane::terminal {
+
+// Writes the book's changes to the database on a thread of its own. All changes that gather during one flush become one
+// transaction (group commit). If a commit fails, nothing more is accepted until the database has been written again and
+// the book read back from it. Thread-safe.
+class Committer {
+ public:
+  // Empty: everything is stored. Otherwise why it is not, or that nobody knows, for clients, UTF-8.
+  using Answer = std::function<void(const std::string& failure)>;
+
+  // What the committer calls, on its own thread.
+  struct Hooks {
+    std::function<void(Book book)> restore;               // the book as stored replaces the one in memory
+    std::function<void(MobileMessage message)> push;      // the change that the message reports is stored
+    std::function<void(const std::string& text)> notice;  // the database fails, or works again; UTF-8
+  };
+
+  Committer(std::filesystem::path dir, std::unique_ptr<Database> database, std::optional<StoreError> error,
+            Hooks hooks);
+
+  // Stores what was added.
+  ~Committer();
+
+  // Throws StoreError while changes are refused.
+  void requireOpen() const;
+
+  // Why changes are refused, UTF-8, English; empty if they are not.
+  std::string fault() const;
+
+  // Queues the change that the calling thread has made to `book`, and the messages to be pushed once it is stored. The
+  // caller keeps the book locked, so that changes are queued in the order in which they were made.
+  void add(const Book& book, const Change& change, std::vector<MobileMessage> pushes);
+
+  // Calls `answer` once, when the following are on the disk or given up: every change queued so far, by any thread, and
+  // those which the calling thread has made since its last call. Called at once if there are none, otherwise on the
+  // committer's thread.
+  void whenStored(Answer answer);
+
+ private:
+  struct Group {
+    Rows rows;
+    std::vector<MobileMessage> pushes;
+    std::vector<Answer> answers;
+    std::set<std::thread::id> changers;  // threads with changes here that have not called whenStored() since
+
+    bool empty() const { return rows.empty && answers.empty(); }
+  };
+
+  void run();
+  void commit();
+  void finish(const std::string& failure);
+  bool recover();
+
+  std::filesystem::path dir_;
+  std::unique_ptr<Database> database_;
+  Hooks hooks_;
+
+  mutable std::mutex mutex_;
+  std::condition_variable changed_;
+  Group next_;     // gathering
+  Group current_;  // being written, or its fate being decided
+  bool isWriting_ = false;
+  std::optional<StoreError> error_;                  // changes are refused
+  std::map<std::thread::id, std::string> failures_;  // for the next whenStored() of the thread
+  bool isStopping_ = false;
+  std::thread thread_;
+};
+
+}  // namespace orvane::terminal

@@ -1,0 +1,31 @@
+#include "terminal/trading/tradingday.h"
+
+#include <chrono>
+#include <ctime>
+
+#include <fmt/format.h>
+
+namespace orvane::terminal {
+
+std::optional<int64_t> TradingDay::today() const {
+  if (!watch_.agrees()) return std::nullopt;
+  const std::time_t now = std::chrono::system_clock::to_time_t(watch_.wall());
+  std::tm local{};
+  localtime_r(&now, &local);
+  return (now + local.tm_gmtoff) / 86400;
+}
+
+int64_t TradingDay::now() const {
+  return std::chrono::duration_cast<std::chrono::milliseconds>(watch_.wall().time_since_epoch()).count();
+}
+
+std::string TradingDay::fault() const {
+  if (watch_.agrees()) return {};
+  const auto minutes = std::chrono::duration_cast<std::chrono::minutes>(watch_.jump()).count();
+  return fmt::format(
+      "the wall clock jumped {} minutes {}: the trading day does not change until the clock is set right"
+      " or the terminal is restarted",
+      std::abs(minutes), minutes > 0 ? "forward" : "back");
+}
+
+}  // namespace orvane::terminal

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string>
+
+namespace orvane::terminal::testing {
+
+// Which write, flush or truncation of a database fails, and how.
+struct Fault {
+  const char* name;
+  bool lasts;    // so do all later ones
+  bool full;     // only writes fail, for lack of room
+  double share;  // part of the data that a failing write writes all the same
+};
+
+// A disk that fails on demand: as long as it lives, every database that is opened is on it. It also keeps what a power
+// failure would leave, the contents of each file when it was last flushed. Nothing is really flushed, for speed.
+class FaultyDisk {
+ public:
+  FaultyDisk();
+  ~FaultyDisk();
+  FaultyDisk(const FaultyDisk&) = delete;
+  FaultyDisk& operator=(const FaultyDisk&) = delete;
+
+  // Counts from here on. The operation with number `at`, from 1, fails.
+  void arm(const Fault& fault, int at);
+
+  // Lets the database opened last be checkpointed every 25 frames, a few times in a short scenario.
+  static void checkpointOften();
+
+  // Nothing fails any more.
+  void heal();
+
+  // Since arm().
+  int operations() const;
+
+  // While it is set, files can be read only: not even opened for writing.
+  void setReadOnly(bool readOnly);
+
+  // Copies the database in `from` to the empty folder `to`: as a crash of the process leaves it, or of the power.
+  static void crash(const std::filesystem::path& from, const std::filesystem::path& to, bool powerFails);
+};
+
+}  // namespace orvane::terminal::testing

@@ -1,0 +1,136 @@
+#include <algorithm>
+#include <numeric>
+#include <set>
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+
+#include "terminal/trading/database.h"
+#include "tests/support/soak.h"
+#include "tests/trading/desktest.h"
+#include "tests/trading/faultvfs.h"
+
+namespace orvane::terminal::testing {
+namespace {
+
+using ::testing::HasSubstr;
+
+constexpr int kOrders = 20;
+
+enum class Answer { Acknowledged, Refused, Unknown };
+
+class StorageTest : public DeskTest {
+ protected:
+  StorageTest() {
+    host_.reset();
+    std::filesystem::copy(dir_, fresh_);
+  }
+  ~StorageTest() override {
+    host_.reset();
+    std::filesystem::remove_all(fresh_);
+  }
+
+  void openFresh() {
+    host_.reset();
+    disk_.heal();
+    std::filesystem::remove_all(dir_);
+    std::filesystem::copy(fresh_, dir_);
+    open();
+    FaultyDisk::checkpointOften();
+  }
+
+  // Orders of one lot, filled and resting in turn, told apart by their text.
+  Answer place(int number) {
+    MobileNewOrderItem it = item(1, kRebar, Side::Buy, Offset::Open, number % 2 == 0 ? 3330 : 3300, 1);
+    it.orderSource.sourceText = fmt::format("order {}", number);
+    const std::string text = held(utf8(trade()->insertOrder(it).message));
+    if (text.empty()) return Answer::Acknowledged;
+    return text.find("结果未知") == std::string::npos ? Answer::Refused : Answer::Unknown;
+  }
+
+  // What a restart after a crash finds: the texts of the orders, and as many lots as were filled.
+  void checkImage(const std::vector<Answer>& answers, bool powerFails) {
+    const std::filesystem::path image = fresh_.string() + "-image";
+    std::filesystem::remove_all(image);
+    std::filesystem::create_directories(image);
+    FaultyDisk::crash(dir_, image, powerFails);
+    const Book book = Database(image).load();
+    std::set<std::string> there;
+    int64_t lots = 4;  // opened today by the sample data
+    for (const auto& [id, it] : book.orders) {
+      const std::string& text = it.order.orderSource.sourceText;
+      if (text.rfind("order ", 0) != 0) continue;
+      EXPECT_TRUE(there.insert(text).second) << text << " is there twice";
+      lots += it.order.fillVolume;
+    }
+    for (size_t i = 0; i < answers.size(); ++i) {
+      const bool isThere = there.count(fmt::format("order {}", i)) == 1;
+      if (answers[i] == Answer::Unknown) continue;
+      EXPECT_EQ(isThere, answers[i] == Answer::Acknowledged) << "order " << i << ", power failure: " << powerFails;
+    }
+    EXPECT_EQ(book.holdings.at({1, kRebar}).longs.todayVolume, lots);
+    std::filesystem::remove_all(image);
+  }
+
+  // Twenty orders while the fault is armed, then the same when it is gone.
+  void runScenario(const Fault& fault, int at) {
+    SCOPED_TRACE(fmt::format("{}, operation {}", fault.name, at));
+    openFresh();
+    disk_.arm(fault, at);
+    std::vector<Answer> answers;
+    for (int i = 0; i < kOrders; ++i) {
+      answers.push_back(place(i));
+      const bool isNew = i == 0 || answers.back() != answers[answers.size() - 2];
+      if (isNew || i + 1 == kOrders) {
+        checkImage(answers, false);
+        checkImage(answers, true);
+      }
+    }
+    disk_.heal();
+    while (!host_->health().storageFault.empty()) inbox_.next("terminal.notice");
+    for (Answer& it : answers) {  // overwritten by now
+      if (it == Answer::Unknown) it = Answer::Refused;
+    }
+    answers.push_back(place(kOrders));
+    EXPECT_EQ(answers.back(), Answer::Acknowledged);
+    checkImage(answers, false);
+    checkImage(answers, true);
+    const std::list<Order> all = orders();
+    const auto listed = std::count_if(
+        all.begin(), all.end(), [](const Order& it) { return it.orderSource.sourceText.rfind("order ", 0) == 0; });
+    EXPECT_EQ(listed, std::count(answers.begin(), answers.end(), Answer::Acknowledged)) << "book and disk differ";
+  }
+
+  FaultyDisk disk_;
+  std::filesystem::path fresh_ = dir_.string() + "-fresh";
+};
+
+TEST_F(StorageTest, AcknowledgedMeansThereAndRefusedMeansNotThereWhateverFails) {
+  const Fault faults[] = {
+      {"one fails, writing nothing", false, false, 0},
+      {"one fails, writing half", false, false, 0.5},
+      {"one fails, though all is written", false, false, 1},
+      {"all fail from here on, writing nothing", true, false, 0},
+      {"all fail from here on, though all is written", true, false, 1},
+      {"full from here on", true, true, 0.5},
+  };
+  openFresh();
+  disk_.arm(faults[0], 0);
+  for (int i = 0; i < kOrders; ++i) EXPECT_EQ(place(i), Answer::Acknowledged);
+  const int operations = disk_.operations();
+  EXPECT_GT(operations, 220) << "checkpoints are among them";
+  // Spread over all points from the first on, so that a short run leaves no gap.
+  const int cases = operations * static_cast<int>(std::size(faults));
+  int stride = cases * 5 / 8;
+  while (std::gcd(stride, cases) != 1) ++stride;
+  const auto end = std::chrono::steady_clock::now() + test::soakTime();
+  int tried = 0;
+  for (int64_t place = 0; tried < cases && std::chrono::steady_clock::now() < end && !HasFailure(); ++tried) {
+    runScenario(faults[place / operations], static_cast<int>(place % operations) + 1);
+    place = (place + stride) % cases;
+  }
+  RecordProperty("tried", fmt::format("{} of {}", tried, cases));
+}
+
+}  // namespace
+}  // namespace orvane::terminal::testing
