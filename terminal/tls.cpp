@@ -19,9 +19,15 @@ namespace ssl = boost::asio::ssl;
 constexpr const char* kCertificate = "certificate";
 constexpr const char* kKey = "key";
 
+// TLS 1.3 has no others. The key exchange is ephemeral, so that a stolen key opens no recording.
+constexpr const char* kAeadSuites = "ECDHE+AESGCM:ECDHE+CHACHA20";
+
 std::shared_ptr<ssl::context> makeContext(ssl::context::method method) {
   auto context = std::make_shared<ssl::context>(method);
   SSL_CTX_set_min_proto_version(context->native_handle(), TLS1_2_VERSION);
+  if (SSL_CTX_set_cipher_list(context->native_handle(), kAeadSuites) != 1) {
+    throw std::runtime_error("this OpenSSL has no AEAD suites for TLS 1.2");
+  }
   SSL_CTX_set_options(context->native_handle(), SSL_OP_NO_RENEGOTIATION);
   return context;
 }

@@ -13,11 +13,11 @@ struct TlsFiles {
   std::filesystem::path key;
 };
 
-// TLS 1.2 and up, with these files. Throws std::runtime_error that names the invalid file.
+// TLS 1.2 and up, AEAD suites only, with these files. Throws std::runtime_error that names the invalid file.
 std::shared_ptr<boost::asio::ssl::context> makeServerTls(const TlsFiles& files);
 
-// TLS 1.2 and up. Trusts only the first certificate of the file, whatever its names and its issuer. Throws as
-// makeServerTls does.
+// TLS 1.2 and up, AEAD suites only. Trusts only the first certificate of the file, whatever its names and its issuer.
+// Throws as makeServerTls does.
 std::shared_ptr<boost::asio::ssl::context> makeClientTls(const std::filesystem::path& certificate);
 
 // Whether a browser would accept the context's certificate for this name.

@@ -64,7 +64,7 @@ int runCall(const Settings& settings) try {
     printReply(reply, call.asTable);
     return kDone;
   }
-  std::fputs((reply.message + '\n').c_str(), stderr);
+  std::fputs((escapeControls(reply.message) + '\n').c_str(), stderr);
   return kRefused;
 } catch (const std::exception& error) {
   std::fputs(fmt::format("pocket-terminal: {}\n", error.what()).c_str(), stderr);

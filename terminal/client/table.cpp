@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include <fmt/format.h>
+
 #include "terminal/json.h"
 #include "terminal/utf8.h"
 
@@ -20,12 +22,25 @@ using Row = std::vector<Cell>;
 
 constexpr std::string_view kGap = "  ";
 
-Cell makeCell(std::string text, bool rightAligned) {
-  // Untrusted text must not send control sequences to the screen.
-  std::replace_if(
-      text.begin(), text.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
-  const size_t width = displayWidth(text);
-  return {std::move(text), rightAligned, width};
+struct Range {
+  char32_t first;
+  char32_t last;
+};
+
+template <size_t kCount>
+bool isIn(const std::array<Range, kCount>& ranges, char32_t character) {
+  return std::any_of(ranges.begin(), ranges.end(),
+                     [&](const Range& range) { return character >= range.first && character <= range.last; });
+}
+
+// The control characters of both sets, the separators of lines and paragraphs, and what turns the writing direction.
+constexpr std::array<Range, 6> kControls{
+    {{0x00, 0x1F}, {0x7F, 0x9F}, {0x061C, 0x061C}, {0x200E, 0x200F}, {0x2028, 0x202E}, {0x2066, 0x2069}}};
+
+Cell makeCell(std::string_view text, bool rightAligned) {
+  std::string escaped = escapeControls(text);
+  const size_t width = displayWidth(escaped);
+  return {std::move(escaped), rightAligned, width};
 }
 
 // Collects the members of one object, or of each object in an array, as rows of cells.
@@ -106,7 +121,7 @@ class RowReader : public JsonHandler<RowReader> {
   bool scalar(std::string_view text, bool isNumber) {
     if (depth() <= listDepth_) return false;
     if (depth() == cellDepth()) {
-      put(makeCell(std::string(text), isNumber));
+      put(makeCell(text, isNumber));
     } else {
       separate();
       nested_ += text;
@@ -125,9 +140,11 @@ class RowReader : public JsonHandler<RowReader> {
   }
 
   void put(Cell cell) {
-    const auto found = std::find_if(head_.begin(), head_.end(), [&](const Cell& each) { return each.text == name_; });
+    Cell name = makeCell(name_, cell.rightAligned);
+    const auto found =
+        std::find_if(head_.begin(), head_.end(), [&](const Cell& each) { return each.text == name.text; });
     const auto column = static_cast<size_t>(found - head_.begin());
-    if (found == head_.end()) head_.push_back(makeCell(name_, cell.rightAligned));
+    if (found == head_.end()) head_.push_back(std::move(name));
     Row& row = rows_.back();
     if (row.size() <= column) row.resize(column + 1);
     row[column] = std::move(cell);
@@ -196,12 +213,7 @@ std::string layOutTurned(const std::vector<Row>& rows, size_t screenWidth) {
   return text;
 }
 
-struct Range {
-  char32_t first;
-  char32_t last;
-};
-
-// The wide and full-width characters of Unicode's East Asian Width, by whole blocks.
+// The wide and full-width characters of Unicode's East Asian Width, blocks taken as wholes.
 constexpr std::array<Range, 13> kWide{{{0x1100, 0x115F},
                                        {0x2E80, 0x303E},
                                        {0x3041, 0x4DBF},
@@ -216,23 +228,35 @@ constexpr std::array<Range, 13> kWide{{{0x1100, 0x115F},
                                        {0x1F900, 0x1F9FF},
                                        {0x20000, 0x3FFFD}}};
 
-bool isWide(char32_t character) {
-  return std::any_of(kWide.begin(), kWide.end(),
-                     [&](const Range& range) { return character >= range.first && character <= range.last; });
-}
-
 }  // namespace
+
+std::string escapeControls(std::string_view text) {
+  std::string escaped;
+  escaped.reserve(text.size());
+  while (!text.empty()) {
+    const std::string_view before = text;
+    const char32_t character = nextCodePoint(text);
+    if (character == kNoCharacter) {
+      escaped += fmt::format("\\x{:02X}", static_cast<unsigned char>(before.front()));
+    } else if (isIn(kControls, character)) {
+      escaped += fmt::format("\\u{:04X}", static_cast<uint32_t>(character));
+    } else {
+      escaped += before.substr(0, before.size() - text.size());
+    }
+  }
+  return escaped;
+}
 
 size_t displayWidth(std::string_view text) {
   size_t width = 0;
-  while (!text.empty()) width += isWide(nextCodePoint(text)) ? 2U : 1U;
+  while (!text.empty()) width += isIn(kWide, nextCodePoint(text)) ? 2U : 1U;
   return width;
 }
 
 std::string writeTable(std::string_view json, size_t screenWidth) {
   RowReader reader;
   rapidjson::MemoryStream stream(json.data(), json.size());
-  if (!readJson(stream, reader).ok) return std::string(json) + '\n';
+  if (!readJson(stream, reader).ok) return escapeControls(json) + '\n';
   const std::vector<Row> rows = reader.takeRows();
   if (rows.size() == 1) return "(nothing)\n";
   const bool fits = screenWidth == 0 || tableWidth(rows) <= screenWidth;

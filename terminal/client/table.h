@@ -6,6 +6,10 @@
 
 namespace orvane::terminal {
 
+// Writes the control and bidirectional characters of UTF-8 text as \u001B, so that it can neither steer the screen nor
+// reorder what is shown. A byte that is no UTF-8 is written as \xFF.
+std::string escapeControls(std::string_view text);
+
 // Columns that UTF-8 text takes on a screen: two for each wide character of East Asia.
 size_t displayWidth(std::string_view text);
 
@@ -13,6 +17,7 @@ size_t displayWidth(std::string_view text);
 // nested values are written as [a, b] and {name: a}, and a member that is a list of objects gives each of them a line.
 // A table wider than the screen is transposed: a line for each member, and as many objects side by side as fit.
 // `screenWidth` is in columns; 0 means no limit. A single object is a list of one. Any other text is returned as it is.
+// All texts pass escapeControls.
 std::string writeTable(std::string_view json, size_t screenWidth);
 
 }  // namespace orvane::terminal

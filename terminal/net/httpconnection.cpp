@@ -30,6 +30,9 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 4> kPageHead
     {"X-Content-Type-Options", "nosniff"},
 }};
 
+// Browsers ignore it for an IP address, and while they do not trust the certificate.
+constexpr const char* kTlsForAYear = "max-age=31536000";
+
 std::string_view view(beast::string_view text) { return {text.data(), text.size()}; }
 
 HttpRequest headOf(const UpgradeRequest& request) {
@@ -111,6 +114,7 @@ class HttpConnection final : public Connection, public std::enable_shared_from_t
     http::response<http::string_body>& response = response_.emplace(http::status(page.status), 11);
     response.set(http::field::content_type, page.contentType);
     for (const auto& [name, value] : kPageHeaders) response.set(name, value);
+    if (stream_->isSecure()) response.set(http::field::strict_transport_security, kTlsForAYear);
     response.keep_alive(false);
     response.body() = page.body;
     response.prepare_payload();

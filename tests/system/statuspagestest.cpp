@@ -40,6 +40,7 @@ TEST(Pages, AreServedToTheirOwnOrigin) {
     EXPECT_THAT(httpGet(terminal.port(), "/ws", headers), StartsWith(fmt::format("HTTP/1.1 {} ", upgraded)));
   }
   EXPECT_THAT(httpGet(terminal.port(), "/"), HasSubstr("\r\nContent-Security-Policy: default-src 'none';"));
+  EXPECT_THAT(httpGet(terminal.port(), "/"), Not(HasSubstr("Strict-Transport-Security")));
 }
 
 TEST(Pages, TellHowTheTerminalFares) {

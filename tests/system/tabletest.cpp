@@ -44,7 +44,12 @@ TEST(Table, LaysOutWhatCame) {
        "1    5  [7]\n"
        "1    6\n"
        "2            []\n"},
-      {R"({"name":"x\u001b[2J","n":1})", 0, "name   n\nx [2J  1\n"},
+      {R"({"name":"x\u001b[2J","n":1})", 0, "name        n\nx\\u001B[2J  1\n"},
+      {R"([{"\u202ea\n":"\u0085"},{"\u202ea\n":["\u2066x\u200f","\u061c"]}])", 0,
+       "\\u202Ea\\u000A\n"
+       "\\u0085\n"
+       "[\\u2066x\\u200F, \\u061C]\n"},
+      {"plain\x7F\u202Etext\x9B", 0, "plain\\u007F\\u202Etext\\x9B\n"},
       {"[]", 80, "(nothing)\n"},
       {"[1,2]", 80, "[1,2]\n"},
       {"null", 80, "null\n"},

@@ -1,3 +1,10 @@
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/read_until.hpp>
+#include <boost/asio/ssl.hpp>
+#include <boost/asio/write.hpp>
+#include <stdexcept>
+
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
@@ -52,6 +59,33 @@ TEST(Tls, WithTheTerminalsOwnCertificate) {
   EXPECT_EQ(terminal::fingerprint(certificate), fingerprint);
   TerminalProcess(dir.path(), {"--tls-self", "--listen", "127.0.0.2"}).stop();
   EXPECT_NE(terminal::fingerprint(certificate), fingerprint);
+}
+
+// The head of the page that a client of TLS 1.2 with this suite gets; empty if the handshake fails.
+std::string headBySuite(uint16_t port, const std::string& suite) {
+  namespace asio = boost::asio;
+  asio::ssl::context context(asio::ssl::context::tlsv12_client);
+  if (SSL_CTX_set_cipher_list(context.native_handle(), suite.c_str()) != 1) throw std::runtime_error("no " + suite);
+  asio::io_context io;
+  asio::ssl::stream<asio::ip::tcp::socket> stream(io, context);
+  stream.next_layer().connect({asio::ip::address_v4::loopback(), port});
+  boost::system::error_code error;
+  if (stream.handshake(asio::ssl::stream_base::client, error)) return {};
+  asio::write(stream, asio::buffer(std::string("GET / HTTP/1.1\r\nHost: localhost\r\n\r\n")));
+  std::string head;
+  asio::read_until(stream, asio::dynamic_buffer(head), "\r\n\r\n");
+  return head;
+}
+
+TEST(Tls, TakesAeadSuitesOnly) {
+  const TempDir dir;
+  const TerminalProcess terminal(dir.path(), {"--tls-self"});
+  for (const char* suite : {"ECDHE-ECDSA-AES128-GCM-SHA256", "ECDHE-ECDSA-CHACHA20-POLY1305"}) {
+    EXPECT_THAT(headBySuite(terminal.port(), suite), HasSubstr("\r\nStrict-Transport-Security: max-age=31536000\r\n"));
+  }
+  for (const char* suite : {"ECDHE-ECDSA-AES128-SHA256", "ECDHE-ECDSA-AES256-SHA", "ECDHE-ECDSA-AES128-CCM8"}) {
+    EXPECT_EQ(headBySuite(terminal.port(), suite), "") << suite;
+  }
 }
 
 TEST(Tls, IsAMustBeyondLoopback) {
