@@ -1,5 +1,6 @@
 #include <clocale>
 #include <functional>
+#include <future>
 #include <string>
 
 #include "pocketagent/mobilesrvspi.h"
@@ -11,7 +12,8 @@ namespace orvane::test {
 namespace {
 
 const MobileSrvInfo kInfo{"http://127.0.0.1:1", "trader", "c", "d", "e", "f"};
-const std::string kStartCall = "start(http://127.0.0.1:1,trader)";
+const std::string kStart = "start(http://127.0.0.1:1,trader)";
+const std::string kPush = "checkUser(unknown.topic)";  // the first call of a push
 
 MobileMessage notice(const std::string& data = "[]") { return {kNoRequestId, "order.push", gbk("成交"), gbk(data), 3}; }
 
@@ -21,12 +23,17 @@ TEST(Agent, StartsWorkerServiceCallbackAndStopsCallbackWorkerService) {
   PocketAgent agent;
   agent.start(kInfo);
   ASSERT_EQ(host.spi.use_count(), 1);  // the service is the only owner
+  host.holdIn("checkUser(account.list)");
   host.spi->onRequest(5, 8, "account.list", "");
-  ASSERT_TRUE(host.waitForSent(1));
-  EXPECT_EQ(host.sent()[0].requestId, 5);
-  agent.stop();
-  EXPECT_THAT(host.calls(), ElementsAre(kStartCall, "registerSpi", "checkUser(account.list)",
-                                        "getAllTradingAccount(ids [],3)", "unregisterSpi(77)", "stop"));
+  ASSERT_TRUE(host.waitForCall("checkUser(account.list)"));
+  // The callback goes while the worker still runs a task; the service goes after the worker.
+  std::thread stopper([&] { agent.stop(); });
+  EXPECT_TRUE(host.waitForCall("unregisterSpi"));
+  host.release();
+  stopper.join();
+  EXPECT_EQ(host.sent().at(0).requestId, 5);
+  EXPECT_THAT(host.calls(), ElementsAre(kStart, "registerSpi", "checkUser(account.list)", "unregisterSpi(77)",
+                                        "getAllTradingAccount(ids [],3)", "send", "stop"));
   EXPECT_THAT(log.lines(),
               ElementsAre("[TRACE] PocketAgent MobileWorker start begin", "[TRACE] PocketAgent MobileWorker start end",
                           "[DEBUG] PocketAgent PocketAgent start end",
@@ -35,7 +42,30 @@ TEST(Agent, StartsWorkerServiceCallbackAndStopsCallbackWorkerService) {
                           "[TRACE] PocketAgent MobileWorker stop end", "[DEBUG] PocketAgent PocketAgent stop end"));
 }
 
-TEST(Agent, TellsWhyItDoesNotStart) {
+// While one operation is inside the host, no other one starts.
+TEST(Agent, ControlOperationsAndPushesWaitForEachOther) {
+  using Operation = std::function<void(PocketAgent&)>;
+  MobileServerStatus status;
+  const Operation start = [](PocketAgent& agent) { agent.start(kInfo); };
+  const Operation stop = [](PocketAgent& agent) { agent.stop(); };
+  const Operation ask = [&](PocketAgent& agent) { agent.getServerStatus(status); };
+  const Operation push = [](PocketAgent& agent) { agent.pushNotify(notice()); };
+  const std::vector<std::tuple<Operation, std::string, Operation>> rows = {
+      {start, "start(", push}, {start, "start(", ask},   {stop, "stop", push},
+      {stop, "stop", start},   {ask, "isRunning", push}, {ask, "isRunning", stop}};
+  for (const auto& [first, call, second] : rows) {
+    ScriptedHost host;
+    PocketAgent agent;
+    host.holdIn(call);
+    const auto held = std::async(std::launch::async, [&, &first = first] { first(agent); });
+    ASSERT_TRUE(host.waitForCall(call));
+    const auto waits = std::async(std::launch::async, [&, &second = second] { second(agent); });
+    EXPECT_EQ(waits.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout) << call;
+    host.release();
+  }
+}
+
+TEST(Agent, LogsWhyItDoesNotStart) {
   struct Row {
     std::function<void(ScriptedHost&, MobileSrvInfo&)> spoil;
     std::string line;
@@ -76,9 +106,9 @@ TEST(Agent, StopWithoutServicesLeavesTheWorkerRunning) {
   LogCapture log(log4cxx::Level::getDebug());
   agent.stop();
   MobileServerStatus status;
-  status.url = "untouched";
+  status.serviceName = "untouched";
   agent.getServerStatus(status);
-  EXPECT_EQ(status.url, "untouched");
+  EXPECT_EQ(status.serviceName, "untouched");
   EXPECT_THAT(log.lines(),
               ElementsAre("[DEBUG] PocketAgent PocketAgent stop begin",
                           "[DEBUG] PocketAgent PocketAgent stop error " + gbk("空指针, BaseService未启动"),
@@ -91,33 +121,29 @@ TEST(Agent, StopWithoutServicesLeavesTheWorkerRunning) {
 TEST(Agent, StatusReportsTheServiceButNotWhatStartWasGiven) {
   ScriptedHost host;
   PocketAgent agent;
-  agent.start(kInfo);
-  MobileServerStatus status{"1", "2", "3", "4", "5", "6", "7", "8", false};
-  agent.getServerStatus(status);
-  EXPECT_THAT(status, FieldsAre("", "", "3", "", "5", "6", "手机-移动交易服务器", "移动交易", true));
+  for (const bool running : {true, false}) {
+    agent.start(kInfo);
+    host.running = running;
+    MobileServerStatus status{"1", "2", "3", "4", "5", "6", "7", "8", !running};
+    agent.getServerStatus(status);
+    EXPECT_THAT(status, FieldsAre("", "", "3", "", "5", "6", "手机-移动交易服务器", "移动交易", running));
+  }
 }
 
-TEST(Agent, PushesWaitForTheStartAndLeaveAsTheHostSetThem) {
+TEST(Agent, PushesWaitForTheStartAndKeepTheHostsOtherFields) {
   ScriptedHost host;
   PocketAgent agent;
   agent.pushNotify(notice(R"([{"note":"全部成交"}])"));
   agent.start(kInfo);
   ASSERT_TRUE(host.waitForSent(1));
   EXPECT_THAT(host.sent()[0], FieldsAre(kNoRequestId, "order.push", "成交", R"([{"note":"全部成交"}])", 3));
+  EXPECT_THAT(host.converted, ElementsAre(gbk(R"([{"note":"全部成交"}])"), gbk("成交")));
   agent.stop();
   agent.pushNotify(notice());
+  host.userRefusal = {1, gbk("无权限")};
   agent.start(kInfo);
   ASSERT_TRUE(host.waitForSent(2));
-}
-
-TEST(Agent, RefusedPushIsARefusalWithoutARequest) {
-  ScriptedHost host;
-  host.userRefusal = {1, gbk("无权限")};
-  PocketAgent agent;
-  agent.pushNotify(notice());
-  agent.start(kInfo);
-  ASSERT_TRUE(host.waitForSent(1));
-  EXPECT_THAT(host.sent()[0], FieldsAre(kNoRequestId, "unknown.topic", "无权限", "", 8));
+  EXPECT_THAT(host.sent()[1], FieldsAre(kNoRequestId, "unknown.topic", "无权限", "", 8));
 }
 
 TEST(Agent, SecondStartAttachesASecondCallback) {
@@ -128,41 +154,35 @@ TEST(Agent, SecondStartAttachesASecondCallback) {
   agent.start(kInfo);
   EXPECT_NE(host.spi, first);
   agent.stop();
-  EXPECT_THAT(host.calls(),
-              ElementsAre(kStartCall, "registerSpi", kStartCall, "registerSpi", "unregisterSpi(77)", "stop"));
+  agent.stop();
+  EXPECT_THAT(host.calls(), ElementsAre(kStart, "registerSpi", kStart, "registerSpi", "unregisterSpi(77)", "stop",
+                                        "unregisterSpi(77)", "stop"));
 }
 
-TEST(Agent, IsOneObjectThatTouchesNoHostWhenItIsMade) {
-  IPocketAgent* agent = IPocketAgent::getInstance();  // there is no scripted host to touch
+TEST(Agent, IsOneObjectAndDoesNotCallTheHostWhenItIsCreated) {
+  IPocketAgent* agent = IPocketAgent::getInstance();  // there is no scripted host to call
   EXPECT_NE(agent, nullptr);
   EXPECT_EQ(agent, IPocketAgent::getInstance());
 }
 
-TEST(Agent, EmptyHandlerRaisesInsteadOfLosingTheRequest) {
-  MobileSrvSpi spi(nullptr);
-  EXPECT_THROW(spi.onRequest(1, 8, "account.list", ""), std::bad_function_call);
-}
-
-TEST(Log, KeepsTheBytesInEveryLocale) {
+TEST(Log, KeepsTheBytesInEveryLocaleAndAsksForTheTimeEachTime) {
   ScriptedHost host;
   const std::string bytes = gbk("空指针") + "\xFF 空指针";
   for (const char* locale : {"C", "C.UTF-8"}) {
     ASSERT_NE(std::setlocale(LC_ALL, locale), nullptr);
-    LogCapture log(log4cxx::Level::getDebug());
-    POCKET_DEBUG(bytes);
-    EXPECT_THAT(log.lines(), ElementsAre("[DEBUG] PocketAgent " + bytes));
-    EXPECT_THAT(log.lastPlace(), AllOf(testing::StartsWith("DEBUG "), testing::EndsWith("::TestBody agenttest.cpp")));
+    for (const bool time : {false, true}) {
+      host.logTime = time;
+      LogCapture log(log4cxx::Level::getDebug());
+      bool built = false;
+      POCKET_TRACE((built = true, "text"));
+      EXPECT_FALSE(built);
+      POCKET_DEBUG(bytes);
+      EXPECT_THAT(log.lines(),
+                  ElementsAre((time ? "2023-11-14T22:13:20.000000Z [DEBUG] " : "[DEBUG] ") + ("PocketAgent " + bytes)));
+      EXPECT_THAT(log.lastPlace(), AllOf(testing::StartsWith("DEBUG "), testing::EndsWith("::TestBody agenttest.cpp")));
+    }
   }
   std::setlocale(LC_ALL, "C");
-}
-
-TEST(Log, BuildsNothingBelowItsLevel) {
-  ScriptedHost host;
-  LogCapture log(log4cxx::Level::getDebug());
-  bool built = false;
-  POCKET_TRACE((built = true, "text"));
-  EXPECT_FALSE(built);
-  EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 }  // namespace

@@ -7,21 +7,20 @@
 namespace orvane::test {
 namespace {
 
-// Values that a check must refuse; "" leaves the member out.
-using Values = std::vector<std::string>;
-const Values kAbsent = {""};
-const Values kNotInt = {"", "1.0", "2147483648", "-2147483649", "\"1\"", "true", "null"};
-const Values kNotInt64 = {"", "1.0", "9223372036854775808", "\"1\"", "[1]"};
-const Values kNotNumber = {"\"1\"", "true", "null", "9223372036854775808"};
-const Values kNotText = {"", "7", "null"};
-const Values kNotArray = {"", "7", "{}", "null"};
-const Values kNotCodes = {"[1,\"1\"]", "[1.5]", "[{}]", "[9223372036854775808]"};
-const Values kNoIntIfThere = {"\"1\"", "1.0", "null"};
+// Strings that a check must refuse; "" leaves the member out.
+const Strings kAbsent = {""};
+const Strings kNotInt = {"", "1.0", "2147483648", "-2147483649", "\"1\"", "true", "null"};
+const Strings kNotInt64 = {"", "1.0", "9223372036854775808", "\"1\"", "[1]"};
+const Strings kNotNumber = {"\"1\"", "true", "null", "9223372036854775808"};
+const Strings kNotText = {"", "7", "null"};
+const Strings kNotArray = {"", "7", "{}", "null"};
+const Strings kNotCodes = {"[1,\"1\"]", "[1.5]", "[{}]", "[9223372036854775808]"};
+const Strings kNoIntIfThere = {"\"1\"", "1.0", "null"};
 
-// One check of an element: the member with a good value, the bad ones, and what the reply and the log say of them.
+// One check of an element: the member, a good value, bad values, and the texts of the error.
 struct Check {
   std::string member, good;
-  Values bad;
+  Strings bad;
   std::string reply;
   std::string log = reply;  // empty: no line
 };
@@ -92,20 +91,20 @@ const std::vector<Decoder> kDecoders = {
     {"monitor.manual.clean", "monitorManualClean", "newOrder", "parseMonitorManualClean monitor.cpp", "", kPair},
     {"marginrate.list", "symbolMarginRate", "marginRate", "parseSymbolMarginRate marginrate.cpp", "", kMarginRate}};
 
-// Asks with a body that must fail.
+// Sends a body that must fail.
 void expectFailure(const std::string& topic, const std::string& body, const std::string& prefix,
                    const std::string& reply, const std::string& log, const std::string& place) {
-  SCOPED_TRACE(topic + " " + body);
+  SCOPED_TRACE(topic + " " + body.substr(0, 200));
   ScriptedHost host;
   LogCapture capture(log4cxx::Level::getDebug());
-  EXPECT_THAT(Phone().ask(topic, body), FieldsAre(42, "unknown.topic", reply, "", 8));
+  EXPECT_THAT(Phone::ask(topic, body), FieldsAre(42, "unknown.topic", reply, "", 8));
   std::vector<std::string> lines;
   if (!log.empty()) {
     lines.push_back("[DEBUG] PocketAgent parse " + prefix + " error,RequestID=42, Topic=" + topic + ",msg=" + log);
   }
   EXPECT_EQ(capture.lines(), lines);
   EXPECT_EQ(capture.lastPlace(), log.empty() ? "" : "DEBUG orvane::MobileWorker::" + place);
-  EXPECT_THAT(host.calls(), IsEmpty());
+  EXPECT_THAT(host.calls(), ElementsAre("send"));
 }
 
 void append(std::string& members, const std::string& name, const std::string& value) {
@@ -122,7 +121,7 @@ std::string goodElement(const Decoder& decoder) {
   return "{" + members + "}";
 }
 
-// Each faulty element ends at its fault, behind a good one: an omitted check and one out of its turn both show.
+// Each bad element ends at its error and follows a good one, so both an omitted check and a wrong order are noticed.
 TEST(Decoders, EachCheckHasItsReplyAndItsLogText) {
   for (const Decoder& decoder : kDecoders) {
     std::string before;
@@ -141,7 +140,7 @@ TEST(Decoders, EachCheckHasItsReplyAndItsLogText) {
 TEST(Decoders, EachFrameHasItsReplyAndItsLogText) {
   for (const Decoder& decoder : kDecoders) {
     std::string text = "Data member not array";
-    Values bodies = {"{}", "7", "null", R"("[]")"};
+    Strings bodies = {"{}", "7", "null", R"("[]")"};
     if (decoder.topic == "order.new") {
       text = "has no orderList member or not array";
       bodies = {"{}", R"({"orderList":{}})", R"({"orderList":null})", R"({"OrderList":[]})"};
@@ -156,31 +155,88 @@ TEST(Decoders, EachFrameHasItsReplyAndItsLogText) {
                     decoder.framePlace);
     }
   }
-  expectFailure("creditinfo.list", "{}", "tid", "Data member not array", "Data member not array",
-                "parseTid accountselector.cpp");
 }
 
-TEST(Decoders, GoodBodyPassesWithMembersNobodyAsksForAndTextBehindIt) {
+TEST(Decoders, GoodBodyPassesWithOtherMembersAndTextBehindIt) {
   for (const Decoder& decoder : kDecoders) {
     ScriptedHost host;
     LogCapture log(log4cxx::Level::getDebug());
     const std::string element = goodElement(decoder).insert(1, R"("more":[{}],)");
     const std::string body = decoder.body(std::string(element).append(",").append(element)).append("]]");
-    EXPECT_NE(Phone().ask(decoder.topic, body).topic, "unknown.topic");
+    EXPECT_NE(Phone::ask(decoder.topic, body).topic, "unknown.topic");
     EXPECT_THAT(log.lines(), IsEmpty()) << decoder.topic;
   }
 }
 
-TEST(DecodersDeathTest, WhatMustBeAnObjectAndIsNotEndsTheProcess) {
+TEST(Decoders, FirstOfDuplicateMembersCountsInEveryOrder) {
+  for (const std::string body :
+       {R"([{"index":2,"index":1,"hashCodes":[]}])", R"([{"hashCodes":[],"index":2,"index":1}])"}) {
+    SymbolMarginRateReq request;
+    EXPECT_EQ(MobileWorker().parseSymbolMarginRate(1, kTopicMarginRateList, body, request).code, 0);
+    EXPECT_EQ(request.queries.at(0).index, 2) << body;
+  }
+}
+
+TEST(DecodersDeathTest, ElementThatIsNotAnObjectEndsTheProcess) {
   ScriptedHost host;
   for (const Decoder& decoder : kDecoders) {
     for (const std::string element : {"7", "[]"}) {
-      EXPECT_DEATH(Phone().ask(decoder.topic, decoder.body(goodElement(decoder) + "," + element)), "IsObject\\(\\)");
+      EXPECT_DEATH(Phone::ask(decoder.topic, decoder.body(goodElement(decoder) + "," + element)), "IsObject\\(\\)");
     }
   }
   for (const std::string root : {"[]", "7", "null"}) {
-    EXPECT_DEATH(Phone().ask("order.new", root), "IsObject\\(\\)") << root;
+    EXPECT_DEATH(Phone::ask("order.new", root), "IsObject\\(\\)") << root;
   }
+}
+
+TEST(Selector, ReadsIntsInTheOrderOfTheBody) {
+  std::string longBody = "[0";
+  for (int index = 0; index < 10'000; ++index) {
+    longBody += "," + std::to_string(index);
+  }
+  const std::vector<std::pair<std::string, AccountSelector>> rows = {
+      {"[]", {}},
+      {"[0,3]", {0, 3}},
+      {" [1, 1, 2] trailing text", {1, 1, 2}},
+      {"[1][2", {1}},
+      {std::string("[5]\0[6]", 7), {5}},
+      {"[-2147483648,2147483647]", {INT32_MIN, INT32_MAX}}};
+  AccountSelector selector;
+  EXPECT_EQ(MobileWorker().parseTid(1, kTopicCapitalList, longBody + "]", selector).code, 0);
+  EXPECT_EQ(selector.size(), 10'001U);
+  for (const auto& [body, expected] : rows) {
+    selector.clear();
+    EXPECT_EQ(MobileWorker().parseTid(1, kTopicCapitalList, body, selector).code, 0) << body;
+    EXPECT_EQ(selector, expected) << body;
+  }
+}
+
+TEST(Selector, EachFailureHasItsReplyAndItsLogText) {
+  const std::string invalid = "invalid json string";
+  const std::string notArray = "Data member not array";
+  const std::vector<std::tuple<Strings, std::string, std::string>> rows = {
+      {{"", "  ", "[1", "[1,]", std::string("\0[1]", 4), std::string(1'000'000, '[')}, invalid, invalid},
+      {{R"({"a":1})", "7", "null"}, notArray, notArray},
+      {{"[1,2.0]", "[1,3000000000]", R"(["1"])", "[true]", "[[1]]"}, notArray, "Data element not int"}};
+  for (const auto& [bodies, reply, log] : rows) {
+    for (const std::string& body : bodies) {
+      for (const std::string topic : {"capital.list", "creditinfo.list"}) {
+        expectFailure(topic, body, "tid", reply, log, "parseTid accountselector.cpp");
+      }
+    }
+  }
+}
+
+TEST(Selector, FailureIsTheSameWithTheLogOffAndNamesUnknownTopics) {
+  ScriptedHost host;
+  AccountSelector selector;
+  LogCapture log(log4cxx::Level::getInfo());
+  EXPECT_THAT(MobileWorker().parseTid(7, kTopicCapitalList, "{}", selector), FieldsAre(-1, "Data member not array"));
+  EXPECT_THAT(log.lines(), IsEmpty());
+  agentLogger()->setLevel(log4cxx::Level::getDebug());
+  MobileWorker().parseTid(7, OrvMobileTopic{18}, "{}", selector);
+  EXPECT_THAT(log.lines(), ElementsAre("[DEBUG] PocketAgent parse tid error,RequestID=7, Topic=unknown.topic,"
+                                       "msg=Data member not array"));
 }
 
 }  // namespace

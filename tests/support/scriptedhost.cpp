@@ -1,6 +1,8 @@
 #include "tests/support/scriptedhost.h"
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <chrono>
 #include <concepts>
 #include <ranges>
@@ -23,6 +25,8 @@ namespace test {
 
 namespace {
 
+constexpr std::chrono::seconds kLimit{10};
+
 ScriptedHost* gHost = nullptr;
 
 std::string convert(const char* to, const char* from, std::string text) {
@@ -37,13 +41,19 @@ std::string convert(const char* to, const char* from, std::string text) {
   return failed ? "<not " + std::string(from) + ">" : result.substr(0, result.size() - outLeft);
 }
 
-// The argument of a call as `calls()` shows it; in the map of accounts and codes with the account's user code.
+// The argument of a call as `calls()` shows it.
 std::string text(const std::string& value) { return value; }
 std::string text(std::integral auto value) { return std::to_string(value); }
 std::string text(AccountPrivilege value) { return value == AccountPrivilege::TriggerOrder ? "trigger" : "ordinary"; }
-std::string text(const TradingAccountID& account) { return text(account.index); }
-std::string text(const SymbolCode& code) { return text(code.hashCode); }
+std::string text(const TradingAccountID& account) {
+  return text(account.index) + (ScriptedHost::current().owns(account) ? "" : "!" + account.userCode);
+}
+std::string text(const SymbolCode& code) {
+  return text(code.hashCode) + (ScriptedHost::current().owns(code) ? "" : "!" + code.code);
+}
 std::string text(const MonitorAccountCodes::value_type& entry);
+std::string text(const MonitorSyncOrder& order) { return text(order.account) + ":" + text(order.code); }
+std::string text(const MonitorManualPosition& manual) { return text(manual.account) + ":" + text(manual.code); }
 std::string text(const std::ranges::range auto& items) {
   std::string joined;
   for (const auto& item : items) {
@@ -51,18 +61,7 @@ std::string text(const std::ranges::range auto& items) {
   }
   return "[" + joined + "]";
 }
-std::string text(const MonitorAccountCodes::value_type& entry) {
-  return text(entry.first) + entry.first.userCode + ":" + text(entry.second);
-}
-
-// Writes a call down and hands out the script that answers it.
-template <typename... Arguments>
-ScriptedHost& noted(const std::string& name, const Arguments&... arguments) {
-  std::string list;
-  ((list += (list.empty() ? "(" : ",") + text(arguments)), ...);
-  ScriptedHost::current().note(name + list + (list.empty() ? "" : ")"));
-  return ScriptedHost::current();
-}
+std::string text(const MonitorAccountCodes::value_type& entry) { return text(entry.first) + ":" + text(entry.second); }
 
 template <typename Map>
 typename Map::mapped_type valueOrNone(const Map& map, const typename Map::key_type& key) {
@@ -97,6 +96,16 @@ struct Routes : IServiceRouter, IBaseService {};
 struct Agents : IUIProxyMgr, IPositionMonitor, IAuthAgent {};
 // All services of the host.
 struct Services final : Routes, Agents, IMobileSrv, ITradeService, ICodeService {
+  // Records a call and returns the host that answers it. Each look-up of a service is good for one call.
+  template <typename... Arguments>
+  ScriptedHost& noted(const std::string& name, const Arguments&... arguments) {
+    std::string list;
+    ((list += (list.empty() ? "(" : ",") + text(arguments)), ...);
+    ScriptedHost::current().note((used.exchange(true) ? "stale " : "") + name + list + (list.empty() ? "" : ")"));
+    return ScriptedHost::current();
+  }
+  std::atomic<bool> used = false;
+
   IBaseService* getBaseService() override { return ScriptedHost::current().baseServiceUp ? this : nullptr; }
   ITradeService* getTradeService() override { return this; }
   ICodeService* getCodeService() override { return this; }
@@ -117,8 +126,8 @@ struct Services final : Routes, Agents, IMobileSrv, ITradeService, ICodeService 
     return {};
   }
   void stop() override { noted("stop").running = false; }
-  ResultStatus send(const MobileMessage& message) override { return ScriptedHost::current().send(message); }
-  bool isRunning() override { return ScriptedHost::current().running; }
+  ResultStatus send(const MobileMessage& message) override { return noted("send").send(message); }
+  bool isRunning() override { return noted("isRunning").running; }
 
   ResultStatus getCodeProperty(const SymbolCode& symbol, CodeProperty& property, int64_t version) override {
     const ScriptedHost& host = noted("getCodeProperty", symbol);
@@ -130,11 +139,11 @@ struct Services final : Routes, Agents, IMobileSrv, ITradeService, ICodeService 
   }
 
   ResultStatus insertOrder(const MobileNewOrderItem& order) override {
-    noted("insertOrder", order.code).inserted.push_back(order);
+    noted("insertOrder", order.account, order.code).inserted.push_back(order);
     return valueOrNone(ScriptedHost::current().insertStatuses, order.code.hashCode);
   }
   ResultStatus cancelOrder(const CancelOrderRequest& request) override {
-    noted("cancelOrder", request.localOrderId).cancelled.push_back(request);
+    noted("cancelOrder", request.localOrderId, request.account, request.code).cancelled.push_back(request);
     return valueOrNone(ScriptedHost::current().cancelStatuses, request.localOrderId);
   }
   ResultStatus queryCreditInfo(const TradingAccountID& account, std::vector<CreditInfoRecord>& records) override {
@@ -142,22 +151,20 @@ struct Services final : Routes, Agents, IMobileSrv, ITradeService, ICodeService 
     return lookUp(noted("queryCreditInfo", account).credits, account.index, records, {3, "no credit"});
   }
   ResultStatus queryMarginRate(const MarginRateQuery& query, MarginRateResult& result) override {
-    noted("queryMarginRate", query.account, query.code).marginQueries.push_back(query);
-    return lookUp(ScriptedHost::current().marginRates, query.code.hashCode, result, {5, "no rate"});
+    const ScriptedHost& host = noted("queryMarginRate", query.account, query.code);
+    return lookUp(host.marginRates, query.code.hashCode, result, {5, "no rate"});
   }
 
   std::list<MonitorSyncOrder> getSyncOrders(const MonitorAccountCodes& codes) override {
     return noted("getSyncOrders", codes).syncOrders;
   }
-  void placeSyncOrders(std::list<MonitorSyncOrder>& list) override {
-    noted("placeSyncOrders", list.size()).placed = list;
-  }
+  void placeSyncOrders(std::list<MonitorSyncOrder>& list) override { noted("placeSyncOrders", list).placed = list; }
   void getMonitorRecords(MonitorSnapshot& snapshot) override {
     snapshot.records = noted("getMonitorRecords").monitorRecords;
   }
   void cleanManualPositions(const MonitorAccountCodes& codes) override { noted("cleanManualPositions", codes); }
   void updateManualPositions(std::list<MonitorManualPosition>& list) override {
-    noted("updateManualPositions", list.size()).updated = list;
+    noted("updateManualPositions", list).updated = list;
   }
   void getManualPositions(const MonitorAccountCodes& codes, std::list<MonitorManualPosition>& list) override {
     std::ranges::copy(noted("getManualPositions", codes).manualPositions, std::back_inserter(list));
@@ -192,10 +199,29 @@ struct Services final : Routes, Agents, IMobileSrv, ITradeService, ICodeService 
   }
 };
 
+// A new object for each look-up, in the place of the one that is 64 look-ups old.
 Services* services() {
-  static Services services;
-  ScriptedHost::current();  // throws where there is no host
-  return &services;
+  static std::array<Services, 64> all;
+  static std::atomic<size_t> next = 0;
+  ScriptedHost::current();  // throws if there is none
+  Services& fresh = all[next++ % all.size()];
+  fresh.used = false;
+  return &fresh;
+}
+
+Services& of(ITradeService* service) { return static_cast<Services&>(*service); }
+
+bool isSame(const TradingAccountID& a, const TradingAccountID& b) {
+  const auto fields = [](const TradingAccountID& id) {
+    return std::tie(id.index, id.reserved2, id.reserved5, id.userCode, id.reserved8, id.marketType, id.aimType,
+                    id.reserved11, id.reserved12);
+  };
+  return fields(a) == fields(b);
+}
+
+bool isSame(const SymbolCode& a, const SymbolCode& b) {
+  return std::tie(a.hashCode, a.codeClass, a.exchangeId, a.code) ==
+         std::tie(b.hashCode, b.codeClass, b.exchangeId, b.code);
 }
 
 }  // namespace
@@ -219,7 +245,7 @@ ScriptedHost::~ScriptedHost() {
 
 ScriptedHost& ScriptedHost::current() {
   if (gHost == nullptr) {
-    throw std::logic_error("the library touched a host where there is none");
+    throw std::logic_error("the library called a host when there was none");
   }
   return *gHost;
 }
@@ -241,7 +267,35 @@ std::vector<MobileMessage> ScriptedHost::sent() const {
 
 bool ScriptedHost::waitForSent(size_t count) {
   std::unique_lock lock(mutex_);
-  return sentChanged_.wait_for(lock, std::chrono::seconds(10), [&] { return sent_.size() >= count; });
+  return changed_.wait_for(lock, kLimit, [&] { return sent_.size() >= count; });
+}
+
+bool ScriptedHost::waitForCall(const std::string& start) {
+  std::unique_lock lock(mutex_);
+  return changed_.wait_for(lock, kLimit, [&] {
+    return std::ranges::any_of(calls_, [&](const std::string& call) { return call.starts_with(start); });
+  });
+}
+
+void ScriptedHost::holdIn(const std::string& start) {
+  const std::lock_guard lock(mutex_);
+  held_ = start;
+  changed_.notify_all();
+}
+
+bool ScriptedHost::owns(const TradingAccountID& account) const {
+  const auto holds = [&](const auto& records) {
+    return std::ranges::any_of(records, [&](const auto& record) { return isSame(accountOf(record), account); });
+  };
+  return holds(accounts) || holds(positions) || holds(orders) || holds(fills);
+}
+
+bool ScriptedHost::owns(const SymbolCode& code) const {
+  const auto holds = [&](const auto& records) {
+    return std::ranges::any_of(records, [&](const auto& record) { return isSame(record.code, code); });
+  };
+  return std::ranges::any_of(symbols, [&](const auto& known) { return isSame(known.second, code); }) ||
+         holds(positions) || holds(orders) || holds(fills);
 }
 
 bool ScriptedHost::request(int64_t id, int32_t terminalType, const std::string& topic, const std::string& body) {
@@ -261,10 +315,12 @@ void ScriptedHost::note(const std::string& call) {
   if (onCall) {
     onCall(call);
   }
-  const std::lock_guard lock(mutex_);
+  std::unique_lock lock(mutex_);
   if (remembers) {
     calls_.push_back(call);
+    changed_.notify_all();
   }
+  changed_.wait_for(lock, kLimit, [&] { return held_.empty() || !call.starts_with(held_); });
 }
 
 ResultStatus ScriptedHost::send(const MobileMessage& message) {
@@ -274,13 +330,20 @@ ResultStatus ScriptedHost::send(const MobileMessage& message) {
   const std::lock_guard lock(mutex_);
   if (remembers) {
     sent_.push_back(message);
+    changed_.notify_all();
   }
-  sentChanged_.notify_all();
   return sendStatus;
 }
 
 TradingAccountID accountId(int32_t index, const std::string& userCode, int32_t marketType) {
-  return {.index = index, .reserved5 = {}, .userCode = userCode, .marketType = marketType, .reserved12 = {}};
+  return {.index = index,
+          .reserved2 = {2, 3, 4},
+          .reserved5 = {"5", "6"},
+          .userCode = userCode,
+          .reserved8 = 8,
+          .marketType = marketType,
+          .reserved11 = 11,
+          .reserved12 = "12"};
 }
 
 TradingAccount account(int32_t index, const std::string& userCode, int32_t marketType) {
@@ -295,7 +358,7 @@ SymbolCode symbol(int64_t hashCode, const std::string& code, int32_t exchangeId,
 
 // The statics of host/.
 
-using test::noted;
+using test::of;
 using test::ofAccounts;
 using test::ScriptedHost;
 
@@ -304,52 +367,49 @@ IUIProxyMgr* IUIProxyMgr::getInstance() { return test::services(); }
 IPositionMonitor* IPositionMonitor::getInstance() { return test::services(); }
 IAuthAgent* IAuthAgent::getInstance() { return test::services(); }
 
-std::vector<TradingAccountID> TradeUtils::getTradingAccountID(ITradeService* /*service*/,
+std::vector<TradingAccountID> TradeUtils::getTradingAccountID(ITradeService* service,
                                                               const std::list<int32_t>& selector) {
   std::vector<TradingAccountID> ids;
-  for (const TradingAccount& found : ofAccounts(noted("getTradingAccountID", selector).accounts, selector)) {
+  for (const TradingAccount& found :
+       ofAccounts(of(service).noted("getTradingAccountID", selector).accounts, selector)) {
     ids.push_back(found.id);
   }
   return ids;
 }
 
-void TradeUtils::getAllTradingAccount(ITradeService* /*service*/, const std::list<int32_t>& selector,
-                                      int32_t queryFlags, std::vector<TradingAccount>& accounts,
-                                      std::list<int32_t>& availableIndexes) {
-  ScriptedHost& host = noted("getAllTradingAccount", selector, queryFlags);
+void TradeUtils::getAllTradingAccount(ITradeService* service, const std::list<int32_t>& selector, int32_t queryFlags,
+                                      std::vector<TradingAccount>& accounts, std::list<int32_t>& availableIndexes) {
+  const ScriptedHost& host = of(service).noted("getAllTradingAccount", selector, queryFlags);
   accounts = ofAccounts(host.accounts, selector);
   availableIndexes = host.available;
-  if (!host.laterAccounts.empty()) {
-    host.accounts = host.laterAccounts;
-  }
 }
 
-void TradeUtils::getAllTradingAccount(ITradeService* /*service*/, const std::vector<TradingAccountID>& selector,
+void TradeUtils::getAllTradingAccount(ITradeService* service, const std::vector<TradingAccountID>& selector,
                                       int32_t queryFlags, std::vector<TradingAccount>& accounts,
                                       std::vector<TradingAccountID>& availableAccounts) {
-  const ScriptedHost& host = noted("getAllTradingAccount", "ids " + test::text(selector), queryFlags);
+  const ScriptedHost& host = of(service).noted("getAllTradingAccount", "ids " + test::text(selector), queryFlags);
   accounts = host.accounts;
   for (const int32_t index : host.available) {
     availableAccounts.push_back(test::accountId(index));
   }
 }
 
-void TradeUtils::getAllPosition(ITradeService* /*service*/, const std::list<int32_t>& selector, int32_t queryFlags,
+void TradeUtils::getAllPosition(ITradeService* service, const std::list<int32_t>& selector, int32_t queryFlags,
                                 std::list<Position>& positions, std::list<int32_t>& availableIndexes) {
-  positions = ofAccounts(noted("getAllPosition", selector, queryFlags).positions, selector);
+  positions = ofAccounts(of(service).noted("getAllPosition", selector, queryFlags).positions, selector);
   availableIndexes = ScriptedHost::current().available;
 }
 
-void TradeUtils::getAllFill(ITradeService* /*service*/, const std::list<int32_t>& selector, int32_t queryFlags,
+void TradeUtils::getAllFill(ITradeService* service, const std::list<int32_t>& selector, int32_t queryFlags,
                             std::list<OrderFill>& fills, std::list<int32_t>& availableIndexes) {
-  fills = ofAccounts(noted("getAllFill", selector, queryFlags).fills, selector);
+  fills = ofAccounts(of(service).noted("getAllFill", selector, queryFlags).fills, selector);
   availableIndexes = ScriptedHost::current().available;
 }
 
-std::list<Order> TradeUtils::getAllOrder(ITradeService* /*service*/, const std::vector<TradingAccountID>& accounts) {
+std::list<Order> TradeUtils::getAllOrder(ITradeService* service, const std::vector<TradingAccountID>& accounts) {
   std::list<int32_t> selector;
   std::ranges::transform(accounts, std::back_inserter(selector), &TradingAccountID::index);
-  return ofAccounts(noted("getAllOrder", accounts).orders, selector);
+  return ofAccounts(of(service).noted("getAllOrder", accounts).orders, selector);
 }
 
 std::string CodeConvert::gbk_to_utf8(const std::string& text) {

@@ -25,13 +25,14 @@
 
 namespace orvane::test {
 
-// Texts of a test, readable there and GBK for the host.
+// A text of a test in GBK, as hosts have it.
 std::string gbk(const std::string& utf8);
 
-// A host made of what a test says. It stands behind every symbol of host/ while it lives (one at a time), answers from
-// the members below and writes down each call in order: `calls()` reads "checkUser(capital.list)",
-// "getAllFill([1,2],1)". A test sets members before the library runs; what the library sent may be read while it does.
-// It knows one exchange: 3 is "SHFE", in full "上期所".
+// The host of the tests. While it exists (one at a time) it implements every symbol of host/, answers from the members
+// below and records each call in order. `calls()` reads "checkUser(capital.list)", "getAllFill([1,2],1)", "send". A
+// record in a call is shown by its number, followed by "!" and its text if it is not a whole record of this host. A
+// call through a service that the library kept from an earlier one starts with "stale ". The one exchange, 3, is
+// "SHFE", in full "上期所". Set members before the library runs; the functions may be called at any time.
 class ScriptedHost {
  public:
   ScriptedHost();
@@ -41,9 +42,8 @@ class ScriptedHost {
 
   static ScriptedHost& current();
 
-  // What the host holds.
+  // The host's data.
   std::vector<TradingAccount> accounts;
-  std::vector<TradingAccount> laterAccounts;                         // if any, `accounts` from the second look-up on
   std::list<int32_t> available;                                      // account indexes
   std::map<int64_t, SymbolCode> symbols;                             // by hash code
   std::map<int64_t, std::string> codeNames;                          // GBK
@@ -55,13 +55,13 @@ class ScriptedHost {
   std::list<PositionMonitorRecord> monitorRecords;
   std::list<MonitorSyncOrder> syncOrders;
   std::list<MonitorManualPosition> manualPositions;
-  std::map<int32_t, std::vector<CreditInfoRecord>> credits;  // by account index; an account without one is an error
-  std::map<int64_t, MarginRateResult> marginRates;           // by hash code; an instrument without one is an error
+  std::map<int32_t, std::vector<CreditInfoRecord>> credits;  // by account index; a failure if absent
+  std::map<int64_t, MarginRateResult> marginRates;           // by hash code; a failure if absent
   double defaultMarginRate = 0;
   std::map<int32_t, std::vector<AccountPrivilege>> privileges;
   MobileMessage proxyReply;  // what requestSync fills in, GBK
 
-  // One lever for each failure. A code that is not 0 is the failure; texts are GBK.
+  // Failures. A code that is not 0 fails; texts are GBK.
   bool baseServiceUp = true;
   bool mobileServiceUp = true;
   ResultStatus startStatus;
@@ -72,47 +72,52 @@ class ScriptedHost {
   std::map<int64_t, ResultStatus> cancelStatuses;   // by local order id
   bool logTime = false;
 
-  // Run inside send and each call, on the library's thread.
+  // Called within send and within each call, on the library's thread.
   std::function<void(const MobileMessage&)> onSend;
   std::function<void(const std::string&)> onCall;
-  bool remembers = true;  // whether calls and messages are kept
+  bool remembers = true;  // whether calls, messages and conversions are recorded
 
-  // What the library handed over, besides the calls.
+  // What the library passed to the host, apart from `calls()`.
   std::shared_ptr<IMobileSrvSpi> spi;
   std::vector<MobileNewOrderItem> inserted;
   std::vector<CancelOrderRequest> cancelled;
   std::list<MonitorSyncOrder> placed;
   std::list<MonitorManualPosition> updated;
-  std::vector<MarginRateQuery> marginQueries;
+  std::vector<std::string> converted;  // each text given to gbk_to_utf8
   bool running = false;
 
-  std::vector<std::string> converted;  // each text given to gbk_to_utf8, while `remembers` is set
-
-  // The calls so far, oldest first.
+  // The calls and messages so far.
   std::vector<std::string> calls() const;
   void forgetCalls();
-  // The messages sent so far.
   std::vector<MobileMessage> sent() const;
-  // Waits until `count` messages have been sent; false after ten seconds.
+  // Each waits ten seconds at most; false if in vain.
   bool waitForSent(size_t count);
+  bool waitForCall(const std::string& start);
 
-  // Hands a request to the library as a mobile service does, from any thread; false where no callback is registered.
+  // Blocks the library in each call that starts with `start` until `release`, for ten seconds at most.
+  void holdIn(const std::string& start);
+  void release() { holdIn(""); }
+
+  // Passes a request to the library as a mobile service does, from any thread; false if there is no callback.
   bool request(int64_t id, int32_t terminalType, const std::string& topic, const std::string& body);
 
-  // What the services do with a callback, a call and a message.
+  // For the services.
+  bool owns(const TradingAccountID& account) const;
+  bool owns(const SymbolCode& code) const;
   void setSpi(const std::shared_ptr<IMobileSrvSpi>& callback);
   void note(const std::string& call);
   ResultStatus send(const MobileMessage& message);
 
  private:
-  std::shared_mutex spiMutex_;  // held by each request, so that none is under way once the callback is gone
-  mutable std::mutex mutex_;    // guards the three below
-  std::condition_variable sentChanged_;
+  std::shared_mutex spiMutex_;  // held by each request, so that none runs once the callback is gone
+  mutable std::mutex mutex_;    // guards the members below
+  std::condition_variable changed_;
   std::vector<std::string> calls_;
   std::vector<MobileMessage> sent_;
+  std::string held_;
 };
 
-// Records with what a test needs set.
+// Records with a value in every field.
 TradingAccountID accountId(int32_t index, const std::string& userCode = "", int32_t marketType = 1);
 TradingAccount account(int32_t index, const std::string& userCode = "", int32_t marketType = 1);
 SymbolCode symbol(int64_t hashCode, const std::string& code, int32_t exchangeId = 1, int32_t codeClass = 1);
