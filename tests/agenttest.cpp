@@ -66,35 +66,28 @@ TEST(Agent, ControlOperationsAndPushesWaitForEachOther) {
 }
 
 TEST(Agent, LogsWhyItDoesNotStart) {
-  struct Row {
-    std::function<void(ScriptedHost&, MobileSrvInfo&)> spoil;
-    std::string line;
-    bool workerRuns = false;
-  };
-  // clang-format off
-  const std::vector<Row> rows = {
+  const std::vector<std::pair<std::function<void(ScriptedHost&, MobileSrvInfo&)>, std::string>> rows = {
       {[](auto& host, auto&) { host.baseServiceUp = false; }, " 空指针, BaseService未启动"},
       {[](auto& host, auto&) { host.mobileServiceUp = false; }, " 空指针, BaseService未启动"},
       {[](auto&, auto& info) { info.url.clear(); }, " url or userid is empty"},
       {[](auto&, auto& info) { info.userid.clear(); }, " url or userid is empty"},
-      {[](auto& host, auto&) { host.startStatus = {1, gbk("端口被占")}; }, "=端口被占", true}};
-  // clang-format on
-  for (const Row& row : rows) {
+      {[](auto& host, auto&) {
+         host.startStatus = {1, gbk("端口被占")};
+       },
+       "=端口被占"}};
+  for (const auto& [spoil, line] : rows) {
     ScriptedHost host;
     MobileSrvInfo info = kInfo;
-    row.spoil(host, info);
+    spoil(host, info);
     PocketAgent agent;
     LogCapture log(log4cxx::Level::getTrace());
     agent.start(info);
-    ASSERT_THAT(log.lines(), testing::SizeIs(row.workerRuns ? 3 : 1));
-    EXPECT_EQ(log.lines().back(), "[DEBUG] PocketAgent PocketAgent start error" + gbk(row.line));
+    const bool workerRuns = host.startStatus.code != 0;
+    ASSERT_THAT(log.lines(), testing::SizeIs(workerRuns ? 3 : 1));
+    EXPECT_EQ(log.lines().back(), "[DEBUG] PocketAgent PocketAgent start error" + gbk(line));
     EXPECT_EQ(host.spi, nullptr);
-    if (row.workerRuns) {
-      EXPECT_EQ(log.lines().front(), "[TRACE] PocketAgent MobileWorker start begin");
-      host.startStatus = {};
-      agent.start(info);
-      EXPECT_NE(host.spi, nullptr);
-    }
+    agent.pushNotify(notice());
+    EXPECT_TRUE(!workerRuns || host.waitForSent(1));
   }
 }
 

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <string>
@@ -96,24 +97,19 @@ const std::string kPair = R"([{"index":7,"hashCode":-5000000000}])";
 const std::string kFind = "getAllTradingAccount([7],1)";
 const std::string kFindCode = "getCodeByHash(-5000000000)";
 
+// clang-format off
 const std::vector<List> kLists = {
-    {"account.list",
-     "never read",
-     "account.list",
+    {"account.list", "never read", "account.list",
      kUser + R"("marketType":16,"triggerOrderPrivilege":false,"ordinaryOrderPrivilege":true,"accountStatus":1})",
      {"getAllTradingAccount(ids [],3)", "hasPrivilege(7,trigger)", "hasPrivilege(7,ordinary)"}},
-    {"capital.list",
-     "[7]",
-     "capital.list",
+    {"capital.list", "[7]", "capital.list",
      kHead + R"("lastAmount":10.0,"profitRatio":0.2,"netLever":-1.3,)"
              R"("preCloseProfit":30.0,"totalLever":1.2,"risk":0.14,"available":3.5,"todayFloatingProfit":15.0,)"
              R"("amassFloatingProfit":0.0,"closeProfit":-8.0,"maintainAmount":11.0,"dynamicAmount":10.0,)"
              R"("preBalance":9.0,"withdrawQuota":4.25,"currMargin":6.0,"frozenMargin":5.0,"deposit":50.0,)"
              R"("withdraw":20.0,"commission":7.1,"accountStatus":1})",
      {"getAllTradingAccount([7],3)"}},
-    {"position.list",
-     "[7]",
-     "position.list",
+    {"position.list", "[7]", "position.list",
      kHead + kCode +
          R"("netLever":-2.25,"totalLever":5.25,"longLever":1.5,"shortLever":3.75,"netMarketValue":199.5,)"
          R"("totalMarketValue":400.5,"totalPosition":70,"longPosition":30,"longAvailableQuantity":25,)"
@@ -128,22 +124,16 @@ const std::vector<List> kLists = {
          R"("longTodayVolume":19.0,"shortAvgPrice":3530.5,"shortMarketValue":300.0,"shortFloatPorfit":44.5,)"
          R"("shortTodayVolume":29.0,"marginRate":0.12,"accountStatus":1})",
      {"getAllPosition([7],3)", "getCodeTypeName(-5000000000)", "queryMarginRate(7,-5000000000)"}},
-    {"order.list",
-     "[7]",
-     "order.list",
+    {"order.list", "[7]", "order.list",
      kTrade + R"("srcTimestamp":1700000000123,"priceType":6,"orderId":")" + gbk("单") +
          R"(88","localOrderId":"-1024","status":-3,"note":"已报\"",)" + kSource +
          R"("fillVolume":4,"fillAvgPrice":3519.75,"fillAmount":-0.5,"accountStatus":1})",
      {"getTradingAccountID([7])", "getAllOrder([7])", "getCodeProperty(-5000000000)"}},
-    {"trader.list",
-     "[7]",
-     "trader.list",
+    {"trader.list", "[7]", "trader.list",
      kTrade + R"("exchTimestamp":-93000000000,"fillId":")" + gbk("成") + R"(1","localOrderId":"-1024",)" + kSource +
          R"("accountStatus":1})",
      {"getAllFill([7],1)", "getCodeProperty(-5000000000)"}},
-    {"monitor.list",
-     "[7]",
-     "monitor.list",
+    {"monitor.list", "[7]", "monitor.list",
      kUser + kCode +
          R"("codeType":"黑色","theoryPosDif":-1,)"
          R"("longPosDif":9000000000,"shortPosDif":3,"isMatchTheory":true,"isMatchLongShort":false,)"
@@ -154,32 +144,22 @@ const std::vector<List> kLists = {
          R"("accountNetLever":-0.75,"manualNetPos":71,"manualLongPos":72,"manualShortPos":73,)"
          R"("algoLongPos":62,"algoShortPos":63,"syncRule":2,"syncRuleDetail":"净头寸","accountStatus":1})",
      {"getMonitorRecords", "getCodeTypeName(-5000000000)"}},
-    {"position.codetype.list",
-     "[7]",
-     "position.codetype.list",
+    {"position.codetype.list", "[7]", "position.codetype.list",
      R"({"codeType":"黑色","netAbsLever":0.1,"totalLever":1.2,"leverWeight":-0.3,"todayProfit":4.0,)"
      R"("profitRatio":0.05,"todayProfitType":6.5,"todayProfitAccount":7.25,"amassProfit":-8.0,)"
      R"("amassProfitType":9.0,"amassProfitAccount":10.0,"totalMarketValue":1e21})",
      {"getAllTradingAccount([7],3)", "getCodeTypePositions([7],1,1)"}},
-    {"monitor.sync.order.list",
-     kPair,
-     "monitor.sync.order.list",
+    {"monitor.sync.order.list", kPair, "monitor.sync.order.list",
      kUser + kCode + R"("volume":9000000000,"price":-0.25,"side":2,"combOffsetFlag":99,"longPos":12,"shortPos":-13,)" +
          R"("netPos":11,"accountStatus":1})",
      {kFind, kFindCode, "getSyncOrders([7:[-5000000000]])"}},
-    {"monitor.manual.list",
-     kPair,
-     "monitor.list",
+    {"monitor.manual.list", kPair, "monitor.list",
      kUser + kCode + R"("longPos":12,"shortPos":-13,"accountStatus":1})",
      {kFind, kFindCode, "getManualPositions([7:[-5000000000]])"}},
-    {"marginrate.list",
-     R"([{"index":7,"hashCodes":[-5000000000]}])",
-     "",
+    {"marginrate.list", R"([{"index":7,"hashCodes":[-5000000000]}])", "",
      R"({"index":7,"accountStatus":1,"rate":[{"hashCode":-5000000000,"marginRate":0.12}]})",
      {kFind, kFindCode, "queryMarginRate(7,-5000000000)"}},
-    {"creditinfo.list",
-     "[7]",
-     "",
+    {"creditinfo.list", "[7]", "",
      R"({"index":7,"accountStatus":1,"creditInfo":[{"totalAssets":1.0,"netAssets":2.0,"cashAssets":3.0,)"
      R"("freeBalance":4.0,"longMarginRate":0.05,"shortMarginRate":0.06,"keepMarginRatio":0.07,)"
      R"("marginAvl":8.0,"marginRatio":0.09,"longProfit":-10.0,"shortProfit":11.0,"totalProfit":-12.0,)"
@@ -189,6 +169,7 @@ const std::vector<List> kLists = {
      R"("shortLimitUsed":25.0,"shortLimit":26.0,"shortMarginMarket":27.0,"shortMarginProfit":28.5,)"
      R"("shortMarginUsed":29.0}]})",
      {kFind, "queryCreditInfo(7)"}}};
+// clang-format on
 
 TEST(Lists, EachHasItsRowItsCallsAndItsCheck) {
   for (const List& list : kLists) {
@@ -222,14 +203,14 @@ struct Selection {
   Strings bodies, calls, rows;  // the calls behind the check, and the indexes of the rows
 };
 
+// clang-format off
+const Strings kMonitor = {"getMonitorRecords", "getCodeTypeName(1)", "getCodeTypeName(2)", "getCodeTypeName(1)"};
 const std::vector<Selection> kSelections = {
     {"capital.list", {"[]"}, {"getAllTradingAccount([],3)"}, {"3", "1"}},
     {"capital.list", {"[4,4]"}, {"getAllTradingAccount([4,4],3)"}, {}},
-    {"position.list",
-     {"[1,3,3]"},
+    {"position.list", {"[1,3,3]"},
      {"getAllPosition([1,3,3],3)", "getCodeTypeName(1)", "queryMarginRate(3,1)", "getDefaultMarginRate(1)",
-      "getCodeTypeName(1)", "queryMarginRate(1,1)", "getDefaultMarginRate(1)"},
-     {"3", "1"}},
+      "getCodeTypeName(1)", "queryMarginRate(1,1)", "getDefaultMarginRate(1)"}, {"3", "1"}},
     {"position.list", {"[9]"}, {"getAllPosition([9],3)"}, {}},
     {"order.list", {"[]"}, {"getAllOrder([])", "getCodeProperty(1)", "getCodeProperty(1)"}, {"3", "1"}},
     {"order.list", {"[8,3,3]"}, {"getTradingAccountID([8,3,3])", "getAllOrder([3])", "getCodeProperty(1)"}, {"3"}},
@@ -238,24 +219,14 @@ const std::vector<Selection> kSelections = {
     {"trader.list", {"[4]"}, {"getAllFill([4],1)"}, {}},
     {"position.codetype.list", {"[9]"}, {"getAllTradingAccount([9],3)", "getCodeTypePositions([],1,1)"}, {}},
     {"position.codetype.list", {"[1,3]"}, {"getAllTradingAccount([1,3],3)", "getCodeTypePositions([3,1],1,1)"}, {}},
-    {"monitor.list",
-     {"[]", "[8,9]", "[2]", "[1,3]"},
-     {"getMonitorRecords", "getCodeTypeName(1)", "getCodeTypeName(2)", "getCodeTypeName(1)"},
-     {"3", "1"}},
-    {"monitor.list",
-     {"[1,3,1]"},
-     {"getMonitorRecords", "getCodeTypeName(1)", "getCodeTypeName(2)", "getCodeTypeName(1)"},
-     {"3", "1", "1"}},
-    {"monitor.list",
-     {"[1,8]"},
-     {"getMonitorRecords", "getCodeTypeName(1)", "getCodeTypeName(2)", "getCodeTypeName(1)"},
-     {"1"}},
+    {"monitor.list", {"[]", "[8,9]", "[2]", "[1,3]"}, kMonitor, {"3", "1"}},
+    {"monitor.list", {"[1,3,1]"}, kMonitor, {"3", "1", "1"}},
+    {"monitor.list", {"[1,8]"}, kMonitor, {"1"}},
     {"creditinfo.list", {"[]"}, {}, {}},
-    {"creditinfo.list",
-     {"[1,3,9,1]"},
+    {"creditinfo.list", {"[1,3,9,1]"},
      {"getAllTradingAccount([1],1)", "queryCreditInfo(1)", "getAllTradingAccount([3],1)", "queryCreditInfo(3)",
-      "getAllTradingAccount([9],1)", "getAllTradingAccount([1],1)", "queryCreditInfo(1)"},
-     {"1", "1"}}};
+      "getAllTradingAccount([9],1)", "getAllTradingAccount([1],1)", "queryCreditInfo(1)"}, {"1", "1"}}};
+// clang-format on
 
 // The values of `key` in a list, each up to the next comma.
 Strings each(const std::string& data, const std::string& key) {
@@ -371,14 +342,14 @@ TEST(CapitalList, ComputesLastAmountAndProfitRatio) {
 }
 
 TEST(PositionList, KeepsRowsWithAPositionOrAnActiveVolume) {
-  for (const auto member : {&Position::longPosition, &Position::longActiveVolume, &Position::shortPosition,
-                            &Position::shortActiveVolume, &Position::longYesterdayVolume,
-                            &Position::shortYesterdayVolume, &Position::longTodayVolume, &Position::shortTodayVolume}) {
-    const bool counts = member == &Position::longPosition || member == &Position::longActiveVolume ||
-                        member == &Position::shortPosition || member == &Position::shortActiveVolume;
+  using P = Position;
+  for (const auto member : {&P::longPosition, &P::longActiveVolume, &P::shortPosition, &P::shortActiveVolume}) {
     ScriptedHost host;
-    host.positions.emplace_back().*member = -1;
-    EXPECT_EQ(Phone::data("position.list", "[]") != "[]", counts);
+    Position& past = host.positions.emplace_back();
+    past.longYesterdayVolume = past.shortYesterdayVolume = past.longTodayVolume = past.shortTodayVolume = 5;
+    EXPECT_EQ(Phone::data("position.list", "[]"), "[]");
+    past.*member = -1;
+    EXPECT_NE(Phone::data("position.list", "[]"), "[]");
   }
 }
 
@@ -412,29 +383,22 @@ TEST(PositionList, AvailableVolumeDependsOnTheClassAndSumsWrapAround) {
   }
 }
 
-TEST(PositionList, NamesTheAim) {
-  const std::vector<std::pair<int32_t, std::string>> rows = {{0, "未知"}, {1, "投机"}, {2, "套利"}, {4, "市商"},
-                                                             {5, ""},     {6, ""},     {-1, ""},    {INT32_MIN, ""}};
-  for (const auto& [aim, name] : rows) {
+TEST(Lists, NameTheAimAndTheSyncRuleAndWriteFlagsAsBooleans) {
+  const std::vector<std::tuple<int32_t, std::string, std::string>> rows = {
+      {0, "未知", "多空单独"}, {1, "投机", "开平互转"}, {2, "套利", "净头寸"}, {4, "市商", "多空单独"},
+      {5, "", "多空单独"},     {6, "", "多空单独"},     {-1, "", "多空单独"}};
+  for (const auto& [number, aim, rule] : rows) {
     FullHost host;
-    host.positions.front().account.aimType = aim;
-    EXPECT_THAT(Phone::data("position.list", "[]"), HasSubstr(R"("aimType":")" + name + R"(","codeType")"));
-  }
-}
-
-TEST(MonitorList, NamesTheSyncRuleAndWritesFlagsAsBooleans) {
-  const std::vector<std::pair<int32_t, std::string>> rows = {
-      {0, "多空单独"}, {1, "开平互转"}, {3, "开平互转"}, {4, "多空单独"}, {-1, "多空单独"}};
-  for (const auto& [rule, name] : rows) {
-    FullHost host;
+    host.positions.front().account.aimType = number;
+    EXPECT_THAT(Phone::data("position.list", "[]"), HasSubstr(R"("aimType":")" + aim + R"(","codeType")"));
     PositionMonitorRecord& record = host.monitorRecords.front();
-    record.syncRule = rule;
+    record.syncRule = number;
     record.isMatchTheory = record.isMatchNetPos = 0;
     record.isMatchLongShort = record.isMatchPosDif = 2;
-    EXPECT_THAT(Phone::data("monitor.list", "[]"),
-                AllOf(HasSubstr(R"("isMatchTheory":false,"isMatchLongShort":true,"isMatchNetPos":false,)"
-                                R"("isMatchPosDif":true,)"),
-                      HasSubstr(R"("syncRule":)" + std::to_string(rule) + R"(,"syncRuleDetail":")" + name + "\"")));
+    const std::string data = Phone::data("monitor.list", "[]");
+    EXPECT_THAT(data, HasSubstr(R"("isMatchTheory":false,"isMatchLongShort":true,"isMatchNetPos":false,)"
+                                R"("isMatchPosDif":true,)"));
+    EXPECT_THAT(data, HasSubstr(R"("syncRule":)" + std::to_string(number) + R"(,"syncRuleDetail":")" + rule + "\""));
   }
 }
 
@@ -480,38 +444,31 @@ TEST(MarginRate, PicksOneOfFourRatios) {
 }
 
 TEST(MonitorPairs, GoToTheMonitorSortedAndOnce) {
-  struct Row {
-    std::string pairs;
-    std::string codes;  // of the accounts and instruments; empty if the lists of manual positions do not ask
-  };
-  const std::vector<Row> rows = {
+  // The pairs, and what the monitor is asked for. The manual topics do not ask it for pairs of which none is known.
+  const std::vector<std::pair<std::string, std::string>> rows = {
       {R"({"index":3,"hashCode":30},{"index":-1,"hashCode":20},{"index":3,"hashCode":-7},{"index":3,"hashCode":30})",
        "([-1:[20],3:[-7,30]])"},
       {R"({"index":3,"hashCode":99},{"index":9,"hashCode":20},{"index":-1,"hashCode":30})", "([-1:[30]])"},
-      {R"({"index":9,"hashCode":20})", ""},
-      {R"({"index":3,"hashCode":99})", ""},
+      {R"({"index":9,"hashCode":20})", "none"},
+      {R"({"index":3,"hashCode":99})", "none"},
       {"", "([])"}};
-  for (const Row& row : rows) {
-    for (const std::string topic : {"monitor.sync.order.list", "monitor.manual.list", "monitor.manual.clean"}) {
-      SCOPED_TRACE(topic + row.pairs);
-      const bool cleans = topic == "monitor.manual.clean";
+  const std::vector<std::tuple<std::string, std::string, std::string, std::string>> topics = {
+      {"monitor.sync.order.list", "monitor.sync.order.list", "[]", "getSyncOrders"},
+      {"monitor.manual.list", "monitor.list", "[]", "getManualPositions"},
+      {"monitor.manual.clean", "monitor.manual.clean", "", "cleanManualPositions"}};
+  for (const auto& [pairs, codes] : rows) {
+    for (const auto& [topic, replyTopic, data, call] : topics) {
+      SCOPED_TRACE(topic + pairs);
       ScriptedHost host;
       host.accounts = {account(3), account(-1)};
       host.symbols = {{30, symbol(30, "a")}, {20, symbol(20, "b")}, {-7, symbol(-7, "c")}};
-      host.userRefusal.code = cleans ? 1 : 0;  // not asked there
-      const MobileMessage reply = Phone::ask(topic, "[" + row.pairs + "]");
-      EXPECT_THAT(reply,
-                  FieldsAre(42, topic == "monitor.manual.list" ? "monitor.list" : topic, "", cleans ? "" : "[]", 8));
+      host.userRefusal.code = data.empty() ? 1 : 0;  // not asked by monitor.manual.clean
+      EXPECT_THAT(Phone::ask(topic, "[" + pairs + "]"), FieldsAre(42, replyTopic, "", data, 8));
+      const std::string expected = call == "getSyncOrders" && codes == "none" ? call + "([])" : call + codes;
       const Strings calls = host.calls();
-      const std::string last = calls.size() < 2 ? "" : calls[calls.size() - 2];
-      if (topic == "monitor.sync.order.list") {
-        EXPECT_EQ(last, "getSyncOrders" + (row.codes.empty() ? "([])" : row.codes));
-      } else if (!row.codes.empty()) {
-        EXPECT_EQ(last, (cleans ? "cleanManualPositions" : "getManualPositions") + row.codes);
-      } else {
-        EXPECT_THAT(last, testing::StartsWith("get"));
-        EXPECT_THAT(last, testing::Not(HasSubstr("Manual")));
-      }
+      EXPECT_EQ(std::ranges::count_if(calls, [&](const auto& each) { return each.starts_with(call); }),
+                expected.ends_with("none") ? 0 : 1);
+      EXPECT_TRUE(expected.ends_with("none") || calls.at(calls.size() - 2) == expected) << calls.at(calls.size() - 2);
     }
   }
 }

@@ -1,6 +1,9 @@
-#include <condition_variable>
+#include <atomic>
+#include <chrono>
+#include <deque>
 #include <memory>
 #include <mutex>
+#include <semaphore>
 #include <system_error>
 #include <thread>
 #include <vector>
@@ -14,29 +17,27 @@ namespace {
 
 using testing::ElementsAre;
 
-// Records the numbers it handles. While held, the consumer stays inside an item. Waits end after ten seconds.
+constexpr std::chrono::seconds kLimit{10};
+constexpr int kHold = -1;  // an item that does not end before `release`
+
 class Recorder : public AsyncBufferQueueThread<int> {
  public:
   using AsyncBufferQueueThread::AsyncBufferQueueThread;
-  ~Recorder() override {
-    release();
-    stopThread(false);
-  }
+  ~Recorder() override { stopThread(false); }
 
-  // Starts the consumer with the items 0 and 1 and returns once it is inside the first.
+  // Starts the consumer with the items kHold and 1 and returns once it is inside the first.
   void startAndHold() {
-    held_ = true;
-    enqueue(0);
+    enqueue(kHold);
     enqueue(1);
-    startThread();
-    wait([&] { return current_ == 0; });
+    startLocked();
+    EXPECT_TRUE(entered_.try_acquire_for(kLimit));
   }
   void startLocked() {
     const std::lock_guard control(controlMutex);
     startThread();
   }
-  void release() { set(held_, false); }
-  // Returns once the stop has ended; it has begun before the held item ends.
+  void release() { mayEnd_.release(); }
+  // The held item ends once the stop has begun.
   void stopWhileHeld(bool drain) {
     std::thread stopper([this, drain] { stopThread(drain); });
     while (state == QueueRunning) {
@@ -45,20 +46,20 @@ class Recorder : public AsyncBufferQueueThread<int> {
     release();
     stopper.join();
   }
-  std::vector<int> waitForHandled(size_t count) {
-    wait([&] { return handled_.size() >= count; });
-    const std::lock_guard lock(mutex_);
-    return handled_;
+  // The next items that are handled, fewer if they do not come in time.
+  std::vector<int> next(size_t count) {
+    std::vector<int> items;
+    for (; count > 0 && done_.try_acquire_for(kLimit); --count) {
+      const std::lock_guard lock(mutex_);
+      items.push_back(handled_.front());
+      handled_.pop_front();
+    }
+    return items;
   }
-  std::vector<std::thread::id> threads() {
-    const std::lock_guard lock(mutex_);
-    return threads_;
-  }
+  bool waitUntilEnded() { return ended_.try_acquire_for(kLimit); }
   bool isStopped() const { return state == QueueStopped; }
-  void waitUntilEnded() {
-    wait([&] { return ended_; });
-  }
 
+  std::atomic<int> runs = 0;
   bool stopsItself = false;
   std::error_code selfStopError;
 
@@ -71,38 +72,26 @@ class Recorder : public AsyncBufferQueueThread<int> {
         selfStopError = error.code();
       }
     }
-    set(current_, item);
-    wait([&] { return !held_; });
-    const std::lock_guard lock(mutex_);
-    handled_.push_back(item);
-    threads_.push_back(std::this_thread::get_id());
-    changed_.notify_all();
+    if (item == kHold) {
+      entered_.release();
+      EXPECT_TRUE(mayEnd_.try_acquire_for(kLimit));
+    }
+    {
+      const std::lock_guard lock(mutex_);
+      handled_.push_back(item);
+    }
+    done_.release();
   }
   void run() override {
+    ++runs;
     AsyncBufferQueueThread::run();
-    set(ended_, true);
+    ended_.release();
   }
 
  private:
-  template <typename Value>
-  void set(Value& member, Value value) {
-    const std::lock_guard lock(mutex_);
-    member = value;
-    changed_.notify_all();
-  }
-  template <typename Condition>
-  void wait(Condition condition) {
-    std::unique_lock lock(mutex_);
-    EXPECT_TRUE(changed_.wait_for(lock, std::chrono::seconds(10), condition)) << handled_.size() << " handled";
-  }
-
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::vector<int> handled_;
-  std::vector<std::thread::id> threads_;
-  int current_ = -1;
-  bool held_ = false;
-  bool ended_ = false;
+  std::counting_semaphore<> entered_{0}, mayEnd_{0}, done_{0}, ended_{0};
+  std::mutex mutex_;  // guards handled_
+  std::deque<int> handled_;
 };
 
 TEST(Queue, OverflowDropsTheOldestAndCountsIt) {
@@ -114,7 +103,7 @@ TEST(Queue, OverflowDropsTheOldestAndCountsIt) {
       EXPECT_EQ(queue.enqueue(item), limit < 1 ? item : std::min(item, limit + 1));
     }
     queue.startThread();
-    EXPECT_EQ(queue.waitForHandled(left.size()), left);
+    EXPECT_EQ(queue.next(left.size()), left);
   }
 }
 
@@ -124,13 +113,10 @@ TEST(Queue, StopDropsAllButTheRunningItemAndDrainRunsAll) {
     queue.startAndHold();
     queue.enqueue(2);
     queue.stopWhileHeld(drain);
-    std::vector<int> handled = drain ? std::vector{0, 1, 2} : std::vector{0};
-    EXPECT_EQ(queue.waitForHandled(0), handled);
     EXPECT_TRUE(queue.isStopped());
     queue.startThread();
-    queue.enqueue(99);
-    handled.push_back(99);
-    EXPECT_EQ(queue.waitForHandled(handled.size()), handled);
+    queue.enqueue(9);
+    EXPECT_EQ(queue.next(drain ? 4 : 2), drain ? (std::vector{kHold, 1, 2, 9}) : (std::vector{kHold, 9}));
   }
 }
 
@@ -138,38 +124,38 @@ TEST(Queue, StartRunsWaitingItemsUnlessAStopCameBetween) {
   Recorder queue(-1, 1, false);
   queue.enqueue(1);
   queue.startThread();
-  queue.waitForHandled(1);
-  queue.startThread();  // the same thread goes on
+  EXPECT_THAT(queue.next(1), ElementsAre(1));
+  queue.startThread();
   queue.enqueue(2);
-  queue.waitForHandled(2);
+  EXPECT_THAT(queue.next(1), ElementsAre(2));
+  EXPECT_EQ(queue.runs, 1);  // the second start changes nothing
   queue.stopThread(true);
   queue.enqueue(3);
   queue.stopThread(false);
   queue.startThread();
   queue.enqueue(4);
-  EXPECT_THAT(queue.waitForHandled(3), ElementsAre(1, 2, 4));
-  EXPECT_EQ(queue.threads()[0], queue.threads()[1]);
+  EXPECT_THAT(queue.next(1), ElementsAre(4));
 }
 
 TEST(Queue, WakesFromTheLongestWaitForAnItemAndForAStop) {
   Recorder queue(-1, INT64_MAX, false);
   queue.startThread();
-  queue.wakeUp();                                  // without an item
-  for (size_t count = 1; count <= 200; ++count) {  // often enough for the consumer to sleep in between
-    queue.enqueue(1);
-    queue.waitForHandled(count);
+  queue.wakeUp();                           // without an item
+  for (int item = 0; item < 200; ++item) {  // often enough for the consumer to sleep in between
+    queue.enqueue(item);
+    ASSERT_THAT(queue.next(1), ElementsAre(item));
   }
   queue.stopThread(false);
 }
 
 TEST(Queue, IdleExitEndsTheThreadAndTheNextStartCollectsIt) {
   Recorder queue(-1, 1, true);
-  queue.enqueue(1);
-  queue.startThread();
-  queue.waitUntilEnded();
-  queue.enqueue(2);
-  queue.startThread();
-  EXPECT_THAT(queue.waitForHandled(2), ElementsAre(1, 2));
+  for (const int item : {1, 2}) {
+    queue.enqueue(item);
+    queue.startThread();
+    EXPECT_THAT(queue.next(1), ElementsAre(item));
+    EXPECT_TRUE(queue.waitUntilEnded());
+  }
 }
 
 TEST(Queue, ClearDropsOnlyWhatTheConsumerHasNotTakenOver) {
@@ -179,7 +165,7 @@ TEST(Queue, ClearDropsOnlyWhatTheConsumerHasNotTakenOver) {
   queue.clearQueue();
   queue.enqueue(3);
   queue.release();
-  EXPECT_THAT(queue.waitForHandled(3), ElementsAre(0, 1, 3));
+  EXPECT_THAT(queue.next(3), ElementsAre(kHold, 1, 3));
 }
 
 TEST(Queue, StopFromWithinAnItemIsADeadlockError) {
@@ -187,7 +173,7 @@ TEST(Queue, StopFromWithinAnItemIsADeadlockError) {
   queue.stopsItself = true;
   queue.enqueue(1);
   queue.startLocked();  // the item's stop takes the same lock, and so sees the thread that the start set
-  queue.waitUntilEnded();
+  EXPECT_TRUE(queue.waitUntilEnded());
   EXPECT_EQ(queue.selfStopError, std::errc::resource_deadlock_would_occur);
 }
 
@@ -196,7 +182,7 @@ TEST(Queue, MayBeDestroyedAsSoonAsItsItemHasRun) {
     auto queue = std::make_unique<Recorder>(-1, 1, false);
     queue->startThread();
     std::thread producer([&queue = *queue] { queue.enqueue(1); });
-    queue->waitForHandled(1);
+    queue->next(1);
     queue.reset();  // a race for the thread sanitizer if the producer still uses the queue
     producer.join();
   }
@@ -228,30 +214,9 @@ TEST(Queue, SubclassMayReplaceTheLoopAndTheSwap) {
     queue.enqueue(item);
   }
   queue.startThread();
-  queue.waitForHandled(1);
+  EXPECT_THAT(queue.next(1), ElementsAre(1));
   queue.enqueue(4);
-  EXPECT_THAT(queue.waitForHandled(2), ElementsAre(1, 4));
-}
-
-TEST(Queue, ProducersKeepTheirOrder) {
-  constexpr int kEach = 2000;
-  Recorder queue(-1, 1, false);
-  queue.startThread();
-  std::vector<std::thread> producers;
-  for (int producer = 0; producer < 4; ++producer) {
-    producers.emplace_back([&queue, producer] {
-      for (int item = 0; item < kEach; ++item) {
-        queue.enqueue(producer * kEach + item);
-      }
-    });
-  }
-  for (std::thread& producer : producers) {
-    producer.join();
-  }
-  std::vector<int> next{0, kEach, 2 * kEach, 3 * kEach};
-  for (const int item : queue.waitForHandled(size_t{4} * kEach)) {
-    EXPECT_EQ(item, next[static_cast<size_t>(item / kEach)]++);
-  }
+  EXPECT_THAT(queue.next(1), ElementsAre(4));
 }
 
 }  // namespace

@@ -91,21 +91,6 @@ TEST(OrderSource, ShowsTheTextAndTwoFlags) {
   }
 }
 
-TEST(OrderSource, NamesEachFlag) {
-  std::string names;
-  for (int bit = 0; bit < 31; ++bit) {
-    names += CodeConvert::gbk_to_utf8(orderFlagName(1 << bit)) + " ";
-  }
-  EXPECT_EQ(
-      names,
-      "非本机 预埋单 图中有宝 套利宝 价差下单 止损获利单 画线下单 一键全撤 一键撤单 融资融券 合约调仓 账户调仓 "
-      "一键全平 一键平仓 盘口下单 一键下单 手工下单 触发下单 批量下单 快速下单 普通下单 orvpy下单 交易助手 "
-      "交易助手撤单 头寸监控一键同步 头寸监控自动同步 监控器根据合约号撤单 算法下单 算法撤单 程序化下单 模式下单 ");
-  EXPECT_EQ(orderFlagName(0), gbk("未知"));
-  EXPECT_EQ(orderFlagName(3), "");
-  EXPECT_EQ(orderFlagName(-1), "");
-}
-
 TEST(Lookups, LeaveTheRecordUnchangedIfTheHostHasNone) {
   ScriptedHost host;
   TradingAccountID found = accountId(3, "mine");

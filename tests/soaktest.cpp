@@ -19,23 +19,15 @@ const MobileSrvInfo kInfo{"url", "trader", "", "", "", ""};
 const ResultStatus kRefusal{1, "refused"};
 
 // Topics and bodies: valid, invalid and hostile.
-std::vector<std::pair<std::string, std::string>> makeRequests() {
-  const std::string one = R"({"index":1,"hashCode":10,"longPos":1,"shortPos":1,"localOrderId":"5","hashCodes":[10,11],)"
-                          R"("side":1,"combOffset":1,"combOffsetFlag":1,"priceType":1,"price":0e38,"offset":0,)"
-                          R"("volume":3,"insertTimestamp":1000,"source":"app"})";
-  std::vector<std::pair<std::string, std::string>> all = {{"order.new", R"({"orderList":[)" + one + "," + one + "]}"},
-                                                          {std::string("a\0b", 3), "\xFF"},
-                                                          {"order.list", std::string(20'000, '[')}};
-  for (const char* topic : {"order.cancel", "marginrate.list", "monitor.sync.order.list", "monitor.sync.order.new",
-                            "monitor.manual.list", "monitor.manual.update", "monitor.manual.clean"}) {
-    all.insert(all.end(), {{topic, "[" + one + "]"}, {topic, "[" + one + ",{}]"}, {topic, "[{\"index\":1"}});
-  }
-  for (const char* topic : {"account.list", "capital.list", "order.list", "position.list", "trader.list",
-                            "monitor.list", "order.condition.list", "position.codetype.list", "creditinfo.list"}) {
-    all.insert(all.end(), {{topic, "[1]"}, {topic, "[]"}, {topic, "\xFE"}, {topic, "[1e400]"}});
-  }
-  return all;
-}
+const std::vector<std::pair<std::string, std::string>> kRequests = {
+    {"account.list", "[1]"},
+    {"order.list", "[]"},
+    {"monitor.manual.update", R"([{"index":1,"hashCode":10,"longPos":1,"shortPos":1},{}])"},
+    {"monitor.sync.order.list", R"([{"index":1,"hashCode":10}])"},
+    {"order.cancel", R"([{"index":1,"hashCode":10,"localOrderId":"5"}])"},
+    {"order.condition.list", "\xFE"},
+    {std::string("a\0b", 3), "\xFF"},
+    {"order.list", std::string(20'000, '[')}};
 
 // Rounds of requests from several threads, with pushes, against a host that fails now and then. Each round ends in
 // stops from three threads. A request is answered once, or lost in a stop; an answer to any other request is an error.
@@ -51,14 +43,14 @@ class Soak {
     const auto end = std::chrono::steady_clock::now() + soakTime();
     while (std::chrono::steady_clock::now() < end) {
       agent_.start(kInfo);
-      runThreads(kClients + 1, [this](int64_t client) { client < kClients ? ask(client) : notify(); });
+      runThreads(kClients + 1, [this](int64_t client) { client > 0 ? ask(client) : notify(); });
       runThreads(3, [this](int64_t /*stopper*/) { agent_.stop(); });
       lost_ += waiting_.size();
       waiting_.clear();
     }
     EXPECT_GT(answered_, 0U);
     EXPECT_GT(pushes_, 0);
-    EXPECT_GT(lost_, 0U);  // otherwise the stops drain
+    EXPECT_GT(lost_, 0U);  // otherwise the stops drain: the lists keep the worker far behind
     std::printf("%zu requests answered, %zu lost in stops, %ld pushes sent\n", answered_, lost_, pushes_);
   }
 
@@ -75,7 +67,6 @@ class Soak {
   }
 
   void ask(int64_t client) {
-    static const auto kRequests = makeRequests();
     for (int i = 0; i < 200; ++i) {
       const int64_t id = nextId_++ * kClients + client;
       const auto& [topic, body] = kRequests[static_cast<size_t>(id * 7) % kRequests.size()];
@@ -116,16 +107,14 @@ class Soak {
     if (call.starts_with("requestAsync(")) {
       settle(std::stol(call.substr(call.find('(') + 1)));
     } else if (call.starts_with("checkUser(")) {
-      const int64_t failure = ++checks_ / 50 % 6;
+      const int64_t failure = ++checks_ / 50 % 5;
       const auto failsIn = [&](int64_t which) { return failure == which ? kRefusal : ResultStatus{}; };
       host_.userRefusal = failsIn(1);
       host_.sendStatus = failsIn(2);
       host_.accountRefusals[1] = failsIn(3);
-      host_.insertStatuses[10] = host_.cancelStatuses[5] = failsIn(4);
-      host_.accounts.assign(failure == 5 ? 0 : 1, account(1, "u1"));
+      host_.accounts.assign(failure == 4 ? 0 : 1, account(1, "u1"));
       host_.symbols[10] = symbol(10, "rb", 3);
-      host_.orders.resize(200);
-      host_.inserted.clear();
+      host_.orders.resize(50);
       host_.cancelled.clear();
     }
   }
