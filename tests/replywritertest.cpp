@@ -57,27 +57,11 @@ TEST(ReplyWriter, DoublesAreTheStockWritersText) {
   }
 }
 
-TEST(ReplyWriter, NaNAndInfinityLeaveItsKeyWithoutAValue) {
+TEST(ReplyWriter, NaNAndInfinityLeaveTheirKeyWithoutAValue) {
   for (const double value : {std::nan(""), HUGE_VAL, -HUGE_VAL}) {
     EXPECT_EQ(writeRows(std::vector{value}, [](ReplyWriter& w, double v) { w.member("a", v), w.member("b", 1); }),
               R"([{"a":,"b":1}])");
   }
-}
-
-TEST(ReplyWriter, KeyWithoutAValueSwapsKeysAndValuesInItsObjectOnly) {
-  EXPECT_EQ(
-      writeRows(std::vector{1, 2}, [](ReplyWriter& w, int row) { w.key("a"), w.member("b", row), w.member("c", "x"); }),
-      R"([{"a":"b",1:"c","x"},{"a":"b",2:"c","x"}])");
-}
-
-TEST(ReplyWriter, NestsRows) {
-  using Groups = std::vector<std::vector<int32_t>>;
-  EXPECT_EQ(writeRows(Groups{{1, 2}, {}},
-                      [](ReplyWriter& w, const std::vector<int32_t>& group) {
-                        w.member("n", static_cast<int64_t>(group.size()));
-                        w.memberRows("in", group, [](ReplyWriter& inner, int32_t v) { inner.member("v", v); });
-                      }),
-            R"([{"n":2,"in":[{"v":1},{"v":2}]},{"n":0,"in":[]}])");
 }
 
 TEST(OrderSource, ShowsTheTextAndTwoFlags) {

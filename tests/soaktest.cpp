@@ -35,6 +35,9 @@ class Soak {
  public:
   Soak() {
     host_.remembers = false;
+    host_.accounts = {account(1, "u1")};
+    host_.symbols[10] = symbol(10, "rb", 3);
+    host_.orders.resize(10);
     host_.onCall = [this](const std::string& call) { onCall(call); };
     host_.onSend = [this](const MobileMessage& message) { onSend(message); };
   }
@@ -116,14 +119,10 @@ class Soak {
     } else if (call.starts_with("requestAsync(")) {
       settle(std::stol(call.substr(call.find('(') + 1)));
     } else if (call.starts_with("checkUser(")) {
-      const int64_t failure = ++checks_ / 50 % 5;
-      const auto failsIn = [&](int64_t which) { return failure == which ? kRefusal : ResultStatus{}; };
-      host_.userRefusal = failsIn(1);
-      host_.sendStatus = failsIn(2);
-      host_.accountRefusals[1] = failsIn(3);
-      host_.accounts.assign(failure == 4 ? 0 : 1, account(1, "u1"));
-      host_.symbols[10] = symbol(10, "rb", 3);
-      host_.orders.resize(10);
+      const int64_t failure = ++checks_ / 50 % 4;
+      host_.userRefusal = failure == 1 ? kRefusal : ResultStatus{};
+      host_.sendStatus = failure == 2 ? kRefusal : ResultStatus{};
+      host_.accountRefusals[1] = failure == 3 ? kRefusal : ResultStatus{};
       host_.cancelled.clear();
     }
   }

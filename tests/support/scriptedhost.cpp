@@ -336,14 +336,7 @@ ResultStatus ScriptedHost::send(const MobileMessage& message) {
 }
 
 TradingAccountID accountId(int32_t index, const std::string& userCode, int32_t marketType) {
-  return {.index = index,
-          .reserved2 = {2, 3, 4},
-          .reserved5 = {"5", "6"},
-          .userCode = userCode,
-          .reserved8 = 8,
-          .marketType = marketType,
-          .reserved11 = 11,
-          .reserved12 = "12"};
+  return {index, {2, 3, 4}, {"5", "6"}, userCode, 8, marketType, 0, 11, "12"};
 }
 
 TradingAccount account(int32_t index, const std::string& userCode, int32_t marketType) {
