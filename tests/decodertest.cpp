@@ -234,7 +234,7 @@ TEST(Selector, FailureIsTheSameWithTheLogOffAndNamesUnknownTopics) {
   EXPECT_THAT(MobileWorker().parseTid(7, kTopicCapitalList, "{}", selector), FieldsAre(-1, "Data member not array"));
   EXPECT_THAT(log.lines(), IsEmpty());
   agentLogger()->setLevel(log4cxx::Level::getDebug());
-  MobileWorker().parseTid(7, OrvMobileTopic{18}, "{}", selector);
+  MobileWorker().parseTid(7, OrvMobileTopic{99}, "{}", selector);
   EXPECT_THAT(log.lines(), ElementsAre("[DEBUG] PocketAgent parse tid error,RequestID=7, Topic=unknown.topic,"
                                        "msg=Data member not array"));
 }
