@@ -72,13 +72,13 @@ FIGURES(MonitorManualPosition, it.account.index, it.code.hashCode, it.position.l
 template <typename Record>
 void expectSame(const Record& got, const Record& expected) {
   const Figures of = figuresOf(got);
+  const Figures other = figuresOf(expected);
   std::istringstream names(of.names);
   std::string name;
   for (size_t i = 0; i < of.values.size(); ++i) {
     names >> name;
-    const double other = figuresOf(expected).values[i];
-    EXPECT_LE(std::abs(of.values[i] - other), 0.000051)
-        << name << " " << fmt::format("{:.5f}, not {:.5f}", of.values[i], other);
+    EXPECT_LE(std::abs(of.values[i] - other.values[i]), 0.000051)
+        << name << " " << fmt::format("{:.5f}, not {:.5f}", of.values[i], other.values[i]);
   }
 }
 

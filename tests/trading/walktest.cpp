@@ -1,0 +1,40 @@
+#include <cmath>
+#include <thread>
+
+#include "tests/trading/desktest.h"
+#include "tests/trading/listrow.h"
+
+namespace orvane::terminal::testing {
+namespace {
+
+using WalkTest = DeskTest;
+
+// Limits of one tick leave a price nothing but to stand or to turn back.
+TEST_F(WalkTest, PricesStayOnTheTicksAndWithinTheLimits) {
+  host_.reset();
+  SQLite::Database((dir_ / "terminal.db").string(), SQLite::OPEN_READWRITE)
+      .exec(
+          "UPDATE instrument SET lower_limit = last, upper_limit = last + price_tick FROM quote"
+          " WHERE quote.hash_code = instrument.hash_code");
+  host_.emplace(TradingOptions{dir_, QuoteMode::Walk, {}, 7});
+  host_->start([](const MobileMessage&) {});
+  bool moved = false;
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+  while (std::chrono::steady_clock::now() < end && !HasFailure()) {
+    MobileMessage reply;
+    IUIProxyMgr::getInstance()->requestSync("quote.list", "", reply);
+    for (const Row& row : rowsOf(reply)) {
+      const double last = std::stod(row.at("lastPrice"));
+      const double ticks = (last - std::stod(row.at("lowerLimit"))) / std::stod(row.at("priceTick"));
+      EXPECT_NEAR(ticks, std::round(ticks), 1e-6) << row.at("codeExch");
+      EXPECT_GT(ticks, -0.5) << row.at("codeExch");
+      EXPECT_LT(ticks, 1.5) << row.at("codeExch");
+      moved = moved || ticks > 0.5;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  EXPECT_TRUE(moved);
+}
+
+}  // namespace
+}  // namespace orvane::terminal::testing
