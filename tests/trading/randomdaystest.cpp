@@ -46,6 +46,8 @@ class RandomDays {
     { const TradingHost created(TradingOptions{dir_, QuoteMode::Still, {}, 1}); }
     change(chance(80) ? "UPDATE account SET online = 1" : "UPDATE account SET ordinary_orders = 0 WHERE idx = 2");
     if (chance(30)) change("UPDATE credit_terms SET long_limit = 400000, short_limit = 150000");
+    if (chance(30)) change("DELETE FROM strategy_target; DELETE FROM manual_position");  // everything is too much
+    if (chance(10)) change("DELETE FROM credit_contract; DELETE FROM holding WHERE account = 4 AND direction = 2");
     if (chance(20)) change("UPDATE account SET pre_balance = pre_balance / 4");
     book_.emplace(dir_ / "terminal.db");
     lists_.emplace(*book_);

@@ -71,6 +71,8 @@ TEST_F(RefusalsTest, EachCheckTakesTheLastAndRefusesTheNext) {
   const Terms sold{4, kMerchants, 4, 1, 42, 1000};  // at the bid, 42.87
   const std::string online = "UPDATE account SET online = 1";
   const std::string odd = "UPDATE holding SET yesterday_volume = 250 WHERE account = 2 AND hash_code = 5000001";
+  const std::string todayWaits = "UPDATE orders SET close_yesterday = 0, close_today = 2 WHERE id = 1007";
+  const std::string poor = "UPDATE account SET pre_balance = 808969.0735 WHERE idx = 1";
   const auto limit = [](const char* column, double value) {
     return fmt::format("UPDATE credit_terms SET {} = {}", column, value);
   };
@@ -113,6 +115,8 @@ TEST_F(RefusalsTest, EachCheckTakesTheLastAndRefusesTheNext) {
       {{1, kRebar, 2, 7, 3400, 10}, {1, kRebar, 2, 7, 3400, 11}, "可平数量不足: 委托 11, 可平 10"},
       {{1, kRebar, 2, 5, 3400, 4}, {1, kRebar, 2, 5, 3400, 5}, "可平数量不足: 委托 5, 可平 4"},
       {{1, kRebar, 2, 6, 3400, 6}, {1, kRebar, 2, 6, 3400, 7}, "可平数量不足: 委托 7, 可平 6"},
+      {{1, kRebar, 2, 5, 3400, 2}, {1, kRebar, 2, 5, 3400, 3}, "可平数量不足: 委托 3, 可平 2", todayWaits, todayWaits},
+      {{1, kRebar, 2, 3, 3400, 10}, {1, kRebar, 2, 3, 3400, 11}, "可用资金不足: 需要 48657.40, 可用 1.00", poor, poor},
       {{1, kRebar, 1, 4, 3300, 3}, {1, kRebar, 1, 4, 3300, 4}, "可平数量不足: 委托 4, 可平 3"},
       {{2, kFund, 2, 4, 4.7, 30000}, {2, kFund, 2, 4, 4.7, 30100}, "可平数量不足: 委托 30100, 可平 30000"},
       {{2, kMaotai, 2, 4, 1480, 200}, {2, kCatl, 2, 4, 390, 100}, "可平数量不足: 委托 100, 可平 0"},  // bought today
