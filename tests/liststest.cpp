@@ -466,7 +466,7 @@ TEST(MonitorPairs, GoToTheMonitorSortedAndOnce) {
       EXPECT_THAT(Phone::ask(topic, "[" + pairs + "]"), FieldsAre(42, replyTopic, "", data, 8));
       const std::string expected = call == "getSyncOrders" && codes == "none" ? call + "([])" : call + codes;
       const Strings calls = host.calls();
-      EXPECT_EQ(std::ranges::count_if(calls, [&](const auto& each) { return each.starts_with(call); }),
+      EXPECT_EQ(std::ranges::count_if(calls, [&call = call](const auto& each) { return each.starts_with(call); }),
                 expected.ends_with("none") ? 0 : 1);
       EXPECT_TRUE(expected.ends_with("none") || calls.at(calls.size() - 2) == expected) << calls.at(calls.size() - 2);
     }
