@@ -103,6 +103,7 @@ void Committer::commit() {
       current_.changers.merge(next_.changers);
       next_ = {};
     }
+    isRestored_ = false;
     const bool recovered = recover();
     if (!recovered) hooks_.notice(error.mayBeStored() ? error.unknownOutcome() : error.refusal());
     finish(error.mayBeStored() && !recovered ? error.unknownOutcome() : error.refusal());
@@ -129,9 +130,13 @@ void Committer::finish(const std::string& failure) {
 // back. So nothing is certain before another commit has taken their place.
 bool Committer::recover() {
   try {
-    if (database_ == nullptr) database_ = std::make_unique<Database>(dir_);
+    if (database_ == nullptr) {
+      database_ = std::make_unique<Database>(dir_);
+      isRestored_ = false;
+    }
+    if (!isRestored_) hooks_.restore(database_->load());
+    isRestored_ = true;
     database_->overwriteFailed();
-    hooks_.restore(database_->load());
   } catch (const StoreError& error) {
     const std::lock_guard lock(mutex_);
     error_ = error;

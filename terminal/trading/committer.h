@@ -69,6 +69,7 @@ class Committer {
   bool recover();
 
   std::filesystem::path dir_;
+  bool isRestored_ = true;  // the book in memory is the one on the disk; committer's thread only
   std::unique_ptr<Database> database_;
   Hooks hooks_;
 

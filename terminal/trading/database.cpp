@@ -5,6 +5,7 @@
 
 #include <SQLiteCpp/Transaction.h>
 #include <fmt/format.h>
+#include <sqlite3.h>
 
 #include "terminal/trading/bookreader.h"
 #include "terminal/trading/sampledata.h"
@@ -58,6 +59,9 @@ void setUp(SQLite::Database& db) {
 
 Database::Database(const std::filesystem::path& dir) : file_(dir / "terminal.db"), db_(openFile(file_)), writer_(db_) {
   try {
+    if (sqlite3_db_readonly(db_.getHandle(), "main") == 1) {
+      throw SQLite::Exception("the file is read-only", SQLITE_READONLY);
+    }
     setUp(db_);
   } catch (const std::exception& e) {
     throw StoreError(file_, e);

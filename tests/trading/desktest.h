@@ -84,7 +84,7 @@ class DeskTest : public ::testing::Test {
   }
 
   void open() {
-    host_.emplace(TradingOptions{dir_, QuoteMode::Still, {}, 1});
+    host_.emplace(TradingOptions{dir_, QuoteMode::Still, {}, 1, clocks_});
     host_->start([this](const MobileMessage& message) { inbox_.put(message); });
   }
 
@@ -129,12 +129,16 @@ class DeskTest : public ::testing::Test {
     return held(utf8(trade()->insertOrder(item(terms...)).message));
   }
 
-  std::string cancel(int32_t account, int64_t hashCode, int64_t id) {
+  static ResultStatus cancelOrder(int32_t account, int64_t hashCode, int64_t id) {
     CancelOrderRequest request;
     request.localOrderId = id;
     request.account.index = account;
     request.code.hashCode = hashCode;
-    return held(utf8(trade()->cancelOrder(request).message));
+    return trade()->cancelOrder(request);
+  }
+
+  std::string cancel(int32_t account, int64_t hashCode, int64_t id) {
+    return held(utf8(cancelOrder(account, hashCode, id).message));
   }
 
   // Returns the failure's text, UTF-8.
@@ -181,6 +185,7 @@ class DeskTest : public ::testing::Test {
   }
 
   std::filesystem::path dir_;
+  Clocks clocks_;
   Inbox inbox_;
   std::optional<TradingHost> host_;
 };

@@ -39,6 +39,23 @@ class StorageTest : public DeskTest {
     FaultyDisk::checkpointOften();
   }
 
+  // Every list is served and nothing is changed, with the remedy, until `mend` is called; then actions work again.
+  void expectOnlyLists(size_t expected, const std::string& reason, const std::string& remedy,
+                       const std::function<void()>& mend) {
+    const std::string file = (dir_ / "terminal.db").string();
+    EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3330, 1),
+              fmt::format("数据库 {} 无法写入 ({}), 未作任何更改: {}", file, reason, remedy));
+    EXPECT_THAT(host_->health().storageFault, HasSubstr(fmt::format("cannot use the database {}: {}", file, reason)));
+    EXPECT_THAT(setQuote(kRebar, "3400"), HasSubstr("未作任何更改"));
+    EXPECT_EQ(orders().size(), expected);
+    EXPECT_EQ(positions().at({1, kRebar}).currentPrice, 3325);
+    mend();
+    while (!host_->health().storageFault.empty()) inbox_.next("terminal.notice");
+    EXPECT_EQ(orders().size(), expected);
+    EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3330, 1), "");
+    EXPECT_EQ(orders().size(), expected + 1);
+  }
+
   // Orders of one lot, filled and resting in turn, told apart by their text.
   Answer place(int number) {
     MobileNewOrderItem it = item(1, kRebar, Side::Buy, Offset::Open, number % 2 == 0 ? 3330 : 3300, 1);
@@ -130,6 +147,29 @@ TEST_F(StorageTest, AcknowledgedMeansThereAndRefusedMeansNotThereWhateverFails) 
     place = (place + stride) % cases;
   }
   RecordProperty("tried", fmt::format("{} of {}", tried, cases));
+}
+
+TEST_F(StorageTest, AFullDiskIsServedAndTakesActionsAgain) {
+  disk_.arm({"full", true, true, 0}, 1);
+  open();
+  expectOnlyLists(18, "database or disk is full", "请释放磁盘空间", [this] { disk_.heal(); });
+}
+
+TEST_F(StorageTest, AReadOnlyDiskIsServedWithItsWriteAheadLogAndTakesActionsAgain) {
+  const auto mend = [this] { disk_.setReadOnly(false); };
+  disk_.setReadOnly(true);
+  open();
+  expectOnlyLists(18, "the file is read-only", "请使该文件及其目录可写", mend);
+
+  const std::filesystem::path crashed = fresh_.string() + "-crashed";  // its log holds the order
+  std::filesystem::create_directories(crashed);
+  FaultyDisk::crash(dir_, crashed, false);
+  host_.reset();
+  std::filesystem::remove_all(dir_);
+  std::filesystem::rename(crashed, dir_);
+  disk_.setReadOnly(true);
+  open();
+  expectOnlyLists(19, "the file is read-only", "请使该文件及其目录可写", mend);
 }
 
 }  // namespace
