@@ -20,8 +20,8 @@ struct TradingAccountID {
   std::string reserved12;
 };
 
-// The host's capital record of one account. All figures are the host's and sent unscaled: amounts in the account's
-// currency, leverage and risk as factors, not percentages.
+// The host's capital record of one account. All figures are the host's and are sent unscaled; amounts are in the
+// account's currency.
 struct TradingAccount {
   TradingAccountID id;
   int32_t reserved2 = 0;
@@ -30,7 +30,7 @@ struct TradingAccount {
   double frozenMargin = 0;
   double reserved6 = 0;
   double currMargin = 0;
-  double deposit = 0;   // "lastAmount" adds it, "profitRatio" divides by it and baseAmount
+  double deposit = 0;   // "lastAmount" adds it; "profitRatio" divides by baseAmount + deposit
   double withdraw = 0;  // "lastAmount" subtracts it
   double commission = 0;
   double reserved11 = 0;
