@@ -105,6 +105,7 @@ void expectFailure(const std::string& topic, const std::string& body, const std:
   EXPECT_EQ(capture.lines(), lines);
   EXPECT_EQ(capture.lastPlace(), log.empty() ? "" : "DEBUG orvane::MobileWorker::" + place);
   EXPECT_THAT(host.calls(), ElementsAre("send"));
+  EXPECT_THAT(host.converted, ElementsAre(reply));
 }
 
 void append(std::string& members, const std::string& name, const std::string& value) {

@@ -1,3 +1,4 @@
+#include <atomic>
 #include <memory>
 #include <string>
 #include <thread>
@@ -22,11 +23,11 @@ TEST(Topics, OthersAreUnknown) {
 
 TEST(Worker, UnknownTopicsGoToTheUserInterface) {
   for (const std::string topic : {"quote.list", "unknown.topic", "min.topic", "Account.List"}) {
-    for (const int32_t terminalType : {8, 24, 15, 16}) {
+    for (const int32_t terminalType : {8, 15, 40, 16, 24}) {
       ScriptedHost host;
       host.proxyReply = {7, "the.proxys.topic", gbk("无行情"), gbk(R"({"name":"螺纹"})"), 99};
       const std::vector<MobileMessage> replies = Phone::askAll(topic, "[1]", terminalType);
-      if (terminalType < 16) {
+      if ((terminalType & 16) == 0) {
         EXPECT_THAT(replies, IsEmpty());
         EXPECT_THAT(host.calls(), ElementsAre("checkUser(unknown.topic)", "requestAsync(42," + topic + ",[1])"));
       } else {
@@ -72,10 +73,11 @@ TEST(Worker, FailedSendIsLoggedAndNotRepeated) {
   EXPECT_EQ(log.lines().size(), 1U);
 }
 
-// Lets a test see that a stop has begun.
+// Lets a test see that a stop has begun, also one by the destructor.
 class WatchedWorker : public MobileWorker {
  public:
-  bool isRunning() const { return state == QueueRunning; }
+  static constexpr int32_t kRunning = QueueRunning;
+  const std::atomic<int32_t>& watch() const { return state; }
 };
 
 TEST(Worker, RunsRequestsInOrderAndAStopDropsWhatWaits) {
@@ -89,9 +91,9 @@ TEST(Worker, RunsRequestsInOrderAndAStopDropsWhatWaits) {
     worker->push(3, 8, "account.list", "");
     worker->push(4, 8, "account.list", "");
     ASSERT_TRUE(host.waitForCall("checkUser(account.list)"));
-    const WatchedWorker& watched = *worker;
+    const std::atomic<int32_t>& state = worker->watch();
     std::thread stopper([&worker, destroyed] { destroyed ? worker.reset() : worker->stop(); });
-    while (watched.isRunning()) {
+    while (state == WatchedWorker::kRunning) {
       std::this_thread::yield();
     }
     host.release();
