@@ -138,6 +138,42 @@ TEST_F(RefusalsTest, EachCheckTakesTheLastAndRefusesTheNext) {
   }
 }
 
+TEST_F(RefusalsTest, AWorkingOrderClosesTheSamePartAfterARestart) {
+  begin("");
+  EXPECT_EQ(place({1, kRebar, 2, 5, 3400, 3}), "");
+  reopen();
+  EXPECT_EQ(place({1, kRebar, 2, 5, 3400, 2}), "可平数量不足: 委托 2, 可平 1");
+  EXPECT_EQ(place({1, kRebar, 2, 6, 3400, 6}), "");
+}
+
+// What working orders that buy securities back hold is taken from the proceeds of short sales, until they are gone.
+TEST_F(RefusalsTest, BuyingBackHoldsTheProceedsFirst) {
+  begin("");
+  const double before = capital(4).available;
+  EXPECT_EQ(place({4, kWuliangye, 5, 4, 125, 1000}), "");
+  EXPECT_NEAR(capital(4).available, before, 0.005) << "125037.50 of 128300";
+  EXPECT_EQ(cancel(4, kWuliangye, lastOrder().localOrderId), "");
+  EXPECT_NEAR(capital(4).available, before, 0.005);
+  EXPECT_EQ(place({4, kMerchants, 1, 1, 42, 1000}), "");
+  EXPECT_NEAR(capital(4).available, before - 42'012.6, 0.005);
+  begin(
+      "UPDATE instrument SET upper_limit = 200 WHERE hash_code = 6000003; UPDATE quote SET last = 140 WHERE hash_code "
+      "= 6000003");
+  const double dearer = capital(4).available;
+  EXPECT_EQ(place({4, kWuliangye, 5, 4, 139, 1000}), "");
+  EXPECT_NEAR(capital(4).available, dearer - (139'000 * 1.0003 - 128'300), 0.005);
+}
+
+TEST_F(RefusalsTest, ClientsSeeThePrivilegesAndRatesThatAreChecked) {
+  begin("UPDATE account SET ordinary_orders = 0 WHERE idx = 1");
+  EXPECT_TRUE(IAuthAgent::getInstance()->hasPrivilege(capital(1).id, AccountPrivilege::TriggerOrder));
+  EXPECT_FALSE(IAuthAgent::getInstance()->hasPrivilege(capital(1).id, AccountPrivilege::OrdinaryOrder));
+  MobileMessage reply;
+  IUIProxyMgr::getInstance()->requestSync("order.rates", R"({"index":3,"hashCode":5100001})", reply);
+  EXPECT_EQ(reply.data, R"({"longByMoney":1.0,"longByVolume":0.0,"shortByMoney":0.0,"shortByVolume":4200.0,)"
+                        R"("commissionByMoney":0.0,"commissionByVolume":1.6,"commissionMinimum":0.0,"saleTax":0.0})");
+}
+
 TEST_F(RefusalsTest, MoneyIsEnoughToTheCent) {
   enum class From { Available, CashForReturns, Margin };
   struct Case {
