@@ -115,6 +115,7 @@ int serve(const Settings& settings) try {
   NetLimits limits;
   limits.head = settings.loginTime;
   limits.idle = settings.idleTime;
+  limits.maxBacklogBytes = settings.maxBacklogBytes;
   Gateway gateway({.address = settings.address,
                    .port = settings.port,
                    .tls = settings.tls,

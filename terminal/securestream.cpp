@@ -18,12 +18,21 @@ void SecureStream::shutdown(boost::beast::role_type role, Completion<> done) {
   async_teardown(role, tcp_, std::move(done));
 }
 
+SecureStream::Completion<size_t> SecureStream::noting(Clock::time_point& time, Completion<size_t> done) {
+  return [&time, done = std::move(done)](boost::system::error_code error, size_t bytes) {
+    if (bytes > 0) time = Clock::now();
+    done(error, bytes);
+  };
+}
+
 void SecureStream::readSome(const Buffers<boost::asio::mutable_buffer>& buffers, Completion<size_t> done) {
+  done = noting(lastRead_, std::move(done));
   if (tls_) return tls_->async_read_some(buffers, std::move(done));
   tcp_.async_read_some(buffers, std::move(done));
 }
 
 void SecureStream::writeSome(const Buffers<boost::asio::const_buffer>& buffers, Completion<size_t> done) {
+  done = noting(lastWritten_, std::move(done));
   if (tls_) return tls_->async_write_some(buffers, std::move(done));
   tcp_.async_write_some(buffers, std::move(done));
 }

@@ -6,6 +6,7 @@
 #include <boost/beast/core/role.hpp>
 #include <boost/beast/core/tcp_stream.hpp>
 #include <boost/container/static_vector.hpp>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -17,6 +18,8 @@ namespace orvane::terminal {
 // A TCP connection with or without TLS: one type for both. Deadlines are set on next_layer(). Asio and Beast call it
 // with many types of buffers and handlers. Here they become one type, so that the layers below are compiled once.
 class SecureStream {
+  using Clock = std::chrono::steady_clock;
+
   template <typename... Results>
   using Completion = std::function<void(boost::system::error_code, Results...)>;
 
@@ -36,6 +39,10 @@ class SecureStream {
   next_layer_type& next_layer() { return tcp_; }
   const next_layer_type& next_layer() const { return tcp_; }
   bool isSecure() const { return tls_.has_value(); }
+
+  // When bytes last came in, and when the peer last took some; the stream's own making if never.
+  Clock::time_point lastRead() const { return lastRead_; }
+  Clock::time_point lastWritten() const { return lastWritten_; }
 
   // REQUIRES: isSecure().
   void handshake(boost::asio::ssl::stream_base::handshake_type type, Completion<> done);
@@ -65,6 +72,9 @@ class SecureStream {
                boost::system::error_code error, Results... results) { (*held)(error, results...); };
   }
 
+  // `done`, which notes the time first if any bytes were moved.
+  static Completion<size_t> noting(Clock::time_point& time, Completion<size_t> done);
+
   template <typename Buffer, typename Sequence>
   static Buffers<Buffer> firstOf(const Sequence& sequence) {
     Buffers<Buffer> first;
@@ -80,6 +90,8 @@ class SecureStream {
 
   next_layer_type tcp_;
   std::optional<boost::asio::ssl::stream<next_layer_type&>> tls_;
+  Clock::time_point lastRead_ = Clock::now();
+  Clock::time_point lastWritten_ = lastRead_;
 };
 
 }  // namespace orvane::terminal

@@ -60,6 +60,7 @@ struct Arguments {
   std::string quotes = "walk";
   double loginSeconds = 10;
   double idleSeconds = 36;
+  size_t maxBacklog = 64;  // MiB
   TlsFiles tls;
   CallSettings call;
   bool json = false;
@@ -99,8 +100,12 @@ void addPhoneOptions(CLI::App& app, Arguments& typed) {
   app.add_option("--login-timeout", typed.loginSeconds, "seconds within which a phone must log in")
       ->check(CLI::Validator(checkFinite, "SECONDS") & CLI::Range(0.01, 3600.0))
       ->capture_default_str();
-  app.add_option("--idle-timeout", typed.idleSeconds, "seconds after which a silent phone is dropped")
+  app.add_option("--idle-timeout", typed.idleSeconds,
+                 "seconds after which a phone is dropped that is silent or reads nothing")
       ->check(CLI::Validator(checkFinite, "SECONDS") & CLI::Range(0.01, 3600.0))
+      ->capture_default_str();
+  app.add_option("--max-backlog", typed.maxBacklog, "MiB of messages that may wait for all phones together")
+      ->check(CLI::Range(1, 65536))
       ->capture_default_str();
 }
 
@@ -190,6 +195,7 @@ void complete(Settings& settings, const Arguments& typed, bool isCall, bool isTo
   if (settings.logFile.empty()) settings.logFile = settings.dataDir / "terminal.log";
   settings.loginTime = milliseconds(typed.loginSeconds);
   settings.idleTime = milliseconds(typed.idleSeconds);
+  settings.maxBacklogBytes = typed.maxBacklog * 1024 * 1024;
   settings.trading.dataDir = settings.dataDir;
   setQuotes(settings.trading, typed.quotes);
   setTls(settings, typed.tls, isCall);

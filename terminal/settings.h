@@ -40,7 +40,8 @@ struct Settings {
   std::filesystem::path logFile;
   std::string logLevel = "info";
   std::chrono::milliseconds loginTime{};  // for TLS and the HTTP head, and again for the first frame
-  std::chrono::milliseconds idleTime{};   // after which a silent client is dropped
+  std::chrono::milliseconds idleTime{};   // after which a client is dropped that is silent or reads nothing
+  size_t maxBacklogBytes = 0;             // of outgoing messages, for all clients together
   TradingOptions trading;
   std::optional<CallSettings> call;    // run as a client
   std::optional<TokenSettings> token;  // run the command `token`

@@ -16,10 +16,12 @@
 namespace orvane::terminal {
 
 struct NetLimits {
-  std::chrono::milliseconds head{10'000};           // for TLS and the request's head together, and for a page's writing
-  std::chrono::milliseconds idle{36'000};           // a silent client is pinged after half of it, dropped after all
-  size_t maxFrameBytes = size_t{256} * 1024;        // of an incoming frame
-  size_t maxQueuedBytes = size_t{4} * 1024 * 1024;  // of outgoing frames behind the one that is being written
+  std::chrono::milliseconds head{10'000};  // for TLS and the request's head together, and for a page's writing
+  // A silent client is pinged after half of it and dropped after all; one that takes no bytes for so long is closed.
+  std::chrono::milliseconds idle{36'000};
+  size_t maxFrameBytes = size_t{256} * 1024;          // of an incoming frame
+  size_t maxQueuedBytes = size_t{4} * 1024 * 1024;    // of a session's frames behind the one that is being written
+  size_t maxBacklogBytes = size_t{64} * 1024 * 1024;  // of all sessions' frames, those that are being written included
 };
 
 // Who is at the other end.
@@ -43,11 +45,18 @@ class Connection {
 
   // True unless a client is logged in on it or it is ending.
   virtual bool mayGiveWay() const = 0;
+
+  // Bytes of the frames that the client has not taken yet; 0 once they are given up.
+  virtual size_t backlogBytes() const = 0;
+
+  // Gives up the backlog because all of them together are too large, and cuts the client off: the close frame would
+  // have to wait behind the frame that is being written.
+  virtual void cutBacklog() = 0;
 };
 
 using UpgradeRequest = boost::beast::http::request<boost::beast::http::empty_body>;
 
-// Gets a connection's events; they never come from inside one of its operations.
+// Gets a connection's events; but for onBacklog they never come from inside one of its operations.
 class IConnectionOwner {
  public:
   virtual ~IConnectionOwner() = default;
@@ -57,6 +66,9 @@ class IConnectionOwner {
 
   // `connection` has become a WebSocket: it is replaced by one that owns `stream`.
   virtual void onUpgrade(Connection& connection, std::unique_ptr<SecureStream> stream, UpgradeRequest request) = 0;
+
+  // A connection's backlog has changed. May call its, or any other's, cutBacklog.
+  virtual void onBacklog(size_t before, size_t now) = 0;
 
   // The last call for this connection.
   virtual void onEnded(Connection& connection) = 0;

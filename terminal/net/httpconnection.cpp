@@ -75,6 +75,8 @@ class HttpConnection final : public Connection, public std::enable_shared_from_t
   }
 
   bool mayGiveWay() const override { return !ending_; }
+  size_t backlogBytes() const override { return 0; }  // a page is short, and its writing has a limit
+  void cutBacklog() override {}
 
  private:
   beast::tcp_stream& tcp() { return stream_->next_layer(); }

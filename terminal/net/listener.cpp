@@ -1,9 +1,12 @@
 #include "terminal/net/listener.h"
 
+#include <algorithm>
 #include <boost/asio/ip/host_name.hpp>
 #include <boost/asio/ip/network_v6.hpp>
 #include <stdexcept>
 #include <utility>
+
+#include <netinet/tcp.h>
 
 #include "terminal/logging.h"
 #include "terminal/net/httpconnection.h"
@@ -18,6 +21,7 @@ namespace ip = boost::asio::ip;
 using boost::system::error_code;
 using ip::tcp;
 
+constexpr int kMaxUnsentBytes = 256 * 1024;
 constexpr size_t kMaxConnections = 256;
 constexpr std::chrono::milliseconds kAcceptPause{100};
 constexpr std::string_view kSocketPath = "/ws";
@@ -152,6 +156,9 @@ bool Listener::makeRoom() {
 void Listener::open(tcp::socket socket) {
   error_code ignored;
   socket.set_option(tcp::no_delay(true), ignored);  // a push must not delay the reply behind it
+  // What a slow client has not taken waits here, where it is counted, rather than as megabytes in the kernel.
+  using MaxUnsent = boost::asio::detail::socket_option::integer<IPPROTO_TCP, TCP_NOTSENT_LOWAT>;
+  socket.set_option(MaxUnsent(kMaxUnsentBytes), ignored);
   const ip::address address = addressOf(socket);
   const int64_t number = ++lastNumber_;
   Remote remote{fmt::format("phone {}", number), address.to_string(), networkOf(address), address.is_loopback()};
@@ -181,6 +188,17 @@ void Listener::onUpgrade(Connection& connection, std::unique_ptr<SecureStream> s
       openWebSocket(std::move(stream), std::move(request), entry.remote, sessions_, *this, options_.limits);
   node.key() = entry.connection.get();
   connections_.insert(std::move(node));
+}
+
+// The largest backlog goes first: its client is the slowest, and the fewest clients are lost.
+void Listener::onBacklog(size_t before, size_t now) {
+  backlogBytes_ = backlogBytes_ - before + now;
+  const auto isSmaller = [](const auto& one, const auto& other) {
+    return one.second.connection->backlogBytes() < other.second.connection->backlogBytes();
+  };
+  while (backlogBytes_ > options_.limits.maxBacklogBytes) {
+    std::max_element(connections_.begin(), connections_.end(), isSmaller)->second.connection->cutBacklog();
+  }
 }
 
 void Listener::onEnded(Connection& connection) { connections_.erase(&connection); }

@@ -57,6 +57,7 @@ class Listener : private IConnectionOwner {
   void open(boost::asio::ip::tcp::socket socket);
   void onRequestHead(const HttpRequest& request, IPageOwner::Answer answer) override;
   void onUpgrade(Connection& connection, std::unique_ptr<SecureStream> stream, UpgradeRequest request) override;
+  void onBacklog(size_t before, size_t now) override;
   void onEnded(Connection& connection) override;
 
   const ListenOptions options_;
@@ -68,6 +69,7 @@ class Listener : private IConnectionOwner {
   boost::asio::steady_timer retryTimer_;
   uint16_t port_ = 0;
   std::unordered_map<const Connection*, Entry> connections_;
+  size_t backlogBytes_ = 0;  // of all connections
   int64_t lastNumber_ = 0;
   uint64_t refusedConnections_ = 0;
   uint64_t refusedOrigins_ = 0;

@@ -1,9 +1,11 @@
 #include "terminal/net/websocketsession.h"
 
+#include <algorithm>
 #include <boost/asio/post.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/websocket.hpp>
+#include <chrono>
 #include <deque>
 #include <optional>
 #include <utility>
@@ -16,6 +18,7 @@ namespace {
 namespace beast = boost::beast;
 namespace websocket = beast::websocket;
 using boost::system::error_code;
+using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kCloseTime{3000};
 constexpr std::chrono::milliseconds kStopTime{500};  // shorter: the terminal's end waits for it
@@ -42,7 +45,8 @@ class WebSocketSession final : public Session,
 
   void accept(UpgradeRequest request) {
     request_ = std::move(request);
-    ws_.set_option(websocket::stream_base::timeout{limits_.head, limits_.idle, true});
+    // Without Beast's own idle limit, to which a client that takes its time over a long list is silent.
+    ws_.set_option(websocket::stream_base::timeout{limits_.head, websocket::stream_base::none(), false});
     ws_.read_message_max(limits_.maxFrameBytes);
     ws_.auto_fragment(false);
     ws_.async_accept(request_, handler(&WebSocketSession::onAccept));
@@ -50,10 +54,11 @@ class WebSocketSession final : public Session,
 
   void send(Text text) override {
     if (closing_) return;
-    if (backlogBytes() > limits_.maxQueuedBytes) return dropSlowClient();
+    if (waitingBytes() > limits_.maxQueuedBytes) return dropSlowClient();
     queuedBytes_ += text->size();
     queue_.push_back(std::move(text));
     if (queue_.size() == 1) write();
+    account();
   }
 
   void close(CloseCode code, std::string_view reason) override {
@@ -75,9 +80,19 @@ class WebSocketSession final : public Session,
   void cut(std::string_view reason) override {
     if (closing_) return;
     TERMINAL_LOG(gatewayLogger(), Info, "{} is cut off: {}", name(), reason);
-    closing_ = true;
-    boost::asio::post(ws_.get_executor(), [self = shared_from_this()] { self->finish(); });
+    abandon();
   }
+
+  void cutBacklog() override {
+    TERMINAL_LOG(gatewayLogger(), Warn,
+                 "{} reads too slowly: of all that waits for clients, more than --max-backlog allows, its {} bytes are "
+                 "the most",
+                 name(), queuedBytes_);
+    if (!closing_) closeCode_ = CloseCode::TooSlow;
+    abandon();
+  }
+
+  size_t backlogBytes() const override { return accountedBytes_; }
 
   void admit() override { admitted_ = true; }
   bool mayGiveWay() const override { return !admitted_ && !closing_; }
@@ -91,6 +106,8 @@ class WebSocketSession final : public Session,
   void onAccept(error_code error) {
     if (error || closing_) return finish();
     opened_ = true;
+    heard_ = Clock::now();
+    watch();
     sessions_.onOpened(shared_from_this());
     read();
   }
@@ -113,6 +130,7 @@ class WebSocketSession final : public Session,
   }
 
   void write() {
+    writeBegan_ = Clock::now();
     ws_.text(true);
     ws_.async_write(boost::asio::buffer(*queue_.front()), handler(&WebSocketSession::onWrite));
   }
@@ -121,12 +139,48 @@ class WebSocketSession final : public Session,
     if (error) return finish();
     queuedBytes_ -= queue_.front()->size();
     queue_.pop_front();
+    account();
     if (!queue_.empty()) return write();
     if (closing_) writeClose();
   }
 
+  // Reports the backlog, which may end this session.
+  void account() {
+    const size_t before = std::exchange(accountedBytes_, abandoned_ ? 0 : queuedBytes_);
+    if (before != accountedBytes_) owner_.onBacklog(before, accountedBytes_);
+  }
+
+  // Looks at the client from time to time, until the session is closing.
+  void watch() {
+    constexpr int kLooks = 8;  // in the idle time
+    timer_.expires_after(limits_.idle / kLooks);
+    timer_.async_wait([self = shared_from_this()](const error_code& cancelled) {
+      if (cancelled || self->closing_) return;
+      self->queue_.empty() ? self->checkSilence() : self->checkProgress();
+      if (!self->closing_) self->watch();
+    });
+  }
+
+  // Pongs show only that the peer's machine is there, so a client must take what it is sent.
+  void checkProgress() {
+    const Clock::time_point now = Clock::now();
+    heard_ = now;  // no ping gets past the frame that is being written
+    if (now - std::max(writeBegan_, stream_->lastWritten()) >= limits_.idle) dropSlowClient();
+  }
+
+  void checkSilence() {
+    heard_ = std::max(heard_, stream_->lastRead());
+    const auto silence = Clock::now() - heard_;
+    if (silence >= limits_.idle) return cut("it is silent");
+    if (silence < limits_.idle / 2 || pinging_) return;
+    pinging_ = true;
+    ws_.async_ping({}, handler(&WebSocketSession::onPingWritten));
+  }
+
+  void onPingWritten(error_code /*error*/) { pinging_ = false; }  // an error ends the reading, too
+
   // Without the frame that is being written: it may be a long list, which a fast client still takes its time to read.
-  size_t backlogBytes() const { return queue_.empty() ? 0 : queuedBytes_ - queue_.front()->size(); }
+  size_t waitingBytes() const { return queue_.empty() ? 0 : queuedBytes_ - queue_.front()->size(); }
 
   void writeClose() { ws_.async_close(reason_, handler(&WebSocketSession::onCloseWritten)); }
 
@@ -139,7 +193,16 @@ class WebSocketSession final : public Session,
                  queuedBytes_);
     queue_.resize(1);
     queuedBytes_ = queue_.front()->size();
+    account();
     close(CloseCode::TooSlow, "too slow");
+  }
+
+  // Cuts the client off as soon as the running operation is through.
+  void abandon() {
+    closing_ = true;
+    abandoned_ = true;
+    account();
+    boost::asio::post(ws_.get_executor(), [self = shared_from_this()] { self->finish(); });
   }
 
   void finishAfter(std::chrono::milliseconds time) {
@@ -153,6 +216,8 @@ class WebSocketSession final : public Session,
     if (finished_) return;
     finished_ = true;
     closing_ = true;
+    abandoned_ = true;
+    account();
     timer_.cancel();
     stream_->next_layer().close();
     if (opened_) sessions_.onClosed(*this);
@@ -161,7 +226,7 @@ class WebSocketSession final : public Session,
 
   const std::unique_ptr<SecureStream> stream_;
   websocket::stream<SecureStream&, false> ws_;
-  boost::asio::steady_timer timer_;  // the close's
+  boost::asio::steady_timer timer_;  // the watch's, then the close's
   const Remote remote_;
   ISessionOwner& sessions_;
   IConnectionOwner& owner_;
@@ -170,11 +235,16 @@ class WebSocketSession final : public Session,
   beast::flat_buffer buffer_;
   std::deque<Text> queue_;  // the first is being written
   size_t queuedBytes_ = 0;
+  size_t accountedBytes_ = 0;  // that the owner knows of
+  Clock::time_point writeBegan_;
+  Clock::time_point heard_;
   websocket::close_reason reason_;
   std::optional<CloseCode> closeCode_;
   bool opened_ = false;
   bool admitted_ = false;
+  bool pinging_ = false;  // a ping is not written yet
   bool closing_ = false;
+  bool abandoned_ = false;  // nothing more is written
   bool finished_ = false;
 };
 

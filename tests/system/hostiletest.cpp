@@ -10,30 +10,6 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-const std::string kUpgrade =
-    "GET /ws HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
-    "Sec-WebSocket-Key: AAAAAAAAAAAAAAAAAAAAAA==\r\n\r\n";
-
-std::string bigEndian(size_t number, size_t bytes) {
-  std::string text;
-  while (bytes-- > 0) text += static_cast<char>(number >> (8 * bytes) & 0xFF);
-  return text;
-}
-
-// A frame whose mask is all zero.
-std::string frame(const std::string& payload, char head = '\x81') {
-  const std::string mask(4, '\0');
-  if (payload.size() < 126) return head + bigEndian(0x80 + payload.size(), 1) + mask + payload;
-  return head + ("\xFE" + bigEndian(payload.size(), 2)) + mask + payload;
-}
-
-RawSocket openWebSocket(uint16_t port) {
-  RawSocket socket(port);
-  socket << kUpgrade;
-  socket.readUntil("\r\n\r\n");
-  return socket;
-}
-
 class HostileTest : public testing::Test {
  protected:
   std::string login() const { return frame(R"({"topic":"login","token":")" + terminal_.token() + "\"}"); }

@@ -23,6 +23,14 @@ class RawSocket {
   // Everything until the other side closes the connection.
   std::string readToEnd() { return {std::istreambuf_iterator<char>(stream_), {}}; }
 
+  // This many bytes, fewer where the connection ends.
+  std::string read(size_t count) {
+    std::string bytes(count, '\0');
+    stream_.read(bytes.data(), static_cast<std::streamsize>(count));
+    bytes.resize(static_cast<size_t>(stream_.gcount()));
+    return bytes;
+  }
+
   // Everything up to and including `end`.
   std::string readUntil(const std::string& end) {
     std::string text;
@@ -33,6 +41,30 @@ class RawSocket {
  private:
   boost::asio::ip::tcp::iostream stream_;
 };
+
+inline const std::string kUpgrade =
+    "GET /ws HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
+    "Sec-WebSocket-Key: AAAAAAAAAAAAAAAAAAAAAA==\r\n\r\n";
+
+inline std::string bigEndian(size_t number, size_t bytes) {
+  std::string text;
+  while (bytes-- > 0) text += static_cast<char>(number >> (8 * bytes) & 0xFF);
+  return text;
+}
+
+// A WebSocket frame whose mask is all zero.
+inline std::string frame(const std::string& payload, char head = '\x81') {
+  const std::string mask(4, '\0');
+  if (payload.size() < 126) return head + bigEndian(0x80 + payload.size(), 1) + mask + payload;
+  return head + ("\xFE" + bigEndian(payload.size(), 2)) + mask + payload;
+}
+
+inline RawSocket openWebSocket(uint16_t port) {
+  RawSocket socket(port);
+  socket << kUpgrade;
+  socket.readUntil("\r\n\r\n");
+  return socket;
+}
 
 // The answer to a GET. Each of the header lines has its line end.
 inline std::string httpGet(uint16_t port, const std::string& path, const std::string& headers = "Host: localhost\r\n") {

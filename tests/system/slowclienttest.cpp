@@ -1,0 +1,84 @@
+#include <gmock/gmock.h>
+
+#include "tests/system/rawsocket.h"
+#include "tests/system/terminalprocess.h"
+
+namespace orvane::test {
+namespace {
+
+using testing::HasSubstr;
+
+// More than the kernel takes for a peer that does not read: 6 MB.
+std::string longList(const std::string& id) {
+  std::string accounts = "1";
+  for (int i = 1; i < 1000; ++i) accounts += ",1";
+  return frame(R"({"id":")" + id + R"(","topic":"monitor.list","data":[)" + accounts + "]}");
+}
+
+RawSocket openPhone(const TerminalProcess& terminal) {
+  RawSocket phone = openWebSocket(terminal.port());
+  phone << frame(R"({"topic":"login","token":")" + terminal.token() + "\"}");
+  phone.readUntil("\"resumed\":false}}");
+  return phone;
+}
+
+std::string slowPhones(const TerminalProcess& terminal) {
+  const std::string name = "closes_total{code=\"4408\"} ";
+  const std::string metrics = httpGet(terminal.port(), "/metrics");
+  const size_t begin = metrics.find(name) + name.size();
+  return metrics.substr(begin, metrics.find('\n', begin) - begin);
+}
+
+// Pongs come from a peer that takes no byte, too.
+TEST(SlowClient, IsClosedWhenItTakesNothing) {
+  const TempDir dir;
+  const TerminalProcess terminal(dir.path(), {"--idle-timeout", "0.5"});
+  RawSocket phone = openPhone(terminal);
+  phone << longList("1");
+  while (readFile(dir.path() / "terminal.log").find("phone 1 is closed with 4408") == std::string::npos) {
+    phone << frame("", '\x8A');
+  }
+}
+
+// No ping gets past a long list, so a client that reads it for longer than the idle time is silent meanwhile.
+TEST(SlowClient, MayTakeItsTimeOverALongList) {
+  using Seconds = std::chrono::duration<double>;
+  constexpr size_t kBytes = size_t{5} << 20;
+  constexpr Seconds kTime(2.5);
+  const TempDir dir;
+  const TerminalProcess terminal(dir.path(), {"--idle-timeout", "1"});
+  RawSocket phone = openPhone(terminal);
+  phone << longList("1");
+  phone.readUntil("monitor.list");
+  const auto begin = std::chrono::steady_clock::now();
+  for (size_t taken = 0; taken < kBytes;) {
+    const Seconds passed = std::chrono::steady_clock::now() - begin;
+    if (static_cast<double>(taken) < passed / kTime * kBytes) taken += phone.read(16384).size();
+    ASSERT_EQ(slowPhones(terminal), "0");
+  }
+  phone << frame(R"({"id":2,"topic":"account.list"})");
+  EXPECT_TRUE(phone.readUntil(R"("id":2,"topic":"account.list")").ends_with(R"("account.list")"));
+}
+
+// What waits for all clients has a limit, and the largest backlog goes first.
+TEST(SlowClient, LosesTheLargestBacklog) {
+  const TempDir dir;
+  TerminalProcess terminal(dir.path(), {"--max-backlog", "10"});
+  RawSocket first = openPhone(terminal);
+  RawSocket second = openPhone(terminal);
+  first << longList("1");
+  first.readUntil("monitor.list");
+  second << longList(std::string(60'000, 'x'));
+  EXPECT_LT(second.readToEnd().size(), size_t{6} << 20);
+  EXPECT_EQ(slowPhones(terminal), "1");
+  EXPECT_THAT(readFile(dir.path() / "terminal.log"), HasSubstr("phone 2 reads too slowly: of all that waits"));
+  first << frame(R"({"id":2,"topic":"account.list"})");
+  EXPECT_TRUE(first.readUntil(R"("id":2,"topic":"account.list")").ends_with(R"("account.list")"));
+  RawSocket third = openPhone(terminal);
+  third << longList("3");
+  EXPECT_EQ(third.read(size_t{5} << 20).size(), size_t{5} << 20);
+  EXPECT_EQ(terminal.stop(), 0);
+}
+
+}  // namespace
+}  // namespace orvane::test
