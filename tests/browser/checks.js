@@ -1,4 +1,6 @@
-// What is wrong with what the page shows now, as a list of texts; run in the page by pagetest.py.
+// What is wrong with what the page shows now, as a list of texts; run in the page. With "fit" as first argument only what
+// does not fit is looked for.
+const [only] = arguments;
 const faults = [];
 const say = (what, element) =>
   faults.push(`${what}: <${element.tagName} class="${element.className}"> ${element.textContent.slice(0, 40)}`);
@@ -13,28 +15,69 @@ const groundOf = (element) => {
   const [r, g, b, a = 1] = channels(getComputedStyle(element).backgroundColor);
   return a === 1 ? [r, g, b] : over([r, g, b, a], groundOf(element.parentElement));
 };
-const contrast = (element, style) => {
+const contrast = (element, color) => {
   const ground = groundOf(element);
-  const [light, dark] = [luminance(ground), luminance(over(channels(style.color), ground))].sort((a, b) => b - a);
+  const [light, dark] = [luminance(ground), luminance(over(channels(color), ground))].sort((a, b) => b - a);
   return (light + 0.05) / (dark + 0.05);
 };
+const dialog = document.querySelector("dialog");
 const isSeen = (element) =>
-  element.checkVisibility() && element.getClientRects().length > 0 && !element.closest(".hidden, .skip, :disabled");
-const hasText = (element) =>
-  [...element.childNodes].some((node) => node.nodeType === Node.TEXT_NODE && node.data.trim() !== "");
+  element.checkVisibility() &&
+  element.getClientRects().length > 0 &&
+  !element.closest(".hidden, .skip, option") &&
+  (dialog === null || dialog.contains(element));
+const textsOf = (element) =>
+  [...element.childNodes].filter((node) => node.nodeType === Node.TEXT_NODE && node.data.trim() !== "");
+
+// A text that leaves its row, its control or a box that cuts what is beyond it. Only upwards and downwards may a box
+// scroll.
+const cutters = new Map();
+const cutter = (element) => {
+  if (!cutters.has(element)) cutters.set(element, findCutter(element));
+  return cutters.get(element);
+};
+const findCutter = (element) => {
+  for (let box = element; box !== null && box !== document.body; box = box.parentElement) {
+    const { overflowX } = getComputedStyle(box);
+    if (overflowX !== "visible" || box.matches(".row, button, .tag, .cell")) return box;
+  }
+  return document.documentElement;
+};
+const checkText = (element, text) => {
+  const range = document.createRange();
+  range.selectNodeContents(text);
+  const box = cutter(element);
+  const { left, right, top, bottom } = box.getBoundingClientRect();
+  const scrolls = box === document.documentElement || getComputedStyle(box).overflowY !== "visible";
+  for (const rect of range.getClientRects()) {
+    if (rect.right > Math.min(right, innerWidth) + 1 || rect.left < Math.max(left, 0) - 1) return say("cut", element);
+    if (!scrolls && (rect.bottom > bottom + 2 || rect.top < top - 2)) return say("cut below", element);
+  }
+};
+const widthOf = (input) => {
+  const style = getComputedStyle(input);
+  const pen = document.createElement("canvas").getContext("2d");
+  pen.font = `${style.fontWeight} ${style.fontSize} ${style.fontFamily}`;
+  return pen.measureText(input.value).width + parseFloat(style.paddingLeft) + parseFloat(style.paddingRight);
+};
 
 if (document.documentElement.scrollWidth > innerWidth) say("wider than the screen", document.body);
 for (const element of document.body.querySelectorAll("*")) {
   if (!isSeen(element)) continue;
+  for (const text of textsOf(element)) checkText(element, text);
+  if (element.matches("input:not([type])") && widthOf(element) > element.offsetWidth) say("cut in its field", element);
+  if (only === "fit" || element.closest(":disabled")) continue;
   const style = getComputedStyle(element);
-  const box = element.getBoundingClientRect();
-  if (hasText(element) || element.matches("input, select")) {
+  if (textsOf(element).length > 0 || element.matches("input, select")) {
     const points = parseFloat(style.fontSize) * 0.75;
     const isLarge = points >= 18 || (points >= 14 && style.fontWeight >= 700);
-    if (contrast(element, style) < (isLarge ? 3 : 4.5)) say(`contrast ${contrast(element, style).toFixed(2)}`, element);
-    if (box.right > innerWidth + 1 || box.left < -1) say("off the screen", element);
+    const needed = isLarge ? 3 : 4.5;
+    const faint = element.matches("[placeholder]") ? getComputedStyle(element, "::placeholder").color : style.color;
+    for (const color of [style.color, faint]) {
+      if (contrast(element, color) < needed) say(`contrast ${contrast(element, color).toFixed(2)}`, element);
+    }
   }
-  const target = element.matches("input") ? element.closest("label") ?? element : element;
+  const target = element.matches("input") ? (element.closest("label") ?? element) : element;
   const size = target.getBoundingClientRect();
   const isSmall = Math.min(size.width, size.height) < 43.9;
   if (isSmall && element.matches("a, button, select, input, summary")) say("too small to touch", element);

@@ -1,7 +1,9 @@
 """The built pocket-terminal as a process, and a phone-sized browser."""
+import contextlib
 import json
 import re
 import signal
+import sqlite3
 import subprocess
 
 from selenium import webdriver
@@ -10,15 +12,21 @@ from selenium.webdriver.chrome.service import Service
 FLAGS = ("--no-sandbox --headless=new --disable-gpu --disable-background-networking --disable-component-update "
          "--disable-sync --disable-quic --no-first-run --hide-scrollbars --lang=en").split()
 
-# Lets a test lose what the terminal says, and narrow the rights that it grants.
+# Notes what the page sends, and lets a test lose what the terminal answers or narrow the rights that it grants.
 HOOK = """
+window.sent = [];
 const Socket = WebSocket;
 window.WebSocket = class extends Socket {
+  send(text) {
+    window.sent.push(JSON.parse(text));
+    super.send(text);
+  }
   set onmessage(listener) {
     super.onmessage = listener && ((event) => {
       const frame = JSON.parse(event.data);
       const rights = localStorage.getItem("test-rights");
       if (frame.topic === "login" && rights) frame.data = {...frame.data, rights: JSON.parse(rights)};
+      if (frame.seq && frame.seq === window.lostSeq) return;
       if (!window.isDeaf) listener({data: JSON.stringify(frame)});
     });
   }
@@ -26,16 +34,19 @@ window.WebSocket = class extends Socket {
 
 
 class Terminal:
-    def __init__(self, program, folder):
+    def __init__(self, program, folder, change=""):
         self.program, self.folder, self.port, self.link = program, folder, 0, ""
         self.start()
+        if change:
+            self.change(change)
 
     def start(self):
         command = [self.program, "--data", self.folder, "--port", str(self.port), "--quotes", "still"]
         self.process = subprocess.Popen(command, stdout=subprocess.PIPE, text=True)
         for line in self.process.stdout:
             if found := re.search(r"http://127\.0\.0\.1:(\d+)/\S*", line):
-                self.port, self.link = int(found[1]), found[0]
+                self.port, link = int(found[1]), found[0]
+                self.link = link if "token" in link else self.link
                 return
         raise RuntimeError("the terminal did not start")
 
@@ -44,6 +55,13 @@ class Terminal:
         if how != signal.SIGSTOP:
             self.process.wait()
             self.process.stdout.close()
+
+    def change(self, sql):
+        """Changes the stored book, which the terminal reads at its start."""
+        self.end(signal.SIGTERM)
+        with contextlib.closing(sqlite3.connect(f"{self.folder}/terminal.db")) as database:
+            database.executescript(f"BEGIN; {sql}; COMMIT;")
+        self.start()
 
     def call(self, topic, data):
         command = [self.program, "call", topic, json.dumps(data), "--json"]
@@ -57,7 +75,11 @@ def openBrowser(profile):
         options.add_argument(flag)
     options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
     browser = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
-    browser.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",
-                            {"width": 360, "height": 740, "deviceScaleFactor": 1, "mobile": True})
+    resize(browser, 360, 740)
     browser.execute_cdp_cmd("Page.addScriptToEvaluateOnNewDocument", {"source": HOOK})
     return browser
+
+
+def resize(browser, width, height, isPhone=True):
+    browser.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",
+                            {"width": width, "height": height, "deviceScaleFactor": 1, "mobile": isPhone})

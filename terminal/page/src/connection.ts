@@ -1,10 +1,11 @@
 import { backoff } from "./backoff";
-import { clock } from "./clock";
-import { Frame, Login } from "./wire";
+import { Platform, Socket } from "./platform";
+import { readFrame } from "./wire/frames";
+import { Bodies, Login, Replies } from "./wire/values";
 
-// What became of a request. "lost": it may have been carried out or not. "unsent": it was not.
-export type Reply =
-  | { kind: "done"; data: unknown }
+// The outcome of a request. "lost": it may have been carried out or not. "unsent": it was not.
+export type Reply<Data = unknown> =
+  | { kind: "done"; data: Data }
   | { kind: "failed"; message: string }
   | { kind: "garbled"; text: string }
   | { kind: "lost" }
@@ -12,45 +13,53 @@ export type Reply =
 
 export type LinkState = "off" | "connecting" | "online" | "waiting" | "replaced";
 
+export interface Push {
+  topic: string;
+  message: string;
+  data: unknown;
+}
+
 export interface ConnectionEvents {
   onState(): void;
   onLogin(login: Login): void;
-  onRefused(message: string): void; // the token is no good; no further attempt is made
-  onPush(push: Frame): void;
-  onGap(): void; // pushes are missing
+  onRefused(message: string): void; // the token is invalid; no further attempt is made
+  onPush(push: Push): void;
+  onGap(): void; // pushes are missing, or one could not be read
 }
 
-const kSilenceMs = 10_000; // requests wait and nothing comes: the peer is gone, whatever the socket believes
+const kQuietMs = 1500; // nothing has come for so long: ask for a sign of life
+const kStaleMs = 5000; // the terminal does not answer
+const kSilenceMs = 10_000; // the peer is gone, whatever the socket believes
 const kConnectMs = 10_000;
+const kProbe = "terminal.info"; // is answered quickly, and by any terminal
 const kNoLogin = 4401;
 const kNotEntitled = 4403;
 const kReplaced = 4409;
 const kTooMany = 4429;
 const kLateAttempt = 5;
 
-function readReply(frame: Frame): Reply {
-  if (frame.message !== "") return { kind: "failed", message: frame.message };
-  return frame.text === undefined ? { kind: "done", data: frame.data } : { kind: "garbled", text: frame.text };
+interface Waiting {
+  topic: string;
+  settle: (reply: Reply) => void;
 }
 
-// The one WebSocket: logs in, comes back by itself, matches answers to requests.
+// The one WebSocket: logs in, reconnects by itself, matches answers to requests.
 export class Connection {
   state: LinkState = "off";
   retryAt = 0; // by clock(), while "waiting"
-  private socket: WebSocket | null = null;
+  private socket: Socket | null = null;
   private token = "";
   private refusal = "";
   private attempts = 0;
   private lastId = 0;
-  private waiting = new Map<number, (reply: Reply) => void>();
+  private waiting = new Map<unknown, Waiting>();
   private heardAt = 0;
   private timer = 0;
   private epoch: string | undefined;
   private seq = 0;
 
   constructor(
-    private readonly url: string,
-    private readonly device: string,
+    private readonly platform: Platform,
     private readonly events: ConnectionEvents,
   ) {}
 
@@ -66,28 +75,43 @@ export class Connection {
     this.setState("off");
   }
 
-  // At once rather than when the wait is over.
   retryNow(): void {
     if (this.state === "waiting" || this.state === "replaced") this.open();
   }
 
-  // To be called when the device wakes up: what came meanwhile has yet to be handed on.
+  // To be called when the device wakes up: what came meanwhile has yet to be delivered.
   wake(): void {
-    this.heardAt = clock();
+    this.heardAt = this.platform.clock();
     if (this.state === "waiting") this.open();
   }
 
-  request(topic: string, data: unknown, key?: string): Promise<Reply> {
-    if (this.state !== "online") return Promise.resolve<Reply>({ kind: "unsent" });
-    return this.send({ topic, data, key });
+  // To be called when the device has lost its network: the socket would notice much later.
+  lose(): void {
+    if (this.state === "connecting" || this.state === "online") this.onGone(0, "");
   }
 
-  // To be called each second.
+  request<Topic extends keyof Bodies & keyof Replies>(
+    topic: Topic,
+    data: Bodies[Topic],
+    key?: string,
+  ): Promise<Reply<Replies[Topic]>> {
+    if (this.state !== "online") return Promise.resolve({ kind: "unsent" });
+    return this.send(topic, { data, key }) as Promise<Reply<Replies[Topic]>>;
+  }
+
+  // Whether requests have been waiting too long for anything to come.
+  isSilent(now: number): boolean {
+    return this.waiting.size > 0 && now - this.heardAt > kStaleMs;
+  }
+
+  // To be called at least once a second while the page is seen.
   check(now: number): void {
-    const limit = this.state === "connecting" ? kConnectMs : kSilenceMs;
-    if (this.waiting.size > 0 || this.state === "connecting") {
-      if (now - this.heardAt > limit) this.onGone(0, "");
-    }
+    const silence = now - this.heardAt;
+    if (this.state === "connecting" && silence > kConnectMs) return this.onGone(0, "");
+    if (this.state !== "online") return;
+    if (this.waiting.size > 0 && silence > kSilenceMs) return this.onGone(0, "");
+    const isProbed = [...this.waiting.values()].some(({ topic }) => topic === kProbe);
+    if (silence > kQuietMs && !isProbed) void this.request(kProbe, undefined);
   }
 
   private setState(state: LinkState): void {
@@ -99,18 +123,18 @@ export class Connection {
   private open(): void {
     this.drop();
     this.refusal = "";
-    this.heardAt = clock();
-    const socket = new WebSocket(this.url);
+    this.heardAt = this.platform.clock();
+    const socket = this.platform.openSocket();
     this.socket = socket;
-    socket.onopen = () => this.login();
+    socket.onopen = () => void this.login();
     socket.onmessage = (event) => this.onMessage(String(event.data));
     socket.onclose = (event) => this.onGone(event.code, event.reason);
     this.setState("connecting");
   }
 
-  // Silently: nothing of the old socket is heard any more.
+  // Detaches the old socket first: nothing more is heard from it.
   private drop(): void {
-    clearTimeout(this.timer);
+    this.platform.cancel(this.timer);
     if (this.socket !== null) {
       this.socket.onopen = this.socket.onmessage = this.socket.onclose = null;
       this.socket.close();
@@ -118,52 +142,55 @@ export class Connection {
     }
     const waiting = [...this.waiting.values()];
     this.waiting.clear();
-    for (const settle of waiting) settle({ kind: "lost" });
+    for (const { settle } of waiting) settle({ kind: "lost" });
   }
 
-  private send(frame: object): Promise<Reply> {
+  private send(topic: string, members: object): Promise<Reply> {
     const id = ++this.lastId;
-    if (this.waiting.size === 0) this.heardAt = clock();
+    const now = this.platform.clock();
+    // A page that slept has asked for no sign of life: the silence until now proves nothing.
+    if (this.waiting.size === 0 && now - this.heardAt > 2 * kQuietMs) this.heardAt = now;
     return new Promise((settle) => {
-      this.waiting.set(id, settle);
-      this.socket?.send(JSON.stringify({ id, ...frame }));
+      this.waiting.set(id, { topic, settle });
+      this.socket?.send(JSON.stringify({ id, topic, ...members }));
     });
   }
 
   private async login(): Promise<void> {
     const resume = this.epoch === undefined ? undefined : { epoch: this.epoch, seq: this.seq };
-    const reply = await this.send({ topic: "login", token: this.token, device: this.device, resume });
+    const reply = await this.send("login", { token: this.token, device: this.platform.device, resume });
     if (reply.kind === "failed") this.refusal = reply.message;
+    if (reply.kind === "garbled") return this.onGone(0, "");
     if (reply.kind !== "done") return;
-    const login = (reply.data ?? {}) as Login;
     this.attempts = 0;
     this.setState("online");
-    this.events.onLogin(login);
+    this.events.onLogin(reply.data as Login);
   }
 
-  // Before the answer is handed on: the pushes that were missed follow it at once, and count from where we stood.
+  // Before the answer is delivered: the missed pushes follow it at once, and count from the last one seen.
   private noteEpoch(login: Login): void {
-    if (login.resumed !== true) this.seq = login.seq ?? 0;
+    if (!login.resumed) this.seq = login.seq;
     this.epoch = login.epoch;
   }
 
   private onMessage(text: string): void {
-    this.heardAt = clock();
-    const frame = JSON.parse(text) as Frame;
-    const settle = typeof frame.id === "number" ? this.waiting.get(frame.id) : undefined;
-    if (settle === undefined) return this.onPush(frame);
-    this.waiting.delete(frame.id as number);
-    if (frame.topic === "login" && frame.message === "") this.noteEpoch((frame.data ?? {}) as Login);
-    settle(readReply(frame));
+    this.heardAt = this.platform.clock();
+    const frame = readFrame(text, (id) => this.waiting.get(id)?.topic);
+    if (frame.kind === "push") return this.onPush(frame);
+    const waiting = this.waiting.get(frame.id);
+    if (waiting === undefined) return frame.kind === "garbled" ? this.events.onGap() : undefined;
+    this.waiting.delete(frame.id);
+    if (frame.kind === "failure") return waiting.settle({ kind: "failed", message: frame.message });
+    if (frame.kind === "garbled") return waiting.settle({ kind: "garbled", text: frame.text });
+    if (waiting.topic === "login") this.noteEpoch(frame.data as Login);
+    waiting.settle({ kind: "done", data: frame.data });
   }
 
-  private onPush(push: Frame): void {
-    if (push.seq !== undefined) {
-      if (push.seq <= this.seq) return;
-      if (push.seq !== this.seq + 1) this.events.onGap();
-      this.seq = push.seq;
-    }
-    this.events.onPush(push);
+  private onPush(push: { seq: number; wrong: string } & Push): void {
+    if (push.seq <= this.seq) return;
+    if (push.seq !== this.seq + 1 || push.wrong !== "") this.events.onGap();
+    this.seq = push.seq;
+    if (push.wrong === "") this.events.onPush(push);
   }
 
   private onGone(code: number, reason: string): void {
@@ -175,9 +202,9 @@ export class Connection {
     }
     if (code === kReplaced) return this.setState("replaced");
     if (code === kTooMany) this.attempts = Math.max(this.attempts, kLateAttempt);
-    const wait = backoff(this.attempts++, Math.random());
-    this.retryAt = clock() + wait;
-    this.timer = window.setTimeout(() => this.open(), wait);
+    const wait = backoff(this.attempts++, this.platform.random());
+    this.retryAt = this.platform.clock() + wait;
+    this.timer = this.platform.later(() => this.open(), wait);
     this.setState("waiting");
   }
 }

@@ -1,38 +1,38 @@
-import "../app.css";
+import "./styles/base.css";
 import { h, render } from "preact";
-import { recall, takeTokenFromLink } from "./device";
-import { readRoute } from "./route";
-import { store } from "./store";
-import { useLanguage } from "./texts";
+import { nav, store } from "./app";
+import { watchWidth } from "./layout";
+import { takeTokenFromLink } from "./platform";
+import { currentLanguage, useLanguage } from "./texts/texts";
 import { App } from "./views/app";
 
-const kTickMs = 1000;
+const kTickMs = 500;
 
-function isSeen(): boolean {
-  return document.visibilityState === "visible";
-}
-
-// A link with a token, or the address of a view.
-function readAddress(): void {
+function onAddress(): void {
   const token = takeTokenFromLink();
-  if (token !== "") return store.logIn(token);
+  if (token !== "") store.logIn(token);
   if (location.hash === "#content") return; // the link that skips the navigation
-  store.go(readRoute(location.hash));
-  scrollTo(0, 0);
+  nav.read();
 }
 
 function comeBack(): void {
-  if (!isSeen()) return;
+  if (!store.platform.isSeen()) return;
   store.connection.wake();
   store.tick();
 }
 
-const isChinese = recall("language") === "" ? navigator.language.startsWith("zh") : recall("language") === "zh";
-useLanguage(isChinese ? "zh" : "en");
+const language = store.platform.recall("language");
+useLanguage((language || navigator.language).startsWith("zh") ? "zh" : "en");
 const linkToken = takeTokenFromLink();
+nav.read();
+document.documentElement.lang = currentLanguage() === "zh" ? "zh-CN" : "en";
+watchWidth(() => store.update());
 render(<App />, document.body);
 if (linkToken !== "" || store.token !== "") store.logIn(linkToken || store.token);
-addEventListener("hashchange", readAddress);
+addEventListener("popstate", onAddress);
+addEventListener("hashchange", onAddress);
 addEventListener("online", comeBack);
+addEventListener("offline", () => store.connection.lose());
+addEventListener("scroll", () => store.asker.scrolled(), { passive: true });
 document.addEventListener("visibilitychange", comeBack);
-setInterval(() => isSeen() && store.tick(), kTickMs);
+setInterval(() => store.platform.isSeen() && store.tick(), kTickMs);

@@ -1,5 +1,5 @@
-import { ListName } from "./lists";
-import { TextName } from "./texts";
+import { ListName } from "./state/lists";
+import { TextName } from "./texts/texts";
 
 // The views by their address, "#/orders/fills", with the lists that each shows.
 
@@ -21,7 +21,7 @@ export const kRoutes: { [Name in Route]: { title: TextName; lists: ListName[] } 
   "assets/classes": { title: "classes", lists: ["classes"] },
   "assets/credit": { title: "credit", lists: ["credit"] },
   "assets/margin": { title: "margin", lists: ["margin"] },
-  positions: { title: "positions", lists: ["positions"] },
+  positions: { title: "positions", lists: ["positions", "capital"] },
   orders: { title: "orders", lists: ["orders"] },
   "orders/fills": { title: "fills", lists: ["fills"] },
   monitor: { title: "differences", lists: ["monitor"] },
@@ -38,7 +38,12 @@ export function siblingsOf(route: Route): Route[] {
   return (Object.keys(kRoutes) as Route[]).filter((each) => sectionOf(each) === sectionOf(route));
 }
 
-export function readRoute(hash: string): Route {
-  const name = hash.replace(/^#\/?/, "");
-  return name in kRoutes ? (name as Route) : "assets";
+// "#/orders/fills+row=1:42" is the view of fills with the dialog "row=1:42" over it.
+export function readAddress(hash: string): { route: Route; sheet: string } {
+  const [view, sheet] = decodeURIComponent(hash).replace(/^#\/?/, "").split("+");
+  return { route: view in kRoutes ? (view as Route) : "assets", sheet: sheet ?? "" };
+}
+
+export function addressOf(route: Route, sheet: string): string {
+  return sheet === "" ? `#/${route}` : `#/${route}+${encodeURIComponent(sheet)}`;
 }

@@ -1,16 +1,21 @@
+import "./app.css";
 import { Component, h } from "preact";
+import { nav, store } from "../app";
 import { kRoutes, Route, Section, sectionOf, siblingsOf } from "../route";
-import { store } from "../store";
-import { t } from "../texts";
+import { isTicket } from "../state/store";
+import { currentLanguage, t } from "../texts/texts";
 import { Accounts, Classes, Credit, Margin } from "./assets";
+import { Fills } from "./fills";
 import { LoginForm } from "./login";
 import { Manual } from "./manual";
 import { Differences } from "./monitor";
-import { Fills, Orders } from "./orders";
-import { Note } from "./parts";
+import { Notices } from "./notices";
+import { Orders } from "./orders";
+import { Icon, Note } from "./parts";
 import { Positions } from "./positions";
 import { Settings } from "./settings";
 import { SyncOrders } from "./syncorders";
+import { showFill } from "./systemnotices";
 import { OrderTicket } from "./ticket";
 import { UnderWay } from "./underway";
 
@@ -37,21 +42,18 @@ const kIcons: { [Name in Section | "trade"]: string } = {
   settings: "M4 7h9m5 0h2M4 17h2m5 0h9M13 4v6M8 14v6",
 };
 
-function Icon(props: { name: Section | "trade" }) {
-  return (
-    <svg viewBox="0 0 24 24" aria-hidden="true">
-      <path d={kIcons[props.name]} />
-    </svg>
-  );
-}
-
-function Tab(props: { section: Section }) {
-  const { section } = props;
-  const isHere = sectionOf(store.route) === section;
+function Tab(props: { section: Section; badge?: number }) {
+  const { section, badge = 0 } = props;
+  const isHere = sectionOf(store.place.route) === section;
   return (
     <a href={`#/${section}`} aria-current={isHere ? "page" : null} class="tab">
-      <Icon name={section} />
+      <Icon path={kIcons[section]} />
       <span>{t(section)}</span>
+      {badge > 0 ? (
+        <b class="badge num" aria-label={t("newFills", badge)}>
+          {badge}
+        </b>
+      ) : null}
     </a>
   );
 }
@@ -62,42 +64,53 @@ function Navigation() {
       <Tab section="assets" />
       <Tab section="positions" />
       {store.may("trade") && store.may("see") ? (
-        <button class="tab trade" onClick={() => store.trade(true)}>
-          <Icon name="trade" />
+        <button class="tab trade" onClick={() => nav.open("trade")}>
+          <Icon path={kIcons.trade} />
           <span>{t("trade")}</span>
         </button>
       ) : null}
-      <Tab section="orders" />
+      <Tab section="orders" badge={store.notices.newFills} />
       <Tab section="monitor" />
     </nav>
   );
 }
 
-function Header() {
+const isSilent = (): boolean => store.link === "online" && store.connection.isSilent(store.now);
+
+// A notice takes the place of the title: there it covers no control.
+function Header(props: { hasNotices: boolean }) {
+  const state = isSilent() ? "silent" : store.link;
+  const hasNotice = props.hasNotices && store.notices.list.length > 0;
   return (
-    <header class="top">
-      <h1>{t(sectionOf(store.route))}</h1>
-      <span class={`link ${store.link}`} role="status" data-link={store.link}>
+    <header class={hasNotice ? "top noticing" : "top"}>
+      <h1>{t(sectionOf(store.place.route))}</h1>
+      {props.hasNotices ? <Notices /> : null}
+      <span class={`link ${state}`} role="status" data-link={state}>
         <i aria-hidden="true" />
-        {t(store.link)}
+        {t(state)}
       </span>
       <a class="icon" href="#/settings" aria-label={t("settings")}>
-        <Icon name="settings" />
+        <Icon path={kIcons.settings} />
       </a>
     </header>
   );
 }
 
-// Why what is shown is not fresh, and what can be done about it.
+// Why the figures are out of date, and what can be done about it.
 function Banner() {
   const { link, connection, now } = store;
-  if (link === "online" || link === "off") return null;
+  if (link === "off" || (link === "online" && !isSilent())) return null;
   const seconds = Math.max(0, Math.ceil((connection.retryAt - now) / 1000));
-  const texts = { waiting: t("waitingLong", seconds), connecting: t("connectingLong"), replaced: t("replacedLong") };
+  const texts = {
+    online: t("silentLong"),
+    waiting: t("waitingLong", seconds),
+    connecting: t("connectingLong"),
+    replaced: t("replacedLong"),
+  };
   return (
     <div class="banner">
       <span>{texts[link]}</span>
-      {link === "connecting" ? null : (
+      {link === "connecting" || link === "online" ? null : (
         <button onClick={() => connection.retryNow()}>{t(link === "replaced" ? "useHere" : "retryNow")}</button>
       )}
     </div>
@@ -105,12 +118,12 @@ function Banner() {
 }
 
 function SubTabs() {
-  const routes = siblingsOf(store.route);
+  const routes = siblingsOf(store.place.route);
   if (routes.length < 2) return null;
   return (
-    <nav class="subtabs" aria-label={t(sectionOf(store.route))}>
+    <nav class="subtabs" aria-label={t(sectionOf(store.place.route))}>
       {routes.map((route) => (
-        <a key={route} href={`#/${route}`} aria-current={route === store.route ? "page" : null}>
+        <a key={route} href={`#/${route}`} aria-current={route === store.place.route ? "page" : null}>
           {t(kRoutes[route].title)}
         </a>
       ))}
@@ -118,48 +131,38 @@ function SubTabs() {
   );
 }
 
-function Notices() {
-  return (
-    <div class="notices" aria-live="polite" role="log">
-      {store.notices.map((notice) => (
-        <p key={String(notice.id)} class={notice.isError ? "notice error" : "notice"}>
-          <span>{notice.text}</span>
-          <button class="icon" aria-label={t("dismiss")} onClick={() => store.dismiss(notice)}>
-            ✕
-          </button>
-        </p>
-      ))}
-    </div>
-  );
-}
-
 export class App extends Component<{}, {}> {
   componentDidMount() {
-    store.subscribe(() => this.setState({}));
+    store.subscribe(() => this.setState({}), showFill);
+    this.componentDidUpdate();
   }
 
   componentDidUpdate() {
-    document.title = `${t(sectionOf(store.route))} · pocket-terminal`;
+    const { newFills } = store.notices;
+    document.title = `${newFills > 0 ? `(${newFills}) ` : ""}${t(sectionOf(store.place.route))} · pocket-terminal`;
+    document.documentElement.lang = currentLanguage() === "zh" ? "zh-CN" : "en";
+    document.documentElement.dataset.rise = store.prefs.rise;
   }
 
   render() {
     if (store.token === "") return <LoginForm />;
+    const { route, sheet } = store.place;
+    const isBlind = store.login !== null && !store.may("see");
     return (
       <div class="app">
         <a class="skip" href="#content">
           {t("skip")}
         </a>
-        <Header />
+        <Header hasNotices={sheet === ""} />
         <Navigation />
         <main id="content" tabIndex={-1}>
           <Banner />
-          <Note text={store.may("see") ? "" : t("blind")} />
+          <Note text={isBlind ? t("blind") : ""} />
           <UnderWay />
           <SubTabs />
-          {kViews[store.route]()}
+          {kViews[route]()}
         </main>
-        {store.isTrading ? <OrderTicket /> : null}
-        <Notices />
+        {isTicket(sheet) && store.may("trade") ? <OrderTicket /> : null}
       </div>
     );
   }

@@ -1,16 +1,14 @@
 import { h } from "preact";
-import { fieldName, kCapitalFields, kClassFields, kCreditFields, kRisk } from "../fields";
-import { money, percent, signed } from "../format";
-import { store } from "../store";
-import { named, t } from "../texts";
-import { Figures, OfAccount } from "../wire";
-import { FieldList, Gain, ListFrame, Total } from "./parts";
+import { store } from "../app";
+import { profitToday, returnToday, startMoney, sumOf } from "../figures";
+import { money, percent } from "../format";
+import { fieldName, kCapitalFields, kClassFields, kCreditFields, kRisk } from "../texts/fields";
+import { named, t } from "../texts/texts";
+import { Capital } from "../wire/values";
+import { ListFrame } from "./list";
+import { FieldList, Gain } from "./parts";
 
-const kHeadline = 3; // fields of an account that stand open: equity, available, withdrawable
-
-function profitToday(capital: OfAccount): number {
-  return Number(capital.todayFloatingProfit) + Number(capital.closeProfit);
-}
+const kHeadline = 3; // fields of an account that are always shown: equity, available, withdrawable
 
 function AccountTitle(props: { index: number }) {
   const account = store.accountOf(props.index);
@@ -23,17 +21,24 @@ function AccountTitle(props: { index: number }) {
   );
 }
 
-function AccountCard(props: { capital: OfAccount }) {
+// Today's profit and the percentage that belongs to it.
+function Today(props: { profit: number; ratio: number }) {
+  return (
+    <p class="today">
+      <small>{t("today")}</small> <Gain value={props.profit} class="strong" />{" "}
+      <Gain value={props.profit} text={percent(props.ratio, true)} />
+    </p>
+  );
+}
+
+function AccountCard(props: { capital: Capital }) {
   const { capital } = props;
-  const profit = profitToday(capital);
-  const risk = Math.min(1, Math.max(0, Number(capital.risk) || 0));
+  const risk = Math.min(1, Math.max(0, capital.risk || 0));
   return (
     <article class="card">
-      <div class="card-head">
-        <AccountTitle index={capital.index} />
-        <Gain value={profit} text={signed(profit, 2)} class="big" />
-      </div>
+      <AccountTitle index={capital.index} />
       <p class="equity num">{money(capital.dynamicAmount)}</p>
+      <Today profit={profitToday(capital)} ratio={returnToday(capital)} />
       <FieldList fields={kCapitalFields.slice(1, kHeadline)} row={capital} />
       <p class="risk">
         <span>
@@ -42,7 +47,7 @@ function AccountCard(props: { capital: OfAccount }) {
         <meter min="0" max="1" value={String(risk)} aria-label={fieldName(kRisk)} />
       </p>
       <details>
-        <summary>{t("details", capital.userCode)}</summary>
+        <summary aria-label={`${capital.userCode}: ${t("details")}`}>{t("details")}</summary>
         <FieldList fields={kCapitalFields.slice(kHeadline)} row={capital} />
       </details>
     </article>
@@ -50,14 +55,18 @@ function AccountCard(props: { capital: OfAccount }) {
 }
 
 export function Accounts() {
-  const rows = store.lists.capital.rows;
-  const sum = (figure: (capital: OfAccount) => number) => rows.reduce((total, capital) => total + figure(capital), 0);
-  const equity = sum((capital) => Number(capital.dynamicAmount));
-  const profit = sum(profitToday);
+  const { rows } = store.lists.capital;
+  const equity = sumOf(rows, (capital) => capital.dynamicAmount);
+  const today = sumOf(rows, profitToday);
+  const start = sumOf(rows, startMoney);
   return (
     <ListFrame name="capital" title={t("accounts")} count={rows.length}>
       {rows.length > 1 ? (
-        <Total name={t("total")} value={money(equity)} profit={profit} />
+        <div class="card sum">
+          <small>{t("total")}</small>
+          <p class="equity num">{money(equity)}</p>
+          <Today profit={today} ratio={start > 0 ? today / start : 0} />
+        </div>
       ) : null}
       <div class="cards">
         {rows.map((capital) => (
@@ -69,13 +78,13 @@ export function Accounts() {
 }
 
 export function Classes() {
-  const rows = store.lists.classes.rows;
+  const { rows } = store.lists.classes;
   return (
     <ListFrame name="classes" title={t("classes")} count={rows.length}>
       <div class="cards">
         {rows.map((row) => (
-          <article class="card" key={String(row.codeType)}>
-            <h3>{String(row.codeType)}</h3>
+          <article class="card" key={row.codeType}>
+            <h3>{row.codeType}</h3>
             <FieldList fields={kClassFields} row={row} />
           </article>
         ))}
@@ -85,7 +94,7 @@ export function Classes() {
 }
 
 export function Credit() {
-  const rows: { index: number; record: Figures }[] = store.lists.credit.rows.flatMap((each) =>
+  const rows = store.lists.credit.rows.flatMap((each) =>
     each.creditInfo.map((record) => ({ index: each.index, record })),
   );
   return (
@@ -103,27 +112,30 @@ export function Credit() {
 }
 
 export function Margin() {
-  const count = store.lists.margin.rows.reduce((total, each) => total + each.rate.length, 0);
+  const { rows } = store.lists.margin;
+  const count = sumOf(rows, (each) => each.rate.length);
   return (
     <ListFrame name="margin" title={t("margin")} count={count} empty={t("noMargin")}>
-      {store.lists.margin.rows.map((each) => (
-        <article class="card" key={String(each.index)}>
-          <AccountTitle index={each.index} />
-          <dl class="rates">
-            {each.rate.map((rate) => {
-              const quote = store.quote(rate.hashCode);
-              return (
-                <div key={String(rate.hashCode)}>
-                  <dt>
-                    {quote?.codeName ?? String(rate.hashCode)} <small>{quote?.codeExch}</small>
-                  </dt>
-                  <dd class="num">{percent(rate.marginRate)}</dd>
-                </div>
-              );
-            })}
-          </dl>
-        </article>
-      ))}
+      <div class="cards">
+        {rows.map((each) => (
+          <article class="card" key={String(each.index)}>
+            <AccountTitle index={each.index} />
+            <dl class="fields">
+              {each.rate.map((rate) => {
+                const quote = store.quote(rate.hashCode);
+                return (
+                  <div key={String(rate.hashCode)}>
+                    <dt>
+                      {quote?.codeName ?? String(rate.hashCode)} <small>{quote?.codeExch}</small>
+                    </dt>
+                    <dd class="num">{percent(rate.marginRate)}</dd>
+                  </div>
+                );
+              })}
+            </dl>
+          </article>
+        ))}
+      </div>
     </ListFrame>
   );
 }

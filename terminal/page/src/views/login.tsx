@@ -1,6 +1,6 @@
 import { Component, h } from "preact";
-import { store } from "../store";
-import { t } from "../texts";
+import { store } from "../app";
+import { t } from "../texts/texts";
 import { LanguageSwitch } from "./settings";
 import { Note } from "./parts";
 

@@ -1,76 +1,95 @@
-import { Component, h } from "preact";
-import { kMonitorFields } from "../fields";
+import { h } from "preact";
+import { nav, store } from "../app";
+import { nameOf } from "../describe";
 import { signed, whole } from "../format";
-import { store } from "../store";
-import { t } from "../texts";
-import { MonitorRow, OfCode } from "../wire";
-import { CodeName, FieldList, ListFrame, nameOf, Sheet } from "./parts";
-import { Rows } from "./rows";
+import { sheetArgument } from "../nav";
+import { kMonitorFields } from "../texts/fields";
+import { t } from "../texts/texts";
+import { MonitorRow, OfCode } from "../wire/values";
+import { Column, List } from "./list";
+import { CodeName, FieldList, quoteOf } from "./parts";
+import { Sheet } from "./sheet";
 
 export const pairName = (row: OfCode): string => `${row.index}:${row.hashCode}`;
 
-function Targets(props: { title: string; long: number; short: number }) {
-  return (
+const pairText = (long: number, short: number): string => `${whole(long)} / ${whole(short)}`;
+const targetOf = (row: MonitorRow): string => pairText(row.systemLongPos, row.systemShortPos);
+const heldOf = (row: MonitorRow): string => pairText(row.accountLongPos, row.accountShortPos);
+const gapOf = (row: MonitorRow): string => `${signed(row.longPosDif, 0)} / ${signed(row.shortPosDif, 0)}`;
+
+function MatchTag(props: { row: MonitorRow }) {
+  const { isMatchPosDif } = props.row;
+  return <span class={isMatchPosDif ? "tag good" : "tag warn"}>{t(isMatchPosDif ? "match" : "mismatch")}</span>;
+}
+
+function card(row: MonitorRow) {
+  const figure = (name: "target" | "held" | "difference", text: string) => (
     <span class="pair">
-      <i>{props.title}</i>{" "}
-      <b class="num">
-        {whole(props.long)} / {whole(props.short)}
-      </b>
+      <i>{t(name)}</i> <b class="figures">{text}</b>
     </span>
   );
+  return [
+    <span class="line">
+      <CodeName row={row} />
+      <MatchTag row={row} />
+    </span>,
+    <span class="line">
+      {figure("target", targetOf(row))}
+      {figure("held", heldOf(row))}
+    </span>,
+    <span class="line">
+      {figure("difference", gapOf(row))}
+      <small>{row.syncRuleDetail}</small>
+    </span>,
+  ];
 }
 
-function DifferenceRow(props: { row: MonitorRow; onOpen: () => void }) {
-  const { row } = props;
-  return (
-    <button class="row-main" onClick={props.onOpen}>
-      <span class="line">
-        <CodeName row={row} />
-        <span class={row.isMatchPosDif ? "tag good" : "tag warn"}>{t(row.isMatchPosDif ? "match" : "mismatch")}</span>
-      </span>
-      <span class="line">
-        <Targets title={t("target")} long={row.systemLongPos} short={row.systemShortPos} />
-        <Targets title={t("held")} long={row.accountLongPos} short={row.accountShortPos} />
-      </span>
-      <span class="line">
-        <span class="pair">
-          <i>{t("difference")}</i>{" "}
-          <b class="num">
-            {signed(row.longPosDif, 0)} / {signed(row.shortPosDif, 0)}
-          </b>
-        </span>
-        <small>
-          {row.syncRuleDetail} · {row.userCode}
-        </small>
-      </span>
-    </button>
-  );
-}
+const kColumns: readonly Column<MonitorRow>[] = [
+  { name: "instrument", value: (row) => nameOf(row, quoteOf(row)), cell: (row) => <CodeName row={row} />, share: 2 },
+  { name: "account", cell: (row) => row.userCode },
+  { name: "target", cell: (row) => <span class="figures">{targetOf(row)}</span>, isNumber: true },
+  { name: "held", cell: (row) => <span class="figures">{heldOf(row)}</span>, isNumber: true },
+  {
+    name: "difference",
+    value: (row) => Math.abs(row.longPosDif) + Math.abs(row.shortPosDif),
+    cell: (row) => <span class="figures">{gapOf(row)}</span>,
+    isNumber: true,
+  },
+  { name: "rule", cell: (row) => row.syncRuleDetail },
+  { name: "status", value: (row) => Number(row.isMatchPosDif), cell: (row) => <MatchTag row={row} /> },
+];
 
-// What should be held and what is held, long / short.
-export class Differences extends Component<{}, { open: string }> {
-  state = { open: "" };
+let mismatchesFirst: { from: MonitorRow[]; rows: MonitorRow[] } = { from: [], rows: [] };
 
-  render() {
-    const matches = (row: MonitorRow) => Number(row.isMatchPosDif);
-    const rows = [...store.picked(store.lists.monitor.rows)].sort((a, b) => matches(a) - matches(b));
-    const open = rows.find((row) => pairName(row) === this.state.open);
-    return (
-      <ListFrame name="monitor" title={t("monitor")} count={rows.length} ofAccounts>
-        <Rows
-          rows={rows}
-          nameOf={pairName}
-          height={5.75}
-          render={(row: MonitorRow) => (
-            <DifferenceRow row={row} onOpen={() => this.setState({ open: pairName(row) })} />
-          )}
-        />
-        {open === undefined ? null : (
-          <Sheet title={`${nameOf(open)} · ${open.userCode}`} onClose={() => this.setState({ open: "" })}>
-            <FieldList fields={kMonitorFields} row={open} />
-          </Sheet>
-        )}
-      </ListFrame>
-    );
+function sorted(all: MonitorRow[]): MonitorRow[] {
+  if (mismatchesFirst.from !== all) {
+    const rows = [...all].sort((a, b) => Number(a.isMatchPosDif) - Number(b.isMatchPosDif));
+    mismatchesFirst = { from: all, rows };
   }
+  return mismatchesFirst.rows;
+}
+
+// The target and what is held, each long / short.
+export function Differences() {
+  const rows = sorted(store.lists.monitor.rows);
+  const opened = sheetArgument(store.place.sheet, "row");
+  const open = rows.find((row) => pairName(row) === opened);
+  return (
+    <List
+      name="monitor"
+      title={t("monitor")}
+      rows={rows}
+      nameOf={(row: MonitorRow) => pairName(row)}
+      columns={kColumns}
+      kindOf={() => "triple"}
+      card={card}
+      onOpen={(row: MonitorRow) => nav.open(`row=${pairName(row)}`)}
+    >
+      {open === undefined ? null : (
+        <Sheet title={`${nameOf(open, quoteOf(open))} · ${open.userCode}`}>
+          <FieldList fields={kMonitorFields} row={open} />
+        </Sheet>
+      )}
+    </List>
+  );
 }

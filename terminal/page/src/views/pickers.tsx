@@ -1,16 +1,17 @@
 import { Component, h } from "preact";
-import { store } from "../store";
-import { t } from "../texts";
-import { findInstruments } from "../ticket";
-import { Account, Quote } from "../wire";
-import { priceText } from "./parts";
+import { store } from "../app";
+import { priceText } from "../describe";
+import { t } from "../texts/texts";
+import { findInstruments } from "../ticket/ticket";
+import { Account, Quote } from "../wire/values";
+import { FieldFailure } from "./controls";
 
 const kMostFound = 50;
 
 export function AccountField(props: { value: number; isFixed?: boolean; onPick: (index: number) => void }) {
   return (
     <label class="field">
-      <span>{t("account")}</span>
+      <span class="hidden">{t("account")}</span>
       <select
         value={String(props.value)}
         disabled={props.isFixed}
@@ -31,12 +32,19 @@ interface Props {
   account: Account | undefined;
   picked: Quote | undefined;
   isFixed?: boolean;
-  onPick: (quote: Quote | undefined) => void;
+  failure?: string;
+  hasFocus?: boolean; // from the start
+  onPick: (quote: Quote) => void;
 }
 
 // A combo box: typing searches by code and name, arrows and Enter pick, and so does a tap.
 export class InstrumentField extends Component<Props, { typed: string | null; active: number }> {
   state: { typed: string | null; active: number } = { typed: null, active: 0 };
+
+  // A tap on what is picked leads to the search.
+  componentDidUpdate(_: Props, previous: { typed: string | null }) {
+    if (previous.typed === null && this.state.typed !== null) this.base.querySelector("input")?.focus();
+  }
 
   private pick(quote: Quote) {
     this.setState({ typed: null, active: 0 });
@@ -80,41 +88,57 @@ export class InstrumentField extends Component<Props, { typed: string | null; ac
         <span>
           {quote.codeName} <small>{quote.codeExch}</small>
         </span>
-        <span class="num">{priceText(quote.lastPrice, quote.hashCode)}</span>
+        <span class="num">{priceText(quote.lastPrice, quote)}</span>
       </li>
     );
   }
 
-  render() {
-    const { picked } = this.props;
+  private search(found: Quote[]) {
     const { typed, active } = this.state;
+    const failure = this.props.failure ?? "";
+    return (
+      <input
+        id="instrument"
+        role="combobox"
+        aria-label={t("instrument")}
+        aria-expanded={String(typed !== null)}
+        aria-controls="found"
+        aria-autocomplete="list"
+        aria-activedescendant={typed !== null && found.length > 0 ? `found${active}` : null}
+        aria-invalid={failure === "" ? null : "true"}
+        aria-describedby={failure === "" ? null : "instrument-failure"}
+        autocomplete="off"
+        autofocus={this.props.hasFocus}
+        placeholder={t("searchHint")}
+        value={typed ?? ""}
+        onFocus={() => this.setState({ typed: "", active: 0 })}
+        onBlur={() => this.setState({ typed: null })}
+        onInput={(event: Event) => this.setState({ typed: (event.target as HTMLInputElement).value, active: 0 })}
+        onKeyDown={(event: KeyboardEvent) => this.onKey(event, found)}
+      />
+    );
+  }
+
+  render() {
+    const { picked, account, isFixed } = this.props;
+    const { typed } = this.state;
     const found = this.found();
-    const shown = picked === undefined ? "" : `${picked.codeName} ${picked.codeExch}`;
     return (
       <div class="field combo">
-        <span aria-hidden="true">{t("instrument")}</span>
-        <input
-          role="combobox"
-          aria-label={t("instrument")}
-          aria-expanded={String(typed !== null)}
-          aria-controls="found"
-          aria-autocomplete="list"
-          aria-activedescendant={typed !== null && found.length > 0 ? `found${active}` : null}
-          autocomplete="off"
-          placeholder={t("search")}
-          disabled={this.props.isFixed}
-          value={typed ?? shown}
-          onFocus={() => this.setState({ typed: "", active: 0 })}
-          onBlur={() => this.setState({ typed: null })}
-          onInput={(event: Event) => this.setState({ typed: (event.target as HTMLInputElement).value, active: 0 })}
-          onKeyDown={(event: KeyboardEvent) => this.onKey(event, found)}
-        />
+        {picked === undefined || typed !== null ? (
+          this.search(found)
+        ) : (
+          <button type="button" disabled={isFixed} onClick={() => this.setState({ typed: "", active: 0 })}>
+            <span class="hidden">{t("instrument")}</span> {picked.codeName} <small>{picked.codeExch}</small>
+          </button>
+        )}
         {typed === null ? null : (
           <ul class="found" id="found" role="listbox" tabIndex={-1} aria-label={t("instrument")}>
             {found.map((quote, place) => this.option(quote, place))}
-            {found.length === 0 ? <li class="empty">{t("noMatch")}</li> : null}
+            {found.length === 0 ? <li class="empty">{t(account === undefined ? "loading" : "noMatch")}</li> : null}
           </ul>
         )}
+        <FieldFailure id="instrument" text={this.props.failure ?? ""} />
       </div>
     );
   }

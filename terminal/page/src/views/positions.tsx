@@ -1,80 +1,145 @@
-import { Component, h } from "preact";
-import { kPositionFields } from "../fields";
-import { signed, whole } from "../format";
-import { store } from "../store";
-import { t, TextName } from "../texts";
-import { Position } from "../wire";
-import { averageText, CodeName, FieldList, Gain, ListFrame, nameOf, priceText, Sheet, Total } from "./parts";
-import { Rows } from "./rows";
+import { h } from "preact";
+import { nav, store } from "../app";
+import { averageText, nameOf, priceText } from "../describe";
+import { profitToday, startMoney, sumOf } from "../figures";
+import { percent, signed, whole } from "../format";
+import { width } from "../layout";
+import { sheetArgument } from "../nav";
+import { kPositionFields } from "../texts/fields";
+import { t } from "../texts/texts";
+import { Position } from "../wire/values";
+import { Column, List, rowsOfAccount } from "./list";
+import { CodeName, codeText, FieldList, Gain, ownerText, quoteOf } from "./parts";
+import { PositionActions } from "./positionactions";
+import { Sheet } from "./sheet";
 
-const keyOf = (row: Position): string => `${row.index}:${row.hashCode}`;
+const nameOfRow = (row: Position): string => `${row.index}:${row.hashCode}`;
 
-function Leg(props: { name: TextName; volume: number; free: number; average: number; hashCode: number }) {
+interface LegProps {
+  row: Position;
+  name: "long" | "short";
+}
+
+function legOf({ row, name }: LegProps) {
+  return name === "long"
+    ? { volume: row.longPosition, free: row.longAvailableQuantity, average: row.longAvgPrice }
+    : { volume: row.shortPosition, free: row.shortAvailableQuantity, average: row.shortAvgPrice };
+}
+
+const legsOf = (row: Position): ("long" | "short")[] =>
+  (["long", "short"] as const).filter((name) => legOf({ row, name }).volume > 0);
+
+function Leg(props: LegProps) {
+  const leg = legOf(props);
   return (
-    <span class={props.volume === 0 ? "leg none" : `leg ${props.name}`}>
-      <i>{t(props.name)}</i> <b class="num">{whole(props.volume)}</b>
-      <small class="num">
-        {props.volume === 0 ? "" : ` /${whole(props.free)} @ ${averageText(props.average, props.hashCode)}`}
-      </small>
+    <span class={`leg ${props.name}`}>
+      <i>{t(props.name)}</i> <b class="num">{whole(leg.volume)}</b>{" "}
+      <small class="num">@ {averageText(leg.average, quoteOf(props.row))}</small>{" "}
+      {leg.free === leg.volume ? null : (
+        <small class="num free">
+          {t("closable")} {whole(leg.free)}
+        </small>
+      )}
     </span>
   );
 }
 
-function PositionRow(props: { row: Position; onOpen: () => void }) {
-  const { row } = props;
-  const { hashCode } = row;
+function card(row: Position) {
+  const legs = legsOf(row);
+  return [
+    <span class="line">
+      <span class="code">
+        <b>{nameOf(row, quoteOf(row))}</b> <small>{codeText(row)}</small>
+      </span>
+      <Gain value={row.floatPorfit} class="strong" />
+    </span>,
+    ...legs.map((name, place) => (
+      <span class="line" key={name}>
+        <span>
+          <Leg row={row} name={name} /> <small>{place > 0 ? "" : ownerText(row)}</small>
+        </span>
+        {place > 0 ? null : (
+          <small>
+            <Gain value={row.todayPorfit} />
+          </small>
+        )}
+      </span>
+    )),
+  ];
+}
+
+const kColumns: readonly Column<Position>[] = [
+  { name: "instrument", value: (row) => nameOf(row, quoteOf(row)), cell: (row) => <CodeName row={row} />, share: 1.6 },
+  { name: "account", cell: (row) => row.userCode },
+  { name: "held", cell: (row) => legsOf(row).map((name) => <Leg key={name} row={row} name={name} />), share: 2.6 },
+  { name: "last", cell: (row) => <span class="num">{priceText(row.currentPrice, quoteOf(row))}</span>, isNumber: true },
+  {
+    name: "floating",
+    value: (row) => row.floatPorfit,
+    cell: (row) => <Gain value={row.floatPorfit} />,
+    isNumber: true,
+    share: 1.3,
+  },
+  {
+    name: "today",
+    value: (row) => row.todayPorfit,
+    cell: (row) => <Gain value={row.todayPorfit} />,
+    isNumber: true,
+    share: 1.3,
+  },
+  {
+    name: "size",
+    value: (row) => row.totalMarketValue,
+    cell: (row) => <span class="num">{whole(row.totalMarketValue)}</span>,
+    isNumber: true,
+    share: 1.3,
+  },
+];
+
+// The floating profit of the positions shown, and today's profit of their accounts: it takes in what was closed whole.
+function Totals(props: { rows: Position[] }) {
+  const capital = rowsOfAccount(store.lists.capital.rows);
+  const today = sumOf(capital, profitToday);
+  const money = sumOf(capital, startMoney);
+  const floating = sumOf(props.rows, (row) => row.floatPorfit);
   return (
-    <button class="row-main" onClick={props.onOpen}>
-      <span class="line">
-        <CodeName row={row} />
-        <Gain value={row.floatPorfit} text={signed(row.floatPorfit, 2)} class="big" />
+    <span class="totals">
+      <span>
+        {t("floating")} <Gain value={floating} class="strong" />
       </span>
-      <span class="line">
-        <Leg
-          name="long"
-          volume={row.longPosition}
-          free={row.longAvailableQuantity}
-          average={row.longAvgPrice}
-          hashCode={hashCode}
-        />
-        <span class="num">{priceText(row.currentPrice, hashCode)}</span>
+      <span>
+        {t("today")} <Gain value={today} class="strong" />{" "}
+        <Gain value={today} text={money > 0 ? percent(today / money, true) : signed(0, 2)} />
       </span>
-      <span class="line">
-        <Leg
-          name="short"
-          volume={row.shortPosition}
-          free={row.shortAvailableQuantity}
-          average={row.shortAvgPrice}
-          hashCode={hashCode}
-        />
-        <small>{row.userCode}</small>
-      </span>
-    </button>
+    </span>
   );
 }
 
-export class Positions extends Component<{}, { open: string }> {
-  state = { open: "" };
-
-  render() {
-    const rows = store.picked(store.lists.positions.rows);
-    const open = rows.find((row) => keyOf(row) === this.state.open);
-    const profit = rows.reduce((sum, row) => sum + Number(row.floatPorfit), 0);
-    return (
-      <ListFrame name="positions" title={t("positions")} count={rows.length} ofAccounts>
-        <Total name={t("floating")} profit={profit} />
-        <Rows
-          rows={rows}
-          nameOf={keyOf}
-          height={5.75}
-          render={(row: Position) => <PositionRow row={row} onOpen={() => this.setState({ open: keyOf(row) })} />}
-        />
-        {open === undefined ? null : (
-          <Sheet title={`${nameOf(open)} · ${open.userCode}`} onClose={() => this.setState({ open: "" })}>
-            <FieldList fields={kPositionFields} row={open} />
-          </Sheet>
-        )}
-      </ListFrame>
-    );
-  }
+export function Positions() {
+  const all = store.lists.positions.rows;
+  const opened = sheetArgument(store.place.sheet, "row");
+  const open = opened === null ? undefined : all.find((row) => nameOfRow(row) === opened);
+  return (
+    <List
+      name="positions"
+      title={t("positions")}
+      rows={all}
+      fits={(row: Position) => row.longPosition + row.shortPosition > 0}
+      nameOf={nameOfRow}
+      columns={kColumns}
+      kindOf={(row: Position) => (legsOf(row).length > 1 ? "triple" : "pair")}
+      card={card}
+      onOpen={(row: Position) => nav.open(`row=${nameOfRow(row)}`)}
+      actions={width() === "desk" ? (row: Position) => <PositionActions pair={row} /> : undefined}
+      total={(rows: Position[]) => <Totals rows={rows} />}
+      caption={t("floatingToday")}
+    >
+      {open === undefined ? null : (
+        <Sheet title={`${nameOf(open, quoteOf(open))} · ${open.userCode}`}>
+          <FieldList fields={kPositionFields} row={open} />
+          <PositionActions pair={open} />
+        </Sheet>
+      )}
+    </List>
+  );
 }

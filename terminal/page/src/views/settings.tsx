@@ -1,19 +1,21 @@
 import { h } from "preact";
-import { store } from "../store";
-import { currentLanguage, Language, t, TextName } from "../texts";
-import { Right } from "../wire";
-import { Choices } from "./parts";
+import { store } from "../app";
+import { currentLanguage, Language, t, TextName } from "../texts/texts";
+import { Choices, Stepper } from "./controls";
+import { allowSystemNotices } from "./systemnotices";
 
 const kLanguages: readonly [Language, string][] = [
   ["zh", "中文"],
   ["en", "English"],
 ];
+const kRises = ["red", "green"] as const;
 
 export function LanguageSwitch() {
   return (
     <Choices
       name="language"
       label={t("language")}
+      hasLabel
       value={kLanguages.findIndex(([language]) => language === currentLanguage())}
       values={[0, 1]}
       text={(place) => kLanguages[place][1]}
@@ -22,32 +24,81 @@ export function LanguageSwitch() {
   );
 }
 
-export function Settings() {
-  const rights: Right[] = store.login.rights ?? ["see", "cancel", "trade"];
+async function switchNotices(): Promise<void> {
+  if (store.prefs.notifies) return store.prefer({ notifies: false });
+  if (await allowSystemNotices()) store.prefer({ notifies: true });
+  else store.tell(t("notifyDenied"), true);
+}
+
+function Share() {
+  const set = (share: number) => store.prefer({ share: Math.min(100, Math.max(1, Math.round(share) || 1)) });
   return (
-    <section class="card settings" aria-label={t("settings")}>
-      <LanguageSwitch />
-      <dl class="confirm">
-        <div>
-          <dt>{t("terminal")}</dt>
-          <dd>{location.host}</dd>
+    <Stepper
+      id="share"
+      label={t("share")}
+      mode="numeric"
+      value={String(store.prefs.share)}
+      onChange={(text) => set(Number(text))}
+      onStep={(steps) => set(store.prefs.share + 5 * steps)}
+    />
+  );
+}
+
+function About() {
+  const { login } = store;
+  const rows: [string, string][] = [[t("terminal"), location.host]];
+  if (login !== null) {
+    rows.push([t("tokenName"), login.name]);
+    rows.push([t("rights"), login.rights.map((right) => t(`right_${right}` as TextName)).join(" · ")]);
+  }
+  return (
+    <dl class="fields">
+      {rows.map(([name, value]) => (
+        <div key={name}>
+          <dt>{name}</dt>
+          <dd>{value}</dd>
         </div>
-        {store.login.name === undefined ? null : (
-          <div>
-            <dt>{t("tokenName")}</dt>
-            <dd>{store.login.name}</dd>
-          </div>
-        )}
-        <div>
-          <dt>{t("rights")}</dt>
-          <dd>{rights.map((right) => t(`right_${right}` as TextName)).join(" · ")}</dd>
-        </div>
-      </dl>
-      <p class="hint">{t("gainHint")}</p>
-      <button class="wide danger" onClick={() => store.forget()}>
-        {t("forget")}
-      </button>
-      <p class="hint">{t("forgetHint")}</p>
-    </section>
+      ))}
+    </dl>
+  );
+}
+
+export function Settings() {
+  return (
+    <div class="settings">
+      <section class="card" aria-label={t("settings")}>
+        <LanguageSwitch />
+        <Choices
+          name="rise"
+          label={t("rise")}
+          hasLabel
+          value={kRises.indexOf(store.prefs.rise)}
+          values={[0, 1]}
+          text={(place) => t(place === 0 ? "riseRed" : "riseGreen")}
+          onPick={(place) => store.prefer({ rise: kRises[place] })}
+        />
+        <p class="hint">{t("riseHint")}</p>
+      </section>
+      <section class="card wordy" aria-label={t("share")}>
+        <Share />
+        <p class="hint">{t("shareHint")}</p>
+      </section>
+      <section class="card" aria-label={t("notify")}>
+        <p class="line">
+          <span>{t("notify")}</span>
+          <button aria-pressed={String(store.prefs.notifies)} onClick={() => void switchNotices()}>
+            {t(store.prefs.notifies ? "notifyOn" : "notifyOff")}
+          </button>
+        </p>
+        <p class="hint">{t("notifyHint")}</p>
+      </section>
+      <section class="card" aria-label={t("terminal")}>
+        <About />
+        <button class="wide danger" onClick={() => store.forget()}>
+          {t("forget")}
+        </button>
+        <p class="hint">{t("forgetHint")}</p>
+      </section>
+    </div>
   );
 }

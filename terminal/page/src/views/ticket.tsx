@@ -1,101 +1,119 @@
+import "./ticket.css";
 import { Component, h } from "preact";
-import { money, whole } from "../format";
-import { store } from "../store";
-import { named, t } from "../texts";
-import { isBuying, isCount, isGoodPrice, isOddLot, moved, offsetsOf, orderOf, priceOf, sidesOf, Ticket } from "../ticket";
-import { Account, kLimit, kMarket, Quote } from "../wire";
-import { Deal } from "./orders";
-import { Choices, Confirm, Note, priceText, Sheet, Stepper } from "./parts";
-import { AccountField, InstrumentField } from "./pickers";
+import { nav, store } from "../app";
+import { decimalsOf, fixed, money, whole } from "../format";
+import { priceText } from "../describe";
+import { named, t } from "../texts/texts";
+import { shareOf } from "../ticket/cost";
+import { quotedPrice, ticketFor, withAction } from "../ticket/fill";
+import { Model, modelOf } from "../ticket/model";
+import { moved } from "../ticket/numbers";
+import * as ticketing from "../ticket/ticket";
+import { Action, Fault, Ticket } from "../ticket/ticket";
+import { Account, Offset, PriceType, Quote } from "../wire/values";
+import { Confirmation } from "./confirmation";
+import { Choices, Pick, Stepper } from "./controls";
+import { Note } from "./parts";
+import { InstrumentField } from "./pickers";
+import { Sheet } from "./sheet";
 
-interface State {
-  ticket: Ticket;
-  isConfirming: boolean;
-  isSending: boolean;
-  failure: string;
-}
+const kShares = [
+  ["quarter", 0.25],
+  ["half", 0.5],
+  ["all", 1],
+] as const;
 
-function mayOrder(account: Account): boolean {
-  return account.accountStatus !== 0 && account.ordinaryOrderPrivilege;
-}
-
-function firstAccount(): Account | undefined {
-  const accounts = store.lists.accounts.rows.filter(mayOrder);
-  return accounts.find((account) => account.index === store.account) ?? accounts[0];
+// The ticket that is filled in; without one, an empty one of the account in sight.
+export function currentTicket(): Ticket {
+  const draft = store.drafts.current;
+  if (draft !== undefined) return draft;
+  const able = store.lists.accounts.rows.filter(ticketing.mayOrder);
+  const wanted = store.account || store.drafts.index;
+  return emptyTicket(able.find((account) => account.index === wanted) ?? able[0]);
 }
 
 function emptyTicket(account: Account | undefined): Ticket {
-  const combOffset = offsetsOf(account)[0] ?? 0;
-  return { index: account?.index ?? 0, hashCode: 0, side: 1, combOffset, priceType: kLimit, price: "", volume: "" };
+  return { ...ticketing.kNoTicket, index: account?.index ?? 0 };
 }
 
-function faultOf(ticket: Ticket, quote: Quote | undefined): string {
-  if (quote === undefined) return t("pick");
-  if (ticket.priceType === kLimit && !isGoodPrice(ticket.price, quote)) {
-    const text = (price: number) => priceText(price, quote.hashCode);
-    return t("badPrice", String(quote.priceTick), text(quote.lowerLimit), text(quote.upperLimit));
+function faultText(fault: Fault, quote: Quote | undefined): string {
+  if (fault === "instrument" || quote === undefined) return t("badInstrument");
+  const { priceTick, lowerLimit, upperLimit, maxVolume, volumeStep } = quote;
+  if (fault === "price") {
+    return t("badPrice", tickText(quote), priceText(lowerLimit, quote), priceText(upperLimit, quote));
   }
-  if (!isCount(ticket.volume, 1, quote.maxVolume)) return t("badVolume", quote.maxVolume);
-  return isOddLot(ticket, quote) ? t("badLot", quote.volumeStep) : "";
+  return fault === "volume" ? t("badVolume", whole(maxVolume)) : t("badLot", volumeStep || priceTick);
 }
 
-// An order in two steps: what is wanted, and a look at it before it goes out.
-export class OrderTicket extends Component<{}, State> {
-  state: State = { ticket: emptyTicket(firstAccount()), isConfirming: false, isSending: false, failure: "" };
+const tickText = (quote: Quote): string => fixed(quote.priceTick, decimalsOf(quote.priceTick));
 
-  private readonly close = () => store.trade(false);
+function actionText(action: Action, model: Model): string {
+  if (action.offset === Offset.Close) {
+    const { held } = model;
+    return action.closes === "long" ? t("closeLong", whole(held.long)) : t("closeShort", whole(held.short));
+  }
+  const side = named("side", action.side);
+  return action.offset === Offset.Open ? `${side}${t("offset1") === "开仓" ? "" : " "}${t("offset1")}` : side;
+}
 
-  // It may have been opened before the accounts were known.
-  componentDidUpdate() {
-    const account = this.state.ticket.index === 0 ? firstAccount() : undefined;
-    if (account !== undefined) this.setState({ ticket: emptyTicket(account) });
+// An order in two steps: what is wanted, and a confirmation of what will be sent.
+export class OrderTicket extends Component<{}, { isChecked: boolean }> {
+  state = { isChecked: false };
+
+  private change(ticket: Ticket, change: Partial<Ticket>) {
+    store.draft({ ...ticket, ...change });
   }
 
-  private change(change: Partial<Ticket>) {
-    this.setState({ ticket: { ...this.state.ticket, ...change }, failure: "" });
+  // A ticket that was filled in for the other account comes back; otherwise the instrument goes along.
+  private pickAccount(ticket: Ticket, index: number) {
+    const account = store.accountOf(index);
+    const kept = store.drafts.of(index);
+    const quote = store.quote(ticket.hashCode);
+    if (account === undefined) return;
+    if (kept !== undefined && kept.hashCode !== 0) return store.draft(kept);
+    if (quote === undefined || !ticketing.classesOf(account).includes(quote.codeClass)) {
+      return store.draft(emptyTicket(account));
+    }
+    const { price, priceType, volume } = ticket;
+    store.draft({ ...this.ticketFor(account, quote), price, priceType, volume });
   }
 
-  private quote(): Quote | undefined {
-    return store.quote(this.state.ticket.hashCode);
+  private ticketFor(account: Account, quote: Quote): Ticket {
+    const pair = { index: account.index, hashCode: quote.hashCode };
+    const held = ticketing.holdingOf(store.asker.positionOf(pair));
+    const action = ticketing.preferredAction(ticketing.actionsOf(account, held), held);
+    const isClosing = ticketing.isClosing(action.offset);
+    const volume = isClosing ? ticketing.closableOf(action, action.offset, held) : quote.volumeStep;
+    return ticketFor(account, quote, action, Math.min(volume, quote.maxVolume));
   }
 
-  private pickInstrument(quote: Quote | undefined) {
-    if (quote === undefined) return;
-    const decimals = priceText(quote.lastPrice, quote.hashCode).replace(/,/g, "");
-    this.change({ hashCode: quote.hashCode, price: decimals, volume: String(quote.volumeStep) });
-  }
-
-  private setPrice(price: number) {
-    this.change({ priceType: kLimit, price: priceText(price, this.state.ticket.hashCode).replace(/,/g, "") });
-  }
-
-  private review(event: Event) {
+  private review(event: Event, ticket: Ticket, model: Model) {
     event.preventDefault();
-    const failure = faultOf(this.state.ticket, this.quote());
-    this.setState({ failure, isConfirming: failure === "" });
+    const faults = ticketing.faultsOf(ticket, model.quote, model.closable);
+    this.setState({ isChecked: true });
+    if (faults.size === 0 && this.refusal(ticket, model) === "") return nav.open("review");
+    const [first] = faults;
+    const field = first === undefined ? null : document.getElementById(first === "lot" ? "volume" : first);
+    field?.focus();
   }
 
-  private title(quote: Quote): string {
-    const { ticket } = this.state;
-    const deal = `${named("side", ticket.side)} ${named("offset", ticket.combOffset)}`.trim();
-    return `${quote.codeName} ${deal} ${ticket.volume}`;
+  private refusal(ticket: Ticket, model: Model): string {
+    const { account } = model;
+    if (account !== undefined && !ticketing.mayOrder(account)) return t("accountClosed");
+    return ticket.amends !== "" && model.amended === undefined && store.lists.orders.at > 0 ? t("orderGone") : "";
   }
 
-  private async send(quote: Quote) {
-    this.setState({ isSending: true, failure: "" });
-    const order = orderOf(this.state.ticket, quote, Date.now());
-    const title = this.title(quote);
-    const failure = await store.placeOrder(order, title);
-    if (!this.base) return failure === "" ? undefined : store.tell(`${title}: ${failure}`, true); // closed meanwhile
-    if (failure === "") return this.close();
-    this.setState({ isSending: false, isConfirming: false, failure });
-  }
-
-  private quoteLine(quote: Quote) {
+  private quotes(ticket: Ticket, quote: Quote) {
     const price = (name: "bid" | "ask" | "last", value: number) => (
-      <button type="button" class="quote" onClick={() => this.setPrice(value)}>
+      <button
+        type="button"
+        class="quote"
+        onClick={() =>
+          this.change(ticket, { priceType: PriceType.Limit, price: value.toFixed(decimalsOf(quote.priceTick)) })
+        }
+      >
         <small>{t(name)}</small>
-        <b class="num">{priceText(value, quote.hashCode)}</b>
+        <b class="num">{priceText(value, quote)}</b>
       </button>
     );
     return (
@@ -103,139 +121,196 @@ export class OrderTicket extends Component<{}, State> {
         {price("bid", quote.bidPrice)}
         {price("last", quote.lastPrice)}
         {price("ask", quote.askPrice)}
-        <small class="limits num">
-          {t("limits")} {priceText(quote.lowerLimit, quote.hashCode)} – {priceText(quote.upperLimit, quote.hashCode)}
-        </small>
       </div>
     );
   }
 
-  private terms(ticket: Ticket, account: Account | undefined) {
-    const [sides, offsets] = [sidesOf(account), offsetsOf(account)];
-    return [
-      <div class={sides.length === 2 ? "terms" : ""}>
-        <Choices
-          name="side"
-          label={t("side")}
-          value={ticket.side}
-          values={sides}
-          text={(side) => named("side", side)}
-          toneOf={(side) => (isBuying(side) ? "buy" : "sell")}
-          onPick={(side) => this.change({ side })}
-        />
-        <Choices
-          name="priceType"
-          label={t("priceType")}
-          value={ticket.priceType}
-          values={[kLimit, kMarket]}
-          text={(type) => t(type === kLimit ? "limit" : "market")}
-          onPick={(priceType) => this.change({ priceType })}
-        />
-      </div>,
-      offsets.length === 0 ? null : (
-        <Choices
-          name="offset"
-          label={t("offset")}
-          value={ticket.combOffset}
-          values={offsets}
-          text={(offset) => named("offset", offset)}
-          onPick={(combOffset) => this.change({ combOffset })}
-        />
-      ),
-    ];
+  private actions(ticket: Ticket, model: Model) {
+    const { actions, action, account, quote, held } = model;
+    if (account === undefined || quote === undefined || ticket.amends !== "") return null;
+    const pick = (place: number) => {
+      const picked = actions[place];
+      const free = ticketing.closableOf(picked, picked.offset, held);
+      store.draft(withAction(ticket, account, quote, picked, free));
+    };
+    return (
+      <Choices
+        name="action"
+        label={t("action")}
+        value={actions.findIndex((each) => each.side === action.side && each.offset === action.offset)}
+        values={actions.map((_, place) => place)}
+        text={(place) => actionText(actions[place], model)}
+        toneOf={(place) => (ticketing.isBuying(actions[place].side) ? "buy" : "sell")}
+        onPick={pick}
+      />
+    );
   }
 
-  private numbers(ticket: Ticket, quote: Quote) {
+  // Which part of a holding is closed: today's or yesterday's.
+  private part(ticket: Ticket) {
+    if (!ticketing.isClosing(ticket.combOffset) || ticket.amends !== "") return null;
+    return (
+      <details class="part" open={ticket.combOffset !== Offset.Close}>
+        <summary>{t("morePart")}</summary>
+        <Choices
+          name="part"
+          label={t("morePart")}
+          value={ticket.combOffset}
+          values={[Offset.Close, Offset.CloseToday, Offset.CloseYesterday]}
+          text={(part) => named("part", part)}
+          onPick={(combOffset) => this.change(ticket, { combOffset })}
+        />
+      </details>
+    );
+  }
+
+  private numbers(ticket: Ticket, model: Model, quote: Quote) {
     const { priceTick, lowerLimit, upperLimit, volumeStep, maxVolume } = quote;
-    const isMarket = ticket.priceType === kMarket;
+    const isMarket = ticket.priceType === PriceType.Market;
+    const faults = this.state.isChecked ? ticketing.faultsOf(ticket, quote, model.closable) : new Set<Fault>();
+    const failure = (...names: Fault[]) => names.filter((name) => faults.has(name)).map((name) => faultText(name, quote));
     const stepPrice = (steps: number) => moved(ticket.price, steps, priceTick, lowerLimit, upperLimit);
     const stepVolume = (steps: number) => moved(ticket.volume, steps, volumeStep, volumeStep, maxVolume);
+    const setType = (type: string) =>
+      this.change(ticket, {
+        priceType: Number(type),
+        price: ticket.price === "" ? quotedPrice(ticket.side, quote) : ticket.price,
+      });
     return [
       <Stepper
+        id="price"
         label={t("price")}
+        caption={
+          ticket.amends !== "" ? undefined : (
+            <Pick
+              label={t("priceType")}
+              value={ticket.priceType}
+              options={[
+                [PriceType.Limit, t("limit")],
+                [PriceType.Market, t("market")],
+              ]}
+              onPick={setType}
+            />
+          )
+        }
         mode="decimal"
         isDisabled={isMarket}
         value={isMarket ? t("marketPrice") : ticket.price}
-        onChange={(price) => this.change({ price })}
-        onStep={(steps) => this.change({ price: stepPrice(steps) })}
+        failure={failure("price").join("")}
+        onChange={(price) => this.change(ticket, { price })}
+        onStep={(steps) => this.change(ticket, { price: stepPrice(steps) })}
       />,
       <Stepper
+        id="volume"
         label={t("volume")}
         mode="numeric"
         value={ticket.volume}
-        onChange={(volume) => this.change({ volume })}
-        onStep={(steps) => this.change({ volume: stepVolume(steps) })}
-      />,
+        failure={failure("volume", "lot").join("")}
+        onChange={(volume) => this.change(ticket, { volume })}
+        onStep={(steps) => this.change(ticket, { volume: stepVolume(steps) })}
+      >
+        <span class="shares">
+          {kShares.map(([name, share]) => (
+            <button
+              key={name}
+              type="button"
+              aria-label={t("shareOf", t(name))}
+              disabled={shareOf(model.largest, share, volumeStep) === 0}
+              onClick={() => this.change(ticket, { volume: String(shareOf(model.largest, share, volumeStep)) })}
+            >
+              {t(name)}
+            </button>
+          ))}
+        </span>
+      </Stepper>,
     ];
   }
 
-  private form(ticket: Ticket, account: Account | undefined, quote: Quote | undefined) {
+  private facts(model: Model, quote: Quote) {
+    const { held, purse, cost, action, largest } = model;
+    const isStale = store.isStale("capital") || store.isStale("positions");
+    const rows: [string, string][] = [
+      [t("available"), money(purse.available)],
+      [t(action.closes === "" ? "largestOpen" : "largestClose"), whole(largest)],
+      [t("heldNow"), t("longShort", whole(held.long), whole(held.short))],
+      [t("closable"), t("longShort", whole(held.longFree), whole(held.shortFree))],
+      [t("fundsNeeded"), cost === undefined ? "–" : money(Math.max(cost.funds, cost.margin))],
+      [t("commission"), cost === undefined ? "–" : money(cost.commission)],
+      [t("limits"), `${priceText(quote.lowerLimit, quote)} – ${priceText(quote.upperLimit, quote)}`],
+      [t("tick"), tickText(quote)],
+    ];
     return (
-      <form onSubmit={(event: Event) => this.review(event)}>
-        <AccountField
-          value={ticket.index}
-          onPick={(index) => this.setState({ ticket: emptyTicket(store.accountOf(index)), failure: "" })}
+      <dl class={isStale ? "facts stale" : "facts"}>
+        {rows.map(([name, value]) => (
+          <div key={name}>
+            <dt>{name}</dt>
+            <dd class="figures">{value}</dd>
+          </div>
+        ))}
+      </dl>
+    );
+  }
+
+  private form(ticket: Ticket, model: Model) {
+    const { account, quote } = model;
+    const isLoaded = store.lists.positions.at > 0 && store.lists.quotes.at > 0;
+    const isMissing = this.state.isChecked && quote === undefined;
+    return (
+      <form class="ticket" onSubmit={(event: Event) => this.review(event, ticket, model)}>
+        <InstrumentField
+          account={isLoaded ? account : undefined}
+          picked={quote}
+          isFixed={ticket.amends !== ""}
+          hasFocus
+          failure={isMissing ? t("badInstrument") : ""}
+          onPick={(picked) => account !== undefined && store.draft(this.ticketFor(account, picked))}
         />
-        <InstrumentField account={account} picked={quote} onPick={(picked) => this.pickInstrument(picked)} />
-        {quote === undefined ? null : this.quoteLine(quote)}
-        {this.terms(ticket, account)}
-        {quote === undefined ? null : this.numbers(ticket, quote)}
+        {quote === undefined ? null : this.quotes(ticket, quote)}
+        {this.actions(ticket, model)}
+        {quote === undefined ? null : this.numbers(ticket, model, quote)}
+        {this.part(ticket)}
+        {quote === undefined ? null : this.facts(model, quote)}
         <div class="actions">
-          <Note text={this.state.failure} />
-          <button class="primary wide">{t("review")}</button>
+          <Note text={this.refusal(ticket, model)} />
+          {quote === undefined ? null : (
+            <button type="button" onClick={() => store.clearDraft(ticket.index)}>
+              {t("clearTicket")}
+            </button>
+          )}
+          <button class="primary">{t("review")}</button>
         </div>
       </form>
     );
   }
 
-  private confirmation(ticket: Ticket, account: Account, quote: Quote) {
-    const { isSending, failure } = this.state;
-    const price = priceOf(ticket, quote);
-    const isMarket = ticket.priceType === kMarket;
-    const text = priceText(price, quote.hashCode);
-    const lines: [string, JSX.Element | string][] = [
-      [t("account"), `${account.userCode} · ${named("market", account.marketType)}`],
-      [t("instrument"), `${quote.codeName} ${quote.codeExch}`],
-      [t("side"), <Deal side={ticket.side} offset={ticket.combOffset} hashCode={ticket.hashCode} />],
-      [t("price"), isMarket ? `${t("market")} ≈ ${text}` : text],
-      [t("volume"), whole(Number(ticket.volume))],
-      [t("value"), money(price * Number(ticket.volume) * quote.multiplier)],
-    ];
-    return (
-      <div>
-        <dl class="confirm">
-          {lines.map(([name, value]) => (
-            <div key={name}>
-              <dt>{name}</dt>
-              <dd class="num">{value}</dd>
-            </div>
-          ))}
-        </dl>
-        <div class="actions">
-          <Note text={store.link === "online" || isSending ? failure : t("unsent")} />
-          <button disabled={isSending} onClick={() => this.setState({ isConfirming: false })}>
-            {t("edit")}
-          </button>
-          <Confirm
-            tone={isBuying(ticket.side) ? "buy" : "sell"}
-            text={isSending ? t("sending") : t("confirmSide", named("side", ticket.side))}
-            disabled={isSending || store.link !== "online"}
-            onConfirm={() => void this.send(quote)}
-          />
-        </div>
-      </div>
-    );
-  }
-
   render() {
-    const { ticket, isConfirming } = this.state;
-    const account = store.accountOf(ticket.index);
-    const quote = this.quote();
-    const isReady = isConfirming && account !== undefined && quote !== undefined;
+    const ticket = currentTicket();
+    const model = modelOf(store, ticket);
+    const isReview = store.place.sheet === "review" && model.account !== undefined && model.quote !== undefined;
+    const accounts = store.lists.accounts;
+    const options = accounts.rows.map((account) => {
+      return [account.index, account.userCode + (account.accountStatus === 0 ? ` · ${t("offline")}` : "")] as const;
+    });
+    const pick = (
+      <Pick
+        label={t("account")}
+        value={ticket.index}
+        options={options}
+        onPick={(index) => this.pickAccount(ticket, Number(index))}
+      />
+    );
+    const title = ticket.amends !== "" ? "amendTitle" : ticket.reverses ? "reverseTitle" : "trade";
+    if (isReview) {
+      return (
+        <Sheet title={t(title === "trade" ? "confirmOrder" : title)}>
+          <Confirmation ticket={ticket} model={model} />
+        </Sheet>
+      );
+    }
     return (
-      <Sheet title={t(isReady ? "confirmOrder" : "trade")} onClose={this.close}>
-        {account === undefined ? <p class="empty">{t(store.lists.accounts.at === 0 ? "loading" : "noAccount")}</p> : null}
-        {isReady ? this.confirmation(ticket, account, quote) : this.form(ticket, account, quote)}
+      <Sheet title={t(title)} aside={ticket.amends !== "" ? null : pick}>
+        {ticket.index === 0 ? <p class="empty">{t(accounts.at === 0 ? "loading" : "noAccount")}</p> : null}
+        {this.form(ticket, model)}
       </Sheet>
     );
   }

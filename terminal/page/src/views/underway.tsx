@@ -1,8 +1,8 @@
 import { h } from "preact";
+import { store } from "../app";
 import { timeOfDay } from "../format";
-import { Outgoing } from "../outgoing";
-import { store } from "../store";
-import { t } from "../texts";
+import { Outgoing } from "../state/outgoing";
+import { t } from "../texts/texts";
 import { Note } from "./parts";
 
 const kHints = {
@@ -27,9 +27,9 @@ function Card(props: { outgoing: Outgoing }) {
       <Note text={outgoing.failure} />
       {state === "missing" || state === "untold" ? (
         <div class="actions">
-          <button onClick={() => store.discard(outgoing)}>{t("discard")}</button>
+          <button onClick={() => store.desk.discard(outgoing)}>{t("discard")}</button>
           {state === "missing" ? (
-            <button disabled={store.link !== "online"} onClick={() => void store.sendAgain(outgoing)}>
+            <button disabled={store.link !== "online"} onClick={() => void store.desk.sendAgain(outgoing)}>
               {t("sendAgain")}
             </button>
           ) : null}
@@ -44,7 +44,7 @@ export function UnderWay() {
   return (
     <section aria-label={t("underWay")} aria-live="polite" class="underway">
       <ul class="plain">
-        {store.outgoing.map((outgoing) => (
+        {store.desk.outgoing.map((outgoing) => (
           <Card key={outgoing.key} outgoing={outgoing} />
         ))}
       </ul>

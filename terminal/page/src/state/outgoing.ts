@@ -1,26 +1,26 @@
-import { NewOrder, Order } from "./wire";
+import { NewOrder, Order } from "../wire/values";
 
 // An order that was sent and whose outcome has not been seen yet.
-//   sending: the reply is awaited.        unknown: the reply was lost; "order.list" will tell.
+//   sending: the reply is awaited.        unknown: the reply was lost; "order.list" will show it.
 //   missing: "order.list" does not have it. It leaves this list as soon as it shows up, or when it is discarded.
-//   untold: the day changed before "order.list" could tell; the list holds one day's orders.
+//   untold: the day changed before "order.list" could show it; the list holds one day's orders.
 export interface Outgoing {
   key: string; // the same for each attempt
   order: NewOrder; // to the byte, for each attempt
   name: string;
   sentAt: number;
   state: "sending" | "unknown" | "missing" | "untold";
-  failure: string; // what another attempt was answered
+  failure: string; // the answer to another attempt
 }
 
 const kSlowMs = 5000;
 
-// The text by which the terminal's list names its sender; it carries the key, so that the list tells the outcome.
+// The text by which the terminal's list names its sender. It holds the key, so that the list shows the outcome.
 export function sourceOf(key: string): string {
   return `web ${key}`;
 }
 
-// Without those that the list has. Those in `asked` were unknown when the list was asked for: the list would have them.
+// Without those in the list. Those in `asked` were unknown when the list was requested: the list would have them.
 export function settle(outgoing: Outgoing[], orders: Order[], asked: Set<string>, now: number): Outgoing[] {
   if (outgoing.length === 0) return outgoing;
   const today = new Date(now).toDateString();

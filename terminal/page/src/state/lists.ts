@@ -1,11 +1,11 @@
-import * as wire from "./wire";
+import * as wire from "../wire/values";
 
-// The lists that the page keeps, and how each is asked for.
+// The lists that the page keeps, and how each is requested.
 
 export interface Lists {
   accounts: wire.Account[];
-  capital: wire.OfAccount[];
-  classes: wire.Figures[];
+  capital: wire.Capital[];
+  classes: wire.ClassRow[];
   credit: wire.CreditInfo[];
   margin: wire.MarginRates[];
   positions: wire.Position[];
@@ -23,7 +23,7 @@ export interface Held<Rows> {
   rows: Rows;
   at: number; // when it was last known to be right, by clock(); 0: never
   askedAt: number;
-  dueAt: number; // where that is sooner than its turn
+  dueAt: number; // before its turn; Infinity: in its turn
   isAsked: boolean;
   failure: string;
 }
@@ -31,23 +31,21 @@ export interface Held<Rows> {
 export type HeldLists = { [Name in ListName]: Held<Lists[Name]> };
 
 interface Asking {
-  topic: string;
-  every: number; // milliseconds; short where no push brings what changes
+  topic: keyof wire.Bodies & keyof wire.Replies;
+  every: number; // milliseconds; short if no push brings the changes
   body?: (held: HeldLists) => unknown[] | null; // null: not yet. Without it: all accounts
 }
 
-const kTraded = 1; // the class of instruments that have a margin rate
-
 function creditAccounts(held: HeldLists): unknown[] | null {
-  const accounts = held.accounts.rows.filter((account) => account.marketType === wire.kCredit);
+  const accounts = held.accounts.rows.filter((account) => account.marketType === wire.Market.Credit);
   return held.accounts.at === 0 ? null : accounts.map((account) => account.index);
 }
 
 function marginQueries(held: HeldLists): unknown[] | null {
   if (held.accounts.at === 0 || held.quotes.at === 0) return null;
-  const hashCodes = held.quotes.rows.filter((quote) => quote.codeClass === kTraded).map((quote) => quote.hashCode);
-  const accounts = held.accounts.rows.filter((account) => account.marketType === wire.kFutures);
-  return accounts.map((account) => ({ index: account.index, hashCodes }));
+  const futures = held.quotes.rows.filter((quote) => quote.codeClass === wire.CodeClass.Future);
+  const accounts = held.accounts.rows.filter((account) => account.marketType === wire.Market.Futures);
+  return accounts.map((account) => ({ index: account.index, hashCodes: futures.map((quote) => quote.hashCode) }));
 }
 
 export const kAsking: { [Name in ListName]: Asking } = {
@@ -65,7 +63,7 @@ export const kAsking: { [Name in ListName]: Asking } = {
   quotes: { topic: "quote.list", every: 30_000 },
 };
 
-// What an order or a fill changes beside its own list.
+// The lists that an order or a fill changes beside its own.
 export const kMovedByOrders: readonly ListName[] = ["capital", "positions", "classes", "credit", "monitor", "sync"];
 
 export function emptyLists(): HeldLists {

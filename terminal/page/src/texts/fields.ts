@@ -1,17 +1,23 @@
+import { returnToday, profitToday } from "../figures";
+import { Capital, ClassRow, CreditFigures, Fill, MonitorRow, Order, Position } from "../wire/values";
 import { currentLanguage } from "./texts";
 
-// The figures that a list shows of each row when it is opened: member, how it is written, and its names.
+// The figures that a list shows of a row when it is opened: member, how it is written, and its names.
 
 export type Kind = "money" | "gain" | "percent" | "gainPercent" | "times" | "price" | "average" | "count" | "text";
-export type Field = readonly [member: string, kind: Kind, zh: string, en: string];
+export type Field<Row> = readonly [member: keyof Row | ((row: Row) => number), kind: Kind, zh: string, en: string];
 
-export function fieldName(field: Field): string {
+export function fieldName<Row>(field: Field<Row>): string {
   return currentLanguage() === "zh" ? field[2] : field[3];
 }
 
-export const kRisk: Field = ["risk", "percent", "风险度", "Risk"];
+export function fieldValue<Row>(field: Field<Row>, row: Row): unknown {
+  return typeof field[0] === "function" ? field[0](row) : row[field[0]];
+}
 
-export const kCapitalFields: readonly Field[] = [
+export const kRisk: Field<Capital> = ["risk", "percent", "风险度", "Risk"];
+
+export const kCapitalFields: readonly Field<Capital>[] = [
   ["dynamicAmount", "money", "动态权益", "Equity"],
   ["available", "money", "可用资金", "Available"],
   ["withdrawQuota", "money", "可取资金", "Withdrawable"],
@@ -20,19 +26,21 @@ export const kCapitalFields: readonly Field[] = [
   ["maintainAmount", "money", "维持资金", "Maintenance"],
   kRisk,
   ["todayFloatingProfit", "gain", "当日浮动盈亏", "Floating today"],
-  ["closeProfit", "gain", "平仓盈亏", "Closed today"],
-  ["preCloseProfit", "gain", "当日盈亏（昨收）", "Profit against last close"],
-  ["profitRatio", "gainPercent", "收益率", "Return"],
+  ["closeProfit", "gain", "当日平仓盈亏", "Closed today"],
+  [profitToday, "gain", "当日盈亏", "Today's profit"],
+  [returnToday, "gainPercent", "当日收益率", "Today's return"],
+  ["preCloseProfit", "gain", "较昨收变动（扣费后）", "Since the last close, after fees"],
+  ["profitRatio", "gainPercent", "较昨收变动率", "The same as a share of capital"],
   ["netLever", "times", "净杠杆", "Net leverage"],
   ["totalLever", "times", "总杠杆", "Total leverage"],
   ["preBalance", "money", "昨日权益", "Previous balance"],
-  ["lastAmount", "money", "最新资产", "Last amount"],
-  ["deposit", "money", "入金", "Paid in"],
-  ["withdraw", "money", "出金", "Paid out"],
+  ["lastAmount", "money", "最新资产", "Latest assets"],
+  ["deposit", "money", "入金", "Deposits"],
+  ["withdraw", "money", "出金", "Withdrawals"],
   ["commission", "money", "手续费", "Commission"],
 ];
 
-export const kPositionFields: readonly Field[] = [
+export const kPositionFields: readonly Field<Position>[] = [
   ["exchangeName", "text", "交易所", "Exchange"],
   ["codeType", "text", "品种", "Class"],
   ["aimType", "text", "用途", "Purpose"],
@@ -43,12 +51,12 @@ export const kPositionFields: readonly Field[] = [
   ["floatPorfit", "gain", "浮动盈亏", "Floating profit"],
   ["todayPorfit", "gain", "当日盈亏", "Today's profit"],
   ["todayProfitRatio", "gainPercent", "当日收益率", "Today's return"],
-  ["todayProfitCateRatio", "gainPercent", "占品种比", "Of the class"],
-  ["todayProfitAccRatio", "gainPercent", "占账户比", "Of the account"],
+  ["todayProfitCateRatio", "gainPercent", "当日盈亏占品种", "Today's profit, of its class"],
+  ["todayProfitAccRatio", "gainPercent", "当日盈亏占账户", "Today's profit, of the account"],
   ["margin", "money", "保证金", "Margin"],
   ["marginRate", "percent", "保证金率", "Margin rate"],
   ["totalMarketValue", "money", "总市值", "Market value"],
-  ["netMarketValue", "money", "净市值", "Net market value"],
+  [(row) => row.longMarketValue - row.shortMarketValue, "gain", "净市值", "Net market value"],
   ["netLever", "times", "净杠杆", "Net leverage"],
   ["totalLever", "times", "总杠杆", "Total leverage"],
   ["longPosition", "count", "多头", "Long"],
@@ -56,17 +64,17 @@ export const kPositionFields: readonly Field[] = [
   ["longYesterdayVolume", "count", "多头昨仓", "Long, yesterday's"],
   ["longTodayVolume", "count", "多头今仓", "Long, today's"],
   ["longAvgPrice", "average", "多头均价", "Long average"],
-  ["longFloatPorfit", "gain", "多头浮盈", "Long floating"],
+  ["longFloatPorfit", "gain", "多头浮动盈亏", "Floating profit, long"],
   ["shortPosition", "count", "空头", "Short"],
   ["shortAvailableQuantity", "count", "空头可平", "Short closable"],
   ["shortYesterdayVolume", "count", "空头昨仓", "Short, yesterday's"],
   ["shortTodayVolume", "count", "空头今仓", "Short, today's"],
   ["shortAvgPrice", "average", "空头均价", "Short average"],
-  ["shortFloatPorfit", "gain", "空头浮盈", "Short floating"],
+  ["shortFloatPorfit", "gain", "空头浮动盈亏", "Floating profit, short"],
 ];
 
-export const kOrderFields: readonly Field[] = [
-  ["orderId", "text", "交易所编号", "Exchange's id"],
+export const kOrderFields: readonly Field<Order>[] = [
+  ["orderId", "text", "交易所编号", "Exchange id"],
   ["localOrderId", "text", "本地编号", "Local id"],
   ["price", "price", "委托价格", "Price"],
   ["volume", "count", "委托数量", "Volume"],
@@ -77,7 +85,7 @@ export const kOrderFields: readonly Field[] = [
   ["note", "text", "备注", "Note"],
 ];
 
-export const kFillFields: readonly Field[] = [
+export const kFillFields: readonly Field<Fill>[] = [
   ["fillId", "text", "成交编号", "Fill id"],
   ["localOrderId", "text", "本地编号", "Local id"],
   ["price", "price", "成交价格", "Price"],
@@ -85,7 +93,7 @@ export const kFillFields: readonly Field[] = [
   ["source", "text", "来源", "Source"],
 ];
 
-export const kMonitorFields: readonly Field[] = [
+export const kMonitorFields: readonly Field<MonitorRow>[] = [
   ["codeType", "text", "品种", "Class"],
   ["syncRuleDetail", "text", "同步规则", "Rule"],
   ["systemLongPos", "count", "目标多", "Target long"],
@@ -108,45 +116,45 @@ export const kMonitorFields: readonly Field[] = [
   ["accountNetLever", "times", "净杠杆", "Net leverage"],
 ];
 
-export const kClassFields: readonly Field[] = [
+export const kClassFields: readonly Field<ClassRow>[] = [
   ["totalMarketValue", "money", "总市值", "Market value"],
   ["leverWeight", "percent", "权重", "Weight"],
   ["todayProfit", "gain", "当日盈亏", "Today's profit"],
   ["profitRatio", "gainPercent", "当日收益率", "Today's return"],
-  ["amassProfit", "gain", "累计盈亏", "Profit since opening"],
-  ["amassProfitType", "gainPercent", "累计收益率", "Return since opening"],
+  ["amassProfit", "gain", "浮动盈亏", "Floating profit"],
+  ["amassProfitType", "gainPercent", "浮动收益率", "Floating return"],
   ["netAbsLever", "times", "净杠杆", "Net leverage"],
   ["totalLever", "times", "总杠杆", "Total leverage"],
 ];
 
-export const kCreditFields: readonly Field[] = [
+export const kCreditFields: readonly Field<CreditFigures>[] = [
   ["totalAssets", "money", "总资产", "Total assets"],
   ["netAssets", "money", "净资产", "Net assets"],
   ["cashAssets", "money", "现金资产", "Cash"],
   ["freeBalance", "money", "可用余额", "Free balance"],
   ["marginAvl", "money", "保证金可用", "Margin available"],
   ["marginRatio", "percent", "维持担保比例", "Assets to debt"],
-  ["keepMarginRatio", "percent", "最低担保比例", "Least assets to debt"],
+  ["keepMarginRatio", "percent", "最低担保比例", "Required assets to debt"],
   ["totalDebtBalance", "money", "总负债", "Total debt"],
-  ["tradeDebtBalance", "money", "交易负债", "Debt by trades"],
+  ["tradeDebtBalance", "money", "交易负债", "Trading debt"],
   ["debtInterest", "money", "利息", "Interest"],
-  ["totalProfit", "gain", "总浮动盈亏", "Floating profit"],
-  ["longProfit", "gain", "多头盈亏", "Long profit"],
-  ["shortProfit", "gain", "空头盈亏", "Short profit"],
+  ["totalProfit", "gain", "浮动盈亏", "Floating profit"],
+  ["longProfit", "gain", "多头浮动盈亏", "Floating profit, long"],
+  ["shortProfit", "gain", "空头浮动盈亏", "Floating profit, short"],
   ["longDebtBalance", "money", "融资负债", "Money borrowed"],
-  ["longMarginMarket", "money", "融资市值", "Bought with it"],
-  ["longMarginProfit", "gain", "融资盈亏", "Margin purchase profit"],
+  ["longMarginMarket", "money", "融资市值", "Bought on margin"],
+  ["longMarginProfit", "gain", "融资浮动盈亏", "Floating profit of purchases"],
   ["longMarginUsed", "money", "融资占用保证金", "Margin of purchases"],
   ["longMarginRate", "percent", "融资保证金比例", "Margin rate, purchases"],
-  ["longLimit", "money", "融资额度", "Limit of purchases"],
+  ["longLimit", "money", "融资额度", "Limit for purchases"],
   ["longLimitUsed", "money", "融资已用额度", "Limit used"],
   ["longLimitAvl", "money", "融资可用额度", "Limit left"],
   ["shortDebtBalance", "money", "融券负债", "Securities borrowed"],
-  ["shortMarginMarket", "money", "融券市值", "Their market value"],
-  ["shortMarginProfit", "gain", "融券盈亏", "Short sale profit"],
+  ["shortMarginMarket", "money", "融券市值", "Value of securities borrowed"],
+  ["shortMarginProfit", "gain", "融券浮动盈亏", "Floating profit of short sales"],
   ["shortMarginUsed", "money", "融券占用保证金", "Margin of short sales"],
   ["shortMarginRate", "percent", "融券保证金比例", "Margin rate, short sales"],
-  ["shortLimit", "money", "融券额度", "Limit of short sales"],
+  ["shortLimit", "money", "融券额度", "Limit for short sales"],
   ["shortLimitUsed", "money", "融券已用额度", "Short limit used"],
   ["shortLimitAvl", "money", "融券可用额度", "Short limit left"],
 ];

@@ -1,7 +1,7 @@
-import { Fill, kWorking, Order } from "./wire";
+import { Fill, Order, Status } from "../wire/values";
 
-// `rows` with the pushed ones in the place of those with the same name, new ones at the end. A pushed row that
-// `isOlder` than the one that is there is left out.
+// `rows` with the pushed ones in place of those with the same name, new ones at the end. A pushed row that `isOlder`
+// than the one in the list is skipped.
 function merge<T>(rows: T[], pushed: T[], nameOf: (row: T) => string, isOlder: (row: T, there: T) => boolean): T[] {
   const merged = [...rows];
   const places = new Map(rows.map((row, place) => [nameOf(row), place]));
@@ -19,9 +19,10 @@ function merge<T>(rows: T[], pushed: T[], nameOf: (row: T) => string, isOlder: (
 export const orderName = (order: Order): string => `${order.index}:${order.localOrderId}`;
 export const fillName = (fill: Fill): string => `${fill.index}:${fill.fillId}`;
 
-// A list may have told already how an order ended.
+// The list may have shown already how an order ended.
 export function mergeOrders(rows: Order[], pushed: Order[]): Order[] {
-  return merge(rows, pushed, orderName, (row, there) => row.status === kWorking && there.status !== kWorking);
+  const isOver = (order: Order) => order.status !== Status.Working;
+  return merge(rows, pushed, orderName, (row, there) => !isOver(row) && isOver(there));
 }
 
 export function mergeFills(rows: Fill[], pushed: Fill[]): Fill[] {

@@ -1,0 +1,7 @@
+import { Nav } from "./nav";
+import { browserPlatform } from "./platform";
+import { Store } from "./state/store";
+
+// The one store of the page, and its address.
+export const store = new Store(browserPlatform());
+export const nav = new Nav(store);

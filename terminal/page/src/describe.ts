@@ -1,0 +1,48 @@
+import { decimalsOf, fixed, whole } from "./format";
+import { currentLanguage, named, t } from "./texts/texts";
+import { isSecurity } from "./ticket/ticket";
+import { Fill, OfCode, Order, PriceType, Quote } from "./wire/values";
+
+// Rows and orders in words. `quote` is that of the row's instrument, if it is known.
+
+// "Buy to open". The side of a security's order says it all.
+export function dealText(side: number, offset: number, quote: Quote | undefined): string {
+  const effect = quote !== undefined && isSecurity(quote.codeClass) ? "" : named("offset", offset);
+  const gap = currentLanguage() === "zh" || effect === "" ? "" : " ";
+  return `${named("side", side)}${gap}${effect}`;
+}
+
+export function nameOf(row: OfCode, quote: Quote | undefined): string {
+  return row.codeName || quote?.codeName || row.codeExch;
+}
+
+export function priceText(price: unknown, quote: Quote | undefined): string {
+  return fixed(price, quote === undefined ? 2 : decimalsOf(quote.priceTick));
+}
+
+// Averages fall between the ticks.
+export function averageText(price: unknown, quote: Quote | undefined): string {
+  return fixed(price, Math.max(2, quote === undefined ? 2 : decimalsOf(quote.priceTick)));
+}
+
+interface Deal extends OfCode {
+  side: number;
+  combOffset: number;
+  price: number;
+  volume: number;
+}
+
+// "Buy to open 螺纹钢2701 2 @ 3,326"
+export function orderText(order: Deal & { priceType?: number }, quote: Quote | undefined): string {
+  const price = order.priceType === PriceType.Market ? t("market") : priceText(order.price, quote);
+  const deal = dealText(order.side, order.combOffset, quote);
+  return `${deal} ${nameOf(order, quote)} ${whole(order.volume)} @ ${price}`;
+}
+
+export function fillText(fill: Fill, quote: Quote | undefined): string {
+  return `${orderText(fill, quote)} · ${fill.userCode}`;
+}
+
+export function rowText(order: Order, quote: Quote | undefined): string {
+  return `${orderText(order, quote)} · ${order.userCode}`;
+}

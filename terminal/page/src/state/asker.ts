@@ -1,0 +1,139 @@
+import { Connection, Reply } from "../connection";
+import { Platform } from "../platform";
+import { OfAccount, Position, Quote, Rates, Replies } from "../wire/values";
+import { emptyLists, Held, HeldLists, kAsking, ListName, Lists } from "./lists";
+
+const kSlowMs = 5000;
+const kScrollMs = 250; // no new rows while a list is moving under the finger ...
+const kMostScrollMs = 5000; // ... for so long at most
+const kRatesMs = 60_000;
+
+export interface Pair {
+  index: number;
+  hashCode: number;
+}
+
+export interface AskerEvents {
+  wanted(): Map<ListName, number>; // the lists in sight, and how often each is requested
+  pair(): Pair | null; // whose rates are wanted
+  before(name: ListName): () => void; // called as a list is requested; what it returns, once the rows are there
+  changed(): void;
+  why(reply: Reply): string;
+}
+
+// Requests the lists in their turns, and keeps the last answer of each.
+export class Asker {
+  readonly lists: HeldLists = emptyLists();
+  onlineSince = 0;
+  private quotesByCode = new Map<number, Quote>();
+  private rates: { pair: Pair; rates: Rates; at: number } | null = null;
+  private ratesAskedAt = 0;
+  private scrolledAt = -kMostScrollMs;
+  private scrollingSince = 0;
+
+  constructor(
+    private readonly platform: Platform,
+    private readonly connection: Connection,
+    private readonly events: AskerEvents,
+  ) {}
+
+  quote(hashCode: number): Quote | undefined {
+    return this.quotesByCode.get(hashCode);
+  }
+
+  ratesOf(pair: Pair): Rates | undefined {
+    const { rates } = this;
+    return rates?.pair.index === pair.index && rates.pair.hashCode === pair.hashCode ? rates.rates : undefined;
+  }
+
+  positionOf(pair: Pair): Position | undefined {
+    return this.lists.positions.rows.find((row) => row.index === pair.index && row.hashCode === pair.hashCode);
+  }
+
+  of<Row extends OfAccount>(rows: Row[], index: number): Row | undefined {
+    return rows.find((row) => row.index === index);
+  }
+
+  // Nothing that was known before the connection was lost counts as fresh.
+  isStale(name: ListName, now: number): boolean {
+    const list = this.lists[name];
+    if (this.connection.state !== "online" || list.at < this.onlineSince || this.connection.isSilent(now)) return true;
+    return (list.isAsked && now - list.askedAt > kSlowMs) || now - list.at > kAsking[name].every + kSlowMs;
+  }
+
+  clear(): void {
+    Object.assign(this.lists, emptyLists());
+    this.quotesByCode.clear();
+    this.rates = null;
+  }
+
+  makeDue(names: readonly ListName[], at = 0): void {
+    for (const name of names) this.lists[name].dueAt = Math.min(this.lists[name].dueAt, at);
+  }
+
+  scrolled(): void {
+    const now = this.platform.clock();
+    if (now - this.scrolledAt > kScrollMs) this.scrollingSince = now;
+    this.scrolledAt = now;
+  }
+
+  askDue(): void {
+    if (this.connection.state !== "online" || !this.platform.isSeen() || this.isScrolling()) return;
+    const now = this.platform.clock();
+    for (const [name, every] of this.events.wanted()) {
+      const list = this.lists[name];
+      if (!list.isAsked && now >= Math.min(list.dueAt, list.askedAt + every)) void this.ask(name);
+    }
+    void this.askRates(now);
+  }
+
+  isScrolling(): boolean {
+    const now = this.platform.clock();
+    return now - this.scrolledAt < kScrollMs && now - this.scrollingSince < kMostScrollMs;
+  }
+
+  private async ask(name: ListName): Promise<void> {
+    const { topic, body } = kAsking[name];
+    const list = this.lists[name];
+    const data = body === undefined ? [] : body(this.lists);
+    if (data === null) return;
+    const done = this.events.before(name);
+    list.isAsked = true;
+    list.askedAt = this.platform.clock();
+    list.dueAt = Infinity;
+    const reply = await this.connection.request(topic, data as never);
+    list.isAsked = false;
+    if (reply.kind === "lost" || reply.kind === "unsent") {
+      list.dueAt = 0;
+    } else {
+      list.failure = this.events.why(reply);
+      if (reply.kind === "done") this.take(name, reply.data);
+      if (reply.kind === "done") done();
+    }
+    this.askDue();
+    this.events.changed();
+  }
+
+  private take<Name extends ListName>(name: Name, data: Replies[keyof Replies]): void {
+    const list = this.lists[name] as Held<Lists[Name]>;
+    list.rows = data as unknown as Lists[Name];
+    list.at = this.platform.clock();
+    if (name === "quotes") this.quotesByCode = new Map(this.lists.quotes.rows.map((quote) => [quote.hashCode, quote]));
+  }
+
+  private async askRates(now: number): Promise<void> {
+    const pair = this.events.pair();
+    if (pair === null || now < this.ratesAskedAt + kSlowMs) return;
+    if (this.ratesOf(pair) !== undefined && now < (this.rates?.at ?? 0) + kRatesMs) return;
+    this.ratesAskedAt = now;
+    const reply = await this.connection.request("order.rates", { index: pair.index, hashCode: pair.hashCode });
+    if (reply.kind === "done") this.rates = { pair, rates: reply.data, at: this.platform.clock() };
+    if (reply.kind === "done") this.events.changed();
+  }
+
+  // Another instrument has been picked: its rates are wanted at once.
+  pairChanged(): void {
+    this.ratesAskedAt = -kSlowMs;
+    this.askDue();
+  }
+}

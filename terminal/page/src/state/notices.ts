@@ -1,0 +1,121 @@
+import { Platform } from "../platform";
+import { Fill } from "../wire/values";
+import { fillName } from "./merge";
+
+export interface Notice {
+  id: number;
+  kind: "info" | "error" | "fill"; // an error stays until it is dismissed
+  text: string;
+  fill: string; // the name of the fill; empty if it is none
+  count: number; // of fills that were merged
+  seenAt: number; // by clock(); 0: not yet
+}
+
+const kShownMs = 5000;
+const kBurstMs = 2000;
+const kMost = 20;
+
+// What the user is told, one notice at a time. Time runs only while the page is seen: what comes while it is hidden is
+// kept until then. Fills count as new until the view of orders has been open.
+export class Notices {
+  list: Notice[] = [];
+  newFills = 0;
+  private lastId = 0;
+  private lastFillAt = 0;
+  private told = new Set<string>(); // names of the fills that were listed or pushed
+  private hasList = false;
+  private seenTime: number; // of the newest fill that has been seen
+
+  constructor(
+    private readonly platform: Platform,
+    private readonly onNewFill: (text: string) => void,
+  ) {
+    this.seenTime = Number(platform.recall("seenFills") || "-1");
+  }
+
+  tell(text: string, isError = false): void {
+    this.add(isError ? "error" : "info", text, "");
+  }
+
+  dismiss(notice: Notice): void {
+    this.list = this.list.filter((each) => each !== notice);
+  }
+
+  clear(): void {
+    this.list = [];
+    this.told.clear();
+    this.hasList = false;
+    this.newFills = 0;
+    this.seenTime = -1;
+    this.platform.remember("seenFills", "");
+  }
+
+  // To be called while the page is seen. Only the first in the list is shown, and only its time runs.
+  age(now: number): void {
+    const [first] = this.list;
+    if (first === undefined) return;
+    if (first.seenAt === 0) first.seenAt = now;
+    else if (first.kind !== "error" && now - first.seenAt > kShownMs) this.dismiss(first);
+  }
+
+  // A list of all fills, of which those that are new are told.
+  seeList(all: Fill[], describe: (fill: Fill) => string): void {
+    if (this.seenTime < 0) this.setSeen(all); // a new device knows nothing of what it has missed
+    this.tellFills(all.filter((fill) => this.hasList || this.isUnseen(fill)), describe);
+    for (const fill of all) this.told.add(fillName(fill));
+    this.hasList = true;
+    this.count(all);
+  }
+
+  // Pushed fills, and all of the day with them.
+  seePush(pushed: Fill[], all: Fill[], describe: (fill: Fill) => string): void {
+    this.tellFills(pushed, describe);
+    this.count(all);
+  }
+
+  // The view of orders is open.
+  seeOrders(all: Fill[]): void {
+    if (!this.hasList) return;
+    this.setSeen(all);
+    this.newFills = 0;
+  }
+
+  private count(all: Fill[]): void {
+    this.newFills = this.seenTime < 0 ? 0 : all.filter((fill) => this.isUnseen(fill)).length;
+  }
+
+  private tellFills(fills: Fill[], describe: (fill: Fill) => string): void {
+    for (const fill of fills) {
+      if (!this.told.has(fillName(fill))) this.addFill(fillName(fill), describe(fill));
+      this.told.add(fillName(fill));
+    }
+  }
+
+  private isUnseen(fill: Fill): boolean {
+    return fill.exchTimestamp > this.seenTime;
+  }
+
+  private setSeen(all: Fill[]): void {
+    const newest = all.reduce((most, fill) => Math.max(most, fill.exchTimestamp), Math.max(0, this.seenTime));
+    if (newest === this.seenTime) return;
+    this.seenTime = newest;
+    this.platform.remember("seenFills", String(newest));
+  }
+
+  // Fills of one burst share a notice.
+  private addFill(name: string, text: string): void {
+    const now = this.platform.clock();
+    const last = this.list.find((each) => each.kind === "fill");
+    const isBurst = last !== undefined && now - this.lastFillAt < kBurstMs;
+    this.lastFillAt = now;
+    if (isBurst) Object.assign(last, { text, fill: name, count: last.count + 1, seenAt: 0 });
+    else this.add("fill", text, name);
+    this.onNewFill(text);
+  }
+
+  // Newest first: it is what is shown.
+  private add(kind: Notice["kind"], text: string, fill: string): void {
+    const notice = { id: ++this.lastId, kind, text, fill, count: 1, seenAt: 0 };
+    this.list = [notice, ...this.list].slice(0, kMost);
+  }
+}

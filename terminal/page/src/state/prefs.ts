@@ -1,0 +1,22 @@
+import { Platform } from "../platform";
+
+// What the user has chosen, kept on the device.
+export interface Prefs {
+  rise: "red" | "green"; // the colour of gains and purchases
+  share: number; // of equity, in percent: an order that takes more needs a second tap
+  notifies: boolean; // fills are shown by the system while the page is hidden
+}
+
+const kDefaults: Prefs = { rise: "red", share: 25, notifies: false };
+
+export function readPrefs(platform: Platform): Prefs {
+  try {
+    return { ...kDefaults, ...(JSON.parse(platform.recall("prefs")) as Partial<Prefs>) };
+  } catch {
+    return kDefaults;
+  }
+}
+
+export function writePrefs(platform: Platform, prefs: Prefs): void {
+  platform.remember("prefs", JSON.stringify(prefs));
+}

@@ -1,0 +1,347 @@
+import { Connection, LinkState, Push, Reply } from "../connection";
+import { fillText } from "../describe";
+import { Platform } from "../platform";
+import { kRoutes, Route } from "../route";
+import { explained } from "../texts/refusals";
+import { Language, t, useLanguage } from "../texts/texts";
+import { Ticket } from "../ticket/ticket";
+import { Account, Bodies, Fill, Login, Order, Quote, Replies, Right, Status } from "../wire/values";
+import { Asker, Pair } from "./asker";
+import { Desk } from "./desk";
+import { Drafts } from "./drafts";
+import { HeldLists, kAsking, kMovedByOrders, ListName } from "./lists";
+import { mergeFills, mergeOrders } from "./merge";
+import { Notices } from "./notices";
+import { Prefs, readPrefs, writePrefs } from "./prefs";
+
+// The outcome of a request: why it failed, empty on success; and whether that is certain.
+export interface Outcome {
+  failure: string;
+  isKnown: boolean;
+}
+
+// What the views need of the address.
+export interface Place {
+  route: Route;
+  sheet: string; // the dialog that is open, "trade" for one; empty if none
+}
+
+const kWhileTrading: { [Name in ListName]?: number } = { quotes: 2000, capital: 3000, positions: 3000 };
+const kOrdersWhileUnknown = 3000;
+const kAfterPushMs = 300; // one request for the pushes of one moment
+
+// All that the page knows and does; the views read it and call it.
+export class Store {
+  now: number;
+  token: string;
+  loginFailure = "";
+  login: Login | null = null;
+  account = 0; // whose rows are shown; 0: all
+  prefs: Prefs;
+  place: Place = { route: "assets", sheet: "" };
+  readonly connection: Connection;
+  readonly asker: Asker;
+  readonly desk: Desk;
+  readonly notices: Notices;
+  readonly drafts: Drafts;
+  private changed: () => void = () => undefined;
+  private notify: (text: string) => void = () => undefined;
+
+  constructor(readonly platform: Platform) {
+    this.now = platform.clock();
+    this.token = platform.recall("token");
+    this.prefs = readPrefs(platform);
+    this.drafts = new Drafts(platform);
+    this.notices = new Notices(platform, (text) => this.prefs.notifies && !platform.isSeen() && this.notify(text));
+    this.connection = new Connection(platform, {
+      onState: () => this.update(),
+      onLogin: (login) => this.onLogin(login),
+      onRefused: (message) => this.onRefused(message),
+      onPush: (push) => this.onPush(push),
+      onGap: () => this.askAllAnew(),
+    });
+    this.asker = new Asker(platform, this.connection, {
+      wanted: () => this.wanted(),
+      pair: () => this.pair(),
+      before: (name) => this.before(name),
+      changed: () => this.update(),
+      why: whyNot,
+    });
+    this.desk = new Desk(platform, {
+      request: (topic, body, key) => this.connection.request(topic, body, key),
+      why: whyNot,
+      changed: () => this.update(),
+      onTaken: (name) => this.tell(t("orderSent", name)),
+      onFound: (name) => this.tell(t("found", name)),
+    });
+  }
+
+  subscribe(changed: () => void, notify: (text: string) => void): void {
+    this.changed = changed;
+    this.notify = notify;
+  }
+
+  update(): void {
+    this.now = this.platform.clock();
+    this.changed();
+  }
+
+  // ---- what the views read
+
+  get link(): LinkState {
+    return this.connection.state;
+  }
+
+  get lists(): HeldLists {
+    return this.asker.lists;
+  }
+
+  may(right: Right): boolean {
+    return this.login?.rights.includes(right) ?? false;
+  }
+
+  quote(hashCode: number): Quote | undefined {
+    return this.asker.quote(hashCode);
+  }
+
+  accountOf(index: number): Account | undefined {
+    return this.asker.of(this.lists.accounts.rows, index);
+  }
+
+  isStale(name: ListName): boolean {
+    return this.asker.isStale(name, this.now);
+  }
+
+  // The working order of this number in this account.
+  workingOrder(index: number, localOrderId: string): Order | undefined {
+    return this.lists.orders.rows.find(
+      (row) => row.index === index && row.localOrderId === localOrderId && row.status === Status.Working,
+    );
+  }
+
+  // ---- what the page does
+
+  logIn(token: string): void {
+    this.token = token;
+    this.loginFailure = "";
+    this.platform.remember("token", token);
+    this.connection.start(token);
+    this.update();
+  }
+
+  forget(): void {
+    this.connection.stop();
+    this.token = "";
+    this.login = null;
+    this.account = 0;
+    this.platform.remember("token", "");
+    this.desk.clear();
+    this.notices.clear();
+    this.drafts.clear();
+    this.asker.clear();
+    this.update();
+  }
+
+  speak(language: Language): void {
+    this.platform.remember("language", language);
+    useLanguage(language);
+    this.update();
+  }
+
+  prefer(change: Partial<Prefs>): void {
+    this.prefs = { ...this.prefs, ...change };
+    writePrefs(this.platform, this.prefs);
+    this.update();
+  }
+
+  // The address has changed.
+  show(place: Place): void {
+    const isTicketNew = isTicket(place.sheet) && !isTicket(this.place.sheet);
+    const isRowNew = isRow(place.sheet) && !isRow(this.place.sheet);
+    this.place = place;
+    if (isTicketNew && this.drafts.current?.hashCode === 0) this.drafts.drop(this.drafts.index);
+    if (isTicketNew) this.asker.makeDue(["quotes", "capital"]);
+    if (isTicketNew || isRowNew) this.asker.makeDue(["positions"]);
+    this.seeOrders();
+    this.asker.askDue();
+    this.update();
+  }
+
+  pickAccount(index: number): void {
+    this.account = index;
+    this.update();
+  }
+
+  // The ticket as it is filled in now.
+  draft(ticket: Ticket): void {
+    const before = this.pair();
+    this.drafts.set(ticket);
+    const after = this.pair();
+    if (before?.hashCode !== after?.hashCode || before?.index !== after?.index) this.asker.pairChanged();
+    this.update();
+  }
+
+  clearDraft(index: number): void {
+    this.drafts.drop(index);
+    this.update();
+  }
+
+  // At least once a second while the page is seen, and as soon as it is seen again.
+  tick(): void {
+    const now = this.platform.clock();
+    this.connection.check(now);
+    this.desk.age();
+    this.notices.age(now);
+    this.seeOrders();
+    this.asker.askDue();
+    if (!this.asker.isScrolling()) this.update(); // ages can wait for the finger
+  }
+
+  refresh(name: ListName): void {
+    this.asker.makeDue([name]);
+    this.asker.askDue();
+  }
+
+  tell(text: string, isError = false): void {
+    this.notices.tell(text, isError);
+    this.update();
+  }
+
+  // A request that changes something and whose outcome its lists show.
+  async act<Topic extends keyof Bodies & keyof Replies>(
+    topic: Topic,
+    body: Bodies[Topic],
+    touched: ListName[],
+  ): Promise<Outcome> {
+    const reply = await this.connection.request(topic, body, this.platform.randomText(16));
+    this.asker.makeDue(touched);
+    this.asker.askDue();
+    return { failure: whyNot(reply), isKnown: reply.kind !== "lost" && reply.kind !== "garbled" };
+  }
+
+  // Cancels each by a request of its own: in a common one, the first refusal would keep the rest.
+  async cancel(orders: Order[]): Promise<void> {
+    const failures = (await Promise.all(orders.map((order) => this.desk.cancel(order)))).filter((each) => each !== "");
+    this.refresh("orders");
+    const count = orders.length - failures.length;
+    if (failures.length > 0) this.tell(t("cancelFailed", failures.length, failures[0]), true);
+    if (count > 0) this.tell(count === 1 ? t("cancelSent") : t("cancelsSent", count));
+  }
+
+  // ---- the lists
+
+  private wanted(): Map<ListName, number> {
+    const wanted = new Map<ListName, number>();
+    if (!this.may("see")) return wanted;
+    for (const name of ["accounts", "quotes", "fills", ...kRoutes[this.place.route].lists] as ListName[]) {
+      wanted.set(name, kAsking[name].every);
+    }
+    if (isTicket(this.place.sheet)) {
+      for (const [name, every] of Object.entries(kWhileTrading)) wanted.set(name as ListName, every);
+      if (this.lists.credit.askedAt === 0 || this.lists.credit.rows.length > 0) wanted.set("credit", 5000);
+      if (this.drafts.current?.amends) wanted.set("orders", kAsking.orders.every);
+    }
+    if (isRow(this.place.sheet)) wanted.set("positions", kAsking.positions.every); // its buttons close what is held
+    if (this.desk.isWaiting) wanted.set("orders", kOrdersWhileUnknown);
+    return wanted;
+  }
+
+  private pair(): Pair | null {
+    const draft = this.drafts.current;
+    return draft === undefined || draft.hashCode === 0 || !isTicket(this.place.sheet) ? null : draft;
+  }
+
+  private before(name: ListName): () => void {
+    const unknown = this.desk.unknownKeys();
+    if (name === "orders") return () => this.desk.see(this.lists.orders.rows, unknown);
+    if (name === "fills") return () => this.seeFills();
+    return () => undefined;
+  }
+
+  private askAllAnew(): void {
+    this.asker.makeDue(Object.keys(this.lists) as ListName[]);
+    this.asker.askDue();
+  }
+
+  private areOrdersSeen(): boolean {
+    return this.platform.isSeen() && this.place.route.startsWith("orders") && this.token !== "";
+  }
+
+  private seeOrders(): void {
+    if (this.areOrdersSeen()) this.notices.seeOrders(this.lists.fills.rows);
+  }
+
+  private seeFills(): void {
+    this.notices.seeList(this.lists.fills.rows, this.describe);
+    this.seeOrders();
+  }
+
+  private readonly describe = (fill: Fill): string => fillText(fill, this.quote(fill.hashCode));
+
+  // ---- what the connection reports
+
+  // The figures that no push brings need fresh lists, even if all missed pushes follow.
+  private onLogin(login: Login): void {
+    this.login = login;
+    this.asker.onlineSince = this.platform.clock();
+    this.askAllAnew();
+    this.update();
+  }
+
+  private onRefused(message: string): void {
+    this.token = "";
+    this.login = null;
+    this.platform.remember("token", "");
+    this.loginFailure = message === "" ? t("loggedOut") : explained(message);
+    this.update();
+  }
+
+  private onPush(push: Push): void {
+    if (push.message !== "") this.notices.tell(explained(push.message), true);
+    if (Array.isArray(push.data)) {
+      if (push.topic === "order.push") this.onOrders(push.data as Order[]);
+      if (push.topic === "trade.push") this.onFills(push.data as Fill[]);
+      this.asker.makeDue(kMovedByOrders, this.platform.clock() + kAfterPushMs);
+      this.platform.later(() => this.asker.askDue(), kAfterPushMs);
+    }
+    this.update();
+  }
+
+  private onOrders(pushed: Order[]): void {
+    const list = this.lists.orders;
+    if (list.at > 0) list.rows = mergeOrders(list.rows, pushed);
+    this.askAgainIfAsked("orders");
+    this.desk.see(pushed, new Set());
+  }
+
+  private onFills(pushed: Fill[]): void {
+    const list = this.lists.fills;
+    list.rows = mergeFills(list.rows, pushed);
+    this.askAgainIfAsked("fills");
+    this.notices.seePush(pushed, list.rows, this.describe);
+    this.seeOrders();
+  }
+
+  // The answer that is on its way may be older than the push.
+  private askAgainIfAsked(name: ListName): void {
+    if (this.lists[name].isAsked) this.asker.makeDue([name], this.platform.clock() + kAfterPushMs);
+  }
+}
+
+export const isTicket = (sheet: string): boolean => sheet === "trade" || sheet === "review";
+
+const isRow = (sheet: string): boolean => sheet.startsWith("row=");
+
+// Empty if it was done.
+export function whyNot(reply: Reply): string {
+  switch (reply.kind) {
+    case "done":
+      return "";
+    case "failed":
+      return explained(reply.message);
+    case "garbled":
+      return t("garbled", reply.text.slice(0, 200));
+    default:
+      return t(reply.kind);
+  }
+}

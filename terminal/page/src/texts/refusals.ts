@@ -1,0 +1,60 @@
+import { currentLanguage } from "./texts";
+
+// What the terminal's refusals mean in the other language. {0}, {1} … are the groups of the pattern.
+const kRefusals: readonly (readonly [RegExp, string])[] = [
+  // Chinese, from the trading desk
+  [/^账户 (.*) 未登录, 不能委托$/, "Account {0} is logged out and takes no orders"],
+  [/^账户 (.*) 没有普通委托权限$/, "Account {0} may not place orders"],
+  [/^账户 (.*) 不能交易 (.*)$/, "Account {0} cannot trade {1}"],
+  [/^账户 (.*) 不支持买卖方向 (.*)$/, "Account {0} does not take side {1}"],
+  [/^账户 (.*) 在该合约上没有委托 (.*)$/, "Account {0} has no order {1} in this instrument"],
+  [/^委托 (.*) 已全部成交, 不能撤单$/, "Order {0} is filled and cannot be cancelled"],
+  [/^委托 (.*) 已撤单, 不能撤单$/, "Order {0} is cancelled already"],
+  [/^委托 (.*) 是废单, 不能撤单$/, "Order {0} was refused and cannot be cancelled"],
+  [/^开平标志 (.*) 无效$/, "Offset {0} is invalid"],
+  [/^价格类型 (.*) 无效.*$/, "Price type {0} is invalid"],
+  [/^委托价格 (.*) 超出涨跌停范围 (.*) 至 (.*)$/, "Price {0} is outside the limits {1} to {2}"],
+  [/^委托价格 (.*) 不是最小变动价位 (.*) 的整数倍$/, "Price {0} is not a multiple of the tick {1}"],
+  [/^委托数量 (.*) 必须大于 0$/, "Volume {0} must be above 0"],
+  [/^委托数量 (.*) 超过单笔上限 (.*)$/, "Volume {0} is above the limit of {1} for one order"],
+  [/^委托数量 (.*) 不是 (.*) 的整数倍$/, "Volume {0} is not a multiple of {1}"],
+  [/^委托来源 (.*) 字节, 超过上限 (.*)$/, "The source text has {0} bytes, above the limit of {1}"],
+  [/^买卖方向 (.*) 与开平标志 (.*) 不符$/, "Side {0} does not go with offset {1}"],
+  [/^可平数量不足: 委托 (.*), 可平 (.*)$/, "Not enough to close: ordered {0}, closable {1}"],
+  [/^可用资金不足: 需要 (.*), 可用 (.*)$/, "Not enough funds: needs {0}, available {1}"],
+  [/^保证金可用余额不足: 需要 (.*), 可用 (.*)$/, "Not enough margin: needs {0}, available {1}"],
+  [/^融资额度不足: 需要 (.*), 可用 (.*)$/, "Above the limit of margin purchases: needs {0}, left {1}"],
+  [/^融券额度不足: 需要 (.*), 可用 (.*)$/, "Above the limit of short sales: needs {0}, left {1}"],
+  [/^用户撤单$/, "Cancelled by the user"],
+  [/^数据库写入失败, 未作任何更改: (.*)$/, "The terminal could not store it and changed nothing: {0}"],
+  [/^未知的功能: (.*)$/, "The terminal does not know {0}"],
+  [/^没有账户 (.*)$/, "There is no account {0}"],
+  [/^没有合约 (.*)$/, "There is no instrument {0}"],
+  [/^暂不支持条件单$/, "Conditional orders are not supported"],
+
+  // English, from the gateway and the library
+  [/^this token may not (.*): its rights are (.*)$/, "此令牌没有 {0} 权限，现有权限：{1}"],
+  [/^wrong token: .*$/, "令牌不正确，请使用终端显示的令牌"],
+  [/^can not find tid by index:(.*)$/, "没有编号为 {0} 的账户"],
+  [/^can not find code property by hashcode:(.*)$/, "没有编号为 {0} 的合约"],
+  [/^(\d+) requests wait for their reply already$/, "未回复的请求过多（{0} 个），请稍后再试"],
+  [/^the terminal cannot remember this request, so it is not carried out: (.*)$/, "终端无法记录该请求，没有执行：{0}"],
+  [/^the outcome of this request is not known.*$/, "该请求的结果未知，请先查看委托列表"],
+  [/^the key (.*) belongs to another request$/, "编号 {0} 已用于另一请求"],
+  [/^data has more than 1000 elements: ask in parts$/, "一次最多 1000 条，请分批提交"],
+];
+
+function isChinese(text: string): boolean {
+  return /[\u4e00-\u9fff]/.test(text);
+}
+
+// The terminal's own text, under its meaning in the page's language if that is another one.
+export function explained(text: string): string {
+  if (isChinese(text) === (currentLanguage() === "zh")) return text;
+  for (const [pattern, meaning] of kRefusals) {
+    const found = pattern.exec(text);
+    if (found === null) continue;
+    return `${meaning.replace(/\{(\d)\}/g, (_, place: string) => found[Number(place) + 1])}\n${text}`;
+  }
+  return text;
+}

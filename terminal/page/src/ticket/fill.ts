@@ -1,0 +1,53 @@
+import { decimalsOf } from "../format";
+import { Account, Quote } from "../wire/values";
+import { Action, actionsOf, Holding, isClosing, kNothing, kNoTicket, oppositeQuote, Ticket } from "./ticket";
+
+// Tickets filled in from a position or from a choice of what to do.
+
+type LegName = "long" | "short";
+
+// Limit orders start at the opposite quote, where they are filled at once.
+export function quotedPrice(side: number, quote: Quote): string {
+  return oppositeQuote(side, quote).toFixed(decimalsOf(quote.priceTick));
+}
+
+export function ticketFor(account: Account, quote: Quote, action: Action, volume: number): Ticket {
+  return {
+    ...kNoTicket,
+    index: account.index,
+    hashCode: quote.hashCode,
+    side: action.side,
+    combOffset: action.offset,
+    price: quotedPrice(action.side, quote),
+    volume: volume > 0 ? String(volume) : "",
+  };
+}
+
+function actionFor(account: Account, leg: LegName, closes: boolean): Action {
+  const held: Holding = { ...kNothing, [leg]: 1 };
+  const actions = actionsOf(account, held);
+  const isWanted = ({ closes: what }: Action) => what === (closes ? leg : "");
+  const wanted = actions.filter(isWanted);
+  // Of the openings, the first buys; on the short side the last one sells.
+  return closes || leg === "long" ? wanted[0] : wanted[wanted.length - 1];
+}
+
+export function closing(account: Account, quote: Quote, leg: LegName, free: number): Ticket {
+  return ticketFor(account, quote, actionFor(account, leg, true), Math.min(free, quote.maxVolume));
+}
+
+export function opening(account: Account, quote: Quote, leg: LegName): Ticket {
+  return ticketFor(account, quote, actionFor(account, leg, false), quote.volumeStep);
+}
+
+export function reversal(account: Account, quote: Quote, leg: LegName, volume: number): Ticket {
+  return { ...closing(account, quote, leg, volume), reverses: true };
+}
+
+// The ticket with another way to trade. Its price follows to that side's opposite quote, and its volume to what the
+// order can close.
+export function withAction(ticket: Ticket, account: Account, quote: Quote, action: Action, free: number): Ticket {
+  const closes = action.closes !== "" && isClosing(action.offset);
+  const volume = closes ? Math.min(free, quote.maxVolume) : quote.volumeStep;
+  return { ...ticketFor(account, quote, action, volume), priceType: ticket.priceType };
+}

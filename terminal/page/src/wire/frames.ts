@@ -1,0 +1,45 @@
+import { misfit } from "./check";
+import { kFrames, kPushes, kReplies } from "./shapes";
+import { FrameFailure, FramePush, FrameReply, FrameText } from "./types";
+
+// What a frame of the terminal turned out to be.
+export type Frame =
+  | { kind: "reply"; id: unknown; topic: string; data: unknown }
+  | { kind: "failure"; id: unknown; topic: string; message: string }
+  | { kind: "garbled"; id: unknown; text: string } // what cannot be read of it, or where it breaks the contract
+  | { kind: "push"; seq: number; topic: string; message: string; data: unknown; wrong: string };
+
+function parse(text: string): unknown {
+  try {
+    return JSON.parse(text);
+  } catch {
+    return undefined;
+  }
+}
+
+function readPush(push: FramePush): Frame {
+  const { seq, topic, message, data } = push;
+  const shape = kPushes[topic];
+  const wrong = push.text ?? (shape === undefined || data === null ? "" : misfit(data, shape));
+  return { kind: "push", seq, topic, message, data, wrong };
+}
+
+// `asked` is the topic of the request with this id, whose contract the reply's data must keep: the reply's own topic
+// may be another one. Undefined if there is no such request.
+export function readFrame(text: string, asked: (id: unknown) => string | undefined): Frame {
+  const frame = parse(text);
+  if (misfit(frame, kFrames.push) === "") return readPush(frame as FramePush);
+  if (misfit(frame, kFrames.text) === "") {
+    const { id, text: unreadable } = frame as FrameText;
+    return { kind: "garbled", id, text: unreadable };
+  }
+  const id = (frame as { id?: unknown } | undefined)?.id;
+  const wrong = misfit(frame, kFrames.reply);
+  if (wrong !== "") return { kind: "garbled", id, text: `${wrong}: ${text}` };
+  const { topic, data, message } = frame as FrameReply | FrameFailure;
+  if (message !== "") return { kind: "failure", id, topic, message };
+  const shape = kReplies[asked(id) ?? ""];
+  const misfitting = shape === undefined ? "" : misfit(data, shape);
+  if (misfitting !== "") return { kind: "garbled", id, text: misfitting };
+  return { kind: "reply", id, topic, data };
+}

@@ -1,0 +1,203 @@
+#!/usr/bin/python3
+"""Lost replies, lost connections and what comes while nobody looks. Usage: breaktest.py POCKET_TERMINAL"""
+import signal
+
+from selenium.webdriver.common.keys import Keys
+
+from page import PageTest, main
+
+
+class BreakTest(PageTest):
+    # Orders of another client that rest below the market, one of each volume. Returns their price.
+    def place(self, *volumes, price=None):
+        quote = next(row for row in self.terminal.call("quote.list", {}) if row["hashCode"] == 3000001)
+        price = price or quote["bidPrice"] - 4
+        self.terminal.call("order.new", {"orderList": [
+            {"index": 1, "hashCode": 3000001, "side": 1, "combOffset": 1, "priceType": 1, "price": price, "offset": 0,
+             "volume": volume, "insertTimestamp": 1, "source": "another"} for volume in volumes]})
+        return price
+
+    # Moves the market to where it fills them.
+    def fillAt(self, price):
+        self.terminal.call("quote.set", {"hashCode": 3000001, "price": price - 1})
+
+    def hide(self, isHidden):
+        self.run_js("""Object.defineProperty(document, 'visibilityState',
+                {value: arguments[0] ? 'hidden' : 'visible', configurable: true});
+            document.dispatchEvent(new Event('visibilitychange'));""", isHidden)
+
+    def test_link_logs_in_and_a_reload_stays(self):
+        self.assertNotIn("token", self.browser.current_url)
+        self.assertEqual("pocket-terminal", self.browser.title.split(" · ")[-1])
+        self.browser.refresh()  # the address has no token any more, the device has
+        self.see(".link.online")
+
+    def test_terminal_goes_and_comes_back(self):
+        self.go("positions")
+        self.see("[data-list=positions]:not(.stale) .row")
+        self.terminal.end()
+        self.see(".banner", "Disconnected")
+        self.see("[data-list=positions].stale .stale-mark")
+        self.assertEqual([], self.faults())
+        self.terminal.start()
+        self.see("[data-list=positions]:not(.stale) .row")
+        self.gone(".banner")
+
+    def test_a_terminal_that_does_not_answer_is_stale_after_five_seconds(self):
+        self.go("orders/fills")  # asked for twice a minute
+        self.see("[data-list=fills]:not(.stale) .row")
+        self.run_js("""window.since = performance.now();
+            new MutationObserver(() => {
+                if (document.querySelector('.list.stale')) window.staleAfter ??= performance.now() - window.since;
+            }).observe(document.body, {attributes: true, subtree: true});""")
+        self.terminal.end(signal.SIGSTOP)
+        self.see(".list.stale")
+        self.see(".banner", "does not answer")
+        self.terminal.process.send_signal(signal.SIGCONT)
+        self.assertTrue(3000 < self.run_js("return window.staleAfter") < 7000)
+        self.see(".list:not(.stale)")
+
+    def test_offline_counts_at_once(self):
+        self.go("positions")
+        self.see("[data-list=positions]:not(.stale) .row")
+        self.assertTrue(self.run_js("""dispatchEvent(new Event('offline'));
+            return new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(() =>
+                done(document.querySelector('[data-list=positions].stale') !== null))));"""))
+        self.run_js("dispatchEvent(new Event('online'))")
+        self.see("[data-list=positions]:not(.stale) .row")
+
+    def test_order_whose_reply_is_lost_is_found(self):
+        self.ticket("TA701", "Buy to open", 4502, 1)
+        said = self.review()
+        self.run_js("window.isDeaf = true")
+        self.confirm()
+        self.wait(lambda: self.orders(price=4502), "the order did not reach the terminal")
+        self.assertSent(said)
+        self.terminal.end()
+        self.see(".outgoing.unknown", "Unknown")
+        self.browser.get("about:blank")  # a page that is closed does not forget it
+        self.terminal.start()
+        self.browser.get(self.terminal.link)
+        self.see(".notice", "did arrive")
+        self.gone(".outgoing")
+        self.assertEqual(1, len(self.orders(price=4502)))
+
+    def test_order_that_never_arrived_is_sent_again_once(self):
+        self.ticket("TA701", "Buy to open", 4504, 1)
+        self.review()
+        self.terminal.end(signal.SIGSTOP)
+        self.confirm()
+        self.see(".outgoing.sending, .outgoing.unknown")
+        self.terminal.end()
+        first = self.frames("order.new")[0]
+        self.see(".outgoing.unknown")
+        self.terminal.start()
+        self.see(".outgoing.missing")
+        self.assertEqual([], self.orders(price=4504))
+        self.tap(".outgoing button", "Send again")
+        self.gone(".outgoing")
+        again = self.frames("order.new")[-1]
+        self.assertEqual((first["key"], first["data"]), (again["key"], again["data"]))
+        self.assertEqual(1, len(self.orders(price=4504)))
+
+    def test_missed_pushes_are_resumed_and_a_gap_asks_for_lists(self):
+        self.go("assets")
+        price = self.place(1)
+        self.run_js("window.isDeaf = true")
+        self.fillAt(price)  # its push is missed
+        self.run_js("dispatchEvent(new Event('offline')); window.isDeaf = false; dispatchEvent(new Event('online'))")
+        self.see("button.notice-text", f"白糖701 1 @ {price:,.0f}")
+        resumed = self.frames("login")[-1]["resume"]
+        self.assertGreater(resumed["seq"], 0)
+        self.tap("button[aria-label=Dismiss]")
+        asked = len(self.frames("capital.list"))
+        self.run_js("window.lostSeq = arguments[0]", resumed["seq"] + 3)
+        self.place(1, price=5095)
+        self.place(1, price=5095)
+        self.wait(lambda: len(self.frames("trader.list")) > 1 and len(self.frames("capital.list")) > asked, "no fresh lists")
+
+    def test_a_burst_of_fills_is_one_notice_that_covers_no_control(self):
+        price = self.place(3, 4, 5)
+        self.ticket("TA701", "Buy to open", 4506, 1)
+        self.fillAt(price)
+        self.see("dialog .notice.fill", f"3 fills, the last: Buy to open 白糖701 5 @ {price:,.0f} · 80010001")
+        covered = self.run_js("""return [...document.querySelectorAll('dialog .panel button, dialog .panel input')]
+            .filter((control) => {
+                const {x, y, width, height} = control.getBoundingClientRect();
+                const at = document.elementFromPoint(x + width / 2, y + height / 2);
+                return at?.closest('.notices');
+            }).map((control) => control.outerHTML)""")
+        self.assertEqual([], covered)
+        self.tap("dialog .notice button[aria-label=Dismiss]")
+        self.gone("dialog .notice")
+        self.assertEqual("4506", self.see("#price").get_attribute("value"))  # nothing else was closed
+        self.browser.back()
+        self.gone("dialog")
+
+    def test_a_fill_opens_from_its_notice_over_a_dialog_and_leads_back(self):
+        price = self.place(2)
+        self.ticket("TA701", "Buy to open", 4508, 1)
+        self.fillAt(price)
+        self.tap("button.notice-text", f"Buy to open 白糖701 2 @ {price:,.0f} · 80010001")
+        self.see("dialog h2", "白糖701")
+        self.assertIn(f"{price:,.0f}", self.see("dialog .fields").text)
+        self.browser.back()
+        self.assertEqual("4508", self.see("#price").get_attribute("value"))
+
+    def test_what_comes_while_hidden_is_kept_with_a_badge(self):
+        self.go("orders/fills")
+        self.see(".row")
+        self.go("positions")
+        self.see(".row")
+        price = self.place(6)
+        self.hide(True)
+        self.fillAt(price)
+        self.wait(lambda: self.browser.title.startswith("(1) "), "no count in the title")
+        self.assertIn("1", self.see(".tab .badge").text)
+        self.hide(False)
+        self.see("button.notice-text", f"白糖701 6 @ {price:,.0f}")
+        self.tap(".tab[href='#/orders']")
+        self.gone(".badge")
+        self.assertFalse(self.browser.title.startswith("("))
+
+    def test_rights_that_are_missing_are_not_offered(self):
+        for rights, offered in ((["see"], set()), (["see", "cancel"], {".cancel"}),
+                                (["see", "trade"], {".tab.trade"}), (["see", "cancel", "trade"], {".cancel", ".tab.trade"})):
+            self.run_js("localStorage.setItem('test-rights', arguments[0])", str(rights).replace("'", '"'))
+            self.browser.get("about:blank")
+            self.browser.get(self.terminal.link.split("#")[0] + "#/orders")
+            self.see(".row", "平安银行")
+            self.assertEqual(offered, {each for each in (".cancel", ".tab.trade") if self.found(each)})
+            if "trade" not in rights:
+                self.go("monitor/sync")
+                self.see("[data-list=sync] .row")
+                self.assertEqual([], self.found(".row input"))
+
+    def test_wrong_token_and_forgetting_lead_to_the_login(self):
+        self.ticket("TA701", "Buy to open", 4510, 1)
+        self.browser.back()
+        self.gone("dialog")
+        self.go("settings")
+        self.tap("button", "Forget this device")
+        self.see("input[name=token]")
+        kept = self.run_js("return Object.keys(localStorage).filter((name) => name !== 'language' && name !== 'prefs')")
+        self.assertEqual([], kept)
+        self.see("input[name=token]").send_keys("wrong", Keys.ENTER)
+        self.see("[role=alert]", "wrong token")
+        self.assertEqual([], self.faults())
+        self.browser.refresh()
+        self.see("input[name=token]")
+
+    def test_every_control_has_a_name(self):
+        named = {"button", "link", "textbox", "combobox", "checkbox", "radio", "dialog", "navigation", "meter", "listbox"}
+        for view, sheet in (("assets", ""), ("positions", ""), ("orders", ""), ("monitor/sync", ""), ("settings", ""),
+                            ("positions", "trade")):
+            self.go(view + (f"+{sheet}" if sheet else ""))
+            self.see("dialog" if sheet else ".settings" if view == "settings" else ".list")
+            tree = self.browser.execute_cdp_cmd("Accessibility.getFullAXTree", {})["nodes"]
+            self.assertEqual([], [node["role"]["value"] for node in tree if not node["ignored"] and
+                                  node["role"]["value"] in named and not node.get("name", {}).get("value")], view)
+
+
+if __name__ == "__main__":
+    main()

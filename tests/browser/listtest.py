@@ -1,0 +1,155 @@
+#!/usr/bin/python3
+"""The lists: what they show, sort and filter, and how they bear thousands of rows. Usage: listtest.py POCKET_TERMINAL"""
+import os
+
+from page import PageTest, main, number
+
+MANY = "".join(
+    f"INSERT INTO instrument SELECT {9_000_000 + n}, code_class, exchange, 'x{n}', '合约{n}', code_type, multiplier,"
+    "price_tick, lot, max_volume, pre_close, pre_settlement, lower_limit, upper_limit FROM instrument"
+    f" WHERE hash_code = 1000001; INSERT INTO holding VALUES (1, {9_000_000 + n}, 1, {n % 7 + 1}, 0, 0, 3300, 0, 0);"
+    for n in range(5000))
+
+
+class ListTest(PageTest):
+    def names(self):
+        return self.run_js("return [...document.querySelectorAll('.row .code b')].map((name) => name.innerText)")
+
+    def test_figures_are_those_of_the_terminal(self):
+        capital = {row["index"]: row for row in self.terminal.call("capital.list", [])}
+        today = sum(row["todayFloatingProfit"] + row["closeProfit"] for row in capital.values())
+        start = sum(row["preBalance"] + row["deposit"] for row in capital.values())
+        self.see(".equity", f"{capital[1]['dynamicAmount']:,.2f}")
+        shown = f"{today:+,.2f} {today / start * 100:+.2f}%".replace("-", "−")
+        self.see(".sum", shown)
+        self.go("positions")  # the same figure under the same name
+        self.see(".totals", f"Today's profit {shown}")
+        positions = self.terminal.call("position.list", [])
+        floating = sum(row["floatPorfit"] for row in positions)
+        self.see(".totals", f"Floating profit {floating:+,.2f}".replace("-", "−"))
+        self.choose("Account", "A60012345")
+        shown = capital[2]["todayFloatingProfit"] + capital[2]["closeProfit"]
+        self.see(".totals", f"Today's profit {shown:+,.2f}".replace("-", "−"))
+        self.assertEqual({row["codeName"] for row in positions if row["index"] == 2 and row["longPosition"]}, set(self.names()))
+        self.tap(".row-main", "贵州茅台")
+        row = next(row for row in positions if row["index"] == 2 and row["codeName"] == "贵州茅台")
+        fields = dict(zip(*[iter(self.see("dialog .fields").text.split("\n"))] * 2))
+        for name, member in (("Floating profit", "floatPorfit"), ("Today's profit", "todayPorfit")):
+            self.assertAlmostEqual(row[member], number(fields[name]), 2)
+        self.browser.back()
+        self.gone("dialog")
+        self.choose("Account", "80010001")
+        self.tap(".row-main", "铁矿石")  # held short
+        fields = dict(zip(*[iter(self.see("dialog .fields").text.split("\n"))] * 2))
+        self.assertLess(number(fields["Net market value"]), 0)
+
+    def test_eight_positions_are_seen_one_leg_a_row(self):
+        self.go("positions")
+        self.see("[data-list=positions] .row")
+        seen = self.run_js("""const bottom = document.querySelector('.tabs').getBoundingClientRect().top;
+            return [...document.querySelectorAll('.row')].filter(
+                (row) => row.getBoundingClientRect().bottom <= bottom + 1).length""")
+        self.assertGreaterEqual(seen, 8)
+        legs = self.run_js("""return Object.fromEntries([...document.querySelectorAll('.row')].map(
+            (row) => [row.querySelector('b').innerText, row.querySelectorAll('.leg').length]))""")
+        self.assertEqual((1, 2), (legs["沪金2702"], legs["螺纹钢2701"]))
+
+    def test_positions_are_sorted_by_profit_size_and_name(self):
+        self.go("positions")
+        self.see("[data-list=positions] .row")
+        rows = [row for row in self.terminal.call("position.list", []) if row["longPosition"] + row["shortPosition"]]
+        for option, member in (("Floating profit", "floatPorfit"), ("Today's profit", "todayPorfit"),
+                               ("Market value", "totalMarketValue")):
+            self.choose("Sort by", option)
+            expected = [row["codeName"] for row in sorted(rows, key=lambda row: -row[member])][:3]
+            self.wait(lambda: self.names()[:3] == expected, f"not sorted by {option}: {self.names()[:3]}")
+        self.tap("button[aria-label=descending]")
+        expected = min(rows, key=lambda row: row["totalMarketValue"])["codeName"]
+        self.wait(lambda: self.names()[0] == expected, "not sorted upwards")
+        self.choose("Sort by", "Instrument")
+        self.wait(lambda: self.names()[0] == min(self.names()[0], "白糖701", "创业板ETF"), "not sorted by name")
+
+    def test_orders_are_filtered_and_a_refusal_says_why(self):
+        self.go("orders")
+        self.see(".row", "平安银行")
+        for text, status in (("Working", 1), ("Filled", 2), ("Cancelled", 3), ("Refused", 4)):
+            self.choose("Status", text)
+            rows = self.orders(status=status)
+            self.wait(lambda: len(self.found(".row")) == len(rows), f"not the {text} ones")
+        refused = self.see(".row", "Price 111 is outside the limits 106.065 to 110.395")
+        self.assertIn("委托价格 111 超出涨跌停范围", refused.text)
+
+    def test_language_and_colours_are_remembered(self):
+        self.go("settings")
+        color = "return getComputedStyle(document.documentElement).getPropertyValue('--gain')"
+        red = self.run_js(color)
+        self.tap(".settings .choices label", "Green up")
+        self.wait(lambda: self.run_js(color) != red, "the colours did not change")
+        self.tap(".settings .choices label", "中文")
+        self.browser.refresh()
+        self.see("h1", "设置")
+        self.assertNotEqual(red, self.run_js(color))
+        self.tap(".settings .choices label", "红涨绿跌")
+        self.tap(".settings .choices label", "English")
+        self.see("h1", "Settings")
+
+
+# Scrolls for three seconds from a fresh snapshot on: the next one is not asked for while the list moves.
+SCROLL = """
+const done = arguments[arguments.length - 1];
+const tasks = [];
+let frames = 0;
+const step = () => new Promise((next) => requestAnimationFrame(next));
+const asked = () => window.sent.filter((frame) => frame.topic === 'position.list').length;
+const isWaiting = () => document.querySelector('.age').innerText.includes('just now');
+(async () => {
+    while (isWaiting()) await step();
+    while (!isWaiting()) await step();
+    const observer = new PerformanceObserver((list) => tasks.push(...list.getEntries().map((task) => task.duration)));
+    observer.observe({entryTypes: ['longtask']});
+    const [begin, before] = [performance.now(), asked()];
+    for (; performance.now() - begin < 3000; ++frames) {
+        scrollBy(0, 120);  // a quick flick
+        await step();
+    }
+    await new Promise((next) => setTimeout(next, 50));
+    observer.disconnect();
+    done({tasks, frames, at: scrollY, asked: asked() - before, rows: document.querySelectorAll('.row').length,
+          seen: document.querySelector('.row:last-child').innerText});
+})();"""
+SLOWED = 4
+
+
+class LongListTest(PageTest):
+    change = MANY
+
+    def processorTime(self):
+        metrics = self.browser.execute_cdp_cmd("Performance.getMetrics", {})["metrics"]
+        return next(metric["value"] for metric in metrics if metric["name"] == "TaskDuration") * 1000
+
+    def test_five_thousand_positions_scroll_on_a_slow_phone(self):
+        self.go("positions")
+        self.see(".row")
+        self.choose("Account", "80010001")
+        self.see(".age", "5007")  # one of the sample has an order only
+        self.browser.set_script_timeout(60)
+        self.browser.execute_cdp_cmd("Performance.enable", {"timeDomain": "threadTicks"})
+        before = self.processorTime()
+        result = self.browser.execute_async_script(SCROLL)
+        perFrame = (self.processorTime() - before) / result["frames"]
+        self.assertGreater(result["at"], 120 * result["frames"] - 1000)
+        self.assertEqual(0, result["asked"])
+        self.assertIn("合约", result["seen"])
+        self.assertLess(result["rows"], 60)
+        print(f"{result['frames']} frames, {perFrame:.1f} ms of the processor for each", end=" ", flush=True)
+        self.assertLess(perFrame * SLOWED, 50)
+        if os.getloadavg()[0] > os.cpu_count():
+            return print("(too many programs run for the length of tasks to mean anything)", end=" ", flush=True)
+        self.browser.execute_cdp_cmd("Emulation.setCPUThrottlingRate", {"rate": SLOWED})
+        result = self.browser.execute_async_script(SCROLL)
+        self.browser.execute_cdp_cmd("Emulation.setCPUThrottlingRate", {"rate": 1})
+        self.assertEqual([], [round(task) for task in result["tasks"] if task > 50])
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,163 @@
+"""What the tests of the page have in common: a terminal, a browser, and a trader's hands and eyes."""
+import pathlib
+import sys
+import tempfile
+import unittest
+
+from selenium.common.exceptions import StaleElementReferenceException
+from selenium.webdriver.common.by import By
+from selenium.webdriver.common.keys import Keys
+from selenium.webdriver.support.ui import WebDriverWait
+
+from terminal import Terminal, openBrowser, resize
+
+HERE = pathlib.Path(__file__).parent
+CHECKS = (HERE / "checks.js").read_text()
+PATIENCE = 20
+VIEWS = ("assets assets/classes assets/credit assets/margin positions orders orders/fills monitor monitor/sync "
+         "monitor/manual settings").split()
+SIDES = {"Buy": 1, "Sell": 2, "Margin buy": 3, "Short sell": 4, "Buy to return": 5, "Sell to repay": 6}
+OFFSETS = {"": 0, "to open": 1, "to close": 4, "to close today's": 5, "to close yesterday's": 6}
+DEALS = {f"{side} {offset}".strip(): (SIDES[side], OFFSETS[offset])
+         for side in SIDES for offset in OFFSETS if not offset or side in ("Buy", "Sell")}
+
+
+def number(text):
+    return float(text.replace(",", "").replace("−", "-"))
+
+
+class PageTest(unittest.TestCase):
+    change = ""  # SQL on the sample book
+    program = ""
+
+    @classmethod
+    def setUpClass(cls):
+        folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(folder.cleanup)
+        cls.terminal = Terminal(cls.program, folder.name + "/data", cls.change)
+        cls.addClassCleanup(lambda: cls.terminal.end())
+        cls.browser = openBrowser(folder.name + "/profile")
+        cls.addClassCleanup(cls.browser.quit)
+
+    def setUp(self):
+        if self.terminal.process.poll() is not None:  # a test that failed left it so
+            self.terminal.start()
+        self.taps = 0
+        resize(self.browser, 360, 740)
+        self.open()
+
+    def open(self):
+        self.browser.get("about:blank")
+        self.browser.get(self.terminal.link)
+        self.see(".link.online")
+
+    def run_js(self, script, *values):
+        return self.browser.execute_script(script, *values)
+
+    def wait(self, condition, what):
+        patient = WebDriverWait(self.browser, PATIENCE, 0.03, ignored_exceptions=[StaleElementReferenceException])
+        return patient.until(lambda _: condition(), what)
+
+    def found(self, selector):
+        return self.browser.find_elements(By.CSS_SELECTOR, selector)
+
+    # The first element that the selector finds and that has the text.
+    def see(self, selector, text=""):
+        def found():
+            return next((element for element in self.found(selector) if text in element.text), None)
+        return self.wait(found, f"{selector} with {text!r} is not there")
+
+    def gone(self, selector):
+        self.wait(lambda: not self.found(selector), f"{selector} is still there")
+
+    # A finger: what is covered or disabled is not tapped.
+    def tap(self, selector, text=""):
+        self.taps += 1
+        element = self.see(selector, text)
+        self.wait(lambda: element.is_enabled(), f"{selector} with {text!r} stays disabled")
+        self.run_js("""const at = arguments[0].getBoundingClientRect();
+            if (!arguments[0].closest('dialog, .tabs, header') && (at.top < 60 || at.bottom > innerHeight - 70)) {
+                arguments[0].scrollIntoView({block: 'center'});  // as a finger scrolls: out from under the navigation
+            }""", element)
+        element.click()
+
+    def go(self, view):
+        self.run_js("location.hash = '#/' + arguments[0]", view)
+
+    def fill(self, field, text):
+        element = self.see(f"dialog #{field}")
+        element.send_keys(Keys.CONTROL, "a")
+        element.send_keys(text)
+
+    def choose(self, label, text):
+        self.run_js("""const pick = [...document.querySelectorAll('.pick')].findLast(
+                (each) => each.querySelector('.hidden').textContent === arguments[0]).querySelector('select');
+            pick.value = [...pick.options].find((each) => each.text.startsWith(arguments[1])).value;
+            pick.dispatchEvent(new Event('change', {bubbles: true}));""", label, text)
+
+    # The ticket, up to its review.
+    def ticket(self, code, action="", price=None, volume=None, account="80010001", market=False):
+        self.tap(".tab.trade")
+        self.see("dialog .ticket")
+        self.choose("Account", account)
+        if self.found("dialog .combo > button"):
+            self.tap("dialog .combo > button")
+        self.fill("instrument", code)
+        self.tap(".found [role=option]", code)
+        if action:
+            self.tap("dialog .choices label", action)
+        if market:
+            self.choose("Price type", "Market")
+        if price is not None:
+            self.fill("price", str(price))
+        if volume is not None:
+            self.fill("volume", str(volume))
+
+    def review(self):
+        self.tap("dialog .primary", "Review")
+        self.see("dialog .confirm")
+        return self.confirmed()
+
+    # What the confirmation says.
+    def confirmed(self):
+        lines = self.run_js("""return [...document.querySelectorAll('dialog .confirm > div')].map(
+            (line) => [line.querySelector('dt').innerText, line.querySelector('dd').innerText])""")
+        return {**dict(lines), "Deal": self.see("dialog .headline").text.rsplit(" ", 1)[0]}
+
+    def confirm(self):
+        self.tap("dialog .actions button.buy, dialog .actions button.sell")
+
+    def frames(self, topic):
+        return self.run_js("return window.sent.filter((frame) => frame.topic === arguments[0])", topic)
+
+    # That the order sent is the order shown, by names on the screen and numbers on the wire.
+    def assertSent(self, said, place=-1):
+        sent = self.frames("order.new")[place]["data"]["orderList"][0]
+        accounts = {row["index"]: row["userCode"] for row in self.terminal.call("account.list", {})}
+        codes = {row["hashCode"]: row["codeExch"] for row in self.terminal.call("quote.list", {})}
+        self.assertEqual(said["Account"].split(" ")[0], accounts[sent["index"]])
+        self.assertTrue(said["Instrument"].endswith(codes[sent["hashCode"]]), (said, sent))
+        self.assertEqual(DEALS[said["Deal"]], (sent["side"], sent["combOffset"]))
+        self.assertEqual(number(said["Volume"]), sent["volume"])
+        kind, price = said["Price"].replace("≈ ", "").split(" ")
+        self.assertEqual({"Limit": (1, number(price)), "Market": (2, 0)}[kind], (sent["priceType"], sent["price"]))
+        return sent
+
+    def orders(self, **wanted):
+        rows = self.terminal.call("order.list", [])
+        return [row for row in rows if all(row[name] == value for name, value in wanted.items())]
+
+    def faults(self, *checks):
+        return self.run_js(CHECKS, *checks)
+
+    def tearDown(self):
+        severe = [entry["message"] for entry in self.browser.get_log("browser") if "ERR_CONNECTION" not in
+                  entry["message"] and "WebSocket connection" not in entry["message"]]
+        self.run_js("localStorage.removeItem('drafts'); localStorage.removeItem('test-rights');"
+                    "localStorage.removeItem('outgoing'); localStorage.setItem('seenFills', Date.now())")
+        self.assertEqual([], severe)
+
+
+def main():
+    PageTest.program = sys.argv.pop(1)
+    unittest.main(verbosity=2)

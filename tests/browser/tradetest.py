@@ -1,0 +1,311 @@
+#!/usr/bin/python3
+"""Orders from the ticket to the terminal. Usage: tradetest.py POCKET_TERMINAL"""
+
+from page import PageTest, main, number
+from terminal import resize
+
+
+class TradeTest(PageTest):
+    # The options account is logged in, one may not order, and a target needs three orders that are alike.
+    change = """UPDATE account SET online = 1 WHERE idx = 3;
+        INSERT INTO account SELECT 5, 'N0050005', 1, 1, 1, 1, 0, 1000000, 0, 0, 0;
+        INSERT INTO account SELECT 6, 'X0060006', 1, 1, 0, 1, 1, 1000000, 0, 0, 0;
+        UPDATE strategy_target SET long_volume = 1508 WHERE hash_code = 1000001 AND strategy = '趋势一号';"""
+
+    def test_buy_two_see_the_fill_and_close_them_in_eight_taps(self):
+        self.run_js("localStorage.removeItem('drafts')")
+        self.open()
+        self.taps = 0
+        self.tap(".tab.trade")
+        self.tap(".found [role=option]", "SR701")
+        self.tap("dialog button[aria-label='More Volume']")
+        bought = self.review()
+        self.assertEqual("Buy to open", bought["Deal"])
+        self.confirm()
+        self.assertSent(bought)
+        self.tap("button.notice-text", "Filled: Buy to open 白糖701 2 @ 5,491 · 80010001")
+        self.tap("dialog .actions button", "Close")
+        closed = self.confirmed()
+        self.assertEqual(("Sell to close", "2"), (closed["Deal"], closed["Volume"]))
+        self.assertEqual(("long 2 / short 0", "long 0 / short 0"), (closed["Position before"], closed["Position after"]))
+        self.confirm()
+        self.see("button.notice-text", "Filled: Sell to close 白糖701 2")
+        self.assertSent(closed)
+        self.assertLessEqual(self.taps, 8)
+        held = [row for row in self.terminal.call("position.list", [1]) if row["code"] == "SR701"]
+        self.assertEqual([0], [row["longPosition"] for row in held])
+
+    def test_each_kind_of_account_sends_what_it_shows(self):
+        for account, code, action, price, volume, isMarket in (
+                ("80010001", "TA701", "Buy to open", 4500, 3, False),
+                ("80010001", "TA701", "Sell to open", None, 1, True),
+                ("80010001", "m2701", "Close long", "3,100", 2, False),
+                ("80010001", "cu2701", "Close short", None, 1, True),
+                ("A60012345", "000858", "Buy", 120.5, 200, False),
+                ("A60012345", "601318", "Buy", None, 100, True),
+                ("A60012345", "600036", "Sell", 45, 300, False),
+                ("80080003", "10008001", "Buy to open", 0.05, 4, False),
+                ("80080003", "IO2612", "Close long", 500.2, 1, False),
+                ("E0450016", "000001", "Margin buy", 10.5, 500, False),
+                ("E0450016", "600036", "Short sell", 46, 100, False),
+                ("E0450016", "000858", "Buy to return", 115, 200, False),
+                ("E0450016", "601318", "Sell to repay", 60, 400, False)):
+            with self.subTest(account=account, code=code, action=action):
+                self.ticket(code, action, price, volume, account, isMarket)
+                said = self.review()
+                self.assertEqual(account, said["Account"].split(" ")[0])
+                self.assertIn(code, said["Instrument"])
+                self.assertEqual(action.startswith("Close"), "to close" in said["Deal"])
+                if reasons := self.found(".reasons input"):
+                    reasons[0].click()
+                self.confirm()
+                self.gone("dialog")
+                sent = self.assertSent(said)
+                if price is not None:
+                    self.assertEqual((number(str(price)), volume), (sent["price"], sent["volume"]))
+                source = sent["source"]
+                self.wait(lambda: self.orders(source=source), f"{source} is not at the terminal")
+                self.assertNotIn(4, [row["status"] for row in self.orders(source=source)])
+
+    def test_holding_one_side_preselects_closing_it(self):
+        self.ticket("i2701")
+        self.assertEqual("Close short 5", self.run_js(
+            "return document.querySelector('dialog .choices input:checked + span').innerText"))
+        self.assertEqual("5", self.see("#volume").get_attribute("value"))
+        facts = self.see("dialog .facts").text
+        for text in ("Available", "long 0 / short 5", "707.5 – 830.5", "0.5"):
+            self.assertIn(text, facts)
+        self.assertFalse(self.see("dialog .part").get_attribute("open"))
+        self.tap("dialog .part summary")
+        self.tap("dialog .part label", "Yesterday's")
+        said = self.review()
+        self.assertEqual("Buy to close yesterday's", said["Deal"])
+        self.assertEqual(("long 0 / short 5", "long 0 / short 0"), (said["Position before"], said["Position after"]))
+
+    def test_price_and_volume_are_seen_above_the_keyboard(self):
+        resize(self.browser, 360, 450)
+        self.ticket("au2702")
+        for field in ("price", "volume"):
+            box = self.see(f"#{field}").rect
+            self.assertTrue(self.run_js("""const box = document.getElementById(arguments[0]).getBoundingClientRect();
+                return document.elementFromPoint(box.x + box.width / 2, box.y + box.height / 2).id === arguments[0]
+                    && box.bottom <= innerHeight""", field), box)
+
+    def test_funds_margin_and_shares_of_the_largest_volume(self):
+        self.ticket("au2702", "Buy to open", 965)
+        available = next(row["available"] for row in self.terminal.call("capital.list", [1]))
+        largest = int(available // (965 * 1000 * 0.14 + 10))
+        for text, volume in (("All", largest), ("½", largest // 2), ("¼", largest // 4)):
+            self.tap("dialog .shares button", text)
+            self.assertEqual(str(volume), self.see("#volume").get_attribute("value"))
+            facts = self.see("dialog .facts").text
+            self.assertIn(f"{volume * 965 * 1000 * 0.14 + volume * 10:,.2f}", facts)
+            self.assertIn(f"Commission\n{volume * 10:,.2f}", facts)
+        said = self.review()
+        self.assertEqual(round(available - volume * (965 * 1000 * 0.14 + 10), 2), number(said["Available after"]))
+
+    def test_errors_are_beside_their_fields_and_named(self):
+        self.ticket("cu2701", "Buy to open", "86,155", "0")
+        self.tap("dialog .primary", "Review")
+        for field, text in (("price", "multiple of 10"), ("volume", "whole number from 1 to 200")):
+            element = self.see(f"#{field}[aria-invalid=true]")
+            self.assertIn(text, self.see("#" + element.get_attribute("aria-describedby")).text)
+        self.assertEqual("price", self.browser.switch_to.active_element.get_attribute("id"))
+        self.fill("price", "86,150")
+        self.gone("#price[aria-invalid]")
+        self.assertEqual([], self.faults())
+
+    def test_mistakes_need_a_second_different_tap(self):
+        for code, action, price, volume, reason in (
+                ("rb2701", "Buy to open", 3400, 1, "more than 1 %"),
+                ("rb2701", "Sell to open", 3325, 1, "hold the other side"),
+                ("au2702", "Buy to open", 950, 90, "available funds"),
+                ("au2702", "Buy to open", 950, 5, "more than 25 %")):
+            with self.subTest(reason=reason):
+                self.ticket(code, action, price, volume)
+                self.review()
+                self.assertIn(reason, self.see(".reasons").text)
+                self.run_js("window.isDue = false; setTimeout(() => window.isDue = true, 500)")
+                self.wait(lambda: self.run_js("return window.isDue"), "half a second")
+                self.assertFalse(self.see("dialog .actions .primary").is_enabled())
+                self.tap(".reasons input")
+                self.wait(lambda: self.see("dialog .actions .primary").is_enabled(), "not to be confirmed")
+                self.browser.back()
+                self.browser.back()
+                self.gone("dialog")
+                self.assertEqual([], self.frames("order.new"))
+
+    def test_a_ticket_survives_backdrop_reload_account_and_back(self):
+        def shown():
+            return [self.see(f"#{field}").get_attribute("value") for field in ("price", "volume")]
+        self.ticket("TA701", "Sell to open", "4,640", "3")
+        self.run_js("document.querySelector('dialog').click()")  # beside the panel
+        self.gone("dialog")
+        self.tap(".tab.trade")
+        self.assertEqual(["4,640", "3"], shown())
+        self.browser.refresh()
+        self.see("dialog #price")
+        self.assertEqual(["4,640", "3"], shown())
+        self.choose("Account", "A60012345")
+        self.gone("dialog #price")
+        self.choose("Account", "80010001")
+        self.see("dialog #price")
+        self.assertEqual(["4,640", "3"], shown())
+        self.review()
+        self.browser.back()
+        self.see("dialog .ticket")
+        self.assertEqual(["4,640", "3"], shown())
+        self.browser.back()
+        self.gone("dialog")
+        self.tap(".tab.trade")
+        self.assertEqual("Sell to open", self.confirmed_action())
+        self.assertEqual(["4,640", "3"], shown())
+
+    def confirmed_action(self):
+        return self.run_js("return document.querySelector('dialog .choices input:checked + span').innerText")
+
+    def test_double_tap_on_review_confirms_nothing(self):
+        self.ticket("TA701", "Buy to open", 4402, 1)
+        self.run_js("""document.querySelector('dialog form .primary').click();
+            setTimeout(() => { document.querySelector('dialog .primary').click(); window.isTapped = true; }, 100);""")
+        self.wait(lambda: self.run_js("return window.isTapped"), "not tapped")
+        self.wait(lambda: self.see("dialog .primary").is_enabled(), "not enabled")
+        self.assertEqual([], self.frames("order.new"))
+
+    def test_a_refusal_keeps_the_ticket_and_speaks_the_page_s_language(self):
+        self.ticket("T2703", "Buy to open", 107, 50)
+        self.run_js("""const send = WebSocket.prototype.send;
+            WebSocket.prototype.send = function (text) { send.call(this, text.replace('"volume":50', '"volume":51')); };""")
+        self.review()
+        if reasons := self.found(".reasons input"):
+            reasons[0].click()
+        self.confirm()
+        failure = self.see("dialog [role=alert]").text
+        self.assertIn("Volume 51 is above the limit of 50 for one order", failure)
+        self.assertIn("委托数量 51 超过单笔上限 50", failure)
+        self.tap("dialog .actions button", "Edit")
+        self.assertEqual("50", self.see("#volume").get_attribute("value"))
+
+    def test_who_may_not_order_is_not_offered_to(self):
+        self.run_js("localStorage.removeItem('drafts')")
+        for account in ("N0050005", "X0060006"):
+            self.ticket("TA701", "Buy to open", 4402, 1, account)
+            self.see("dialog .failure", "may not place orders")
+            self.tap("dialog .primary", "Review")
+            self.see("dialog .ticket")
+            self.run_js("localStorage.removeItem('drafts')")
+            self.open()
+        self.tap(".tab.trade")
+        self.assertEqual("80010001", self.run_js(
+            "return document.querySelector('dialog .pick select').selectedOptions[0].text"))
+
+    def test_positions_are_closed_added_to_and_reversed(self):
+        self.go("positions")
+        for button, said in (("Close", None), ("Add", "Buy to open")):
+            self.tap(".row-main", "沪金2702")
+            self.tap("dialog .actions button", button)
+            self.assertEqual([], self.frames("order.new"))
+            if said:
+                self.assertEqual(said, self.confirmed_action())
+            else:
+                self.assertEqual("Sell to close", self.confirmed()["Deal"])
+            self.go("positions")
+            self.gone("dialog")
+        self.tap(".row-main", "铁矿石2701")
+        self.tap("dialog .actions button", "Reverse")
+        said = self.confirmed()
+        held = self.terminal.call("position.list", [1])
+        volume = next(row["shortPosition"] for row in held if row["code"] == "i2701")
+        self.assertEqual((f"long 0 / short {volume}", f"long {volume} / short 0"),
+                         (said["Position before"], said["Position after"]))
+        self.confirm()
+        self.wait(lambda: len(self.frames("order.new")) == 2, "the second order was not sent")
+        self.assertSent(said, 0)
+        opening = self.frames("order.new")[1]["data"]["orderList"][0]
+        self.assertEqual((1, 1, volume), (opening["side"], opening["combOffset"], opening["volume"]))
+        def legs():
+            row = next(row for row in self.terminal.call("position.list", [1]) if row["code"] == "i2701")
+            return row["longPosition"], row["shortPosition"]
+        self.wait(lambda: legs() == (volume, 0), f"not reversed: {legs()}")
+
+    def test_an_order_is_pushed_amended_and_cancelled_whatever_account_is_picked(self):
+        self.ticket("000858", "Buy", 119.5, 100, "A60012345")
+        said = self.review()
+        self.confirm()
+        self.assertSent(said)
+        self.ticket("TA701", "Buy to open", 4410, 1)  # the ticket is another account's now
+        self.browser.back()
+        self.gone("dialog")
+        self.go("orders")
+        self.tap(".row-main", "100 @ 119.50")
+        self.tap("dialog .actions button", "Amend")
+        self.fill("price", "119.60")
+        amended = self.review()
+        self.confirm()
+        self.gone("dialog")
+        self.see(".row", "100 @ 119.60")
+        self.assertSent(amended)
+        self.assertEqual([3], [row["status"] for row in self.orders(price=119.5)])
+        self.assertEqual([1], [row["status"] for row in self.orders(price=119.6)])
+        row = self.orders(price=119.6)[0]
+        self.wait(lambda: self.run_js("""const row = [...document.querySelectorAll('.row')].find(
+            (each) => each.innerText.includes('119.60'));
+            row?.querySelector('.cancel')?.click();
+            return row?.innerText.includes('Cancelled')"""), "not cancelled")
+        self.assertEqual([{"index": 2, "localOrderId": row["localOrderId"], "hashCode": row["hashCode"]}],
+                         self.frames("order.cancel")[-1]["data"])
+
+    def test_cancel_all_counts_and_cancels_what_it_shows(self):
+        for price in (4420, 4422):
+            self.ticket("TA701", "Buy to open", price, 1)
+            self.review()
+            self.confirm()
+            self.gone("dialog")
+        self.go("orders")
+        self.choose("Account", "80010001")
+        self.see(".row", "4,422")
+        working = [row["localOrderId"] for row in self.orders(index=1, status=1)]
+        self.see(f"button[aria-label='Cancel all {len(working)} working orders']").click()
+        self.assertIn(f"Cancel these {len(working)} orders?", self.see("dialog h2").text)
+        self.assertEqual(len(working), len(self.found("dialog .asked li")))
+        self.tap("dialog .primary", f"Cancel {len(working)} orders")
+        self.wait(lambda: not self.orders(index=1, status=1), "some still work")
+        sent = [frame["data"][0]["localOrderId"] for frame in self.frames("order.cancel")]
+        self.assertEqual(sorted(working), sorted(sent))
+        self.assertTrue(self.orders(index=2, status=1))
+
+    def test_sync_orders_that_are_alike_are_picked_one_by_one(self):
+        self.go("monitor/sync")
+        self.see(".row", "500 @")
+        alike = self.run_js("return [...document.querySelectorAll('.row')].filter("
+                            "(row) => row.innerText.includes('500 @ 3,326')).map((row) => row.getBoundingClientRect().top)")
+        self.assertEqual(3, len(alike))
+        self.assertEqual(3, len(set(alike)))  # none over another
+        self.tap(".row label", "500 @ 3,326")
+        self.tap(".stick", "Place 1")
+        self.assertEqual(1, len(self.found("dialog .asked li")))
+        self.tap("dialog .primary")
+        self.gone("dialog")
+        sent = self.frames("monitor.sync.order.new")[-1]["data"]
+        self.assertEqual([{"index": 1, "hashCode": 1000001, "volume": 500, "price": 3326.0, "side": 1,
+                           "combOffsetFlag": 1}], sent)
+
+    def test_manual_positions_are_edited_and_cleared_one_by_one(self):
+        def manual():
+            return {row["codeExch"]: row["longPos"] for row in self.terminal.call("monitor.manual.list", [])}
+        before = manual()
+        self.go("monitor/manual")
+        self.tap("button[aria-label='Edit 贵州茅台']")
+        self.tap("dialog button[aria-label='More Long']")  # by a lot
+        self.tap("dialog .primary", "Save")
+        self.gone("dialog")
+        self.wait(lambda: manual() == {**before, "600519.SSE": 300}, "not saved")
+        self.tap("button[aria-label='Clear 贵州茅台']")
+        self.tap("dialog .primary", "Clear")
+        self.gone("dialog")
+        self.wait(lambda: manual() == {code: long for code, long in before.items() if code != "600519.SSE"},
+                  "not cleared alone")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,9 @@
+import { useLanguage } from "../../terminal/page/src/texts/texts";
+import "./connection.test";
+import "./format.test";
+import "./orders.test";
+import "./store.test";
+import "./ticket.test";
+import "./wire.test";
+
+useLanguage("en");

@@ -1,0 +1,164 @@
+import assert from "node:assert/strict";
+import test from "node:test";
+import { mergeFills, mergeOrders } from "../../terminal/page/src/state/merge";
+import { areOffered, bodyOf, namedOffers } from "../../terminal/page/src/state/offers";
+import { orderOf } from "../../terminal/page/src/ticket/ticket";
+import { kNoTicket } from "../../terminal/page/src/ticket/ticket";
+import { Order, Status, SyncOrder } from "../../terminal/page/src/wire/values";
+import { fill, order, quote, FakeTerminal, settled } from "./fake";
+
+const kDraft = orderOf({ ...kNoTicket, index: 1, hashCode: 7, price: "3300", volume: "2" }, quote(), 0);
+
+async function loggedIn(rows: Order[] = [], stored = {}): Promise<FakeTerminal> {
+  const terminal = new FakeTerminal(stored);
+  terminal.rows["order.list"] = rows;
+  await terminal.logIn();
+  terminal.store.show({ route: "orders", sheet: "" });
+  await terminal.answer();
+  return terminal;
+}
+
+const outgoing = (terminal: FakeTerminal) => terminal.store.desk.outgoing.map((each) => each.state).join();
+
+test("an order that is taken leaves no trace; a refused one says why", async () => {
+  const terminal = await loggedIn();
+  let placing = terminal.store.desk.place(kDraft, "name");
+  assert.match(terminal.platform.recall("outgoing"), /"web key/);
+  const frame = terminal.last("order.new");
+  assert.deepEqual(frame.data, { orderList: [{ ...kDraft, source: `web ${frame.key}` }] });
+  terminal.reply(frame, null);
+  assert.equal(await placing, "");
+  assert.equal(outgoing(terminal), "");
+  placing = terminal.store.desk.place(kDraft, "name");
+  terminal.reply(terminal.last("order.new"), null, "no");
+  assert.equal(await placing, "no");
+  assert.equal(terminal.platform.recall("outgoing"), "");
+});
+
+test("a lost reply: found in the list, or sent again under the same key", async () => {
+  for (const arrived of [true, false]) {
+    const terminal = await loggedIn();
+    void terminal.store.desk.place(kDraft, "name");
+    const first = terminal.last("order.new");
+    terminal.platform.socket.onclose?.({ code: 1006, reason: "" });
+    await settled();
+    assert.equal(outgoing(terminal), "unknown");
+    if (arrived) terminal.rows["order.list"] = [order({ source: `web ${first.key}` })];
+    terminal.platform.pass(300);
+    await terminal.open();
+    await terminal.pass(500);
+    assert.equal(outgoing(terminal), arrived ? "" : "missing");
+    if (arrived) continue;
+    void terminal.store.desk.sendAgain(terminal.store.desk.outgoing[0]);
+    const { key, data } = terminal.last("order.new");
+    assert.deepEqual({ key, data }, { key: first.key, data: first.data });
+  }
+});
+
+test("an order on its way is not missing, whatever a list says", async () => {
+  const terminal = await loggedIn();
+  void terminal.store.desk.place(kDraft, "name");
+  terminal.store.refresh("orders");
+  await terminal.answer();
+  assert.equal(outgoing(terminal), "sending");
+  await terminal.pass(5500);
+  assert.equal(outgoing(terminal), "missing"); // unknown by age, and then not in a later list
+});
+
+test("a page that was closed does not forget an order, nor claim to know one of another day", async () => {
+  const first = await loggedIn();
+  void first.store.desk.place(kDraft, "name");
+  const kept = { outgoing: first.platform.recall("outgoing") };
+  assert.equal(outgoing(await loggedIn([], kept)), "missing");
+  const later = new FakeTerminal(kept);
+  later.platform.day += 86_400_000;
+  later.rows["order.list"] = [];
+  await later.logIn();
+  await later.pass(500);
+  assert.equal(outgoing(later), "untold");
+});
+
+test("a cancel names its own order, and goes out once", async () => {
+  const terminal = await loggedIn([order({ index: 2, localOrderId: "55", hashCode: -4 })]);
+  terminal.store.pickAccount(1);
+  const [row] = terminal.store.lists.orders.rows;
+  void terminal.store.cancel([row]);
+  void terminal.store.cancel([row]);
+  const cancels = terminal.platform.socket.of("order.cancel");
+  assert.deepEqual(cancels.map((frame) => frame.data), [[{ index: 2, localOrderId: "55", hashCode: -4 }]]);
+});
+
+test("one refused cancel keeps none of the others", async () => {
+  const terminal = await loggedIn();
+  void terminal.store.cancel([order(), order({ localOrderId: "1002" })]);
+  const [first, second] = terminal.platform.socket.of("order.cancel");
+  terminal.reply(first, null, "too late");
+  terminal.reply(second, null);
+  await settled();
+  const told = terminal.store.notices.list.map((notice) => `${notice.kind}: ${notice.text}`);
+  assert.deepEqual(told, ["info: Cancel sent", "error: 1 not cancelled: too late"]);
+});
+
+test("an amendment is placed once its order is known to be cancelled, and only then", async () => {
+  for (const [status, sent] of [
+    [Status.Cancelled, 1],
+    [Status.Filled, 0],
+    [Status.Working, 0],
+  ] as const) {
+    const terminal = await loggedIn([order()]);
+    const amending = terminal.store.desk.amend(order(), kDraft, "name");
+    terminal.reply(terminal.last("order.cancel"), null);
+    await settled();
+    assert.equal(terminal.platform.socket.of("order.new").length, 0);
+    terminal.push(1, "order.push", [order({ status })]);
+    await settled();
+    assert.equal(terminal.platform.socket.of("order.new").length, sent);
+    if (sent > 0) terminal.reply(terminal.last("order.new"), null);
+    terminal.platform.pass(11_000);
+    const kinds = { [Status.Cancelled]: "done", [Status.Filled]: "failed", [Status.Working]: "open" };
+    assert.equal((await amending).kind, kinds[status]);
+  }
+});
+
+test("a cancel that is refused is not followed by an order", async () => {
+  const terminal = await loggedIn([order()]);
+  const amending = terminal.store.desk.amend(order(), kDraft, "name");
+  terminal.reply(terminal.last("order.cancel"), null, "filled already");
+  assert.deepEqual(await amending, { kind: "failed", failure: "filled already" });
+  assert.equal(terminal.platform.socket.of("order.new").length, 0);
+});
+
+test("a reversal opens once its closing order is filled", async () => {
+  const terminal = await loggedIn();
+  const reversing = terminal.store.desk.reverse({ ...kDraft, combOffset: 4 }, kDraft, ["close", "open"]);
+  const closing = terminal.last("order.new");
+  terminal.reply(closing, null);
+  await settled();
+  assert.equal(terminal.platform.socket.of("order.new").length, 1);
+  terminal.push(1, "order.push", [order({ status: Status.Filled, source: `web ${closing.key}` })]);
+  await settled();
+  const opening = terminal.last("order.new");
+  assert.equal((opening.data as { orderList: { combOffset: number }[] }).orderList[0].combOffset, 1);
+  terminal.reply(opening, null);
+  assert.equal((await reversing).kind, "done");
+});
+
+test("pushes change rows in place, and none revives a finished order", () => {
+  const done = order({ status: Status.Filled });
+  assert.deepEqual(mergeOrders([done], [order()]), [done]);
+  assert.deepEqual(mergeOrders([order()], [done]), [done]);
+  const other = order({ index: 2 }); // the same number in another account
+  assert.deepEqual(mergeOrders([order()], [other]), [order(), other]);
+  assert.deepEqual(mergeFills([fill()], [fill(), fill({ fillId: "f2" })]), [fill(), fill({ fillId: "f2" })]);
+});
+
+test("offers that are alike have names of their own, and what is picked is what is sent", () => {
+  const row = { index: 1, hashCode: 7, volume: 500, price: 3326, side: 1, combOffsetFlag: 1, userCode: "A1" } as SyncOrder;
+  const offers = namedOffers([row, row, { ...row, volume: 20 }]);
+  assert.equal(new Set(offers.map((offer) => offer.name)).size, 3);
+  const sent = { index: 1, hashCode: 7, volume: 500, price: 3326, side: 1, combOffsetFlag: 1 };
+  assert.deepEqual(bodyOf([offers[1]]), [sent]);
+  const moved = namedOffers([{ ...row, price: 3330 }, row]);
+  assert(areOffered([offers[1]], moved)); // the price follows the market
+  assert(!areOffered([offers[2]], moved));
+});
