@@ -10,7 +10,7 @@ LARGE = """
     UPDATE instrument SET max_volume = 1000000;
     UPDATE account SET pre_balance = 123456789.12, online = 1;
     UPDATE holding SET yesterday_volume = 123456, yesterday_closed = 0 WHERE account IN (2, 4);
-    UPDATE holding SET yesterday_volume = 123456, yesterday_closed = 0, yesterday_price = 7890
+    UPDATE holding SET yesterday_volume = 123456, yesterday_closed = 0, yesterday_price = 3000
         WHERE account = 1 AND hash_code = 1000001;
     UPDATE orders SET volume = 123456 WHERE status <> 2;
     UPDATE orders SET volume = 123456, fill_volume = 123456 WHERE id = 1008;

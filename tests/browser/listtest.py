@@ -94,21 +94,30 @@ class ListTest(PageTest):
         self.see("h1", "Settings")
 
 
-# Scrolls for three seconds from a fresh snapshot on: the next one is not asked for while the list moves.
+# A fresh snapshot has just been taken.
+FRESH = """
+const done = arguments[arguments.length - 1];
+const step = () => new Promise((next) => requestAnimationFrame(next));
+const isFresh = () => document.querySelector('.age').innerText.includes('just now');
+(async () => {
+    while (isFresh()) await step();
+    while (!isFresh()) await step();
+    await step();
+    done();
+})();"""
+
+# Scrolls for two seconds. The next snapshot is not asked for while the list moves.
 SCROLL = """
 const done = arguments[arguments.length - 1];
 const tasks = [];
 let frames = 0;
 const step = () => new Promise((next) => requestAnimationFrame(next));
 const asked = () => window.sent.filter((frame) => frame.topic === 'position.list').length;
-const isWaiting = () => document.querySelector('.age').innerText.includes('just now');
 (async () => {
-    while (isWaiting()) await step();
-    while (!isWaiting()) await step();
     const observer = new PerformanceObserver((list) => tasks.push(...list.getEntries().map((task) => task.duration)));
     observer.observe({entryTypes: ['longtask']});
     const [begin, before] = [performance.now(), asked()];
-    for (; performance.now() - begin < 3000; ++frames) {
+    for (; performance.now() - begin < 2000; ++frames) {
         scrollBy(0, 120);  // a quick flick
         await step();
     }
@@ -134,6 +143,7 @@ class LongListTest(PageTest):
         self.see(".age", "5007")  # one of the sample has an order only
         self.browser.set_script_timeout(60)
         self.browser.execute_cdp_cmd("Performance.enable", {"timeDomain": "threadTicks"})
+        self.browser.execute_async_script(FRESH)
         before = self.processorTime()
         result = self.browser.execute_async_script(SCROLL)
         perFrame = (self.processorTime() - before) / result["frames"]
@@ -142,10 +152,12 @@ class LongListTest(PageTest):
         self.assertIn("合约", result["seen"])
         self.assertLess(result["rows"], 60)
         print(f"{result['frames']} frames, {perFrame:.1f} ms of the processor for each", end=" ", flush=True)
-        self.assertLess(perFrame * SLOWED, 50)
-        if os.getloadavg()[0] > os.cpu_count():
-            return print("(too many programs run for the length of tasks to mean anything)", end=" ", flush=True)
+        isQuiet = os.getloadavg()[0] < os.cpu_count()
+        self.assertLess(perFrame * SLOWED, 50 if isQuiet else 100)  # programs that share a core slow each other
+        if not isQuiet:
+            return print("(the machine is too busy to time tasks)", end=" ", flush=True)
         self.browser.execute_cdp_cmd("Emulation.setCPUThrottlingRate", {"rate": SLOWED})
+        self.browser.execute_async_script(FRESH)
         result = self.browser.execute_async_script(SCROLL)
         self.browser.execute_cdp_cmd("Emulation.setCPUThrottlingRate", {"rate": 1})
         self.assertEqual([], [round(task) for task in result["tasks"] if task > 50])

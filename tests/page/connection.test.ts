@@ -82,6 +82,20 @@ test("a list that is not answered is stale, though the terminal lives", async ()
   assert.equal(terminal.store.link, "online");
 });
 
+test("a list is stale by its age, whatever kept it from being asked for", async () => {
+  const terminal = new FakeTerminal();
+  terminal.rows = { ...terminal.rows, ...kOrders };
+  await terminal.logIn();
+  terminal.store.show({ route: "orders", sheet: "" });
+  await terminal.answer();
+  terminal.platform.pass(34_000); // the device sleeps
+  terminal.store.update();
+  assert(!terminal.store.isStale("orders"));
+  terminal.platform.pass(2000);
+  terminal.store.update();
+  assert(terminal.store.isStale("orders"));
+});
+
 test("what was known before a break is stale until it is fresh", async () => {
   const terminal = new FakeTerminal();
   terminal.rows = { ...terminal.rows, ...kOrders };

@@ -69,30 +69,35 @@ function card(row: Position) {
 }
 
 const kColumns: readonly Column<Position>[] = [
-  { name: "instrument", value: (row) => nameOf(row, quoteOf(row)), cell: (row) => <CodeName row={row} />, share: 1.6 },
+  { name: "instrument", value: (row) => nameOf(row, quoteOf(row)), cell: (row) => <CodeName row={row} />, share: 1.3 },
   { name: "account", cell: (row) => row.userCode },
-  { name: "held", cell: (row) => legsOf(row).map((name) => <Leg key={name} row={row} name={name} />), share: 2.6 },
-  { name: "last", cell: (row) => <span class="num">{priceText(row.currentPrice, quoteOf(row))}</span>, isNumber: true },
+  { name: "held", cell: (row) => legsOf(row).map((name) => <Leg key={name} row={row} name={name} />), share: 2.1 },
+  {
+    name: "last",
+    cell: (row) => <span class="num">{priceText(row.currentPrice, quoteOf(row))}</span>,
+    isNumber: true,
+    share: 0.75,
+  },
   {
     name: "floating",
     value: (row) => row.floatPorfit,
     cell: (row) => <Gain value={row.floatPorfit} />,
     isNumber: true,
-    share: 1.3,
+    share: 1.65,
   },
   {
     name: "today",
     value: (row) => row.todayPorfit,
     cell: (row) => <Gain value={row.todayPorfit} />,
     isNumber: true,
-    share: 1.3,
+    share: 1.65,
   },
   {
     name: "size",
     value: (row) => row.totalMarketValue,
     cell: (row) => <span class="num">{whole(row.totalMarketValue)}</span>,
     isNumber: true,
-    share: 1.3,
+    share: 1.45,
   },
 ];
 

@@ -126,7 +126,7 @@ export class Rows<Row> extends Component<Props<Row>, { first: number; last: numb
             aria-posinset={String(first + place + 1)}
             style={{
               height: `${this.heightOf(row)}px`,
-              transform: `translateY(${this.tops[first + place]}px)`,
+              top: `${this.tops[first + place]}px`,
             }}
           >
             {render(row)}
