@@ -114,8 +114,14 @@ class FitTest(PageTest):
     def test_tables_have_headings_that_sort_at_1280(self):
         resize(self.browser, 1280, 800, False)
         self.assertEqual({}, self.walk(["positions", "orders", "orders/fills", "monitor", "monitor/manual"], "en"))
+        resize(self.browser, 360, 740)
         self.open()
         self.go("positions")
+        self.see(".row")
+        resize(self.browser, 1280, 800, False)  # as a phone that is turned becomes a table
+        self.see(".headings")
+        heights = self.run_js("return [...document.querySelectorAll('.row')].map((row) => row.offsetHeight)")
+        self.assertLess(sorted(heights)[len(heights) // 2], 60)
         for heading, member in (("Floating profit", "floatPorfit"), ("Market value", "totalMarketValue")):
             self.tap(".headings button", heading)
             rows = sorted(self.terminal.call("position.list", []), key=lambda row: -row[member])

@@ -22,7 +22,7 @@ class Camera(PageTest):
         self.gone(".stale-mark")
 
     def all(self, language):
-        self.run_js("localStorage.setItem('language', arguments[0])", language)
+        self.run_js("localStorage.setItem('language', arguments[0]); localStorage.removeItem('drafts')", language)
         self.open()
         for view in VIEWS:
             self.view(view)

@@ -175,6 +175,7 @@ export class List<Row extends OfAccount> extends Component<Props<Row>, {}> {
         <div class={isTable ? "table" : ""} style={columns}>
           {isTable && rows.length > 0 ? this.headings() : null}
           <Rows
+            key={isTable ? "table" : "cards"} // measured anew
             rows={rows}
             nameOf={props.nameOf}
             kindOf={props.kindOf ?? (() => "pair")}
