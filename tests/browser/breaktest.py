@@ -153,9 +153,11 @@ class BreakTest(PageTest):
         self.hide(True)
         self.fillAt(price)
         self.wait(lambda: self.browser.title.startswith("(1) "), "no count in the title")
+        settings = "return document.querySelector('.top a.icon').getBoundingClientRect().top"
         self.assertIn("1", self.see(".tab .badge").text)
         self.hide(False)
         self.see("button.notice-text", f"白糖701 6 @ {price:,.0f}")
+        self.assertLess(self.run_js(settings), 20)  # the notice moved no control out of its place
         self.tap(".tab[href='#/orders']")
         self.gone(".badge")
         self.assertFalse(self.browser.title.startswith("("))

@@ -196,7 +196,11 @@ export class Manual extends Component<{}, State> {
         card={card}
         hasOwnOrder
         actions={store.may("trade") ? this.buttons : undefined}
-        tools={store.may("trade") ? <button onClick={this.add}>{t("addManual")}</button> : null}
+        tools={store.may("trade") ? (
+            <button class="small" onClick={this.add}>
+              {t("addManual")}
+            </button>
+          ) : null}
       >
         {sheet === "manual" && draft !== null ? this.editor(draft) : null}
         {cleared === undefined ? null : this.question(cleared)}

@@ -92,7 +92,8 @@ export function CodeName(props: { row: OfCode }) {
   const { row } = props;
   return (
     <span class="code">
-      <b>{nameOf(row, quoteOf(row))}</b> <small>{codeText(row)} {ownerText(row)}</small>
+      <b>{nameOf(row, quoteOf(row))}</b> <small>{codeText(row)}</small>{" "}
+      <small class="num">{ownerText(row)}</small>
     </span>
   );
 }

@@ -56,7 +56,7 @@ function card(row: Position) {
     ...legs.map((name, place) => (
       <span class="line" key={name}>
         <span>
-          <Leg row={row} name={name} /> <small>{place > 0 ? "" : ownerText(row)}</small>
+          <Leg row={row} name={name} /> <small class="num">{place > 0 ? "" : ownerText(row)}</small>
         </span>
         {place > 0 ? null : (
           <small>
