@@ -1,13 +1,11 @@
 #include "terminal/logging.h"
 
-#include <fstream>
-#include <memory>
-#include <stdexcept>
+#include <cerrno>
+#include <exception>
+#include <utility>
 
-#include <log4cxx/helpers/pool.h>
+#include <log4cxx/appenderskeleton.h>
 #include <log4cxx/level.h>
-#include <log4cxx/rolling/rollingfileappender.h>
-#include <log4cxx/simplelayout.h>
 #include <log4cxx/spi/loggingevent.h>
 
 #include "host/common.h"
@@ -19,37 +17,32 @@ namespace {
 constexpr size_t kMaxFileBytes = size_t{16} * 1024 * 1024;
 constexpr int kOldFiles = 4;
 
-// Lines are passed as bytes: neither log4cxx's layout nor its file appender may convert them.
-class LineLayout : public log4cxx::SimpleLayout {
+// log4cxx's own appenders throw out of the log call when the disk is full.
+class LogFileAppender : public log4cxx::AppenderSkeleton {
  public:
-  void format(log4cxx::LogString& output, const log4cxx::spi::LoggingEventPtr& event,
-              log4cxx::helpers::Pool& /*pool*/) const override {
-    output += logLine(event->getMessage());
-  }
-};
+  explicit LogFileAppender(std::shared_ptr<LogFile> file) : file_(std::move(file)) {}
+  void close() override {}
+  bool requiresLayout() const override { return false; }
 
-void requireWritable(const std::filesystem::path& file) {
-  if (!std::ofstream(file, std::ios::app)) {
-    throw std::runtime_error(fmt::format("cannot write the log file {}: choose another with --log", file.string()));
+ protected:
+  void append(const log4cxx::spi::LoggingEventPtr& event, log4cxx::helpers::Pool& /*pool*/) override try {
+    file_->write(logLine(event->getMessage()));
+  } catch (const std::exception&) {
+    file_->lose(ENOMEM);  // the line could not be made
   }
-}
+
+ private:
+  const std::shared_ptr<LogFile> file_;
+};
 
 }  // namespace
 
-void setUpLogging(const std::filesystem::path& file, const std::string& level) {
-  requireWritable(file);
-  log4cxx::helpers::Pool pool;
-  auto appender = std::make_shared<log4cxx::rolling::RollingFileAppender>();
-  appender->setLayout(std::make_shared<LineLayout>());
-  appender->setOption("encoding", "UTF-8");
-  appender->setFile(file.string());
-  appender->setAppend(true);
-  appender->setMaximumFileSize(kMaxFileBytes);
-  appender->setMaxBackupIndex(kOldFiles);
-  appender->activateOptions(pool);
+std::shared_ptr<const LogFile> setUpLogging(const std::filesystem::path& file, const std::string& level) {
+  auto log = std::make_shared<LogFile>(file, kMaxFileBytes, kOldFiles);
   const log4cxx::LoggerPtr root = log4cxx::Logger::getRootLogger();
-  root->addAppender(appender);
+  root->addAppender(std::make_shared<LogFileAppender>(log));
   root->setLevel(log4cxx::Level::toLevel(level, log4cxx::Level::getInfo()));
+  return log;
 }
 
 const log4cxx::LoggerPtr& gatewayLogger() {

@@ -1,17 +1,20 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <string>
 
 #include <fmt/format.h>
 #include <log4cxx/logger.h>
 
+#include "terminal/logfile.h"
+
 namespace orvane::terminal {
 
 // Appends the lines of all loggers, the library's "PocketAgent" included, to `file`. At 16 MiB it is renamed to FILE.1
-// and a new one begins; FILE.4 is the oldest that is kept. `level` is one of log4cxx's names, such as "info". Throws
-// std::runtime_error if the file cannot be opened. Call once, before any thread starts.
-void setUpLogging(const std::filesystem::path& file, const std::string& level);
+// and a new one begins; FILE.4 is the oldest that is kept. `level` is one of log4cxx's names, such as "info".
+// Lines that cannot be written are lost, see LogFile; no log call throws for that. Call once, before any thread starts.
+std::shared_ptr<const LogFile> setUpLogging(const std::filesystem::path& file, const std::string& level);
 
 // The logger of all code that deals with clients.
 const log4cxx::LoggerPtr& gatewayLogger();

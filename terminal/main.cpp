@@ -77,7 +77,7 @@ void makeDataDir(const std::filesystem::path& dir) {
 }
 
 // Old prices are only a warning: a client can still list and cancel. Without writes no order works.
-std::vector<HealthCheck> checkHost(const TradingHost& host) {
+std::vector<HealthCheck> checkHost(const TradingHost& host, const LogFile& log) {
   constexpr double kOldSeconds = 5;
   const TradingHealth health = host.health();
   HealthCheck database{.name = "database:writes"};
@@ -90,13 +90,15 @@ std::vector<HealthCheck> checkHost(const TradingHost& host) {
     clock.status = HealthStatus::Warn;
     clock.output = health.clockFault;
   }
-  if (!health.quotesAge) return {database, clock};
+  HealthCheck lines{.name = "log:writes", .output = log.fault()};
+  if (!lines.output.empty()) lines.status = HealthStatus::Warn;
+  if (!health.quotesAge) return {database, clock, lines};
   HealthCheck quotes{.name = "quotes:age", .seconds = health.quotesAge->count()};
   if (*quotes.seconds > kOldSeconds) {
     quotes.status = HealthStatus::Warn;
     quotes.output = "the prices do not move";
   }
-  return {database, clock, quotes};
+  return {database, clock, lines, quotes};
 }
 
 // On the screen and in the log, because a service has no screen.
@@ -109,7 +111,7 @@ void printFingerprint(const std::string& sha256) {
 int serve(const Settings& settings) try {
   const StopSignals stopSignals;
   makeDataDir(settings.dataDir);
-  setUpLogging(settings.logFile, settings.logLevel);
+  const auto log = setUpLogging(settings.logFile, settings.logLevel);
   TradingHost host(settings.trading);
   if (settings.keepsOwnCertificate) keepOwnCertificate(*settings.tls, settings.address);
   NetLimits limits;
@@ -123,7 +125,7 @@ int serve(const Settings& settings) try {
                    .limits = limits},
                   {.dataDir = settings.dataDir,
                    .loginTime = settings.loginTime,
-                   .probe = [&host] { return checkHost(host); },
+                   .probe = [&host, log] { return checkHost(host, *log); },
                    .figures = {}},
                   [&host](auto answer) { host.whenStored(std::move(answer)); });
   const Running running(host, gateway.mobileService(), gateway.url());

@@ -1,0 +1,102 @@
+#include "terminal/logfile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <utility>
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace orvane::terminal {
+
+LogFile::LogFile(std::filesystem::path file, size_t maxBytes, int oldFiles)
+    : path_(std::move(file)), maxBytes_(maxBytes), oldFiles_(oldFiles) {
+  error_ = open();
+  if (error_ != 0) report(error_);
+}
+
+LogFile::~LogFile() {
+  if (descriptor_ >= 0) close(descriptor_);
+}
+
+void LogFile::write(std::string_view line) noexcept try {
+  const std::lock_guard lock(mutex_);
+  error_ = append(line);
+  if (error_ == 0) return;
+  ++lost_;
+  report(error_);
+} catch (const std::exception&) {
+  lose(ENOMEM);  // the only failure here
+}
+
+void LogFile::lose(int error) noexcept {
+  const std::lock_guard lock(mutex_);
+  error_ = error;
+  ++lost_;
+  report(error);
+}
+
+std::string LogFile::fault() const {
+  const std::lock_guard lock(mutex_);
+  if (error_ == 0) return {};
+  return fmt::format("{} lines of {} are lost: {}; make room, or choose another file with --log", lost_, path_.string(),
+                     std::strerror(error_));
+}
+
+// 0, or an errno.
+int LogFile::open() {
+  descriptor_ = ::open(path_.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  if (descriptor_ < 0) return errno;
+  struct stat state {};
+  if (fstat(descriptor_, &state) != 0) return errno;
+  size_ = static_cast<size_t>(state.st_size);
+  rotateAt_ = maxBytes_;
+  return 0;
+}
+
+// 0, or an errno: then nothing of the line is in the file.
+int LogFile::append(std::string_view line) {
+  if (descriptor_ >= 0 && size_ > 0 && size_ + line.size() > rotateAt_) rotate();
+  if (const int error = descriptor_ < 0 ? open() : 0; error != 0) return error;
+  std::string text = lost_ == 0 ? "" : fmt::format("{} lines are lost here: {}\n", lost_, std::strerror(error_));
+  text += line;
+  const ssize_t written = ::write(descriptor_, text.data(), text.size());
+  if (written == static_cast<ssize_t>(text.size())) {
+    size_ += text.size();
+    lost_ = 0;
+    return 0;
+  }
+  const int error = written < 0 ? errno : ENOSPC;
+  if (written > 0 && ftruncate(descriptor_, static_cast<off_t>(size_)) != 0) size_ += static_cast<size_t>(written);
+  return error;
+}
+
+// If the file cannot be renamed it goes on growing, and the next attempt comes after as many bytes again: a log that is
+// too long is better than none.
+void LogFile::rotate() {
+  std::error_code ignored;  // a file that is missing
+  for (int number = oldFiles_ - 1; number > 0; --number) {
+    std::filesystem::rename(oldFile(number), oldFile(number + 1), ignored);
+  }
+  std::error_code error;
+  std::filesystem::rename(path_, oldFile(1), error);
+  rotateAt_ = size_ + maxBytes_;
+  if (error) return;
+  close(descriptor_);
+  descriptor_ = -1;
+}
+
+// Once: where standard error is a file, a full disk must not make it grow.
+void LogFile::report(int error) noexcept {
+  if (std::exchange(reported_, true)) return;
+  std::fprintf(stderr, "pocket-terminal: the log file %s cannot be written: %s; its lines are lost until it can\n",
+               path_.c_str(), std::strerror(error));
+}
+
+std::filesystem::path LogFile::oldFile(int number) const { return fmt::format("{}.{}", path_.string(), number); }
+
+}  // namespace orvane::terminal
