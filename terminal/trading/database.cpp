@@ -24,7 +24,7 @@ constexpr int kVersion = 1 + static_cast<int>(kUpgrades.size());
 
 SQLite::Database openFile(const std::filesystem::path& file) try {
   std::filesystem::create_directories(file.parent_path());
-  return SQLite::Database(file.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+  return {file.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE};
 } catch (const std::exception& e) {
   throw StoreError(file, e);
 }
