@@ -54,7 +54,7 @@ class BreakTest(PageTest):
         self.see(".list.stale")
         self.see(".banner", "does not answer")
         self.terminal.process.send_signal(signal.SIGCONT)
-        self.assertTrue(3000 < self.run_js("return window.staleAfter") < 7000)
+        self.assertTrue(3000 < self.run_js("return window.staleAfter") < 8000)
         self.see(".list:not(.stale)")
 
     def test_offline_counts_at_once(self):

@@ -72,6 +72,11 @@ class TradeTest(PageTest):
         self.assertEqual("Close short 5", self.run_js(
             "return document.querySelector('dialog .choices input:checked + span').innerText"))
         self.assertEqual("5", self.see("#volume").get_attribute("value"))
+        quote = next(row for row in self.terminal.call("quote.list", {}) if row["codeExch"] == "i2701.DCE")
+        for text, member in (("Last", "lastPrice"), ("Ask", "askPrice"), ("Bid", "bidPrice")):
+            self.tap("dialog .quote", text)
+            self.assertEqual(quote[member], number(self.see("#price").get_attribute("value")))
+            self.see("dialog .quote", f"{text}\n{quote[member]:.1f}")
         facts = self.see("dialog .facts").text
         for text in ("Available", "long 0 / short 5", "707.5 – 830.5", "0.5"):
             self.assertIn(text, facts)

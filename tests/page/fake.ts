@@ -117,52 +117,46 @@ export function quote(change: Partial<wire.Quote> = {}): wire.Quote {
   };
 }
 
+// What an order and its fill have in common.
+const kDeal = {
+  userCode: "A1",
+  index: 1,
+  accountType: 0,
+  codeExch: "rb2701.SHFE",
+  hashCode: 7,
+  codeName: "rebar",
+  side: 1,
+  combOffset: 1,
+  hedge: 1,
+  volume: 2,
+  localOrderId: "1001",
+  accountStatus: 1,
+};
+
 export function order(change: Partial<wire.Order> = {}): wire.Order {
   return {
-    userCode: "A1",
-    index: 1,
-    accountType: 0,
-    codeExch: "rb2701.SHFE",
-    hashCode: 7,
-    codeName: "rebar",
-    side: 1,
-    combOffset: 1,
-    hedge: 1,
+    ...kDeal,
     price: 3300,
-    volume: 2,
     srcTimestamp: 1,
     priceType: 1,
     orderId: "x",
-    localOrderId: "1001",
     status: wire.Status.Working,
     note: "",
     source: "web key1",
     fillVolume: 0,
     fillAvgPrice: 0,
     fillAmount: 0,
-    accountStatus: 1,
     ...change,
   };
 }
 
 export function fill(change: Partial<wire.Fill> = {}): wire.Fill {
   return {
-    userCode: "A1",
-    index: 1,
-    accountType: 0,
-    codeExch: "rb2701.SHFE",
-    hashCode: 7,
-    codeName: "rebar",
-    side: 1,
-    combOffset: 1,
-    hedge: 1,
+    ...kDeal,
     price: 3326,
-    volume: 2,
     exchTimestamp: 10,
     fillId: "f1",
-    localOrderId: "1001",
     source: "",
-    accountStatus: 1,
     ...change,
   };
 }

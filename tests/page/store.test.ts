@@ -140,10 +140,18 @@ test("the ticket's rates are those of its account and instrument", async () => {
   await terminal.logIn();
   terminal.store.show({ route: "assets", sheet: "trade" });
   terminal.store.draft({ ...kNoTicket, index: 1, hashCode: 7 });
+  assert(!terminal.store.asker.isInformed({ index: 1, hashCode: 7 })); // nothing is confirmed blindly
+  terminal.rows["position.list"] = [];
   await terminal.answer();
+  assert(terminal.store.asker.isInformed({ index: 1, hashCode: 7 }));
+  assert(!terminal.store.asker.isInformed({ index: 1, hashCode: 8 }));
   assert.deepEqual(terminal.last("order.rates").data, { index: 1, hashCode: 7 });
   assert.equal(terminal.store.asker.ratesOf({ index: 1, hashCode: 7 })?.longByMoney, 0.1);
   assert.equal(terminal.store.asker.ratesOf({ index: 2, hashCode: 7 }), undefined);
+  terminal.store.show({ route: "assets", sheet: "" });
+  terminal.store.draft({ ...kNoTicket, index: 1, hashCode: 9 });
+  terminal.store.show({ route: "assets", sheet: "review" }); // at once, however shortly after the last
+  assert.deepEqual(terminal.last("order.rates").data, { index: 1, hashCode: 9 });
   assert(["capital.list", "position.list"].every((topic) => terminal.last(topic) !== undefined));
 });
 

@@ -28,6 +28,7 @@ export class Asker {
   private quotesByCode = new Map<number, Quote>();
   private rates: { pair: Pair; rates: Rates; at: number } | null = null;
   private ratesAskedAt = 0;
+  private pairAnswered: Pair | null = null; // whose rates came, or were refused
   private scrolledAt = -kMostScrollMs;
   private scrollingSince = 0;
 
@@ -44,6 +45,14 @@ export class Asker {
   ratesOf(pair: Pair): Rates | undefined {
     const { rates } = this;
     return rates?.pair.index === pair.index && rates.pair.hashCode === pair.hashCode ? rates.rates : undefined;
+  }
+
+  // Whether all that warns of mistakes has been answered, if only by a failure: another host may lack a topic.
+  isInformed(pair: Pair): boolean {
+    const lists = (["quotes", "capital", "positions"] as const).map((name) => this.lists[name]);
+    const { pairAnswered } = this;
+    const hasRates = pairAnswered?.index === pair.index && pairAnswered.hashCode === pair.hashCode;
+    return hasRates && lists.every((list) => list.at > 0 || list.failure !== "");
   }
 
   positionOf(pair: Pair): Position | undefined {
@@ -127,8 +136,9 @@ export class Asker {
     if (this.ratesOf(pair) !== undefined && now < (this.rates?.at ?? 0) + kRatesMs) return;
     this.ratesAskedAt = now;
     const reply = await this.connection.request("order.rates", { index: pair.index, hashCode: pair.hashCode });
+    if (reply.kind !== "lost" && reply.kind !== "unsent") this.pairAnswered = pair;
     if (reply.kind === "done") this.rates = { pair, rates: reply.data, at: this.platform.clock() };
-    if (reply.kind === "done") this.events.changed();
+    this.events.changed();
   }
 
   // Another instrument has been picked: its rates are wanted at once.

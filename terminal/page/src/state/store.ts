@@ -163,7 +163,8 @@ export class Store {
     if (isTicketNew) this.asker.makeDue(["quotes", "capital"]);
     if (isTicketNew || isRowNew) this.asker.makeDue(["positions"]);
     this.seeOrders();
-    this.asker.askDue();
+    if (isTicketNew) this.asker.pairChanged();
+    else this.asker.askDue();
     this.update();
   }
 

@@ -104,6 +104,12 @@ export class Confirmation extends Component<Props, State> {
     return lines;
   }
 
+  private isReady(): boolean {
+    const { ticket, model } = this.props;
+    if (ticket.amends !== "" && model.amended === undefined) return false;
+    return store.link === "online" && store.asker.isInformed(ticket);
+  }
+
   // A second tap, in another place, for what is easily a mistake.
   private reasons(reasons: Reason[], agreed: boolean) {
     const agree = (event: Event) =>
@@ -159,7 +165,7 @@ export class Confirmation extends Component<Props, State> {
           <Confirm
             tone={tone}
             text={isSending ? t("sending") : t("confirmIt", deal)}
-            disabled={isSending || store.link !== "online" || !agreed || (ticket.amends !== "" && !model.amended)}
+            disabled={isSending || !agreed || !this.isReady()}
             onConfirm={() => void this.send(quote)}
           />
         </div>

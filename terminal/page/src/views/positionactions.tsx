@@ -20,6 +20,7 @@ export function PositionActions(props: { pair: Pair }) {
   const held = holdingOf(store.asker.positionOf({ index, hashCode }));
   if (!store.may("trade") || quote === undefined || account === undefined || !mayOrder(account)) return null;
   const sides = (["long", "short"] as const).filter((side) => held[side] > 0);
+  if (sides.length === 0) return null;
   const hasReversal = sides.length === 1 && (quote.codeClass === CodeClass.Future || quote.codeClass === CodeClass.Option);
   return (
     <div class="actions">

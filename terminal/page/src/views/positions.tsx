@@ -70,8 +70,8 @@ function card(row: Position) {
 
 const kColumns: readonly Column<Position>[] = [
   { name: "instrument", value: (row) => nameOf(row, quoteOf(row)), cell: (row) => <CodeName row={row} />, share: 1.3 },
-  { name: "account", cell: (row) => row.userCode },
-  { name: "held", cell: (row) => legsOf(row).map((name) => <Leg key={name} row={row} name={name} />), share: 2.1 },
+  { name: "account", cell: (row) => row.userCode, share: 1.15 },
+  { name: "held", cell: (row) => legsOf(row).map((name) => <Leg key={name} row={row} name={name} />), share: 1.95 },
   {
     name: "last",
     cell: (row) => <span class="num">{priceText(row.currentPrice, quoteOf(row))}</span>,

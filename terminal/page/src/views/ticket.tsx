@@ -2,7 +2,7 @@ import "./ticket.css";
 import { Component, h } from "preact";
 import { nav, store } from "../app";
 import { decimalsOf, fixed, money, whole } from "../format";
-import { priceText } from "../describe";
+import { dealText, priceText } from "../describe";
 import { named, t } from "../texts/texts";
 import { shareOf } from "../ticket/cost";
 import { quotedPrice, ticketFor, withAction } from "../ticket/fill";
@@ -38,11 +38,11 @@ function emptyTicket(account: Account | undefined): Ticket {
 
 function faultText(fault: Fault, quote: Quote | undefined): string {
   if (fault === "instrument" || quote === undefined) return t("badInstrument");
-  const { priceTick, lowerLimit, upperLimit, maxVolume, volumeStep } = quote;
+  const { lowerLimit, upperLimit, maxVolume, volumeStep } = quote;
   if (fault === "price") {
     return t("badPrice", tickText(quote), priceText(lowerLimit, quote), priceText(upperLimit, quote));
   }
-  return fault === "volume" ? t("badVolume", whole(maxVolume)) : t("badLot", volumeStep || priceTick);
+  return fault === "volume" ? t("badVolume", whole(maxVolume)) : t("badLot", whole(volumeStep));
 }
 
 const tickText = (quote: Quote): string => fixed(quote.priceTick, decimalsOf(quote.priceTick));
@@ -52,8 +52,7 @@ function actionText(action: Action, model: Model): string {
     const { held } = model;
     return action.closes === "long" ? t("closeLong", whole(held.long)) : t("closeShort", whole(held.short));
   }
-  const side = named("side", action.side);
-  return action.offset === Offset.Open ? `${side}${t("offset1") === "开仓" ? "" : " "}${t("offset1")}` : side;
+  return dealText(action.side, action.offset, model.quote);
 }
 
 // An order in two steps: what is wanted, and a confirmation of what will be sent.
