@@ -121,7 +121,7 @@ class FitTest(PageTest):
         resize(self.browser, 1280, 800, False)  # as a phone that is turned becomes a table
         self.see(".headings")
         heights = self.run_js("return [...document.querySelectorAll('.row')].map((row) => row.offsetHeight)")
-        self.assertLess(sorted(heights)[len(heights) // 2], 60)
+        self.assertLess(sorted(heights)[len(heights) // 2], 90)
         for heading, member in (("Floating profit", "floatPorfit"), ("Market value", "totalMarketValue")):
             self.tap(".headings button", heading)
             rows = sorted(self.terminal.call("position.list", []), key=lambda row: -row[member])
