@@ -6,8 +6,9 @@
 
 namespace orvane::terminal {
 
-Gateway::Gateway(ListenOptions listen, PhonesOptions phones, WhenStored whenStored)
-    : phones_(loop_,
+Gateway::Gateway(AsioLoop& loop, ListenOptions listen, PhonesOptions phones, WhenStored whenStored)
+    : loop_(loop),
+      phones_(loop_,
               [&] {
                 phones.figures = [this] { return listener_.figures(); };
                 return std::move(phones);

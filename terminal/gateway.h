@@ -10,12 +10,13 @@
 
 namespace orvane::terminal {
 
-// The terminal's side towards clients: its loop, what brings clients in, and what they may say. May be started and
-// stopped once, by the agent through the mobile service.
+// The terminal's side towards clients: what brings clients in, and what they may say. May be started and stopped once,
+// by the agent through the mobile service, which starts and joins the loop's thread.
 class Gateway {
  public:
-  // Opens `gateway.db` and takes the port. `phones.figures` is filled in. Throws std::runtime_error.
-  Gateway(ListenOptions listen, PhonesOptions phones, WhenStored whenStored);
+  // Opens `gateway.db` and takes the port. `loop` must not be started and must outlive the gateway. `phones.figures` is
+  // filled in. Throws std::runtime_error.
+  Gateway(AsioLoop& loop, ListenOptions listen, PhonesOptions phones, WhenStored whenStored);
   ~Gateway() { stop(); }
   Gateway(const Gateway&) = delete;
   Gateway& operator=(const Gateway&) = delete;
@@ -27,7 +28,7 @@ class Gateway {
   void start();
   void stop();
 
-  AsioLoop loop_;
+  AsioLoop& loop_;
   Phones phones_;
   Listener listener_;
   MobileServer server_;

@@ -118,7 +118,9 @@ int serve(const Settings& settings) try {
   limits.head = settings.loginTime;
   limits.idle = settings.idleTime;
   limits.maxBacklogBytes = settings.maxBacklogBytes;
-  Gateway gateway({.address = settings.address,
+  AsioLoop loop;
+  Gateway gateway(loop,
+                  {.address = settings.address,
                    .port = settings.port,
                    .tls = settings.tls,
                    .allowedOrigins = settings.allowedOrigins,
