@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <chrono>
 #include <deque>
 #include <memory>
@@ -11,6 +10,7 @@
 #include "host/mobilesrv.h"
 #include "terminal/eventloop.h"
 #include "terminal/session.h"
+#include "tests/support/faketime.h"
 
 namespace orvane::test {
 
@@ -18,62 +18,22 @@ namespace orvane::test {
 class FakeLoop : public terminal::IEventLoop {
  public:
   void post(Work work) override { posted_.push_back(std::move(work)); }
-
   std::unique_ptr<terminal::Timer> after(std::chrono::milliseconds delay, Work work) override {
-    auto entry = std::make_shared<Entry>(Entry{now_ + delay, std::move(work)});
-    timers_.push_back(entry);
-    return std::make_unique<Handle>(std::move(entry));
+    return time_.after(delay, std::move(work));
   }
+  terminal::WallTime wallTime() const override { return time_.wallTime(); }
+  terminal::BootTime bootTime() const override { return time_.bootTime(); }
 
-  terminal::WallTime wallTime() const override {
-    return std::chrono::system_clock::time_point(std::chrono::seconds(1'790'000'000)) +
-           std::chrono::duration_cast<std::chrono::system_clock::duration>(now_) + jumped_;
-  }
-  terminal::BootTime bootTime() const override { return now_; }
-
-  // Sets the wall clock forward; no timer notices.
-  void jump(std::chrono::seconds time) { jumped_ += time; }
+  void jump(std::chrono::seconds time) { time_.jump(time); }
+  void advance(std::chrono::nanoseconds time) { time_.advance(time); }
 
   void runPosted() {
     for (; !posted_.empty(); posted_.pop_front()) posted_.front()();
   }
 
-  // Runs all timers that are due by then, each at its own time.
-  void advance(std::chrono::nanoseconds time) {
-    const auto end = now_ + time;
-    while (const auto next = takeDue(end)) {
-      now_ = next->due;
-      const Work work = std::move(next->work);
-      work();
-    }
-    now_ = end;
-  }
-
  private:
-  struct Entry {
-    std::chrono::nanoseconds due{};
-    Work work;
-  };
-  struct Handle : terminal::Timer {
-    explicit Handle(std::shared_ptr<Entry> running) : entry(std::move(running)) {}
-    std::shared_ptr<Entry> entry;
-  };
-
-  // A timer whose handle is gone is cancelled: the loop keeps a weak reference only.
-  std::shared_ptr<Entry> takeDue(std::chrono::nanoseconds end) {
-    std::erase_if(timers_, [](const auto& timer) { return timer.expired(); });
-    const auto earlier = [](const auto& a, const auto& b) { return a.lock()->due < b.lock()->due; };
-    const auto first = std::min_element(timers_.begin(), timers_.end(), earlier);
-    if (first == timers_.end() || first->lock()->due > end) return nullptr;
-    auto due = first->lock();
-    timers_.erase(first);
-    return due;
-  }
-
-  std::chrono::nanoseconds now_{std::chrono::hours(1)};
-  std::chrono::seconds jumped_{};
+  FakeTime time_;
   std::deque<Work> posted_;
-  std::vector<std::weak_ptr<Entry>> timers_;
 };
 
 // A client without a socket.

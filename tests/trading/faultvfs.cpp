@@ -148,7 +148,7 @@ void FaultyDisk::setReadOnly(bool readOnly) {
 
 void FaultyDisk::crash(const std::filesystem::path& from, const std::filesystem::path& to, bool powerFails) {
   const std::lock_guard lock(gDisk.mutex);
-  for (const std::string name : {"terminal.db", "terminal.db-wal"}) {
+  for (const std::string name : {"terminal.db", "terminal.db-wal", "gateway.db", "gateway.db-wal"}) {
     const std::filesystem::path source = from / (powerFails ? name + kFlushed : name);
     if (std::filesystem::exists(source)) std::filesystem::copy_file(source, to / name);
   }

@@ -38,7 +38,7 @@ class FaultyDisk {
   // While it is set, files can be read only: not even opened for writing.
   void setReadOnly(bool readOnly);
 
-  // Copies the database in `from` to the empty folder `to`: as a crash of the process leaves it, or of the power.
+  // Copies the databases in `from` to the empty folder `to`: as a crash of the process leaves it, or of the power.
   static void crash(const std::filesystem::path& from, const std::filesystem::path& to, bool powerFails);
 };
 

@@ -1,0 +1,272 @@
+#include "tests/gateway/clientcheck.h"
+
+#include <fstream>
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+
+#include "tests/support/holdssoon.h"
+
+namespace orvane::test {
+namespace {
+
+int64_t wallSeconds(const FakeTime& time) { return std::chrono::system_clock::to_time_t(time.wallTime()); }
+
+// What `find` returns at last: it is tried again until that is empty.
+template <typename Find>
+std::string await(const Find& find) {
+  std::string fault;
+  holdsSoon([&] { return (fault = find()).empty(); });
+  return fault;
+}
+
+std::multiset<std::string> linesOf(const std::filesystem::path& file) {
+  std::ifstream stream(file);
+  std::multiset<std::string> lines;
+  for (std::string line; std::getline(stream, line);) lines.insert(line);
+  return lines;
+}
+
+// Of lines that only one side has.
+std::string findDifference(const std::multiset<std::string>& got, const std::multiset<std::string>& wanted) {
+  for (const std::string& line : wanted) {
+    if (got.count(line) < wanted.count(line)) return "missing: " + line;
+  }
+  for (const std::string& line : got) {
+    if (wanted.count(line) < got.count(line)) return "unexpected: " + line;
+  }
+  return {};
+}
+
+}  // namespace
+
+void ClientCheck::start() {
+  model_.now = wallSeconds(rig_.time());
+  WireClient client(rig_.port(), "127.0.0.9");
+  client.send(R"({"id":1,"topic":"login","token":")" + model_.tokens.at(0).text + "\"}");
+  const std::string welcome = client.receive().text;
+  model_.epoch = welcome.substr(welcome.find("\"epoch\":\"") + 9, 16);
+  EXPECT_EQ(model_.epoch.find_first_not_of("0123456789abcdef"), std::string::npos) << welcome;
+  EXPECT_TRUE(epochs_.insert(model_.epoch).second) << "the epoch did not change";
+}
+
+std::string ClientCheck::restart() {
+  rig_.stop();
+  model_.restart();
+  compare();
+  calls_.clear();
+  rig_.start();
+  model_.hasAgent = true;
+  start();
+  return "restart";
+}
+
+std::string ClientCheck::connect(const std::string& address) {
+  const int client = ++lastClient_;
+  wires_[client] = std::make_unique<WireClient>(rig_.port(), address);
+  model_.connect(client, address);
+  return fmt::format("client {} from {}", client, address);
+}
+
+std::string ClientCheck::hangUp(int client) {
+  wires_.erase(client);
+  model_.hangUp(client);
+  EXPECT_EQ(await([this] { return findMetricsFault(); }), "");
+  return fmt::format("client {} hangs up", client);
+}
+
+// What follows must find the frame read.
+void ClientCheck::send(int client, const std::string& frame) {
+  wires_.at(client)->send(frame);
+  wires_.at(client)->sync();
+}
+
+std::string ClientCheck::login(int client, const GatewayModel::Login& login) {
+  model_.login(client, login);
+  std::string frame = fmt::format(R"({{"id":{},"topic":"login","token":"{}")", login.id, login.token);
+  if (!login.device.empty()) frame += fmt::format(R"(,"device":"{}")", login.device);
+  if (login.resume) {
+    frame += fmt::format(R"(,"resume":{{"epoch":"{}","seq":{}}})", login.resume->first, login.resume->second);
+  }
+  send(client, frame + "}");
+  return fmt::format("client {}: {}", client, frame);
+}
+
+std::string ClientCheck::request(int client, const GatewayModel::Request& request) {
+  model_.request(client, request);
+  std::string frame =
+      fmt::format(R"({{"id":{},"topic":"{}","terminalType":{})", request.id, request.topic, request.terminalType);
+  if (!request.data.empty()) frame += ",\"data\":" + request.data;
+  if (!request.key.empty()) frame += fmt::format(R"(,"key":"{}")", request.key);
+  send(client, frame + "}");
+  return fmt::format("client {}: {}", client, frame.substr(0, 200));
+}
+
+void ClientCheck::requestInCrowd(int client, const GatewayModel::Request& request) {
+  model_.request(client, request);
+  wires_.at(client)->send(
+      fmt::format(R"({{"id":{},"topic":"{}","data":{}}})", request.id, request.topic, request.data));
+}
+
+std::string ClientCheck::badFrame(int client, const std::string& text, const std::string& id, const std::string& topic,
+                                  const std::string& message) {
+  model_.badFrame(client, id, topic, message);
+  send(client, text);
+  return fmt::format("client {}: {}", client, text);
+}
+
+void ClientCheck::push(const std::string& topic, const std::string& data) {
+  MobileMessage message;
+  message.requestId = kNoRequestId;
+  message.topic = topic;
+  message.data = data;
+  rig_.deliver(message);
+  model_.push(topic, data);
+}
+
+// Takes what the library has got, in its order.
+bool ClientCheck::takeCall(std::chrono::milliseconds limit) {
+  const auto call = rig_.agent().take(limit);
+  if (!call) return false;
+  const std::string what = fmt::format("{} {} {}", call->terminalType, call->topic, call->data);
+  const std::optional<int> number = model_.called(call->terminalType, call->topic, call->data);
+  EXPECT_TRUE(number) << "the library must not get this now: " << what;
+  if (number) calls_.push_back({call->id, *number, call->topic, call->time});
+  return number.has_value();
+}
+
+std::string ClientCheck::answerOne(GatewayModel::Reply reply, size_t spread) {
+  while (takeCall(std::chrono::milliseconds(0))) continue;
+  if (calls_.empty()) return "nothing";
+  const size_t index = std::min(spread, calls_.size() - 1);
+  answer(index, std::move(reply));
+  return "a reply";
+}
+
+void ClientCheck::answer(size_t index, GatewayModel::Reply reply) {
+  const Call call = calls_.at(index);
+  calls_.erase(calls_.begin() + static_cast<std::ptrdiff_t>(index));
+  if (reply.topic.empty()) reply.topic = call.topic;
+  MobileMessage message;
+  message.requestId = call.id;
+  message.topic = reply.topic;
+  message.message = reply.message;
+  message.data = reply.text.empty() ? reply.data : reply.text;
+  rig_.deliver(message);
+  model_.reply(call.number, reply);
+}
+
+void ClientCheck::answerAll() {
+  while (model_.hasCall() || !calls_.empty()) {
+    if (calls_.empty() && !takeCall(std::chrono::seconds(10))) {
+      ADD_FAILURE() << "a request does not reach the library";
+      return;
+    }
+    answer(0, {"", "", "7", ""});
+    compare();
+  }
+}
+
+std::string ClientCheck::setAgent(bool isThere) {
+  isThere ? rig_.attachAgent() : rig_.detachAgent();
+  model_.hasAgent = isThere;
+  return fmt::format("the agent is {}", isThere ? "there" : "gone");
+}
+
+std::string ClientCheck::wait(int64_t seconds) {
+  rig_.advance(std::chrono::seconds(seconds));
+  model_.advance(seconds);
+  return fmt::format("{} s", seconds);
+}
+
+std::string ClientCheck::sleep(int64_t seconds) {
+  rig_.sleep(std::chrono::seconds(seconds));
+  model_.advance(seconds);
+  return fmt::format("sleep for {} s", seconds);
+}
+
+std::string ClientCheck::addToken(int rights) {
+  const int number = static_cast<int>(model_.tokens.size());
+  const std::string name = fmt::format("t{}", number);
+  model_.tokens[number] = {name, rig_.addToken(name, rights), rights, true, {}};
+  return fmt::format("token {} with rights {}", name, rights);
+}
+
+std::string ClientCheck::revoke(int token) {
+  if (!model_.tokens.at(token).isValid) return "nothing";
+  rig_.revokeToken(model_.tokens[token].name);
+  model_.revoke(token);
+  return wait(2) + " after a token was revoked";
+}
+
+std::string ClientCheck::expire(int token, int64_t seconds) {
+  if (!model_.tokens.at(token).isValid) return "nothing";
+  model_.tokens[token].expires = model_.now + seconds;
+  rig_.setExpiry(model_.tokens[token].name, model_.now + seconds);
+  return wait(1) + " after a token got a limit";
+}
+
+void ClientCheck::compare() {
+  bool hasEnded = false;
+  for (auto entry = model_.clients.begin(); entry != model_.clients.end() && !testing::Test::HasFailure();) {
+    const int client = (entry++)->first;
+    compare(client);
+    if (model_.isOpen(client)) continue;
+    wires_.erase(client);
+    model_.hangUp(client);
+    hasEnded = true;
+  }
+  if (!hasEnded || model_.epoch.empty()) return;
+  EXPECT_EQ(await([this] { return findMetricsFault(); }), "");
+}
+
+void ClientCheck::compare(int client) try {
+  WireClient& wire = *wires_.at(client);
+  GatewayModel::Client& state = model_.clients.at(client);
+  for (; !state.inbox.empty(); state.inbox.pop_front()) {
+    const WireClient::Message got = wire.receive();
+    ASSERT_EQ(got.closeCode, 0) << "client " << client << " lacks " << state.inbox.front();
+    ASSERT_EQ(got.text, state.inbox.front()) << "client " << client;
+  }
+  if (state.closeCode != 0) {
+    const WireClient::Message got = wire.receive();
+    EXPECT_EQ(got.text, "") << "client " << client;
+    EXPECT_EQ(got.closeCode, state.closeCode) << "client " << client;
+  } else {
+    EXPECT_FALSE(wire.sync()) << "client " << client << " got " << wire.receive().text;
+  }
+} catch (const std::runtime_error& error) {
+  ADD_FAILURE() << "client " << client << ": " << error.what();
+}
+
+std::string ClientCheck::findMetricsFault() {
+  while (takeCall(std::chrono::milliseconds(0))) continue;
+  const std::string page = get(rig_.port(), "/metrics");
+  for (const auto& [name, value] : model_.metrics()) {
+    const std::string line = fmt::format("\npocket_terminal_{} {}\n", name, value);
+    if (page.find(line) == std::string::npos) {
+      const size_t found = page.find("\npocket_terminal_" + name);
+      return fmt::format("wanted {} but got {}", line, found == std::string::npos ? page : page.substr(found, 100));
+    }
+  }
+  return {};
+}
+
+void ClientCheck::comparePages() {
+  EXPECT_EQ(await([this] { return findMetricsFault(); }), "");
+  while (takeCall(std::chrono::milliseconds(0))) continue;
+  terminal::BootTime oldest{};
+  for (const Call& call : calls_) oldest = std::max(oldest, rig_.time().bootTime() - call.time);
+  const bool isReady = model_.hasAgent && oldest <= std::chrono::seconds(10);
+  for (const char* path : {"/health/ready", "/health"}) {
+    EXPECT_THAT(get(rig_.port(), path), testing::StartsWith(isReady ? "HTTP/1.1 200 " : "HTTP/1.1 503 ")) << path;
+  }
+  EXPECT_THAT(get(rig_.port(), "/health/live"), testing::StartsWith("HTTP/1.1 200 "));
+}
+
+void ClientCheck::compareAudit() {
+  const std::filesystem::path file = rig_.dataDir() / "audit.log";
+  EXPECT_EQ(await([&] { return findDifference(linesOf(file), model_.audit()); }), "");
+}
+
+}  // namespace orvane::test

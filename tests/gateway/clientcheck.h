@@ -1,0 +1,75 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tests/gateway/gatewaymodel.h"
+#include "tests/gateway/gatewayrig.h"
+#include "tests/gateway/wireclient.h"
+
+namespace orvane::test {
+
+// Does each thing to the gateway and to the model of it, and compares what both say. Each operation returns what it
+// did, for the trace of a failure.
+class ClientCheck {
+ public:
+  GatewayModel& model() { return model_; }
+
+  // After the first token: learns the epoch.
+  void start();
+  std::string restart();
+
+  std::string connect(const std::string& address);
+  std::string hangUp(int client);
+  std::string login(int client, const GatewayModel::Login& login);
+  std::string request(int client, const GatewayModel::Request& request);
+  void requestInCrowd(int client, const GatewayModel::Request& request);
+  std::string badFrame(int client, const std::string& text, const std::string& id, const std::string& topic,
+                       const std::string& message);
+  void push(const std::string& topic, const std::string& data);
+
+  // The library answers one of the first `spread` + 1 requests that it has. An empty topic is the request's own.
+  std::string answerOne(GatewayModel::Reply reply, size_t spread);
+  void answerAll();
+  std::string setAgent(bool isThere);
+
+  std::string wait(int64_t seconds);
+  std::string sleep(int64_t seconds);
+
+  std::string addToken(int rights);
+  std::string revoke(int token);
+  std::string expire(int token, int64_t seconds);
+
+  // Each client got what it must, and nothing else.
+  void compare();
+
+  // /metrics and /health/ready, and audit.log.
+  void comparePages();
+  void compareAudit();
+
+ private:
+  struct Call {
+    int64_t id = 0;
+    int number = 0;  // the model's
+    std::string topic;
+    terminal::BootTime time{};
+  };
+
+  void send(int client, const std::string& frame);
+  void compare(int client);
+  bool takeCall(std::chrono::milliseconds limit);
+  void answer(size_t index, GatewayModel::Reply reply);
+  std::string findMetricsFault();
+
+  GatewayRig rig_;
+  GatewayModel model_;
+  std::map<int, std::unique_ptr<WireClient>> wires_;
+  std::vector<Call> calls_;  // that the library has
+  std::set<std::string> epochs_;
+  int lastClient_ = 0;
+};
+
+}  // namespace orvane::test

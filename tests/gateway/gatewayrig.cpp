@@ -1,0 +1,91 @@
+#include "tests/gateway/gatewayrig.h"
+
+#include <future>
+#include <stdexcept>
+#include <utility>
+
+#include <SQLiteCpp/Statement.h>
+#include <SQLiteCpp/VariadicBind.h>
+
+#include "terminal/gatewaydatabase.h"
+#include "terminal/rights.h"
+#include "terminal/tokens.h"
+
+namespace orvane::test {
+
+void MovableLoop::run(const Work& work) {
+  std::promise<void> done;
+  post([&] {
+    work();
+    done.set_value();
+  });
+  if (done.get_future().wait_for(std::chrono::seconds(60)) != std::future_status::ready) {
+    std::terminate();  // `done` must not go away while the loop may still reach it
+  }
+}
+
+void ScriptedAgent::onRequest(int64_t requestId, int32_t terminalType, const std::string& topic,
+                              const std::string& data) {
+  const std::lock_guard lock(mutex_);
+  calls_.push_back({requestId, terminalType, topic, data, time_.bootTime()});
+  came_.notify_one();
+}
+
+std::optional<AgentCall> ScriptedAgent::take(std::chrono::milliseconds limit) {
+  std::unique_lock lock(mutex_);
+  if (!came_.wait_for(lock, limit, [this] { return !calls_.empty(); })) return std::nullopt;
+  AgentCall call = std::move(calls_.front());
+  calls_.pop_front();
+  return call;
+}
+
+std::string GatewayRig::addToken(const std::string& name, int rights) {
+  SQLite::Database db = terminal::openGatewayDatabase(dataDir());
+  return terminal::addToken(db, name, terminal::Rights(rights));
+}
+
+void GatewayRig::revokeToken(const std::string& name) {
+  SQLite::Database db = terminal::openGatewayDatabase(dataDir());
+  terminal::revokeToken(db, name);
+}
+
+void GatewayRig::setExpiry(const std::string& name, int64_t wallSeconds) {
+  SQLite::Database db = terminal::openGatewayDatabase(dataDir());
+  SQLite::Statement change(db, "UPDATE token SET expires = ? WHERE name = ?");
+  SQLite::bind(change, wallSeconds, name);
+  change.exec();
+}
+
+void GatewayRig::advance(std::chrono::seconds time) {
+  loop_->run([&] { time_.advance(time); });
+}
+
+void GatewayRig::sleep(std::chrono::seconds time) {
+  loop_->run([&] { time_.sleep(time); });
+}
+
+void GatewayRig::attachAgent() { gateway_->mobileService().registerSpi(agent_, &handle_); }
+void GatewayRig::detachAgent() { gateway_->mobileService().unregisterSpi(handle_); }
+
+void GatewayRig::start() {
+  loop_ = std::make_unique<MovableLoop>(time_);
+  terminal::NetLimits limits;
+  limits.idle = std::chrono::hours(1);  // a long run reads from a client only now and then
+  gateway_ = std::make_unique<terminal::Gateway>(
+      *loop_, terminal::ListenOptions{.port = 0, .tls = {}, .allowedOrigins = {}, .limits = limits},
+      terminal::PhonesOptions{.dataDir = dataDir(), .probe = {}, .figures = {}}, [](auto answer) { answer(""); });
+  const std::string url = gateway_->url();
+  port_ = static_cast<uint16_t>(std::stoi(url.substr(url.rfind(':') + 1)));
+  if (gateway_->mobileService().start({}).code != 0) throw std::runtime_error("the gateway did not start");
+  attachAgent();
+}
+
+void GatewayRig::stop() {
+  detachAgent();
+  gateway_->mobileService().stop();
+  gateway_.reset();
+  loop_.reset();
+  agent_ = std::make_shared<ScriptedAgent>(time_);
+}
+
+}  // namespace orvane::test

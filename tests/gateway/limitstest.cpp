@@ -1,0 +1,120 @@
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+
+#include "tests/gateway/gatewayrig.h"
+#include "tests/gateway/wireclient.h"
+#include "tests/support/holdssoon.h"
+#include "tests/trading/faultvfs.h"
+
+namespace orvane::test {
+namespace {
+
+using terminal::testing::FaultyDisk;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class LimitsTest : public testing::Test {
+ protected:
+  using Phone = std::unique_ptr<WireClient>;
+
+  Phone login(const std::string& token) {
+    auto phone = std::make_unique<WireClient>(rig_.port(), "127.0.0.1");
+    phone->send(fmt::format(R"({{"id":1,"topic":"login","token":"{}"}})", token));
+    EXPECT_THAT(phone->receive().text, StartsWith(R"({"id":1,"topic":"login","message":"","data":{)"));
+    return phone;
+  }
+
+  static void ask(const Phone& phone, const std::string& data, int count) {
+    for (int i = 0; i < count; ++i) {
+      phone->send(fmt::format(R"({{"id":{},"topic":"account.list","data":{}}})", i, data));
+    }
+    phone->sync();
+  }
+
+  // All that the library has got, and not answered.
+  std::vector<AgentCall> takeCalls() {
+    std::vector<AgentCall> calls;
+    while (auto call = rig_.agent().take(std::chrono::milliseconds(0))) calls.push_back(std::move(*call));
+    return calls;
+  }
+
+  void answer(const AgentCall& call) {
+    MobileMessage reply;
+    reply.requestId = call.id;
+    reply.topic = call.topic;
+    reply.data = "1";
+    rig_.deliver(reply);
+  }
+
+  FaultyDisk disk_;
+  GatewayRig rig_;
+  const std::string token_ = rig_.addToken("first", 7);
+};
+
+// What the busy client's token has with the library when the others ask is all that they wait for; then it is one of
+// each in turn.
+TEST_F(LimitsTest, ServeTokensInTurn) {
+  Phone busy = login(token_);
+  const Phone calm = login(rig_.addToken("calm", 1));
+  const Phone other = login(rig_.addToken("other", 1));
+  ask(busy, "[1]", 200);
+  std::deque<std::string> got;
+  std::vector<AgentCall> calls = takeCalls();
+  ASSERT_LT(calls.size(), 190U);
+  const size_t before = calls.size();
+  ask(calm, "[2]", 3);
+  ask(other, "[3]", 3);
+  while (got.size() < before + 9) {
+    for (AgentCall& call : takeCalls()) calls.push_back(std::move(call));
+    while (calls.empty()) calls.push_back(rig_.agent().take().value());
+    answer(calls.front());
+    got.push_back(calls.front().data);
+    calls.erase(calls.begin());
+  }
+  EXPECT_EQ(std::count(got.begin(), got.end(), "[2]"), 3) << testing::PrintToString(got);
+  EXPECT_EQ(std::count(got.begin(), got.end(), "[3]"), 3) << testing::PrintToString(got);
+
+  // Its requests that wait are dropped with its connection.
+  busy.reset();
+  EXPECT_TRUE(
+      holdsSoon([this] { return get(rig_.port(), "/metrics").find("requests_waiting 0\n") != std::string::npos; }));
+  for (AgentCall& call : takeCalls()) calls.push_back(std::move(call));
+  EXPECT_LE(calls.size(), before);
+  for (const AgentCall& call : calls) answer(call);
+  ask(calm, "[4]", 1);
+  EXPECT_EQ(rig_.agent().take().value().data, "[4]");
+}
+
+TEST_F(LimitsTest, HoldEightMebibytesOfATokensRequests) {
+  const Phone busy = login(token_);
+  const Phone calm = login(rig_.addToken("calm", 1));
+  const std::string data = "[" + std::string(250'000, ' ') + "]";
+  ask(busy, data, 40);
+  EXPECT_THAT(busy->receive().text, HasSubstr("requests of this token with 8 MiB wait already"));
+  size_t refused = 1;
+  for (; busy->sync(); ++refused) busy->receive();
+  EXPECT_GE(refused, 40U - 8 * 1024 * 1024 / 250'000 - 2);  // those that the library has do not wait
+  EXPECT_LE(refused, 40U - 8 * 1024 * 1024 / 250'000);
+  ask(calm, "[]", 1);
+  EXPECT_FALSE(calm->sync());
+  for (size_t i = refused; i < 40; ++i) answer(rig_.agent().take().value());
+  answer(rig_.agent().take().value());
+  for (size_t i = refused; i < 40; ++i) EXPECT_THAT(busy->receive().text, HasSubstr(R"("data":1})"));
+  ask(busy, data, 1);
+  EXPECT_TRUE(rig_.agent().take());
+}
+
+// Before the library runs it, a key is on the disk.
+TEST_F(LimitsTest, LetNoKeyBeLostWithThePower) {
+  const Phone phone = login(token_);
+  disk_.arm({}, 0);  // keeps what is flushed; nothing fails
+  phone->send(R"({"id":1,"topic":"order.new","key":"a17","data":{}})");
+  ASSERT_TRUE(rig_.agent().take());
+  const TempDir copy;
+  FaultyDisk::crash(rig_.dataDir(), copy.path(), true);
+  SQLite::Database db(copy.path() / "gateway.db", SQLite::OPEN_READWRITE);
+  EXPECT_EQ(db.execAndGet("SELECT count(*) FROM action WHERE key = 'a17'").getInt(), 1);
+}
+
+}  // namespace
+}  // namespace orvane::test

@@ -1,0 +1,221 @@
+#include <array>
+#include <cstdlib>
+#include <random>
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+
+#include "tests/gateway/clientcheck.h"
+
+namespace orvane::test {
+namespace {
+
+// Clients that do random things, each with what the model expects of it.
+class RandomClients {
+ public:
+  explicit RandomClients(uint32_t seed) : random_(seed) {
+    check_.addToken(7);
+    check_.start();
+    for (int i = 0; i < 4; ++i) check_.addToken(static_cast<int>(pick(0, 7)));
+  }
+
+  // Runs until a difference or the end.
+  void run(int steps) {
+    for (int i = 1; i <= steps && !testing::Test::HasFailure(); ++i) {
+      const std::string what = step();
+      SCOPED_TRACE(fmt::format("step {}: {}", i, what));
+      check_.compare();
+    }
+    if (testing::Test::HasFailure()) return;
+    check_.answerAll();
+    check_.comparePages();
+    check_.compareAudit();
+  }
+
+ private:
+  int64_t pick(int64_t low, int64_t high) { return std::uniform_int_distribution<int64_t>(low, high)(random_); }
+  bool chance(int percent) { return pick(1, 100) <= percent; }
+  template <typename Range>
+  auto oneOf(const Range& range) {
+    return *std::next(std::begin(range), pick(0, static_cast<int64_t>(std::size(range)) - 1));
+  }
+  std::string nextId() { return chance(50) ? std::to_string(++lastId_) : fmt::format("\"i{}\"", ++lastId_); }
+  GatewayModel& model() { return check_.model(); }
+
+  // Does one random thing to both and returns what.
+  std::string step() {
+    const int64_t what = pick(1, 1000);
+    if (model().clients.empty() || what <= 60) return connect();
+    const int client =
+        std::next(model().clients.begin(), pick(0, static_cast<int64_t>(model().clients.size()) - 1))->first;
+    if (what <= 190 || (model().clients[client].token < 0 && what <= 600)) return login(client);
+    if (what <= 650) return request(client);
+    if (what <= 680) return badFrame(client);
+    if (what <= 800) return check_.answerOne(reply(), static_cast<size_t>(pick(0, 3)));
+    if (what <= 880) return push(1);
+    if (what <= 905) return hangUp(client);
+    if (what <= 950) return wait();
+    if (what <= 960) return tokens();
+    if (what <= 970) return changeAgent();
+    if (what <= 980) return pages();
+    if (what <= 988) return check_.restart();
+    if (what <= 992) return crowd(client);
+    if (what <= 994) return push(1100);
+    return check_.sleep(3 * 24 * 3600);
+  }
+
+  std::string connect() {
+    if (model().clients.size() >= 12) return "nothing";
+    return check_.connect(fmt::format("127.0.0.{}", pick(1, 2)));
+  }
+
+  std::string login(int client) {
+    GatewayModel::Login frame{.id = nextId(), .token = oneOf(model().tokens).second.text, .device = {}, .resume = {}};
+    if (chance(20)) frame.token = "guess";
+    if (chance(50)) frame.device = oneOf(std::array{"d1", "d2"});
+    if (chance(50)) {
+      const auto last = static_cast<int64_t>(model().lastPush());
+      const std::string epoch = chance(80) ? model().epoch : "0123456789abcdef";
+      frame.resume = {
+          epoch, static_cast<uint64_t>(chance(80) ? pick(std::max<int64_t>(last - 5, 0), last) : pick(0, last + 2))};
+    }
+    return check_.login(client, frame);
+  }
+
+  std::string request(int client) {
+    GatewayModel::Request frame{
+        .id = nextId(), .terminalType = chance(80) ? 8 : 24, .topic = {}, .data = {}, .key = {}, .bodyFault = {}};
+    if (!sent_.empty() && chance(40)) {
+      frame = oneOf(sent_);  // the same once more, perhaps changed
+      frame.id = nextId();
+      if (chance(10)) frame.terminalType = 9;
+      if (chance(10) && frame.data.starts_with('{'))
+        frame.topic = frame.topic == "order.new" ? "quote.set" : "order.new";
+      if (chance(10)) frame.data = bodyFor(frame.topic);
+      return check_.request(client, frame);
+    }
+    frame.topic = oneOf(std::array{"account.list", "order.list", "monitor.list", "no.such.topic", "order.cancel",
+                                   "order.new", "order.new", "quote.set", "monitor.manual.clean"});
+    frame.data = bodyFor(frame.topic);
+    if (chance(10)) refusedBody(frame);
+    const bool isAction = frame.topic.find(".list") == std::string::npos && frame.topic != "no.such.topic";
+    if (chance(isAction ? 80 : 5)) frame.key = fmt::format("k{}", isAction && chance(70) ? ++lastId_ : pick(1, 9));
+    if (isAction && !frame.key.empty() && frame.bodyFault.empty()) sent_.push_back(frame);
+    if (sent_.size() > 20) sent_.pop_front();
+    return check_.request(client, frame);
+  }
+
+  // New, so that each call of the library can be told from the others.
+  std::string bodyFor(const std::string& topic) {
+    const std::string object = fmt::format(R"({{"orderList":[],"n":{}}})", ++lastId_);
+    return topic == "order.cancel" || topic == "monitor.manual.clean" ? "[" + object + "]" : object;
+  }
+
+  void refusedBody(GatewayModel::Request& frame) {
+    if (frame.topic == "order.new") {
+      frame.data = "[]";
+      frame.bodyFault = R"(data must be an object with the array "orderList", not an array)";
+    } else if (frame.topic == "order.cancel" || frame.topic == "monitor.manual.clean") {
+      frame.data = chance(50) ? fmt::format("[{{}},{}]", pick(1, 9)) : "[7" + std::string(1500, ' ') + "]";
+      frame.bodyFault = fmt::format("element {} of data must be an object, not a number", frame.data[1] == '{' ? 2 : 1);
+    } else if (frame.topic != "quote.set") {
+      frame.data = "[1" + [] {
+        std::string more;
+        for (int i = 0; i < 1000; ++i) more += ",1";
+        return more;
+      }() + "]";
+      frame.bodyFault = "data has more than 1000 elements: ask in parts";
+    }
+  }
+
+  std::string badFrame(int client) {
+    struct Row {
+      std::string text, id, topic, message;
+    };
+    const std::vector<Row> rows{
+        {"7", "null", "", "a frame must be an object, not a number"},
+        {R"({"id":7,"topic":"x")", "7", "x",
+         "the frame cannot be read: Missing a comma or '}' after an object member. at byte 19"},
+        {R"({"id":7,"id":8,"topic":"x"})", "7", "", R"(the frame cannot be read: "id" stands twice, at byte 12)"},
+        {R"({"id":7,"topic":"order.new","key":"a b"})", "7", "order.new",
+         R"(the frame's "key" must be a string of 1 to 64 characters from A-Z a-z 0-9 . _ -)"},
+        {R"({"id":7,"topic":"login","token":"x","device":")" + std::string(65, 'x') + "\"}", "7", "login",
+         R"(the frame's "device" has more than 64 bytes)"},
+    };
+    const Row row = oneOf(rows);
+    return check_.badFrame(client, row.text, row.id, row.topic, row.message);
+  }
+
+  GatewayModel::Reply reply() {
+    const int64_t what = pick(1, 10);
+    if (what <= 6) return {"", "", fmt::format("[{}]", ++lastId_), ""};
+    if (what <= 8) return {"unknown.topic", "Data member not array", "", ""};
+    return {"", "", "", what == 9 ? "no JSON" : "[1"};
+  }
+
+  std::string push(int count) {
+    for (int i = 0; i < count; ++i)
+      check_.push(oneOf(std::array{"order.push", "trade.push"}), fmt::format("[{}]", ++lastId_));
+    return fmt::format("{} pushes", count);
+  }
+
+  std::string hangUp(int client) { return check_.hangUp(client); }
+
+  std::string wait() {
+    if (chance(20)) return check_.wait(oneOf(std::array{9, 10, 11, 58, 59, 60}));
+    return check_.wait(pick(1, 3));
+  }
+
+  // The first token stays valid, so that something goes on.
+  std::string tokens() {
+    if (chance(40) || model().tokens.size() < 3) return check_.addToken(static_cast<int>(pick(0, 7)));
+    const int token = static_cast<int>(pick(1, static_cast<int64_t>(model().tokens.size()) - 1));
+    return chance(50) ? check_.revoke(token) : check_.expire(token, pick(1, 5));
+  }
+
+  std::string changeAgent() {
+    check_.answerAll();
+    return check_.setAgent(!model().hasAgent);
+  }
+
+  std::string pages() {
+    check_.answerAll();
+    check_.comparePages();
+    check_.compareAudit();
+    return "pages and audit";
+  }
+
+  // More requests than may wait.
+  std::string crowd(int client) {
+    const int64_t count = chance(50) ? 1030 : 2100;
+    for (int64_t i = 0; i < count; ++i) {
+      check_.requestInCrowd(
+          client,
+          {.id = nextId(), .topic = "account.list", .data = bodyFor("account.list"), .key = {}, .bodyFault = {}});
+    }
+    return fmt::format("{} requests of client {}", count, client);
+  }
+
+  std::mt19937 random_;
+  ClientCheck check_;
+  std::deque<GatewayModel::Request> sent_;  // with a key
+  int64_t lastId_ = 100;
+};
+
+int64_t fromEnvironment(const char* name, int64_t otherwise) {
+  const char* text = std::getenv(name);
+  return text == nullptr ? otherwise : std::atoll(text);
+}
+
+// RANDOM_CLIENTS is the number of seeds, RANDOM_CLIENTS_FROM the first.
+TEST(RandomClientsTest, GetWhatTheModelSays) {
+  const int64_t from = fromEnvironment("RANDOM_CLIENTS_FROM", 1);
+  const int64_t end = from + fromEnvironment("RANDOM_CLIENTS", 4);
+  for (int64_t seed = from; seed < end && !HasFailure(); ++seed) {
+    SCOPED_TRACE(fmt::format("RANDOM_CLIENTS_FROM={} RANDOM_CLIENTS=1", seed));
+    RandomClients(static_cast<uint32_t>(seed)).run(250);
+  }
+}
+
+}  // namespace
+}  // namespace orvane::test
