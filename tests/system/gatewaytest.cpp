@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include "tests/support/holdssoon.h"
 #include "tests/system/contract.h"
 #include "tests/system/terminalprocess.h"
 
@@ -19,18 +20,8 @@ class GatewayTest : public testing::Test {
   TerminalProcess terminal_{dir_.path() / "data", {"--login-timeout", "1.5", "--log-level", "debug"}};
 };
 
-TEST_F(GatewayTest, ListsAccountsAndCapital) {
+TEST_F(GatewayTest, EndsItsSessionsAndKeepsItsDatabasePrivate) {
   const auto phone = terminal_.login();
-  const Reply accounts = phone->request("account.list");
-  EXPECT_EQ(accounts.topic, "account.list");
-  EXPECT_EQ(accounts.message, "");
-  EXPECT_THAT(accounts.data, StartsWith(R"([{"userCode":"80010001","index":1,"marketType":1,)"));
-  EXPECT_THAT(accounts.data, HasSubstr(R"("index":4,"marketType":16,)"));
-
-  const Reply capital = phone->request("capital.list", "[0, 3]");
-  EXPECT_THAT(capital.data, StartsWith(R"([{"userCode":"80080003","index":3,)"));
-  EXPECT_THAT(capital.data, HasSubstr(R"("preBalance":600000.0,)"));
-
   struct stat database {};
   ASSERT_EQ(stat((dir_.path() / "data" / "gateway.db").c_str(), &database), 0);
   EXPECT_EQ(database.st_mode & 0777, 0600U);
@@ -271,9 +262,10 @@ TEST(SlowPhone, IsDropped) {
   TerminalProcess terminal(dir.path());
   const auto phone = terminal.login();
   const std::string frame = "{\"id\":\"" + std::string(200'000, 'x') + "\",\"topic\":\"order.condition.list\"}";
-  while (readFile(dir.path() / "terminal.log").find("phone 1 reads too slowly") == std::string::npos) {
+  ASSERT_TRUE(holdsSoon([&] {
     phone->send(frame);
-  }
+    return readFile(dir.path() / "terminal.log").find("phone 1 reads too slowly") != std::string::npos;
+  }));
   EXPECT_EQ(phone->waitClose(), 4408);
   EXPECT_EQ(terminal.login()->request("account.list").message, "");
 }
@@ -285,9 +277,10 @@ TEST(DeadPhone, IsDropped) {
   const auto dead = terminal.login();
   const auto alive = terminal.login();
   const std::filesystem::path log = dir.path() / "terminal.log";
-  while (readFile(log).find("phone 1 is gone") == std::string::npos) {
+  ASSERT_TRUE(holdsSoon([&] {
     EXPECT_EQ(alive->request("account.list").message, "");
-  }
+    return readFile(log).find("phone 1 is gone") != std::string::npos;
+  }));
   EXPECT_EQ(dead->waitClose(), 0);
 }
 

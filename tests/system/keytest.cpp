@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
+#include "tests/support/holdssoon.h"
 #include "tests/system/terminalprocess.h"
 
 namespace orvane::test {
@@ -93,7 +94,8 @@ TEST(Key, IsKeptForSevenDays) {
   }
   TerminalProcess terminal(dir.path());
   const auto phone = terminal.login(token);
-  while (ask(*phone, keyedOrder("k1", "other")).message == "the key k1 belongs to another request") continue;
+  EXPECT_TRUE(holdsSoon(
+      [&] { return ask(*phone, keyedOrder("k1", "other")).message != "the key k1 belongs to another request"; }));
   EXPECT_EQ(countOrders(*phone)["k1"], 1);
 }
 
@@ -108,12 +110,12 @@ TEST(Key, OutlivesALockedDatabase) {
   const std::string order = keyedOrder("k1", "k1");
   phone->send(order);
   SQLite::Database db(dir.path() / "gateway.db", SQLite::OPEN_READWRITE);
-  while (db.execAndGet("SELECT count(*) FROM action").getInt() == 0) continue;
+  ASSERT_TRUE(holdsSoon([&] { return db.execAndGet("SELECT count(*) FROM action").getInt() > 0; }));
   db.exec("BEGIN IMMEDIATE");
   while (phone->receive().id != "\"k1\"") continue;
   EXPECT_THAT(readFile(dir.path() / "terminal.log"), HasSubstr("gateway.db cannot store the reply to order.new yet"));
   db.exec("ROLLBACK");
-  while (ask(*phone, order).message == kUnknown) continue;
+  EXPECT_TRUE(holdsSoon([&] { return ask(*phone, order).message != kUnknown; }));
   EXPECT_EQ(ask(*phone, order).message, "");
   EXPECT_EQ(countOrders(*phone)["k1"], 1);
 }

@@ -10,6 +10,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "tests/support/holdssoon.h"
 #include "tests/system/contract.h"
 
 namespace orvane::test {
@@ -60,8 +61,9 @@ std::unique_ptr<terminal::Client> TerminalProcess::login(const std::string& toke
 
 int TerminalProcess::stop() {
   ::kill(process_.id(), SIGTERM);
-  process_.wait();
-  return process_.exit_code();
+  if (holdsSoon([this] { return !process_.running(); })) return process_.exit_code();
+  kill();
+  return -1;
 }
 
 void TerminalProcess::kill() {

@@ -28,7 +28,7 @@ class TerminalProcess {
   // A client that is logged in, with token() by default, and checks each message against its schema.
   std::unique_ptr<terminal::Client> login(const std::string& token = {}) const;
 
-  // Ends it by SIGTERM and returns its exit code.
+  // Ends it by SIGTERM and returns its exit code; -1 if it does not end within 30 seconds, and is killed.
   int stop();
 
   // Ends it by SIGKILL.
