@@ -2,8 +2,8 @@ import { Platform, Socket } from "../../terminal/page/src/platform";
 import { Store } from "../../terminal/page/src/state/store";
 import * as wire from "../../terminal/page/src/wire/values";
 
-// A browser and a terminal, for tests without either: time stands still until a test moves it, and the terminal answers
-// what a test has set.
+// A browser and a terminal, for tests without either: time does not pass until a test moves it, and the terminal
+// answers with what a test has set.
 
 type Frame = { id: number; topic: string; data?: unknown; key?: string; [member: string]: unknown };
 

@@ -1,5 +1,4 @@
-// The one place of breakpoints and row heights. The style sheets ask for .wide-screen and .desk, and
-// rows set their own height.
+// The one place of breakpoints and row heights. Style sheets use .wide-screen and .desk; rows set their own height.
 
 export type Width = "phone" | "tablet" | "desk";
 

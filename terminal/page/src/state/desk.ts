@@ -126,7 +126,7 @@ export class Desk {
     return failure === "" ? { kind: "done" } : { kind: "refused", failure };
   }
 
-  // The order when it works no longer; null if that is not known in time.
+  // The order once it no longer works; null if that is not known in time.
   private until(isIt: (order: Order) => boolean): Promise<Order | null> {
     return new Promise((settle) => {
       const watch = { isIt, settle };
@@ -140,7 +140,7 @@ export class Desk {
     watch.settle(order);
   }
 
-  // On the device before it is sent, so that a page that is closed does not forget it.
+  // Stores the order before it is sent, so that a page that is closed does not forget it. Returns its key.
   private keep(order: Draft, name: string): string {
     const key = this.platform.randomText(16);
     const sent = { ...order, source: sourceOf(key) };

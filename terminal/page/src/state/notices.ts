@@ -15,8 +15,8 @@ const kShownMs = 5000;
 const kBurstMs = 2000;
 const kMost = 20;
 
-// What the user is told, one notice at a time. Time runs only while the page is seen: what comes while it is hidden is
-// kept until then. Fills count as new until the view of orders has been open.
+// Notices to the user, shown one at a time. Their time runs only while the page is seen, so those that come while it is
+// hidden are kept until then. Fills count as new until the view of orders has been open.
 export class Notices {
   list: Notice[] = [];
   newFills = 0;
@@ -58,7 +58,7 @@ export class Notices {
     else if (first.kind !== "error" && now - first.seenAt > kShownMs) this.dismiss(first);
   }
 
-  // A list of all fills, of which those that are new are told.
+  // A list of all fills. The new ones get notices.
   seeList(all: Fill[], describe: (fill: Fill) => string): void {
     if (this.seenTime < 0) this.setSeen(all); // a new device knows nothing of what it has missed
     this.tellFills(all.filter((fill) => this.hasList || this.isUnseen(fill)), describe);

@@ -1,8 +1,7 @@
 import { Bodies, SyncOrder } from "../wire/values";
 
 // The synchronising orders that the terminal offers, each with a name of its own. A large order comes in parts that are
-// alike: those are told apart by their place among their like. The price is not part of the name, because it follows
-// the market and an order that is picked stays picked.
+// alike, and are numbered. The price is not part of the name: it follows the market, and a picked order stays picked.
 export interface Offer extends SyncOrder {
   name: string;
 }

@@ -20,7 +20,7 @@ export function sourceOf(key: string): string {
   return `web ${key}`;
 }
 
-// Without those in the list. Those in `asked` were unknown when the list was requested: the list would have them.
+// The orders that the list does not show. Those in `asked` were unknown when it was requested, so they are missing.
 export function settle(outgoing: Outgoing[], orders: Order[], asked: Set<string>, now: number): Outgoing[] {
   if (outgoing.length === 0) return outgoing;
   const today = new Date(now).toDateString();
@@ -33,13 +33,13 @@ export function settle(outgoing: Outgoing[], orders: Order[], asked: Set<string>
     });
 }
 
-// With those unknown whose reply takes too long.
+// The same orders; those whose reply takes too long become unknown.
 export function ageing(outgoing: Outgoing[], now: number): Outgoing[] {
   const late = (each: Outgoing) => each.state === "sending" && now - each.sentAt > kSlowMs;
   return outgoing.some(late) ? outgoing.map((each) => (late(each) ? { ...each, state: "unknown" } : each)) : outgoing;
 }
 
-// As another run of the page left them: nobody waits for their replies any more.
+// The orders that another run of the page left: nothing waits for their replies any more.
 export function readOutgoing(text: string): Outgoing[] {
   if (text === "") return [];
   try {

@@ -110,5 +110,4 @@ export const kTradingTexts = {
   closeIt: ["平仓", "Close"],
   addTo: ["加仓", "Add"],
   reverse: ["反手", "Reverse"],
-  closeOf: ["平仓：{0}", "Close {0}"],
 } as const;

@@ -1,6 +1,5 @@
 import { Capital, CreditFigures, Market, Quote, Rates, Side } from "../wire/values";
-import { Action, isBuying, Ticket } from "./ticket";
-import { readNumber } from "./numbers";
+import { Action, isBuying } from "./ticket";
 
 // What an order costs and how much of it the account can afford, by the terminal's own rules.
 
@@ -102,8 +101,4 @@ export function withReturned(purse: Purse, cost: Cost | undefined): Purse {
   if (cost === undefined) return purse;
   const credit = purse.credit && { ...purse.credit, marginAvl: purse.credit.marginAvl + cost.collateral };
   return { ...purse, available: purse.available + cost.funds, credit };
-}
-
-export function volumeOf(ticket: Ticket): number {
-  return readNumber(ticket.volume);
 }

@@ -6,7 +6,7 @@ import { Action, actionsOf, Holding, isClosing, kNothing, kNoTicket, oppositeQuo
 
 type LegName = "long" | "short";
 
-// Limit orders start at the opposite quote, where they are filled at once.
+// Limit orders start at the opposite quote, so that they are filled at once.
 export function quotedPrice(side: number, quote: Quote): string {
   return oppositeQuote(side, quote).toFixed(decimalsOf(quote.priceTick));
 }

@@ -82,7 +82,7 @@ export function codeText(row: OfCode): string {
   return isAllAccounts() ? row.codeExch.replace(/\.[^.]*$/, "") : row.codeExch;
 }
 
-// Whose the row is, where rows of all accounts are mixed.
+// The account of a row, if rows of all accounts are mixed.
 export function ownerText(row: OfCode): string {
   return isAllAccounts() ? `· ${row.userCode}` : "";
 }

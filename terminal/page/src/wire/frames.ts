@@ -6,7 +6,7 @@ import { FrameFailure, FramePush, FrameReply, FrameText } from "./types";
 export type Frame =
   | { kind: "reply"; id: unknown; topic: string; data: unknown }
   | { kind: "failure"; id: unknown; topic: string; message: string }
-  | { kind: "garbled"; id: unknown; text: string } // what cannot be read of it, or where it breaks the contract
+  | { kind: "garbled"; id: unknown; text: string } // the unreadable text, or the path to what breaks the contract
   | { kind: "push"; seq: number; topic: string; message: string; data: unknown; wrong: string };
 
 function parse(text: string): unknown {
