@@ -1,14 +1,24 @@
 #include "terminal/gateway.h"
 
+#include <chrono>
+#include <future>
+#include <memory>
 #include <utility>
 
 #include "terminal/logging.h"
 
 namespace orvane::terminal {
+namespace {
 
-Gateway::Gateway(AsioLoop& loop, ListenOptions listen, PhonesOptions phones, WhenStored whenStored)
+constexpr std::chrono::seconds kDrainTime{2};
+
+}  // namespace
+
+Gateway::Gateway(AsioLoop& loop, ListenOptions listen, const StoreOptions& store, PhonesOptions phones,
+                 WhenStored whenStored)
     : loop_(loop),
-      phones_(loop_,
+      store_(store, loop_),
+      phones_(loop_, store_,
               [&] {
                 phones.figures = [this] { return listener_.figures(); };
                 return std::move(phones);
@@ -18,9 +28,25 @@ Gateway::Gateway(AsioLoop& loop, ListenOptions listen, PhonesOptions phones, Whe
           phones_, std::move(whenStored), [this] { start(); }, [this] { stop(); }) {}
 
 void Gateway::start() {
+  disk_.start();
   phones_.start();
   listener_.start();
   loop_.start();
+}
+
+void Gateway::drain() {
+  if (!loop_.isStarted()) return;
+  const auto drained = std::make_shared<std::promise<void>>();
+  loop_.post([this, drained] { phones_.drain([drained] { drained->set_value(); }); });
+  if (drained->get_future().wait_for(kDrainTime) == std::future_status::timeout) {
+    TERMINAL_LOG(gatewayLogger(), Warn, "the library has not answered in time: some outcomes remain unknown");
+  }
+}
+
+void Gateway::awaitDisk() {
+  std::promise<void> done;
+  store_.readTokens([&done](const std::string&) { done.set_value(); });
+  done.get_future().wait();
 }
 
 // Ends all sessions with 1001. The loop's thread ends with the last of them.
@@ -31,6 +57,7 @@ void Gateway::stop() {
     listener_.stop();
   });
   loop_.join();
+  disk_.stop();
   TERMINAL_LOG(gatewayLogger(), Info, "stopped");
 }
 

@@ -5,18 +5,20 @@
 #include "host/mobilesrv.h"
 #include "terminal/net/asioloop.h"
 #include "terminal/net/listener.h"
+#include "terminal/phones/diskthread.h"
+#include "terminal/phones/gatewaystore.h"
 #include "terminal/phones/mobileserver.h"
 #include "terminal/phones/phones.h"
 
 namespace orvane::terminal {
 
-// The terminal's side towards clients: what brings clients in, and what they may say. May be started and stopped once,
-// by the agent through the mobile service, which starts and joins the loop's thread.
+// The terminal's side towards clients: its files, what brings clients in, and what they may say. May be started and
+// stopped once, by the agent through the mobile service, which starts and joins the loop's thread.
 class Gateway {
  public:
   // Opens `gateway.db` and takes the port. `loop` must not be started and must outlive the gateway. `phones.figures` is
   // filled in. Throws std::runtime_error.
-  Gateway(AsioLoop& loop, ListenOptions listen, PhonesOptions phones, WhenStored whenStored);
+  Gateway(AsioLoop& loop, ListenOptions listen, const StoreOptions& store, PhonesOptions phones, WhenStored whenStored);
   ~Gateway() { stop(); }
   Gateway(const Gateway&) = delete;
   Gateway& operator=(const Gateway&) = delete;
@@ -24,11 +26,20 @@ class Gateway {
   std::string url() const { return listener_.url(); }
   IMobileSrv& mobileService() { return server_; }
 
+  // The end begins: takes no more requests, and waits for the replies of those that the agent has, at most two seconds.
+  // To be called before the agent stops. Any thread but the loop's.
+  void drain();
+
+  // Waits until the disk's thread has done what was added before. Any thread but the loop's.
+  void awaitDisk();
+
  private:
   void start();
   void stop();
 
   AsioLoop& loop_;
+  GatewayStore store_;
+  DiskThread disk_{store_};
   Phones phones_;
   Listener listener_;
   MobileServer server_;

@@ -1,5 +1,7 @@
 #include "terminal/gatewaydatabase.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <stdexcept>
@@ -16,12 +18,14 @@
 namespace orvane::terminal {
 namespace {
 
-constexpr int kVersion = 1;
 constexpr int kBusyMilliseconds = 1000;  // how long to wait for another process's lock
 
-// Times are seconds since 1970. A token's id is never reused. An action is a request that changes something: `line` is
-// the head of its audit line while it runs, `due` a whole line that is not in the audit yet.
-constexpr const char* kSchema = R"sql(
+// What each version adds to the one before. Times are seconds since 1970. A token's id is never reused. An action is a
+// request that changes something: `line` is the head of its audit line while it runs, `due` a whole line that is not in
+// the audit yet, `boot` the boot clock's seconds when it was made, NULL if that was before the machine's last start. A
+// revocation waits for the running terminal to confirm it by deleting the row.
+constexpr std::array<const char*, 2> kVersions{
+    R"sql(
 CREATE TABLE token (
   id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL UNIQUE, hash BLOB NOT NULL, rights INTEGER NOT NULL,
   made INTEGER NOT NULL, used INTEGER, expires INTEGER);
@@ -29,8 +33,15 @@ CREATE TABLE action (
   id INTEGER PRIMARY KEY, token INTEGER NOT NULL, key TEXT, made INTEGER NOT NULL, fingerprint BLOB NOT NULL,
   line TEXT, due TEXT, reply_topic BLOB, reply_message BLOB, reply_data BLOB, UNIQUE (token, key));
 CREATE TABLE address (link TEXT NOT NULL);
-PRAGMA user_version = 1;
-)sql";
+)sql",
+    R"sql(
+ALTER TABLE action ADD COLUMN boot INTEGER;
+CREATE INDEX action_made ON action (made) WHERE key IS NOT NULL;
+CREATE INDEX action_due ON action (id) WHERE due IS NOT NULL;
+CREATE TABLE boot (id TEXT NOT NULL);
+CREATE TABLE revocation (id INTEGER PRIMARY KEY AUTOINCREMENT, token INTEGER NOT NULL);
+)sql"};
+constexpr int kVersion = kVersions.size();
 
 // SQLite takes an empty file for a new database.
 void makeEmpty(const std::filesystem::path& file) {
@@ -57,8 +68,28 @@ void setUp(SQLite::Database& db) {
   db.exec("PRAGMA journal_mode = WAL");
   if (version == kVersion) return;
   SQLite::Transaction transaction(db, SQLite::TransactionBehavior::IMMEDIATE);
-  if (db.execAndGet("PRAGMA user_version").getInt() == 0) db.exec(kSchema);
+  const int found = std::max(0, db.execAndGet("PRAGMA user_version").getInt());
+  for (auto step = kVersions.begin() + found; step != kVersions.end(); ++step) db.exec(*step);
+  db.exec(fmt::format("PRAGMA user_version = {}", kVersion));
   transaction.commit();
+}
+
+const char* remedyOf(int code) {
+  switch (code) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+      return "end the program that holds it";
+    case SQLITE_FULL:
+      return "make room on its disk";
+    case SQLITE_READONLY:
+    case SQLITE_PERM:
+    case SQLITE_CANTOPEN:
+      return "let its owner write to the file and its folder";
+    case SQLITE_IOERR:
+      return "make room on its disk, and check that disk";
+    default:
+      return "move it away to begin with new tokens, or choose a folder with --data";
+  }
 }
 
 }  // namespace
@@ -80,19 +111,22 @@ SQLite::Database openGatewayDatabase(const std::filesystem::path& dataDir, IfMis
   requireWritable(dataDir);
   if (isMissing) makeEmpty(file);
   try {
-    SQLite::Database db(file.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+    requireOwners(file);
+    // SQLite refuses a link in any part of the name.
+    const std::filesystem::path exact = std::filesystem::canonical(dataDir) / file.filename();
+    SQLite::Database db(exact.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | SQLite::OPEN_NOFOLLOW);
     requirePrivate(file);
     setUp(db);
     return db;
   } catch (const SQLite::Exception& error) {
-    const bool isBusy = error.getErrorCode() == SQLITE_BUSY;
-    throw std::runtime_error(
-        fmt::format("cannot use {}: {}; {}", file.string(), error.what(),
-                    isBusy ? "end the program that holds it"
-                           : "move it away to begin with new tokens, or choose a folder with --data"));
+    throw std::runtime_error(describeFault(file, error));
   } catch (const std::runtime_error& error) {
     throw std::runtime_error(fmt::format("cannot use {}: {}", file.string(), error.what()));
   }
+}
+
+std::string describeFault(const std::filesystem::path& file, const SQLite::Exception& error) {
+  return fmt::format("cannot use {}: {}; {}", file.string(), error.what(), remedyOf(error.getErrorCode()));
 }
 
 }  // namespace orvane::terminal

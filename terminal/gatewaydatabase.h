@@ -1,8 +1,10 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 
 #include <SQLiteCpp/Database.h>
+#include <SQLiteCpp/Exception.h>
 
 namespace orvane::terminal {
 
@@ -15,5 +17,8 @@ enum class IfMissing { Make, Fail };
 // it. The running terminal and the commands share it, each through its own connection, which is not thread-safe.
 // Throws std::runtime_error with a clear message.
 SQLite::Database openGatewayDatabase(const std::filesystem::path& dataDir, IfMissing ifMissing = IfMissing::Make);
+
+// What failed, with the file's name and the remedy, UTF-8.
+std::string describeFault(const std::filesystem::path& file, const SQLite::Exception& error);
 
 }  // namespace orvane::terminal

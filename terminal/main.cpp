@@ -42,9 +42,10 @@ class StopSignals {
 // Starts the agent, then the host's own messages, and stops them in reverse order.
 class Running {
  public:
-  Running(TradingHost& host, IMobileSrv& server, const std::string& url) : host_(host) {
+  Running(TradingHost& host, Gateway& gateway) : host_(host), gateway_(gateway) {
+    IMobileSrv& server = gateway.mobileService();
     MobileSrvInfo info;
-    info.url = url;
+    info.url = gateway.url();
     info.userid = "paper";
     host_.setMobileServer(&server);
     agent_->start(info);
@@ -52,6 +53,7 @@ class Running {
     host_.start([agent = agent_](const MobileMessage& message) { agent->pushNotify(message); });
   }
   ~Running() {
+    gateway_.drain();
     host_.stop();
     agent_->stop();
     host_.setMobileServer(nullptr);
@@ -61,6 +63,7 @@ class Running {
 
  private:
   TradingHost& host_;
+  Gateway& gateway_;
   IPocketAgent* agent_ = IPocketAgent::getInstance();
 };
 
@@ -119,18 +122,17 @@ int serve(const Settings& settings) try {
   limits.idle = settings.idleTime;
   limits.maxBacklogBytes = settings.maxBacklogBytes;
   AsioLoop loop;
-  Gateway gateway(loop,
-                  {.address = settings.address,
-                   .port = settings.port,
-                   .tls = settings.tls,
-                   .allowedOrigins = settings.allowedOrigins,
-                   .limits = limits},
-                  {.dataDir = settings.dataDir,
-                   .loginTime = settings.loginTime,
-                   .probe = [&host, log] { return checkHost(host, *log); },
-                   .figures = {}},
-                  [&host](auto answer) { host.whenStored(std::move(answer)); });
-  const Running running(host, gateway.mobileService(), gateway.url());
+  Gateway gateway(
+      loop,
+      {.address = settings.address,
+       .port = settings.port,
+       .tls = settings.tls,
+       .allowedOrigins = settings.allowedOrigins,
+       .limits = limits},
+      {.dataDir = settings.dataDir, .audit = settings.audit, .maxBytes = settings.gatewayBytes},
+      {.loginTime = settings.loginTime, .probe = [&host, log] { return checkHost(host, *log); }, .figures = {}},
+      [&host](auto answer) { host.whenStored(std::move(answer)); });
+  const Running running(host, gateway);
   printLink(settings, gateway.url());
   if (settings.tls) printFingerprint(fingerprint(settings.tls->certificate));
   std::fflush(stdout);

@@ -1,33 +1,67 @@
 #include "terminal/ownersfile.h"
 
 #include <cerrno>
+#include <cstring>
+#include <stdexcept>
 
 #include <fcntl.h>
+#include <grp.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace orvane::terminal {
 namespace {
 
-int makeFile(const std::filesystem::path& file, int flags) {
-  const int made = open(file.c_str(), flags | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
-  struct stat folder {};
-  if (made < 0 || geteuid() != 0 || stat(file.parent_path().c_str(), &folder) != 0) return made;
-  if (fchown(made, folder.st_uid, folder.st_gid) == 0) return made;
-  const int reason = errno;
-  unlink(file.c_str());
-  close(made);
+bool isOwners(const struct stat& file, const struct stat& folder) {
+  return S_ISREG(file.st_mode) && file.st_uid == folder.st_uid;
+}
+
+int closeWith(int descriptor, int reason) {
+  close(descriptor);
   errno = reason;
   return -1;
+}
+
+int openExisting(const std::filesystem::path& file, int flags, const struct stat& folder) {
+  // Without O_NONBLOCK a planted FIFO would hold the call; a file does not notice it.
+  const int opened = open(file.c_str(), flags | O_NOFOLLOW | O_NONBLOCK);
+  struct stat found {};
+  if (opened < 0 || (fstat(opened, &found) == 0 && isOwners(found, folder))) return opened;
+  return closeWith(opened, EPERM);
+}
+
+int makeFile(const std::filesystem::path& file, int flags, const struct stat& folder) {
+  const int made = open(file.c_str(), flags | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
+  if (made < 0 || geteuid() != 0 || fchown(made, folder.st_uid, folder.st_gid) == 0) return made;
+  const int reason = errno;
+  unlink(file.c_str());
+  return closeWith(made, reason);
 }
 
 }  // namespace
 
 int openOwnersFile(const std::filesystem::path& file, int flags) {
-  int opened = open(file.c_str(), flags);
-  if (opened < 0 && errno == ENOENT) opened = makeFile(file, flags);
-  return opened < 0 && errno == EEXIST ? open(file.c_str(), flags)
+  struct stat folder {};
+  if (stat(file.parent_path().c_str(), &folder) != 0) return -1;
+  int opened = openExisting(file, flags, folder);
+  if (opened < 0 && errno == ENOENT) opened = makeFile(file, flags, folder);
+  return opened < 0 && errno == EEXIST ? openExisting(file, flags, folder)
                                        : opened;  // another process has created it meanwhile
+}
+
+void requireOwners(const std::filesystem::path& file) {
+  struct stat found {};
+  struct stat folder {};
+  if (lstat(file.c_str(), &found) != 0 || stat(file.parent_path().c_str(), &folder) != 0) return;  // its user finds out
+  if (!isOwners(found, folder)) throw std::runtime_error("it is no file of the folder's owner: remove it");
+}
+
+void actAsOwner(const std::filesystem::path& folder) {
+  struct stat found {};
+  if (geteuid() != 0 || stat(folder.c_str(), &found) != 0 || found.st_uid == 0) return;
+  const gid_t group = found.st_gid;
+  if (setgroups(1, &group) == 0 && setegid(group) == 0 && seteuid(found.st_uid) == 0) return;
+  throw std::runtime_error("cannot act as the owner of " + folder.string() + ": " + std::strerror(errno));
 }
 
 }  // namespace orvane::terminal

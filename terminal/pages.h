@@ -14,8 +14,9 @@ struct HttpRequest {
   std::string_view host;
   std::string_view origin;
   std::string_view authorization;
-  bool isUpgrade = false;   // to a WebSocket
-  bool isLoopback = false;  // from this machine
+  std::string_view network;  // rate-limit key, see Session
+  bool isUpgrade = false;    // to a WebSocket
+  bool isLoopback = false;   // from this machine
 };
 
 // The answer to a plain HTTP request.

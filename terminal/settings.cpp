@@ -17,6 +17,7 @@ namespace orvane::terminal {
 namespace {
 
 constexpr int kUsageError = 2;
+constexpr int64_t kMebibyte = 1024 * 1024;
 constexpr const char* kMoreOptions = "\nThe terminal's own options, such as --data, may be given here too.";
 
 std::string environment(const char* name) {
@@ -61,6 +62,8 @@ struct Arguments {
   double loginSeconds = 10;
   double idleSeconds = 36;
   size_t maxBacklog = 64;  // MiB
+  int auditMebibytes = 64;
+  int gatewayMebibytes = 1024;
   TlsFiles tls;
   CallSettings call;
   bool json = false;
@@ -109,13 +112,22 @@ void addPhoneOptions(CLI::App& app, Arguments& typed) {
       ->capture_default_str();
 }
 
-void addFileOptions(CLI::App& app, Settings& settings) {
+void addFileOptions(CLI::App& app, Settings& settings, Arguments& typed) {
   app.option_defaults()->group("Files");
   app.set_config("--config", defaultConfig().string(), "settings file; its keys are these options without the dashes")
       ->group("Files");
   app.allow_config_extras(CLI::config_extras_mode::error);
   app.add_option("--data", settings.dataDir, "folder of the databases, the audit and the log")
       ->default_str(defaultDataDir().string());
+  app.add_option("--audit-size", typed.auditMebibytes, "MiB at which audit.log becomes audit.log.1, and so on")
+      ->check(CLI::Range(1, 65536))
+      ->capture_default_str();
+  app.add_option("--audit-files", settings.audit.oldFiles, "how many files behind audit.log are kept")
+      ->check(CLI::Range(0, 10000))
+      ->capture_default_str();
+  app.add_option("--gateway-size", typed.gatewayMebibytes, "MiB of gateway.db, from which on it takes no keys")
+      ->check(CLI::Range(1, 1048576))
+      ->capture_default_str();
   app.add_option("--log", settings.logFile, "log file")->default_str("terminal.log in the data folder");
   app.add_option("--log-level", settings.logLevel, "least level that is logged")
       ->check(CLI::IsMember({"trace", "debug", "info", "warn", "error", "off"}))
@@ -165,7 +177,8 @@ CLI::App& addToken(CLI::App& app, Arguments& typed) {
       ->required()
       ->check(CLI::Validator(checkRights, "LIST"));
   addTask("list", "print a table of the tokens", Task::List);
-  CLI::App* revoke = addTask("revoke", "revoke a token; its clients are disconnected within seconds", Task::Revoke);
+  CLI::App* revoke =
+      addTask("revoke", "revoke a token; once it returns, no further request of it begins", Task::Revoke);
   revoke->add_option("NAME", typed.token.name, "the token's name")->required();
   return token;
 }
@@ -196,6 +209,8 @@ void complete(Settings& settings, const Arguments& typed, bool isCall, bool isTo
   settings.loginTime = milliseconds(typed.loginSeconds);
   settings.idleTime = milliseconds(typed.idleSeconds);
   settings.maxBacklogBytes = typed.maxBacklog * 1024 * 1024;
+  settings.audit.fileBytes = kMebibyte * typed.auditMebibytes;
+  settings.gatewayBytes = kMebibyte * typed.gatewayMebibytes;
   settings.trading.dataDir = settings.dataDir;
   setQuotes(settings.trading, typed.quotes);
   setTls(settings, typed.tls, isCall);
@@ -255,7 +270,7 @@ std::optional<Settings> readSettings(int argc, const char* const* argv, int& exi
   app.set_version_flag("--version", "pocket-terminal " POCKETAGENT_VERSION);
   addNetworkOptions(app, settings, typed);
   addPhoneOptions(app, typed);
-  addFileOptions(app, settings);
+  addFileOptions(app, settings, typed);
   addTradingOptions(app, settings, typed);
   const CLI::App& call = addCall(app, typed);
   const CLI::App& token = addToken(app, typed);

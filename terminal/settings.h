@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "terminal/phones/auditlog.h"
 #include "terminal/rights.h"
 #include "terminal/tls.h"
 #include "terminal/trading/tradinghost.h"
@@ -42,6 +43,8 @@ struct Settings {
   std::chrono::milliseconds loginTime{};  // for TLS and the HTTP head, and again for the first frame
   std::chrono::milliseconds idleTime{};   // after which a client is dropped that is silent or reads nothing
   size_t maxBacklogBytes = 0;             // of outgoing messages, for all clients together
+  AuditLimits audit;
+  int64_t gatewayBytes = 0;  // of gateway.db, from which on it takes no keys
   TradingOptions trading;
   std::optional<CallSettings> call;    // run as a client
   std::optional<TokenSettings> token;  // run the command `token`

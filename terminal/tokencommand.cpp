@@ -1,8 +1,10 @@
 #include "terminal/tokencommand.h"
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
+#include <thread>
 
 #include <SQLiteCpp/Statement.h>
 #include <SQLiteCpp/Transaction.h>
@@ -12,20 +14,54 @@
 #include "terminal/client/table.h"
 #include "terminal/gatewaydatabase.h"
 #include "terminal/json.h"
-#include "terminal/phones/actionstore.h"
+#include "terminal/ownersfile.h"
+#include "terminal/phones/auditlog.h"
+#include "terminal/phones/audittext.h"
+#include "terminal/phones/sql.h"
+#include "terminal/runmark.h"
 #include "terminal/tokens.h"
 
 namespace orvane::terminal {
 namespace {
 
 constexpr const char* kFirst = "first";
+constexpr std::chrono::seconds kConfirmationTime{5};
 
 std::string timeText(int64_t seconds) { return Timestamp{seconds * 1'000'000}.toISO8601String().substr(0, 19); }
 
 std::string jsonRights(Rights rights) { return jsonString(fmt::format("{}", fmt::join(rights.names(), ","))); }
 
+// Repeats `isDone` until it is true. False if that does not happen within the limit.
+template <typename IsDone>
+bool await(std::chrono::milliseconds limit, const IsDone& isDone) {
+  constexpr std::chrono::milliseconds kPause{10};
+  const auto end = std::chrono::steady_clock::now() + limit;
+  while (!isDone()) {
+    if (std::chrono::steady_clock::now() >= end) return false;
+    std::this_thread::sleep_for(kPause);
+  }
+  return true;
+}
+
+// The audit line of a command. If another process has locked audit.log for long, a terminal writes it later.
 void record(SQLite::Database& db, const Settings& settings, const char* topic, const std::string& body) {
-  recordCommand(db, settings.dataDir, {.token = {}, .address = "local", .topic = topic, .body = body, .key = {}});
+  const WallTime now = std::chrono::system_clock::now();
+  const AuditLog log(settings.dataDir, settings.audit);
+  const std::string line =
+      auditHead({.token = {}, .address = "local", .topic = topic, .body = body, .key = {}}, now) + auditReply({});
+  std::string fault;
+  const auto append = [&] {
+    try {
+      log.append({line});
+      return true;
+    } catch (const std::runtime_error& error) {
+      fault = error.what();
+      return false;
+    }
+  };
+  if (await(std::chrono::milliseconds(500), append)) return;
+  keepAuditLine(db, line, std::chrono::system_clock::to_time_t(now));
+  std::fputs(fmt::format("{}\nThe audit gets its line when that is possible.\n", fault).c_str(), stderr);
 }
 
 void recordAdd(SQLite::Database& db, const Settings& settings, const std::string& name, Rights rights) {
@@ -72,17 +108,35 @@ void list(const Settings& settings) {
 
 void revoke(const Settings& settings) {
   SQLite::Database db = openGatewayDatabase(settings.dataDir, IfMissing::Fail);
-  revokeToken(db, settings.token->name);
+  const int64_t revocation = revokeToken(db, settings.token->name);
   record(db, settings, "token.revoke", fmt::format(R"({{"name":{}}})", jsonString(settings.token->name)));
+  if (!RunMark::isSet(settings.dataDir)) {
+    forgetRevocation(db, revocation);
+    fmt::print("{} is revoked. No terminal runs on {}.\n", settings.token->name, settings.dataDir.string());
+    return;
+  }
+  if (await(kConfirmationTime, [&] { return isConfirmed(db, revocation); })) {
+    fmt::print("{} is revoked. The running terminal begins no further request of it.\n", settings.token->name);
+    return;
+  }
+  throw std::runtime_error(
+      fmt::format("{} is revoked, but the running terminal has not confirmed within {} s that it begins no further "
+                  "request of it: look at its log, or stop it",
+                  settings.token->name, kConfirmationTime.count()));
 }
 
 }  // namespace
 
 int runToken(const Settings& settings) try {
+  actAsOwner(settings.dataDir);
   using Task = TokenSettings::Task;
   const Task task = settings.token->task;
   (task == Task::Add ? add : task == Task::List ? list : revoke)(settings);
   return EXIT_SUCCESS;
+} catch (const SQLite::Exception& error) {
+  std::fputs(fmt::format("pocket-terminal: {}\n", describeFault(settings.dataDir / "gateway.db", error)).c_str(),
+             stderr);
+  return EXIT_FAILURE;
 } catch (const std::exception& error) {
   std::fputs(fmt::format("pocket-terminal: {}\n", error.what()).c_str(), stderr);
   return EXIT_FAILURE;

@@ -95,9 +95,29 @@ std::string addToken(SQLite::Database& db, const std::string& name, Rights right
   return text;
 }
 
-void revokeToken(SQLite::Database& db, const std::string& name) {
-  if (erase(db, name) > 0) return;
-  throw std::runtime_error(fmt::format("there is no token \"{}\": list them with pocket-terminal token list", name));
+int64_t revokeToken(SQLite::Database& db, const std::string& name) {
+  SQLite::Transaction transaction(db, SQLite::TransactionBehavior::IMMEDIATE);
+  SQLite::Statement revocation(db, "INSERT INTO revocation (token) SELECT id FROM token WHERE name = ?");
+  revocation.bind(1, name);
+  revocation.exec();
+  const int64_t id = db.getLastInsertRowid();
+  if (erase(db, name) == 0) {
+    throw std::runtime_error(fmt::format("there is no token \"{}\": list them with pocket-terminal token list", name));
+  }
+  transaction.commit();
+  return id;
+}
+
+bool isConfirmed(SQLite::Database& db, int64_t revocation) {
+  SQLite::Statement row(db, "SELECT 1 FROM revocation WHERE id = ?");
+  row.bind(1, revocation);
+  return !row.executeStep();
+}
+
+void forgetRevocation(SQLite::Database& db, int64_t revocation) {
+  SQLite::Statement row(db, "DELETE FROM revocation WHERE id = ?");
+  row.bind(1, revocation);
+  row.exec();
 }
 
 std::vector<Token> listTokens(SQLite::Database& db) { return selectTokens(db, "WHERE expires IS NULL ORDER BY name"); }

@@ -31,8 +31,15 @@ struct Token {
 // or invalid, or if nothing can be written.
 std::string addToken(SQLite::Database& db, const std::string& name, Rights rights);
 
-// Throws std::runtime_error if no token has the name.
-void revokeToken(SQLite::Database& db, const std::string& name);
+// Returns the number of the revocation, whose row the running terminal deletes once no further request of the token
+// begins. Throws std::runtime_error if no token has the name.
+int64_t revokeToken(SQLite::Database& db, const std::string& name);
+
+// Whether the running terminal has confirmed a revocation. Throws SQLite::Exception.
+bool isConfirmed(SQLite::Database& db, int64_t revocation);
+
+// Gives up waiting for that.
+void forgetRevocation(SQLite::Database& db, int64_t revocation);
 
 // All that do not expire, by name.
 std::vector<Token> listTokens(SQLite::Database& db);

@@ -10,6 +10,7 @@
 
 #include "terminal/client/client.h"
 #include "terminal/client/table.h"
+#include "terminal/ownersfile.h"
 #include "terminal/tokens.h"
 
 namespace orvane::terminal {
@@ -54,6 +55,7 @@ void login(Client& client, const OwnToken& own) {
 }  // namespace
 
 int runCall(const Settings& settings) try {
+  actAsOwner(settings.dataDir);
   const CallSettings& call = *settings.call;
   std::optional<OwnToken> own;
   if (call.token.empty()) own.emplace(settings.dataDir);

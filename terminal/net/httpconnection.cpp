@@ -41,7 +41,8 @@ HttpRequest headOf(const UpgradeRequest& request) {
           .path = target.substr(0, target.find('?')),
           .host = view(request[http::field::host]),
           .origin = view(request[http::field::origin]),
-          .authorization = view(request[http::field::authorization])};
+          .authorization = view(request[http::field::authorization]),
+          .network = {}};
 }
 
 class HttpConnection final : public Connection, public std::enable_shared_from_this<HttpConnection> {
@@ -95,6 +96,7 @@ class HttpConnection final : public Connection, public std::enable_shared_from_t
     HttpRequest head = headOf(request_.get());
     head.isUpgrade = !error && beast::websocket::is_upgrade(request_.get());
     head.isLoopback = remote_.isLoopback;
+    head.network = remote_.network;
     owner_.onRequestHead(head, [self = shared_from_this()](const std::optional<Page>& page) { self->onAnswer(page); });
   }
 

@@ -1,50 +1,40 @@
 #include "terminal/phones/auditlog.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <cstring>
-#include <ctime>
 #include <stdexcept>
 
 #include <fcntl.h>
-#include <fmt/chrono.h>
+#include <fmt/format.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "terminal/json.h"
 #include "terminal/ownersfile.h"
 
 namespace orvane::terminal {
 namespace {
 
-std::string timeText(WallTime now) {
-  using namespace std::chrono;
-  const auto since = now.time_since_epoch();
-  const std::time_t seconds = duration_cast<std::chrono::seconds>(since).count();
-  std::tm local{};
-  localtime_r(&seconds, &local);
-  const std::string offset = fmt::format("{:%z}", local);  // +hhmm
-  return fmt::format("{:%FT%T}.{:03}{}:{}", local, duration_cast<milliseconds>(since).count() % 1000,
-                     offset.substr(0, 3), offset.substr(3));
-}
-
-// JSON allows line feeds only between values, where a blank will do.
-std::string inOneLine(std::string_view json) {
-  std::string line(json.empty() ? "null" : json);
-  std::replace_if(
-      line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
-  return line;
-}
-
-// A reply's data need not be JSON.
-std::string replyData(const std::string& data) {
-  return data.empty() || checkJson(data).ok ? inOneLine(data) : jsonString(data);
+const char* remedyOf(int reason) {
+  switch (reason) {
+    case EWOULDBLOCK:
+      return "end the program that has locked it";
+    case ENOSPC:
+    case EDQUOT:
+      return "make room on its disk";
+    case ELOOP:
+    case EPERM:
+    case EISDIR:
+      return "remove it: it is no file of the folder's owner";
+    default:
+      return "let the folder's owner write to it";
+  }
 }
 
 [[noreturn]] void fail(const std::filesystem::path& file) {
-  throw std::runtime_error(fmt::format("cannot write {}: {}", file.string(), std::strerror(errno)));
+  const int reason = errno;
+  throw std::runtime_error(
+      fmt::format("cannot write {}: {}; {}", file.string(), std::strerror(reason), remedyOf(reason)));
 }
 
 struct Descriptor {
@@ -55,37 +45,31 @@ struct Descriptor {
   int number;
 };
 
-// null if there is none.
-std::string nameText(std::string_view name) { return name.empty() ? "null" : jsonString(name); }
+bool isSame(const struct stat& opened, const std::filesystem::path& file) {
+  struct stat named {};
+  return lstat(file.c_str(), &named) == 0 && named.st_ino == opened.st_ino && named.st_dev == opened.st_dev;
+}
 
 }  // namespace
 
-std::string auditHead(const AuditEntry& entry, WallTime now) {
-  return fmt::format(R"({{"time":"{}","token":{},"address":{},"topic":{},"body":{},"key":{})", timeText(now),
-                     nameText(entry.token), jsonString(entry.address), jsonString(entry.topic), inOneLine(entry.body),
-                     nameText(entry.key));
+void AuditLog::append(const std::vector<std::string>& lines) const {
+  std::string text;
+  for (const std::string& line : lines) text.append(line).append(1, '\n');
+  while (!tryAppend(text)) continue;
 }
 
-std::string auditReply(const MobileMessage& reply) {
-  return fmt::format(R"(,"outcome":"answered","message":{},"data":{}}})", jsonString(reply.message),
-                     replyData(reply.data));
-}
-
-std::string auditRefusal(std::string_view message) {
-  return fmt::format(R"(,"outcome":"refused","message":{},"data":null}})", jsonString(message));
-}
-
-std::string auditLoss() {
-  return R"(,"outcome":"unknown","message":"the terminal ended before the reply was known","data":null})";
-}
-
-void AuditLog::append(std::string line) const {
-  line += '\n';
+// False if the file must be opened again, since it was moved away.
+bool AuditLog::tryAppend(const std::string& text) const {
   const Descriptor file(openOwnersFile(file_, O_WRONLY | O_APPEND | O_CLOEXEC));
   struct stat before {};
-  if (file.number < 0 || flock(file.number, LOCK_EX) != 0 || fstat(file.number, &before) != 0) fail(file_);
-  const ssize_t written = write(file.number, line.data(), line.size());
-  if (written == static_cast<ssize_t>(line.size())) return;
+  if (file.number < 0 || flock(file.number, LOCK_EX | LOCK_NB) != 0 || fstat(file.number, &before) != 0) fail(file_);
+  if (!isSame(before, file_)) return false;
+  if (before.st_size > 0 && before.st_size + static_cast<int64_t>(text.size()) > limits_.fileBytes) {
+    rotate();
+    return false;
+  }
+  const ssize_t written = write(file.number, text.data(), text.size());
+  if (written == static_cast<ssize_t>(text.size())) return true;
   if (written >= 0) errno = ENOSPC;
   const int reason = errno;
   if (written > 0 && ftruncate(file.number, before.st_size) != 0) {
@@ -93,6 +77,17 @@ void AuditLog::append(std::string line) const {
   }
   errno = reason;
   fail(file_);
+}
+
+// REQUIRES: the file is locked, so that one process rotates.
+void AuditLog::rotate() const {
+  const auto numbered = [this](int number) {
+    return number == 0 ? file_ : std::filesystem::path(fmt::format("{}.{}", file_.string(), number));
+  };
+  for (int number = limits_.oldFiles; number > 0; --number) {
+    if (rename(numbered(number - 1).c_str(), numbered(number).c_str()) != 0 && errno != ENOENT) fail(file_);
+  }
+  if (limits_.oldFiles == 0 && unlink(file_.c_str()) != 0) fail(file_);
 }
 
 }  // namespace orvane::terminal

@@ -1,5 +1,6 @@
 #include "terminal/phones/frame.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <system_error>
@@ -16,6 +17,14 @@ enum Name { Id, Topic, Data, Token, TerminalType, Key, Device, Resume };
 constexpr std::array<std::string_view, 8> kNames{"id",           "topic", "data",   "token",
                                                  "terminalType", "key",   "device", "resume"};
 constexpr size_t kMaxDevice = 64;
+constexpr size_t kMaxTopic = 64;
+constexpr const char* kExpected = R"(expected one such as {"id": 7, "topic": "capital.list", "data": [0, 3]})";
+
+// Topics go to the audit and the log, so they are short and can be read there.
+bool isTopic(std::string_view text) {
+  return !text.empty() && text.size() <= kMaxTopic &&
+         std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
+}
 
 bool isId(const JsonMember& member) { return member.kind == JsonKind::String || member.kind == JsonKind::Number; }
 
@@ -52,10 +61,11 @@ std::string findFault(const JsonMembers& members, Frame& frame) {
   const JsonMember& id = members[Id];
   const JsonMember& topic = members[Topic];
   if (members.root() != JsonKind::Object) {
-    return fmt::format("a frame must be an object, not {}", kindName(members.root()));
+    return fmt::format("a frame must be an object, not {}; {}", kindName(members.root()), kExpected);
   }
   if (id.kind != JsonKind::Missing && !isId(id)) return wrongKind(Id, "a string or a number", id);
   if (topic.kind != JsonKind::String) return wrongKind(Topic, "a string", topic);
+  if (!isTopic(topic.text)) return "the frame's \"topic\" must be 1 to 64 printable ASCII characters";
   for (const Name name : {Token, Device}) {
     if (!isTextOrMissing(members[name])) return wrongKind(name, "a string", members[name]);
   }
@@ -101,7 +111,11 @@ std::variant<Frame, FrameError> readFrame(std::string_view text) {
   Frame frame;
   if (isId(members[Id])) frame.id = members[Id].raw;
   frame.topic = members[Topic].text;
-  if (!result.ok) return FrameError{frame.id, frame.topic, "the frame cannot be read: " + result.message};
+  if (!isTopic(frame.topic)) frame.topic.clear();
+  if (!result.ok) {
+    return FrameError{frame.id, frame.topic,
+                      fmt::format("the frame cannot be read: {}; {}", result.message, kExpected)};
+  }
   if (std::string fault = findFault(members, frame); !fault.empty()) {
     return FrameError{frame.id, frame.topic, std::move(fault)};
   }

@@ -21,7 +21,7 @@ struct PushPosition {
 // text.
 struct Frame {
   std::string_view id = "null";  // a JSON string or number, as written in the frame
-  std::string topic;             // UTF-8; may hold a NUL
+  std::string topic;             // 1 to 64 printable ASCII characters
   std::string_view body;         // the bytes of `data`; empty if absent
   std::string token;             // empty if absent
   std::string key;               // the request's idempotency key, a plain name; empty if absent

@@ -1,9 +1,7 @@
 #pragma once
 
-#include <cstdint>
-#include <variant>
+#include <optional>
 
-#include "host/mobilemessage.h"
 #include "terminal/phones/answers.h"
 #include "terminal/phones/frame.h"
 #include "terminal/phones/gatekeeper.h"
@@ -14,7 +12,7 @@
 namespace orvane::terminal {
 
 // The gates that a request of a logged-in client passes, in this order: topic, rights, whether a key is allowed, body,
-// crowd, key begun. The key comes last, so that a request refused here does not use up its key. One thread.
+// crowd. The key itself is begun after the last, so that a request refused here does not use it up. One thread.
 class Gates {
  public:
   Gates(Gatekeeper& keeper, Requests& requests, Answers& answers)
@@ -25,21 +23,16 @@ class Gates {
 
  private:
   struct Request {
-    int64_t id = 0;  // the terminal's own
     Peer& peer;
     const Frame& frame;
     const Topic& topic;
   };
-  struct Pass {};
-  struct Later {};                                                    // another request's reply answers this one too
-  using Passage = std::variant<Pass, Refused, MobileMessage, Later>;  // the message is the reply that is known
+  using Fault = std::optional<Refused>;
 
-  Passage checkRights(const Request& request);
-  Passage checkKeyAllowed(const Request& request);
-  Passage checkBody(const Request& request);
-  Passage checkCrowd(const Request& request);
-  Passage beginKey(const Request& request);
-  void answer(const Request& request, const Passage& passage);
+  Fault checkRights(const Request& request);
+  Fault checkKeyAllowed(const Request& request);
+  Fault checkBody(const Request& request);
+  Fault checkCrowd(const Request& request);
 
   Gatekeeper& keeper_;
   Requests& requests_;

@@ -1,7 +1,10 @@
 #pragma once
 
 #include <chrono>
+#include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "terminal/eventloop.h"
 #include "terminal/phones/answers.h"
@@ -19,7 +22,7 @@ inline constexpr std::string_view kLoginTopic = "login";
 class Login {
  public:
   Login(IEventLoop& loop, std::chrono::milliseconds limit, Gatekeeper& keeper, Peers& peers, PushLog& pushes,
-        Answers& answers);
+        Answers& answers, ISessionOwner& frames);
 
   // Starts the time limit of a new client.
   void expect(Peer& peer);
@@ -27,10 +30,20 @@ class Login {
   // Answers a login frame. A client may log in again, also as somebody else.
   void onFrame(Peer& peer, const Frame& frame);
 
+  // Keeps a frame for later. REQUIRES: the peer's isAwaited.
+  static void hold(Peer& peer, std::string_view text);
+
  private:
-  void refuse(Peer& peer, std::string_view id, std::string message, CloseCode code, std::string_view reason);
-  void onWrongToken(Peer& peer, const Frame& frame);
-  void admit(Peer& peer, const Frame& frame, const Visitor& visitor);
+  struct Attempt {
+    std::shared_ptr<Session> session;
+    std::string id;  // the frame's, as JSON text
+    std::string device;
+    std::optional<PushPosition> resume;
+  };
+  void onAdmission(const Attempt& attempt, const Gatekeeper::Admission& admission);
+  void refuse(const Attempt& attempt, std::string message, CloseCode code, std::string_view reason);
+  void onWrongToken(Peer& peer, const Attempt& attempt);
+  void admit(Peer& peer, const Attempt& attempt, const Visitor& visitor);
 
   IEventLoop& loop_;
   const std::chrono::milliseconds limit_;
@@ -38,6 +51,7 @@ class Login {
   Peers& peers_;
   PushLog& pushes_;
   Answers& answers_;
+  ISessionOwner& frames_;  // gets those that were held
 };
 
 }  // namespace orvane::terminal

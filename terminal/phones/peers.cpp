@@ -11,6 +11,11 @@ Peer& Peers::add(std::shared_ptr<Session> session) {
   return peer;
 }
 
+Peer* Peers::find(const Session& session) {
+  const auto found = peers_.find(&session);
+  return found == peers_.end() ? nullptr : &found->second;
+}
+
 size_t Peers::countLoggedIn() const {
   return static_cast<size_t>(
       std::count_if(peers_.begin(), peers_.end(), [](const auto& entry) { return entry.second.isLoggedIn; }));

@@ -5,8 +5,10 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "terminal/eventloop.h"
+#include "terminal/phones/topics.h"
 #include "terminal/phones/visitor.h"
 #include "terminal/session.h"
 
@@ -20,8 +22,17 @@ struct Peer {
   size_t waiting = 0;   // requests without a reply
   size_t overruns = 0;  // requests refused since the backlog last fell below half its limit
   bool isLoggedIn = false;
-  bool isPunished = false;       // for a wrong login: frames are ignored until it is answered
+  bool isPunished = false;        // for a wrong login: frames are ignored until it is answered
+  BootTime noticesUntil{};        // until then notices reach it even without the right see
+  std::vector<std::string> held;  // frames that came while isAwaited
+  size_t heldBytes = 0;
+  bool isAwaited = false;        // its login waits for the tokens to be read again
   std::unique_ptr<Timer> timer;  // the login's limit, then the delay of a wrong login's answer
+
+  // Notices about a request of this topic may come for a while.
+  void expectNotices(const Topic& topic, BootTime now) {
+    if (topic.hasNotices) noticesUntil = now + std::chrono::seconds(10);
+  }
 };
 
 // All clients with a session. One thread.
@@ -29,6 +40,9 @@ class Peers {
  public:
   Peer& add(std::shared_ptr<Session> session);
   void remove(const Session& session) { peers_.erase(&session); }
+
+  // Null once the session has ended.
+  Peer* find(const Session& session);
 
   // REQUIRES: the session is open.
   Peer& of(const Session& session) { return peers_.at(&session); }

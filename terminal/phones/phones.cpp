@@ -10,14 +10,15 @@ namespace orvane::terminal {
 namespace {
 
 constexpr std::chrono::seconds kTickPeriod{1};
+constexpr std::string_view kNotice = "terminal.notice";
 
 }  // namespace
 
-Phones::Phones(IEventLoop& loop, PhonesOptions options)
+Phones::Phones(IEventLoop& loop, GatewayStore& store, PhonesOptions options)
     : loop_(loop),
-      keeper_(options.dataDir, loop),
+      keeper_(loop, store, [this] { onTokens(); }),
       requests_(loop, peers_, keeper_, metrics_, answers_, agent_),
-      login_(loop, options.loginTime, keeper_, peers_, pushes_, answers_),
+      login_(loop, options.loginTime, keeper_, peers_, pushes_, answers_, *this),
       pages_(std::move(options.probe), std::move(options.figures), peers_, requests_, agent_, keeper_, metrics_) {}
 
 void Phones::start() {
@@ -26,24 +27,53 @@ void Phones::start() {
 
 void Phones::tick() {
   keeper_.tick();
-  peers_.each([this](const Peer& peer) {
-    if (peer.isLoggedIn && !keeper_.isWelcome(peer.visitor)) {
-      peer.session->close(CloseCode::NotEntitled, "the token was revoked");
-    }
-  });
+  onTokens();
   start();
 }
 
+// Tokens were made or revoked, or expire.
+void Phones::onTokens() {
+  peers_.each([this](const Peer& peer) {
+    if (peer.isLoggedIn && !keeper_.isLive(peer.visitor.token)) {
+      peer.session->close(CloseCode::NotEntitled, "the token was revoked");
+    }
+  });
+  requests_.dropRevoked();
+  confirmRevocations();
+}
+
+// A revocation is confirmed once the library has no request of the token either.
+void Phones::confirmRevocations() {
+  const std::vector<Revocation> revocations = keeper_.revocations();
+  for (const Revocation& each : revocations) {
+    if (!requests_.isUnderWay(each.token)) keeper_.confirm(each);
+  }
+}
+
+void Phones::drain(std::function<void()> done) {
+  keeper_.hurry();
+  requests_.close(std::move(done));
+}
+
 void Phones::deliver(const MobileMessage& message) {
-  loop_.post([this, message] { message.requestId == kNoRequestId ? push(message) : requests_.onReply(message); });
+  loop_.post([this, message] {
+    if (message.requestId == kNoRequestId) return push(message);
+    requests_.onReply(message);
+    confirmRevocations();
+  });
 }
 
 void Phones::push(const MobileMessage& message) {
   metrics_.countPush();
   const PushLog::Text text = pushes_.add(message);
   peers_.each([&](const Peer& peer) {
-    if (peer.visitor.rights.has(Right::See)) peer.session->send(text);
+    if (hears(peer, message)) peer.session->send(text);
   });
+}
+
+// A client that may not see hears of its own refused requests.
+bool Phones::hears(const Peer& peer, const MobileMessage& message) const {
+  return peer.visitor.rights.has(Right::See) || (message.topic == kNotice && loop_.bootTime() < peer.noticesUntil);
 }
 
 void Phones::onOpened(std::shared_ptr<Session> session) { login_.expect(peers_.add(std::move(session))); }
@@ -53,8 +83,9 @@ void Phones::onFrame(Session& session, std::string_view text) {
 }
 
 void Phones::read(Peer& peer, std::string_view text) {
-  if (peer.isPunished) return;
   Session& session = *peer.session;
+  if (peer.isPunished || session.isClosing()) return;
+  if (peer.isAwaited) return Login::hold(peer, text);
   const auto result = readFrame(text);
   const auto* frame = std::get_if<Frame>(&result);
   if (frame != nullptr && frame->topic == kLoginTopic) return login_.onFrame(peer, *frame);
@@ -76,15 +107,13 @@ void Phones::onClosed(Session& session) {
 }
 
 void Phones::makePage(const HttpRequest& request, Answer answer) {
-  std::optional<Page> page;
   try {
-    page = pages_.make(request);
+    pages_.make(request, answer);
   } catch (const std::exception& error) {
     TERMINAL_LOG(gatewayLogger(), Error, "the page {} could not be made: {}", request.path, error.what());
     metrics_.countRefusal(RefusalReason::Fault);
-    page = Page{.status = 500, .body = "The terminal failed inside; its log says more.\n"};
+    answer(Page{.status = 500, .body = "The terminal failed inside; its log says more.\n"});
   }
-  answer(std::move(page));
 }
 
 }  // namespace orvane::terminal

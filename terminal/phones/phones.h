@@ -1,7 +1,7 @@
 #pragma once
 
 #include <chrono>
-#include <filesystem>
+#include <functional>
 #include <memory>
 
 #include "host/mobilemessage.h"
@@ -22,7 +22,6 @@
 namespace orvane::terminal {
 
 struct PhonesOptions {
-  std::filesystem::path dataDir;
   std::chrono::milliseconds loginTime{10'000};  // for a client's first frame
   HealthProbe probe;                            // the host's checks for the health page; called on the loop's thread
   StatusPages::FiguresProbe figures;            // REQUIRED; the same thread
@@ -32,12 +31,15 @@ struct PhonesOptions {
 // goes back to the session that asked. Everything but agent() and deliver() belongs to the loop's thread.
 class Phones : public ISessionOwner, public IPageOwner {
  public:
-  // Throws std::runtime_error if `gateway.db` cannot be used. `loop` must outlive the object.
-  Phones(IEventLoop& loop, PhonesOptions options);
+  // Both must outlive the object.
+  Phones(IEventLoop& loop, GatewayStore& store, PhonesOptions options);
 
   // Begins and ends the work of every second. After stop() the owner closes the sessions.
   void start();
   void stop() { tick_.reset(); }
+
+  // The end begins: takes no more requests, and calls `done` once none is without a reply.
+  void drain(std::function<void()> done);
 
   // Where the agent attaches its callback.
   AgentCallback& agent() { return agent_; }
@@ -53,7 +55,10 @@ class Phones : public ISessionOwner, public IPageOwner {
  private:
   void read(Peer& peer, std::string_view text);
   void push(const MobileMessage& message);
+  bool hears(const Peer& peer, const MobileMessage& message) const;
   void tick();
+  void onTokens();
+  void confirmRevocations();
 
   IEventLoop& loop_;
   AgentCallback agent_;

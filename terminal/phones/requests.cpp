@@ -1,7 +1,7 @@
 #include "terminal/phones/requests.h"
 
-#include <algorithm>
 #include <iterator>
+#include <optional>
 #include <utility>
 
 #include "terminal/logging.h"
@@ -12,8 +12,22 @@ namespace {
 constexpr size_t kMaxWaiting = 1024;                         // requests of one client
 constexpr size_t kMaxQueuedBytes = size_t{8} * 1024 * 1024;  // of one token's requests
 constexpr size_t kMaxOverruns = 1024;                        // see Peer
-constexpr size_t kMaxDispatched = 32;         // keeps the agent busy, and keeps the wait of a fair turn short
-constexpr size_t kMaxDispatchedBytes = 4096;  // at which no more are dispatched: long requests take long
+constexpr const char* kNoAgent = "the terminal takes no requests now: this one was not taken";
+constexpr const char* kStopping = "the terminal stops: this request was not taken";
+constexpr const char* kRevoked = "the token was revoked: this request was not taken";
+
+std::shared_ptr<const Action> makeAction(const Peer& peer, const Frame& frame) {
+  const Visitor& visitor = peer.visitor;
+  return std::make_shared<const Action>(Action{visitor.token, visitor.name, peer.session->address(), frame.terminalType,
+                                               frame.topic, std::string(frame.body), frame.key});
+}
+
+MobileMessage failure(const std::string& topic, const std::string& text) {
+  MobileMessage message;
+  message.topic = topic;
+  message.message = text;
+  return message;
+}
 
 }  // namespace
 
@@ -33,40 +47,81 @@ void Requests::countOverrun(Peer& peer) const {
   }
 }
 
-void Requests::add(int64_t requestId, Peer& peer, const Frame& frame, const Topic& topic) {
-  pending_.emplace(requestId, Pending{{peer.session.get(), std::string(frame.id)}, {}, &topic, clock_.bootTime()});
+void Requests::add(Peer& peer, const Frame& frame, const Topic& topic) {
+  if (isClosed_) return answers_.refuse(*peer.session, frame.id, frame.topic, {RefusalReason::Agent, kStopping});
+  const int64_t id = ++lastId_;
+  Session* session = peer.session.get();
+  const int64_t token = peer.visitor.token;
+  const bool isAction = topic.changesSomething();
+  peer.expectNotices(topic, clock_.bootTime());
   ++peer.waiting;
-  queue_.add(peer.visitor.token, {requestId, frame.terminalType, frame.topic, std::string(frame.body)});
+  pending_.emplace(id, Pending{{{session, std::string(frame.id)}}, session, token, &topic, clock_.bootTime()});
+  queue_.add({id, token, session, frame.terminalType, frame.topic, std::string(frame.body), !isAction});
+  isAction ? begin(id, makeAction(peer, frame)) : dispatch();
+}
+
+void Requests::begin(int64_t requestId, const std::shared_ptr<const Action>& action) {
+  keeper_.begin(requestId, action,
+                [this, requestId, action](const Verdict& verdict) { onVerdict(requestId, action, verdict); });
+}
+
+void Requests::onVerdict(int64_t requestId, const std::shared_ptr<const Action>& action, const Verdict& verdict) {
+  const Pending& request = pending_.at(requestId);
+  const bool isLive = keeper_.isLive(request.token);
+  if (std::holds_alternative<Fresh>(verdict) && isLive && !isClosed_) {
+    queue_.setReady(request.token, request.origin, requestId);
+    return dispatch();
+  }
+  const std::optional<Job> job = queue_.remove(request.token, request.origin, requestId);
+  if (std::holds_alternative<Fresh>(verdict)) {
+    isLive ? takeBack(*job, kStopping) : takeBack(*job, kRevoked, kRevoked);
+  } else if (const auto* running = std::get_if<Running>(&verdict)) {
+    join(requestId, running->requestId, action);
+  } else if (const auto* rejected = std::get_if<Rejected>(&verdict)) {
+    metrics_.countRefusal(RefusalReason::Key);
+    answer(requestId, failure(action->topic, rejected->message));
+  } else {
+    answer(requestId, std::get<MobileMessage>(verdict));
+  }
   dispatch();
 }
 
-void Requests::join(int64_t requestId, Peer& peer, std::string_view id) {
-  pending_.at(requestId).others.push_back({peer.session.get(), std::string(id)});
-  ++peer.waiting;
+// If the action that was running has been answered meanwhile, its reply is stored by now.
+void Requests::join(int64_t requestId, int64_t running, const std::shared_ptr<const Action>& action) {
+  const auto other = pending_.find(running);
+  if (other == pending_.end()) {
+    const Pending& request = pending_.at(requestId);
+    queue_.add({requestId, request.token, request.origin, action->terminalType, action->topic, action->body, false});
+    return begin(requestId, action);
+  }
+  const auto node = pending_.extract(requestId);
+  for (Waiter& waiter : node.mapped().waiters) other->second.waiters.push_back(std::move(waiter));
 }
 
-// The agent runs one request after the other, in the order in which it gets them. It gets few at a time, and those of
-// each token in turn.
+// The agent runs one request after the other, in the order in which it gets them.
 void Requests::dispatch() {
-  while (dispatched_.size() < kMaxDispatched && dispatchedBytes_ < kMaxDispatchedBytes) {
-    const std::optional<Job> job = queue_.next();
-    if (!job) return;
-    if (isWanted(*job) && !callAgent(*job)) takeBack(*job);
+  if (isClosed_) return;
+  const auto sizeOf = [this](const Job& job) {
+    const auto request = pending_.find(job.requestId);
+    return DispatchLimit::Request{job.token, job.size(),
+                                  request != pending_.end() && request->second.topic->changesSomething()};
+  };
+  while (const std::optional<Job> job = queue_.next([&](const Job& each) { return limit_.mayAdd(sizeOf(each)); })) {
+    const auto request = pending_.find(job->requestId);
+    if (request == pending_.end() || !isWanted(request->second)) continue;
+    limit_.add(job->requestId, sizeOf(*job), clock_.bootTime());
+    if (!callAgent(*job)) takeBack(*job, kNoAgent);
   }
 }
 
 // An action runs even if its client has gone.
-bool Requests::isWanted(const Job& job) const {
-  const auto request = pending_.find(job.requestId);
-  if (request == pending_.end()) return false;
-  const auto& [first, others, topic, since] = request->second;
-  return topic->changesSomething() || (first.session != nullptr && !first.session->isClosing());
+bool Requests::isWanted(const Pending& request) {
+  const Session* session = request.waiters.front().session;
+  return request.topic->changesSomething() || (session != nullptr && !session->isClosing());
 }
 
 bool Requests::callAgent(const Job& job) try {
   if (!agent_.call(job.requestId, job.terminalType, job.topic, job.body)) return false;
-  dispatched_.emplace(job.requestId, Dispatched{clock_.bootTime(), job.size()});
-  dispatchedBytes_ += job.size();
   metrics_.countRequest(*pending_.at(job.requestId).topic);
   return true;
 } catch (const std::exception& error) {
@@ -74,59 +129,75 @@ bool Requests::callAgent(const Job& job) try {
   return false;
 }
 
-void Requests::takeBack(const Job& job) {
-  keeper_.abandon(job.requestId);
-  const auto node = pending_.extract(job.requestId);
-  if (node.empty()) return;
-  metrics_.countRefusal(RefusalReason::Agent);
-  MobileMessage refusal;
-  refusal.topic = job.topic;
-  refusal.message = "the terminal takes no requests now: this one was not taken";
-  answerAll(node.mapped(), refusal);
+void Requests::takeBack(const Job& job, const char* message, const std::string& refusal) {
+  limit_.remove(job.requestId);
+  const auto request = pending_.find(job.requestId);
+  if (request == pending_.end()) return;
+  if (request->second.topic->changesSomething()) keeper_.abandon(job.requestId, refusal);
+  if (refusal.empty()) metrics_.countRefusal(RefusalReason::Agent);  // otherwise its connections are closed anyway
+  answer(job.requestId, failure(job.topic, message));
+}
+
+// Jobs whose record is not stored yet follow when it is.
+template <typename IsUnwanted>
+void Requests::takeBackWhere(const IsUnwanted& isUnwanted, const char* message, const std::string& refusal) {
+  std::vector<Job> jobs;
+  queue_.dropWhere([&](const Job& job) {
+    const bool isDropped = job.isReady && isUnwanted(job);
+    if (isDropped) jobs.push_back(job);
+    return isDropped;
+  });
+  for (const Job& job : jobs) takeBack(job, message, refusal);
+}
+
+void Requests::dropRevoked() {
+  takeBackWhere([this](const Job& job) { return !keeper_.isLive(job.token); }, kRevoked, kRevoked);
+}
+
+void Requests::close(std::function<void()> done) {
+  isClosed_ = true;
+  takeBackWhere([](const Job& /*job*/) { return true; }, kStopping, {});
+  onIdle_ = std::move(done);
+  if (pending_.empty()) std::exchange(onIdle_, nullptr)();
 }
 
 void Requests::onReply(const MobileMessage& reply) {
-  if (const auto node = dispatched_.extract(reply.requestId); !node.empty()) dispatchedBytes_ -= node.mapped().bytes;
-  if (const auto node = pending_.extract(reply.requestId); !node.empty()) {
-    const Pending& request = node.mapped();
+  limit_.remove(reply.requestId);
+  if (const auto found = pending_.find(reply.requestId); found != pending_.end()) {
+    const Pending& request = found->second;
     if (request.topic->changesSomething()) keeper_.finish(reply.requestId, reply);
     metrics_.countAnswer(*request.topic, !reply.message.empty(), clock_.bootTime() - request.since);
-    answerAll(request, reply);
+    answer(reply.requestId, reply);
   } else {
     TERMINAL_LOG(gatewayLogger(), Debug, "nobody waits for the reply {} to {}", reply.requestId, reply.topic);
   }
   dispatch();
 }
 
-void Requests::answerAll(const Pending& request, const MobileMessage& message) {
-  answer(request.first, message);
-  for (const Waiter& waiter : request.others) answer(waiter, message);
-}
-
-void Requests::answer(const Waiter& waiter, const MobileMessage& message) {
-  if (waiter.session == nullptr) return;
-  Peer& peer = peers_.of(*waiter.session);
-  if (--peer.waiting < kMaxWaiting / 2) peer.overruns = 0;
-  if (waiter.session->isClosing()) return;
-  answers_.guard(*waiter.session, [&] { answers_.reply(*waiter.session, waiter.id, message); });
+void Requests::answer(int64_t requestId, const MobileMessage& message) {
+  const auto node = pending_.extract(requestId);
+  for (const Waiter& waiter : node.mapped().waiters) {
+    if (waiter.session == nullptr) continue;
+    Peer& peer = peers_.of(*waiter.session);
+    if (--peer.waiting < kMaxWaiting / 2) peer.overruns = 0;
+    peer.expectNotices(*node.mapped().topic, clock_.bootTime());
+    if (waiter.session->isClosing()) continue;
+    answers_.guard(*waiter.session, [&] { answers_.reply(*waiter.session, waiter.id, message); });
+  }
+  if (pending_.empty() && onIdle_) std::exchange(onIdle_, nullptr)();
 }
 
 void Requests::onClosed(const Session& session) {
   for (auto entry = pending_.begin(); entry != pending_.end();) {
-    Pending& pending = entry->second;
-    std::erase_if(pending.others, [&](const Waiter& waiter) { return waiter.session == &session; });
-    if (pending.first.session == &session) pending.first.session = nullptr;
-    const bool isUnwanted = pending.first.session == nullptr && !pending.topic->changesSomething();
+    Pending& request = entry->second;
+    for (Waiter& waiter : request.waiters) {
+      if (waiter.session == &session) waiter.session = nullptr;
+    }
+    const bool isUnwanted = request.waiters.front().session == nullptr && !request.topic->changesSomething();
     entry = isUnwanted ? pending_.erase(entry) : std::next(entry);
   }
   queue_.dropWhere([this](const Job& job) { return !pending_.contains(job.requestId); });
-}
-
-BootTime Requests::oldestAge() const {
-  const BootTime now = clock_.bootTime();
-  BootTime oldest = now;
-  for (const auto& [id, dispatched] : dispatched_) oldest = std::min(oldest, dispatched.since);
-  return now - oldest;
+  if (pending_.empty() && onIdle_) std::exchange(onIdle_, nullptr)();
 }
 
 }  // namespace orvane::terminal

@@ -2,6 +2,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -11,6 +13,7 @@
 #include "terminal/eventloop.h"
 #include "terminal/phones/agentcallback.h"
 #include "terminal/phones/answers.h"
+#include "terminal/phones/dispatchlimit.h"
 #include "terminal/phones/fairqueue.h"
 #include "terminal/phones/frame.h"
 #include "terminal/phones/gatekeeper.h"
@@ -19,14 +22,12 @@
 
 namespace orvane::terminal {
 
-// The requests without a reply: queues them, dispatches them to the agent a few at a time, and brings each reply to
-// the clients that wait for it. One thread.
+// The requests without a reply: queues them, those that change something until their record is stored, dispatches them
+// to the agent a few at a time, and brings each reply to the clients that wait for it. One thread.
 class Requests {
  public:
   Requests(const IClock& clock, Peers& peers, Gatekeeper& keeper, Metrics& metrics, Answers& answers,
            AgentCallback& agent);
-
-  int64_t nextId() { return ++lastId_; }
 
   // Why the client may not have one more request; empty if it may.
   std::string crowdFault(const Peer& peer) const;
@@ -35,10 +36,7 @@ class Requests {
   void countOverrun(Peer& peer) const;
 
   // Queues a request.
-  void add(int64_t requestId, Peer& peer, const Frame& frame, const Topic& topic);
-
-  // Lets `peer` wait for the reply to a request that is under way already. `id` is its frame's.
-  void join(int64_t requestId, Peer& peer, std::string_view id);
+  void add(Peer& peer, const Frame& frame, const Topic& topic);
 
   // REQUIRES: `reply` is no push.
   void onReply(const MobileMessage& reply);
@@ -46,10 +44,19 @@ class Requests {
   // The session has ended. Its requests are dropped unless they change something or have been dispatched.
   void onClosed(const Session& session);
 
+  // Drops what waits of tokens that are not live any more.
+  void dropRevoked();
+
+  // Whether the agent has a request of the token.
+  bool isUnderWay(int64_t token) const { return limit_.count(token) > 0; }
+
+  // Takes no more, and drops what is not dispatched. Calls `done` once no request is without a reply.
+  void close(std::function<void()> done);
+
   size_t count() const { return pending_.size(); }
 
   // How long the agent has had the oldest request that it has not answered; 0 without one.
-  BootTime oldestAge() const;
+  BootTime oldestAge() const { return limit_.oldestAge(clock_.bootTime()); }
 
  private:
   struct Waiter {
@@ -57,22 +64,25 @@ class Requests {
     std::string id;              // the frame's, as JSON text
   };
   struct Pending {
-    Waiter first;
-    std::vector<Waiter> others;  // that sent the same action
+    std::vector<Waiter> waiters;      // those behind the first sent the same action
+    const Session* origin = nullptr;  // of the job; it may have ended
+    int64_t token = 0;
     const Topic* topic = nullptr;
     BootTime since{};
   };
-  struct Dispatched {
-    BootTime since{};
-    size_t bytes = 0;
-  };
 
+  void begin(int64_t requestId, const std::shared_ptr<const Action>& action);
+  void onVerdict(int64_t requestId, const std::shared_ptr<const Action>& action, const Verdict& verdict);
+  void join(int64_t requestId, int64_t running, const std::shared_ptr<const Action>& action);
   void dispatch();
-  bool isWanted(const Job& job) const;
+  static bool isWanted(const Pending& request);
   bool callAgent(const Job& job);
-  void takeBack(const Job& job);
-  void answerAll(const Pending& request, const MobileMessage& message);
-  void answer(const Waiter& waiter, const MobileMessage& message);
+
+  // `refusal` goes to the audit, unless it is empty.
+  void takeBack(const Job& job, const char* message, const std::string& refusal = {});
+  template <typename IsUnwanted>
+  void takeBackWhere(const IsUnwanted& isUnwanted, const char* message, const std::string& refusal);
+  void answer(int64_t requestId, const MobileMessage& message);
 
   const IClock& clock_;
   Peers& peers_;
@@ -82,9 +92,10 @@ class Requests {
   AgentCallback& agent_;
   std::unordered_map<int64_t, Pending> pending_;
   FairQueue queue_;
-  std::unordered_map<int64_t, Dispatched> dispatched_;
-  size_t dispatchedBytes_ = 0;
+  DispatchLimit limit_;
   int64_t lastId_ = 0;
+  bool isClosed_ = false;
+  std::function<void()> onIdle_;  // empty unless close() waits
 };
 
 }  // namespace orvane::terminal

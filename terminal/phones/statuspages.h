@@ -1,7 +1,7 @@
 #pragma once
 
 #include <functional>
-#include <optional>
+#include <string>
 #include <vector>
 
 #include "terminal/pages.h"
@@ -23,12 +23,13 @@ class StatusPages {
   StatusPages(HealthProbe probe, FiguresProbe figures, const Peers& peers, const Requests& requests,
               const AgentCallback& agent, Gatekeeper& keeper, const Metrics& metrics);
 
-  // Nothing for every other path, and for another method than GET.
-  std::optional<Page> make(const HttpRequest& request);
+  // Answers with nothing for every other path, and for another method than GET.
+  void make(const HttpRequest& request, const IPageOwner::Answer& answer);
 
  private:
   std::vector<HealthCheck> readiness() const;
-  Page metricsPage(const HttpRequest& request);
+  Page metricsPage() const;
+  Page metricsPage(const Gatekeeper::Admission& admission, const std::string& network);
 
   const HealthProbe probe_;
   const FiguresProbe figures_;

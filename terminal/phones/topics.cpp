@@ -22,7 +22,7 @@ constexpr std::array kTopics = std::to_array<Topic>({
     {"monitor.manual.list", See, List, true},
     {"monitor.manual.update", Trade, List, true},
     {"monitor.sync.order.list", See, List, true},
-    {"monitor.sync.order.new", Trade, List, true},
+    {"monitor.sync.order.new", Trade, List, true, true},
     {"order.cancel", Cancel, List, true},
     {"order.condition.list"},
     {"order.list"},

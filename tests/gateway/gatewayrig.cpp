@@ -57,6 +57,7 @@ void GatewayRig::setExpiry(const std::string& name, int64_t wallSeconds) {
 }
 
 void GatewayRig::advance(std::chrono::seconds time) {
+  gateway_->awaitDisk();
   loop_->run([&] { time_.advance(time); });
 }
 
@@ -73,7 +74,8 @@ void GatewayRig::start() {
   limits.idle = std::chrono::hours(1);  // a long run reads from a client only now and then
   gateway_ = std::make_unique<terminal::Gateway>(
       *loop_, terminal::ListenOptions{.port = 0, .tls = {}, .allowedOrigins = {}, .limits = limits},
-      terminal::PhonesOptions{.dataDir = dataDir(), .probe = {}, .figures = {}}, [](auto answer) { answer(""); });
+      terminal::StoreOptions{.dataDir = dataDir(), .audit = {}}, terminal::PhonesOptions{.probe = {}, .figures = {}},
+      [](auto answer) { answer(""); });
   const std::string url = gateway_->url();
   port_ = static_cast<uint16_t>(std::stoi(url.substr(url.rfind(':') + 1)));
   if (gateway_->mobileService().start({}).code != 0) throw std::runtime_error("the gateway did not start");

@@ -132,11 +132,13 @@ class RandomClients {
     struct Row {
       std::string text, id, topic, message;
     };
+    const std::string hint = R"(; expected one such as {"id": 7, "topic": "capital.list", "data": [0, 3]})";
     const std::vector<Row> rows{
-        {"7", "null", "", "a frame must be an object, not a number"},
+        {"7", "null", "", "a frame must be an object, not a number" + hint},
         {R"({"id":7,"topic":"x")", "7", "x",
-         "the frame cannot be read: Missing a comma or '}' after an object member. at byte 19"},
-        {R"({"id":7,"id":8,"topic":"x"})", "7", "", R"(the frame cannot be read: "id" stands twice, at byte 12)"},
+         "the frame cannot be read: Missing a comma or '}' after an object member. at byte 19" + hint},
+        {R"({"id":7,"id":8,"topic":"x"})", "7", "",
+         R"(the frame cannot be read: "id" stands twice, at byte 12)" + hint},
         {R"({"id":7,"topic":"order.new","key":"a b"})", "7", "order.new",
          R"(the frame's "key" must be a string of 1 to 64 characters from A-Z a-z 0-9 . _ -)"},
         {R"({"id":7,"topic":"login","token":"x","device":")" + std::string(65, 'x') + "\"}", "7", "login",

@@ -27,8 +27,14 @@ class FakeLoop : public terminal::IEventLoop {
   void jump(std::chrono::seconds time) { time_.jump(time); }
   void advance(std::chrono::nanoseconds time) { time_.advance(time); }
 
-  void runPosted() {
+  // Both clocks go on, as in suspend; no timer notices.
+  void suspend(std::chrono::seconds time) { time_.sleep(time); }
+
+  // False if nothing was posted.
+  bool runPosted() {
+    const bool any = !posted_.empty();
     for (; !posted_.empty(); posted_.pop_front()) posted_.front()();
+    return any;
   }
 
  private:
@@ -53,6 +59,9 @@ class FakeSession : public terminal::Session {
   const std::string& name() const override { return name_; }
   const std::string& address() const override { return address_; }
   const std::string& network() const override { return address_; }
+
+  // What was sent since the last call.
+  std::vector<std::string> take() { return std::exchange(sent, {}); }
 
   std::vector<std::string> sent;
   bool isAdmitted = false;

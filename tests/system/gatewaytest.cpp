@@ -36,18 +36,19 @@ TEST_F(GatewayTest, AnswersEachFrame) {
     std::string topic;
     std::string message;
   };
+  const std::string hint = R"(; expected one such as {"id": 7, "topic": "capital.list", "data": [0, 3]})";
   const std::string deep(100000, '[');
   const std::vector<Row> rows{
-      {"", "null", "", "the frame cannot be read: The document is empty. at byte 0"},
-      {"7", "null", "", "a frame must be an object, not a number"},
-      {"[7]", "null", "", "a frame must be an object, not an array"},
+      {"", "null", "", "the frame cannot be read: The document is empty. at byte 0" + hint},
+      {"7", "null", "", "a frame must be an object, not a number" + hint},
+      {"[7]", "null", "", "a frame must be an object, not an array" + hint},
       {R"({"id":7,"topic":"x")", "7", "x",
-       "the frame cannot be read: Missing a comma or '}' after an object member. at byte 19"},
+       "the frame cannot be read: Missing a comma or '}' after an object member. at byte 19" + hint},
       {R"({"id":7,"topic":"x"} {})", "7", "x",
-       "the frame cannot be read: The document root must not be followed by other values. at byte 21"},
+       "the frame cannot be read: The document root must not be followed by other values. at byte 21" + hint},
       {std::string("{\"id\":7,\"topic\":\"account.list\"}\0", 32), "7", "account.list",
-       "the frame cannot be read: A NUL stands behind the value."},
-      {R"({"id":7,"id":8,"topic":"x"})", "7", "", R"(the frame cannot be read: "id" stands twice, at byte 12)"},
+       "the frame cannot be read: A NUL stands behind the value." + hint},
+      {R"({"id":7,"id":8,"topic":"x"})", "7", "", R"(the frame cannot be read: "id" stands twice, at byte 12)" + hint},
       {R"({"topic":"x","id":[7]})", "null", "x", R"(the frame's "id" must be a string or a number, not an array)"},
       {R"({"id":7})", "7", "", R"(the frame's "topic" must be a string, not nothing)"},
       {R"({"id":7,"topic":null})", "7", "", R"(the frame's "topic" must be a string, not null)"},
@@ -56,9 +57,10 @@ TEST_F(GatewayTest, AnswersEachFrame) {
        R"(the frame's "key" must be a string of 1 to 64 characters from A-Z a-z 0-9 . _ -)"},
       {R"({"id":7,"topic":"x","terminalType":8.0})", "7", "x",
        R"(the frame's "terminalType" must be a whole number of 32 bits, not 8.0)"},
-      {R"({"id":7,"topic":"x","data":)" + deep, "7", "x", "the frame cannot be read: Invalid value. at byte 100027"},
+      {R"({"id":7,"topic":"x","data":)" + deep, "7", "x",
+       "the frame cannot be read: Invalid value. at byte 100027" + hint},
       {R"({"id":7,"topic":"x","data":1e999})", "7", "x",
-       "the frame cannot be read: Number too big to be stored in double. at byte 27"},
+       "the frame cannot be read: Number too big to be stored in double. at byte 27" + hint},
       // Valid frames: the id is repeated as it was written, and the library answers.
       {R"({ "id" : 1.50e+3 , "topic":"order.condition.list"})", "1.50e+3", "order.condition.list", "暂不支持条件单"},
       {R"({"topic":"order.condition.list","id":"a\"\u4e2d,"})", R"("a\"\u4e2d,")", "order.condition.list",
@@ -79,7 +81,7 @@ TEST_F(GatewayTest, AnswersEachFrame) {
 }
 
 // The gateway refuses the bodies that would end the process, and only those. The library reads the first of repeated
-// members, and a topic up to its NUL.
+// members.
 TEST_F(GatewayTest, LetsNoFatalBodyThrough) {
   struct Row {
     std::string topic;
@@ -97,7 +99,7 @@ TEST_F(GatewayTest, LetsNoFatalBodyThrough) {
       {"order.new", R"({"orderList":[{},7]})", "element 2 of orderList must be an object, not a number"},
       {"order.new", R"({"a":[1],"order\u004cist":[[{}]]})", "element 1 of orderList must be an object, not an array"},
       {std::string("order.new\0x", 11), R"({"orderList":["x"]})",
-       "element 1 of orderList must be an object, not a string"},
+       "the frame's \"topic\" must be 1 to 64 printable ASCII characters"},
       {"order.new", R"({"orderList":7,"orderList":[1]})", "has no orderList member or not array"},
       {"order.new", R"({"orderList":[{"side":[1]}],"orderList":[1]})", "has no Index member or not int"},
       {"order.new", R"({"a":{"orderList":[1]},"b":[1]})", "has no orderList member or not array"},
@@ -136,7 +138,7 @@ TEST_F(GatewayTest, ClosesWhoDoesNotLogIn) {
     SCOPED_TRACE(row.first);
     CheckedClient phone(terminal_.port());
     phone.send(row.first);
-    EXPECT_EQ(phone.receive().message, row.message);
+    EXPECT_THAT(phone.receive().message, StartsWith(row.message));
     EXPECT_EQ(phone.waitClose(), 4401);
   }
   EXPECT_EQ(Client(terminal_.port()).waitClose(), 4401);
@@ -188,8 +190,8 @@ TEST_F(GatewayTest, PassesOtherTopicsOnBothWays) {
     const Reply info = phone->request("terminal.info", {}, terminalType);
     EXPECT_EQ(info.topic, "terminal.info");
     EXPECT_THAT(info.data, HasSubstr(R"("quotes":"still")"));
-    const Reply unknown = phone->request("没有\n这个", "{}", terminalType);
-    EXPECT_THAT(unknown.message, HasSubstr("没有\n这个"));
+    const Reply unknown = phone->request("no such \"topic\"", "{}", terminalType);
+    EXPECT_THAT(unknown.message, HasSubstr("no such \"topic\""));
   }
   ASSERT_EQ(terminal_.stop(), 0);
   EXPECT_THAT(readFile(dir_.path() / "data" / "terminal.log"),

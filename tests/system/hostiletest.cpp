@@ -111,7 +111,7 @@ TEST_F(HostileTest, Flood) {
       R"({"topic":"order.new","data":{"orderList":[{"index":1,"hashCode":1000001,"side":1,"combOffset":1,"offset":0,)"
       R"("priceType":1,"price":3300,"volume":1,"insertTimestamp":1,"source":"x"}]}})");
   std::string requests;
-  for (int i = 0; i < 6000; ++i) requests += order;
+  for (int i = 0; i < 20000; ++i) requests += order;
   const std::string answers = (openWebSocket(port_) << login() + requests).readToEnd();
   EXPECT_THAT(answers, HasSubstr("1024 requests wait for their reply already"));
   EXPECT_THAT(answers, HasSubstr(bigEndian(4429, 2) + "too many requests"));

@@ -89,8 +89,8 @@ TEST_F(IdentityTest, TellsMistakes) {
     const bool hasData = row.arguments.size() > 2 && row.arguments[row.arguments.size() - 2] == "--data";
     check(row, hasData ? runTerminal(row.arguments) : run(row.arguments));
   }
-  SQLite::Database(data() / "gateway.db", SQLite::OPEN_READWRITE).exec("PRAGMA user_version = 2");
-  check({{}, 1, "gateway.db: its version is 2, this program reads version 1"}, run({"token", "list"}));
+  SQLite::Database(data() / "gateway.db", SQLite::OPEN_READWRITE).exec("PRAGMA user_version = 3");
+  check({{}, 1, "gateway.db: its version is 3, this program reads version 2"}, run({"token", "list"}));
 }
 
 // Root makes the first token of a terminal that will run as a service.
@@ -110,7 +110,7 @@ TEST(Token, IsLeftToTheFoldersOwner) {
 
 TEST_F(IdentityTest, LeavesRoomForOtherTokens) {
   std::vector<std::unique_ptr<Client>> phones;
-  while (phones.size() < 192) phones.push_back(terminal_.login());
+  while (phones.size() < 85) phones.push_back(terminal_.login());
   Client oneMore(terminal_.port());
   EXPECT_THROW(oneMore.login(terminal_.token()), terminal::ClientError);
   EXPECT_EQ(oneMore.waitClose(), 4429);
@@ -150,7 +150,6 @@ TEST_F(IdentityTest, LetsEachTokenDoWhatItMay) {
       {"no.such.topic", "see"},
       {"order.cancel", "cancel"},
       {"order.new", "trade"},
-      {std::string("order.new\0x", 11), "trade"},
       {"monitor.sync.order.new", "trade"},
       {"monitor.manual.update", "trade"},
       {"monitor.manual.clean", "trade"},
@@ -191,8 +190,16 @@ std::vector<std::string> auditLines(const std::filesystem::path& file) {
   return lines;
 }
 
+void awaitAudit(const std::filesystem::path& file, const std::vector<std::string>& lines) {
+  EXPECT_TRUE(holdsSoon([&] { return auditLines(file).size() >= lines.size(); }));
+  EXPECT_EQ(auditLines(file), lines);
+}
+
 TEST_F(IdentityTest, LeavesAnAuditLineForEachAction) {
   const std::filesystem::path file = data() / "audit.log";
+  const auto awaitLog = [this](const char* text) {
+    EXPECT_TRUE(holdsSoon([&] { return readFile(data() / "terminal.log").find(text) != std::string::npos; }));
+  };
   const auto phone = terminal_.login();
   phone->request("account.list");
   EXPECT_EQ(phone->request("order.new", kOrder).message, "");
@@ -201,19 +208,18 @@ TEST_F(IdentityTest, LeavesAnAuditLineForEachAction) {
   reader->request("monitor.manual.clean", "[]");
   std::vector<std::string> lines{"- token.add answered", "first order.new answered", "first order.cancel answered",
                                  "- token.add answered", "reader monitor.manual.clean refused"};
-  EXPECT_EQ(auditLines(file), lines);
+  awaitAudit(file, lines);
 
   // A line that cannot be written is written later.
   std::filesystem::rename(file, dir_.path() / "moved");
-  std::filesystem::create_symlink("/dev/full", file);
+  std::filesystem::create_directory(file);
   EXPECT_EQ(phone->request("quote.set", R"({"hashCode":2000001,"price":2840})").message, "");
-  EXPECT_THAT(readFile(data() / "terminal.log"), HasSubstr("audit.log: No space left on device"));
+  awaitLog("audit.log: Is a directory; remove it");
+  std::filesystem::remove(file);
   std::filesystem::rename(dir_.path() / "moved", file);
-  EXPECT_TRUE(holdsSoon([this] {
-    return readFile(data() / "terminal.log").find("audit.log can be written again") != std::string::npos;
-  }));
+  awaitLog("audit.log can be written again");
   lines.emplace_back("first quote.set answered");
-  EXPECT_EQ(auditLines(file), lines);
+  awaitAudit(file, lines);
 
   // The start after a kill records the open requests.
   const std::string accounts = "[1" + [] {
@@ -223,12 +229,15 @@ TEST_F(IdentityTest, LeavesAnAuditLineForEachAction) {
   }() + "]";
   for (int i = 0; i < 20; ++i) phone->send(R"({"topic":"monitor.list","data":)" + accounts + "}");
   phone->send(fmt::format(R"({{"id":1,"topic":"order.new","data":{}}})", kOrder));
-  phone->send("no frame");  // answered at once, so the order before it has been read
-  while (phone->receive().id != "null") continue;
+  SQLite::Database db(data() / "gateway.db");
+  EXPECT_TRUE(
+      holdsSoon([&db] { return db.execAndGet("SELECT count(*) FROM action WHERE line IS NOT NULL").getInt() == 1; }));
   terminal_.kill();
   const TerminalProcess again(data());
-  lines = auditLines(file);
-  EXPECT_EQ(std::count(lines.begin(), lines.end(), "first order.new unknown"), 1) << testing::PrintToString(lines);
+  EXPECT_TRUE(holdsSoon([&file] {
+    const std::vector<std::string> all = auditLines(file);
+    return std::count(all.begin(), all.end(), "first order.new unknown") == 1;
+  }));
 }
 
 TEST(SettingsFile, IsReadAndChecked) {

@@ -1,0 +1,114 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include <SQLiteCpp/Database.h>
+
+#include "host/mobilemessage.h"
+#include "terminal/clocks.h"
+#include "terminal/eventloop.h"
+#include "terminal/phones/actionstore.h"
+#include "terminal/phones/audittrail.h"
+#include "terminal/phones/diskwork.h"
+#include "terminal/phones/tokensnapshot.h"
+#include "terminal/runmark.h"
+
+namespace orvane::terminal {
+
+struct StoreOptions {
+  std::filesystem::path dataDir;
+  AuditLimits audit;
+  int64_t maxBytes = int64_t{1024} * 1024 * 1024;  // of gateway.db, from which on keys are refused
+};
+
+// What is wrong with the files, UTF-8; empty if nothing is.
+struct StoreHealth {
+  std::string database;  // actions are refused
+  std::string audit;     // its lines wait in the database
+  std::string clock;     // keys are not pruned
+
+  bool operator==(const StoreHealth&) const = default;
+};
+
+// What the gateway keeps on the disk: tokens, keys and the audit. Alone uses `gateway.db` and `audit.log`. Operations
+// may be called on any thread, return at once, and are done in their order; their answers come on the disk's thread.
+class GatewayStore {
+ public:
+  using Done = DiskItem::Done;
+  using OnTokens = std::function<void(std::shared_ptr<const TokenSnapshot>)>;
+  using OnHealth = std::function<void(const StoreHealth&)>;
+  using OnVerdict = std::function<void(Verdict)>;
+
+  // Throws std::runtime_error if the database cannot be used. `clock` must outlive the store and be thread-safe.
+  GatewayStore(const StoreOptions& options, const IClock& clock);
+
+  // Who hears of new tokens and of health, on the disk's thread. To be called before the first turn.
+  void watch(OnTokens onTokens, OnHealth onHealth);
+
+  // The tokens at the start.
+  std::shared_ptr<const TokenSnapshot> tokens() const { return tokens_; }
+
+  // Looks for new tokens at once, and then calls `done`.
+  void readTokens(Done done);
+
+  // What to do with an action that would run as `requestId`. If it is Fresh, it is stored; with a key it also survives
+  // a power failure. At most about three seconds later it is Rejected, with the reason and the remedy.
+  void begin(int64_t requestId, std::shared_ptr<const Action> action, OnVerdict answer);
+
+  // The reply of an action that was begun.
+  void finish(int64_t requestId, const MobileMessage& reply);
+
+  // An action that was begun was not dispatched: forgets it. `refusal` goes to the audit, unless it is empty.
+  void abandon(int64_t requestId, const std::string& refusal);
+
+  // Writes an audit line that belongs to no action that was begun.
+  void note(std::string line);
+
+  // Stores that a token was used.
+  void touch(int64_t token);
+
+  // Tells the command that revoked a token that no further request of it begins.
+  void confirm(int64_t revocation);
+
+  // The terminal ends: does not wait long for locked files any more.
+  void hurry() { work_.hurry(); }
+
+  // The disk's thread: what turn() could do next, or `limit`, whichever is first.
+  void wait(std::chrono::milliseconds limit) { work_.wait(limit); }
+
+  // Does all that can be done now, and returns after which time to call it again. The disk's thread.
+  std::chrono::milliseconds turn();
+
+  // The last turn, in which actions without a reply become unknown. The disk's thread, or after its end.
+  void close();
+
+ private:
+  void addWrite(std::function<void()> run, Done done);
+  void watchTokens();
+  void tidy();
+  void publishHealth();
+  bool isDue(BootTime& last, std::chrono::milliseconds period) const;
+
+  const IClock& clock_;
+  ClockWatch watch_;
+  RunMark mark_;
+  SQLite::Database db_;
+  AuditTrail audit_;
+  ActionStore actions_;
+  DiskWork work_;
+  std::shared_ptr<const TokenSnapshot> tokens_;
+  int64_t version_ = -1;  // of the data, as SQLite counts other connections' commits
+  OnTokens onTokens_;
+  OnHealth onHealth_;
+  StoreHealth health_;
+  BootTime watched_{};
+  BootTime tidied_{};
+  BootTime pruned_{};
+};
+
+}  // namespace orvane::terminal

@@ -1,0 +1,126 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include "terminal/gatewaydatabase.h"
+#include "terminal/phones/gatewaystore.h"
+#include "terminal/phones/phones.h"
+#include "tests/phones/fakes.h"
+#include "tests/support/tempdir.h"
+
+namespace orvane::test {
+
+// The side of clients without sockets, threads or waiting. The agent answers when the test says so, and the disk's work
+// is done after each step.
+class PhonesTest : public testing::Test {
+ protected:
+  using SessionPtr = std::shared_ptr<FakeSession>;
+
+  PhonesTest() {
+    phones_.agent().attach(agent_, &handle_);
+    phones_.start();
+    settle();
+  }
+
+  // Does all that can be done without time passing.
+  void settle() {
+    do {
+      store_.turn();
+    } while (loop_.runPosted());
+  }
+
+  void advance(std::chrono::nanoseconds time) {
+    loop_.advance(time);
+    settle();
+  }
+
+  SessionPtr connect(const std::string& address = "10.0.0.1") {
+    auto session = std::make_shared<FakeSession>(address);
+    phones_.onOpened(session);
+    return session;
+  }
+
+  void send(const SessionPtr& session, const std::string& frame) {
+    phones_.onFrame(*session, frame);
+    settle();
+  }
+
+  // `more` is further members of the login's frame.
+  SessionPtr login(const std::string& token, const std::string& more = "") {
+    const SessionPtr session = connect();
+    send(session, fmt::format(R"({{"id":1,"topic":"login","token":"{}"{}}})", token, more));
+    return session;
+  }
+
+  // Logged in, with the answer to that taken away.
+  SessionPtr client(const std::string& token) {
+    const SessionPtr session = login(token);
+    session->sent.clear();
+    return session;
+  }
+
+  void hangUp(const SessionPtr& session) { phones_.onClosed(*session); }
+
+  static std::string orderFrame(int id, const std::string& key, const std::string& data = "{}") {
+    return fmt::format(R"({{"id":{},"topic":"order.new","key":"{}","data":{}}})", id, key, data);
+  }
+
+  void order(const SessionPtr& session, int id, const std::string& key, const std::string& data = "{}") {
+    send(session, orderFrame(id, key, data));
+  }
+
+  void deliver(const MobileMessage& message) {
+    phones_.deliver(message);
+    settle();
+  }
+
+  void push(const std::string& data, const std::string& topic = "order.push") {
+    MobileMessage message;
+    message.topic = topic;
+    message.data = data;
+    deliver(message);
+  }
+
+  // The agent's reply to the request that it got as number `index`.
+  void reply(size_t index, const std::string& data) {
+    MobileMessage message;
+    message.requestId = agent_->requests.at(index).id;
+    message.topic = agent_->requests.at(index).topic;
+    message.data = data;
+    deliver(message);
+  }
+
+  terminal::Page get(const std::string& path, const std::string& authorization = "", bool isLoopback = true) {
+    terminal::HttpRequest request;
+    request.method = "GET";
+    request.path = path;
+    request.authorization = authorization;
+    request.network = "10.0.0.9";
+    request.isLoopback = isLoopback;
+    terminal::Page made;
+    phones_.makePage(request, [&](const std::optional<terminal::Page>& page) { made = page.value(); });
+    settle();
+    return made;
+  }
+
+  std::string addToken(const std::string& name, const std::string& rights) {
+    return terminal::addToken(db_, name, terminal::Rights::read(rights));
+  }
+
+  TempDir dir_;
+  FakeLoop loop_;
+  std::shared_ptr<FakeAgent> agent_ = std::make_shared<FakeAgent>();
+  int32_t handle_ = 0;
+  SQLite::Database db_ = terminal::openGatewayDatabase(dir_.path());
+  const std::string token_ = terminal::addToken(db_, "first", terminal::Rights::all());
+  terminal::GatewayStore store_{
+      {.dataDir = dir_.path(), .audit = {.fileBytes = 2000, .oldFiles = 2}, .maxBytes = 1024 * 1024}, loop_};
+  terminal::Phones phones_{loop_, store_, {.probe = {}, .figures = [] { return terminal::TransportFigures{}; }}};
+};
+
+}  // namespace orvane::test

@@ -1,0 +1,303 @@
+#include <fstream>
+#include <iterator>
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include "terminal/phones/sql.h"
+#include "tests/phones/phonesfixture.h"
+
+namespace orvane::test {
+namespace {
+
+using namespace std::chrono_literals;
+using terminal::CloseCode;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::SizeIs;
+
+// What the disk does to clients: locks, limits, jumps of the clock, revocations.
+class StoreTest : public PhonesTest {
+ protected:
+  std::string audit(const std::string& name = "audit.log") const {
+    std::ifstream file(dir_.path() / name);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
+  int count(const std::string& table) { return db_.execAndGet("SELECT count(*) FROM " + table).getInt(); }
+};
+
+TEST_F(StoreTest, RefusesActionsWhileTheDatabaseIsLocked) {
+  const auto session = client(token_);
+  const auto other = client(token_);
+  db_.exec("BEGIN IMMEDIATE");
+  order(session, 1, "k1");
+  send(session, R"({"id":2,"topic":"account.list"})");  // stays behind its order
+  send(other, R"({"id":3,"topic":"account.list"})");
+  ASSERT_THAT(agent_->requests, SizeIs(1));
+  reply(0, "1");
+  EXPECT_THAT(other->take(), SizeIs(1));
+  advance(2900ms);
+  EXPECT_THAT(session->take(), IsEmpty());
+  EXPECT_EQ(get("/health/ready").status, 200U);
+  advance(100ms);
+  EXPECT_THAT(session->take(), ElementsAre(AllOf(HasSubstr(R"("id":1,)"),
+                                                 HasSubstr("gateway.db: database is locked; end the program"))));
+  EXPECT_THAT(get("/health/ready"), testing::Field(&terminal::Page::status, 503U));
+  EXPECT_EQ(agent_->requests.size(), 2U);  // the list behind it
+  db_.exec("ROLLBACK");
+  advance(1s);
+  EXPECT_EQ(get("/health/ready").status, 200U);
+  order(session, 4, "k1");
+  EXPECT_EQ(agent_->requests.back().topic, "order.new");
+}
+
+TEST_F(StoreTest, KeepsAReplyUntilTheLockEnds) {
+  const auto session = client(token_);
+  order(session, 1, "k1");
+  db_.exec("BEGIN IMMEDIATE");
+  reply(0, "[7]");
+  EXPECT_THAT(session->take(), ElementsAre(HasSubstr("[7]")));
+  order(session, 2, "k1");
+  EXPECT_THAT(session->take(), IsEmpty());
+  db_.exec("ROLLBACK");
+  settle();
+  EXPECT_THAT(session->take(), ElementsAre(HasSubstr(R"({"id":2,"topic":"order.new","message":"","data":[7]})")));
+  EXPECT_THAT(agent_->requests, SizeIs(1));
+}
+
+TEST_F(StoreTest, KeepsAuditLinesWhileTheFileIsLocked) {
+  const auto session = client(token_);
+  order(session, 1, "k1");
+  reply(0, "1");
+  const int file = open((dir_.path() / "audit.log").c_str(), O_RDONLY);
+  ASSERT_EQ(flock(file, LOCK_SH), 0);
+  order(session, 2, "k2");
+  reply(1, "2");
+  EXPECT_THAT(session->take(), SizeIs(2));
+  EXPECT_THAT(get("/health").body, HasSubstr(R"("audit:writes":[{"status":"warn","output":"cannot write)"));
+  EXPECT_EQ(get("/health/ready").status, 200U);
+  EXPECT_THAT(audit(), Not(HasSubstr(R"("k2")")));
+  close(file);
+  advance(1s);
+  EXPECT_THAT(audit(), HasSubstr(R"("key":"k2","outcome":"answered")"));
+  EXPECT_EQ(get("/health").status, 200U);
+}
+
+TEST_F(StoreTest, SumsUpRefusals) {
+  const auto reader = client(addToken("reader", "see"));
+  for (int i = 0; i < 35; ++i) order(reader, i, "k");
+  EXPECT_THAT(reader->take(), SizeIs(35));
+  advance(1s);
+  std::string all;
+  for (const char* name : {"audit.log.2", "audit.log.1", "audit.log"}) {
+    EXPECT_LE(audit(name).size(), 2000U) << name;
+    all += audit(name);
+  }
+  EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 11);
+  EXPECT_THAT(all, HasSubstr("25 more requests of this token were refused within a second"));
+}
+
+TEST_F(StoreTest, KeepsAsManyAuditFilesAsItMay) {
+  const auto session = client(token_);
+  const std::string data = "{\"x\":\"" + std::string(900, 'x') + "\"}";
+  for (int i = 0; i < 12; ++i) {
+    order(session, i, fmt::format("k{}", i), data);
+    reply(static_cast<size_t>(i), "1");
+  }
+  EXPECT_THAT(audit(), HasSubstr("k11"));
+  EXPECT_THAT(audit("audit.log.1"), HasSubstr("k10"));
+  EXPECT_THAT(audit("audit.log.2"), HasSubstr("k9"));
+  EXPECT_FALSE(std::filesystem::exists(dir_.path() / "audit.log.3"));
+}
+
+TEST_F(StoreTest, TakesNoKeysBeyondTheLimit) {
+  const auto session = client(token_);
+  const std::string big = '"' + std::string(100'000, 'x') + '"';
+  std::string answer;
+  size_t taken = 0;
+  for (; taken < 20 && answer.find("limit") == std::string::npos; ++taken) {
+    order(session, 1, fmt::format("k{}", taken));
+    if (agent_->requests.size() > taken) reply(taken, big);
+    answer = session->take().at(0);
+  }
+  EXPECT_THAT(answer, HasSubstr("gateway.db has reached its limit, so it takes no more keys: start the terminal with a "
+                                "larger --gateway-size than 1 MiB"));
+  EXPECT_GE(taken, 10U);
+  send(session, R"({"id":2,"topic":"order.new","data":{}})");
+  EXPECT_EQ(agent_->requests.back().data, "{}");
+}
+
+TEST_F(StoreTest, KeepsKeysAfterAJumpOfTheClock) {
+  const auto session = client(token_);
+  order(session, 1, "k1");
+  reply(0, "1");
+  loop_.jump(24h * 8);
+  advance(2min);
+  EXPECT_THAT(get("/health").body,
+              HasSubstr(R"("clock:keys":[{"status":"warn","output":"the wall clock jumped by 11520)"));
+  order(session, 2, "k1");
+  EXPECT_THAT(agent_->requests, SizeIs(1));
+
+  // Started anew, the boot clock still says that the key is young.
+  terminal::GatewayStore again({.dataDir = dir_.path(), .audit = {}}, loop_);
+  again.turn();
+  EXPECT_EQ(count("action"), 1);
+  loop_.jump(-24h * 8);
+  advance(1s);
+  EXPECT_THAT(get("/health").body, HasSubstr(R"("clock:keys":[{"status":"pass"}])"));
+}
+
+TEST_F(StoreTest, DropsWhatWaitsOfARevokedToken) {
+  const std::string token = addToken("lost", "trade");
+  const auto session = client(token);
+  for (int i = 0; i < 300; ++i) send(session, orderFrame(i, fmt::format("k{}", i)));
+  ASSERT_THAT(agent_->requests, SizeIs(256));
+  const int64_t revocation = terminal::revokeToken(db_, "lost");
+  advance(100ms);
+  EXPECT_EQ(session->closeCode(), CloseCode::NotEntitled);
+  send(session, orderFrame(300, "k300"));
+  EXPECT_FALSE(terminal::isConfirmed(db_, revocation));
+  for (size_t i = 0; i < 256; ++i) reply(i, "1");
+  EXPECT_TRUE(terminal::isConfirmed(db_, revocation));
+  EXPECT_THAT(agent_->requests, SizeIs(256));
+  EXPECT_THAT(audit() + audit("audit.log.1") + audit("audit.log.2"), HasSubstr(R"("outcome":"answered")"));
+  EXPECT_EQ(count("action WHERE line IS NOT NULL OR due IS NOT NULL"), 0);
+}
+
+TEST_F(StoreTest, DropsAnActionWhoseTokenIsRevokedWhileItIsStored) {
+  const auto session = client(addToken("lost", "trade"));
+  phones_.onFrame(*session, orderFrame(1, "k1"));
+  store_.turn();  // the answer is on its way
+  const int64_t revocation = terminal::revokeToken(db_, "lost");
+  advance(100ms);
+  EXPECT_EQ(agent_->requests.size() + 1, terminal::isConfirmed(db_, revocation) ? 1U : 2U);
+  const auto late = client(addToken("late", "trade"));
+  phones_.onFrame(*late, orderFrame(1, "k1"));
+  terminal::revokeToken(db_, "late");
+  advance(100ms);
+  settle();
+  EXPECT_THAT(audit(), HasSubstr(R"("key":"k1","outcome":"refused","message":"the token was revoked)"));
+}
+
+TEST_F(StoreTest, DrainsWithoutAnUnknownOutcome) {
+  const auto session = client(token_);
+  for (int i = 0; i < 258; ++i) order(session, i, fmt::format("k{}", i));
+  bool isDrained = false;
+  phones_.drain([&] { isDrained = true; });
+  settle();
+  EXPECT_THAT(session->take(), SizeIs(2));  // not taken
+  order(session, 300, "k300");
+  EXPECT_THAT(session->take(), ElementsAre(HasSubstr("the terminal stops: this request was not taken")));
+  for (size_t i = 0; i < 256; ++i) {
+    EXPECT_FALSE(isDrained);
+    reply(i, "1");
+  }
+  EXPECT_TRUE(isDrained);
+  EXPECT_THAT(session->take(), SizeIs(256));
+  store_.close();
+  EXPECT_EQ(count("action WHERE line IS NOT NULL OR due IS NOT NULL"), 0);
+  EXPECT_EQ(count("action WHERE reply_topic IS NOT NULL"), 256);
+}
+
+TEST_F(StoreTest, GivesUpALockedDatabaseAtTheEnd) {
+  const auto session = client(token_);
+  order(session, 1, "k1");
+  db_.exec("BEGIN IMMEDIATE");
+  reply(0, "1");
+  store_.close();  // returns
+  db_.exec("ROLLBACK");
+  terminal::GatewayStore again({.dataDir = dir_.path(), .audit = {}}, loop_);
+  again.turn();
+  again.turn();
+  loop_.suspend(1s);
+  again.turn();
+  EXPECT_THAT(audit(), HasSubstr(R"("key":"k1","outcome":"answered")"));
+}
+
+TEST_F(StoreTest, HoldsFramesWhileTheTokensAreRead) {
+  const auto session = connect();
+  phones_.onFrame(*session, fmt::format(R"({{"id":1,"topic":"login","token":"{}"}})", addToken("new", "see")));
+  phones_.onFrame(*session, R"({"id":2,"topic":"account.list"})");
+  EXPECT_THAT(session->sent, IsEmpty());
+  settle();
+  EXPECT_THAT(session->sent, ElementsAre(HasSubstr(R"("name":"new")")));
+  EXPECT_THAT(agent_->requests, SizeIs(1));
+}
+
+TEST_F(StoreTest, SendsNoticesToATraderThatMayHaveCausedThem) {
+  const auto trader = client(addToken("trader", "trade"));
+  const auto other = client(addToken("other", "trade"));
+  send(trader, R"({"id":1,"topic":"monitor.sync.order.new","data":[{}]})");
+  push("1", "terminal.notice");
+  push("1", "order.push");
+  EXPECT_THAT(trader->take(), ElementsAre(HasSubstr("terminal.notice")));
+  reply(0, "1");
+  push("2", "terminal.notice");
+  EXPECT_THAT(trader->take(), SizeIs(2));
+  advance(10s);
+  push("3", "terminal.notice");
+  EXPECT_THAT(trader->take(), IsEmpty());
+  EXPECT_THAT(other->take(), IsEmpty());
+}
+
+TEST_F(StoreTest, CountsWrongBearersAsWrongLogins) {
+  for (int i = 0; i < 10; ++i) EXPECT_EQ(get("/metrics", "Bearer guess", false).status, 401U) << i;
+  EXPECT_EQ(get("/metrics", "Bearer guess", false).status, 429U);
+  EXPECT_EQ(get("/metrics", "Bearer " + token_, false).status, 200U);
+  const auto session = connect("10.0.0.9");
+  send(session, R"({"topic":"login","token":"guess"})");
+  EXPECT_EQ(session->closeCode(), CloseCode::TooMany);
+}
+
+TEST_F(StoreTest, RefusesTopicsThatNobodyCanRead) {
+  const auto session = client(token_);
+  for (const std::string& topic : {std::string(65, 'x'), std::string(), std::string("a\\u0000b"), std::string("中")}) {
+    send(session, fmt::format(R"({{"id":1,"topic":"{}","data":{{}}}})", topic));
+    EXPECT_THAT(session->take(),
+                ElementsAre(HasSubstr(R"("topic":"","message":"the frame's \"topic\" must be 1 to 64)")))
+        << topic;
+  }
+  EXPECT_THAT(agent_->requests, IsEmpty());
+  EXPECT_THAT(get("/metrics").body, HasSubstr("refusals_total{reason=\"frame\"} 4\n"));
+}
+
+// The schema of version 0.1.0.
+TEST(GatewayDatabase, UpgradesTheFirstVersion) {
+  const TempDir dir;
+  {
+    std::ofstream(dir.path() / "gateway.db").flush();
+    std::filesystem::permissions(dir.path() / "gateway.db", std::filesystem::perms(0600));
+    SQLite::Database old(dir.path() / "gateway.db", SQLite::OPEN_READWRITE);
+    old.exec(R"sql(
+CREATE TABLE token (
+  id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL UNIQUE, hash BLOB NOT NULL, rights INTEGER NOT NULL,
+  made INTEGER NOT NULL, used INTEGER, expires INTEGER);
+CREATE TABLE action (
+  id INTEGER PRIMARY KEY, token INTEGER NOT NULL, key TEXT, made INTEGER NOT NULL, fingerprint BLOB NOT NULL,
+  line TEXT, due TEXT, reply_topic BLOB, reply_message BLOB, reply_data BLOB, UNIQUE (token, key));
+CREATE TABLE address (link TEXT NOT NULL);
+INSERT INTO token (name, hash, rights, made) VALUES ('old', x'00', 7, 1);
+INSERT INTO action (token, key, made, fingerprint, line) VALUES (1, 'k1', 1790000000, '', '{"key":"k1"');
+PRAGMA user_version = 1;
+)sql");
+  }
+  FakeLoop loop;
+  terminal::GatewayStore store({.dataDir = dir.path(), .audit = {}}, loop);
+  EXPECT_EQ(store.tokens()->tokens.at(0).name, "old");
+  store.turn();
+  loop.suspend(std::chrono::seconds(1));
+  store.turn();
+  std::ifstream audit(dir.path() / "audit.log");
+  std::string line;
+  std::getline(audit, line);
+  EXPECT_THAT(line, HasSubstr(R"({"key":"k1","outcome":"unknown")"));
+}
+
+}  // namespace
+}  // namespace orvane::test

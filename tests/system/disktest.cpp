@@ -1,0 +1,165 @@
+#include <chrono>
+#include <filesystem>
+
+#include <SQLiteCpp/Database.h>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/system/terminalprocess.h"
+
+namespace orvane::test {
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+using terminal::Client;
+using terminal::Reply;
+using testing::HasSubstr;
+
+std::string orderFrame(const std::string& key) {
+  return fmt::format(
+      R"({{"id":"{0}","topic":"order.new","key":"{0}","data":{{"orderList":[{{"index":1,"hashCode":2000001,"side":1,)"
+      R"("combOffset":1,"priceType":1,"price":2840,"offset":0,"volume":1,"insertTimestamp":1,"source":"{0}"}}]}}}})",
+      key);
+}
+
+// The answer to the request with this id.
+Reply await(Client& phone, const std::string& id) {
+  Reply reply = phone.receive();
+  while (reply.id != id) reply = phone.receive();
+  return reply;
+}
+
+// What another process may hold.
+class Lock {
+ public:
+  virtual ~Lock() = default;
+};
+
+class DatabaseLock : public Lock {
+ public:
+  explicit DatabaseLock(const std::filesystem::path& dir) : db_(dir / "gateway.db", SQLite::OPEN_READWRITE) {
+    db_.setBusyTimeout(1000);
+    db_.exec("BEGIN IMMEDIATE");
+  }
+
+ private:
+  SQLite::Database db_;
+};
+
+class AuditLock : public Lock {
+ public:
+  explicit AuditLock(const std::filesystem::path& dir)
+      : file_(open((dir / "audit.log").c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0600)) {
+    flock(file_, LOCK_SH);
+  }
+  ~AuditLock() override { close(file_); }
+
+ private:
+  int file_;
+};
+
+template <typename Held>
+std::unique_ptr<Lock> hold(const std::filesystem::path& dir) {
+  return std::make_unique<Held>(dir);
+}
+
+TEST(Disk, LocksHoldUpNobodyElseAndNotTheEnd) {
+  struct Row {
+    std::unique_ptr<Lock> (*hold)(const std::filesystem::path&);
+    std::string message;  // of the order
+    std::string check;    // of the health
+  };
+  const std::vector<Row> rows{
+      {hold<DatabaseLock>, "gateway.db: database is locked; end the program that holds it", "gateway:writes"},
+      {hold<AuditLock>, "", "audit:writes"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.check);
+    const TempDir dir;
+    TerminalProcess terminal(dir.path());
+    const auto trader = terminal.login();
+    const auto other = terminal.login();
+    const auto lock = row.hold(dir.path());
+    const auto start = Clock::now();
+    trader->send(orderFrame("k1"));
+    EXPECT_EQ(other->request("account.list").message, "");
+    EXPECT_LT(Clock::now() - start, 1s);
+    EXPECT_THAT(await(*trader, "\"k1\"").message, HasSubstr(row.message));
+    EXPECT_LT(Clock::now() - start, 5s);
+    trader->send(orderFrame("k2"));
+    const auto end = Clock::now();
+    EXPECT_EQ(terminal.stop(), 0);
+    EXPECT_LT(Clock::now() - end, 3s);
+  }
+}
+
+// A token that was revoked orders as fast as it can.
+TEST(Disk, NothingOfARevokedTokenBegins) {
+  const TempDir dir;
+  TerminalProcess terminal(dir.path());
+  const std::string token = makeToken(dir.path(), "lost", "trade");
+  const auto watcher = terminal.login();
+  const auto thief = terminal.login(token);
+  for (int i = 0; i < 900; ++i) thief->send(orderFrame(fmt::format("k{}", i)));
+  const Outcome revoked = runTerminal({"token", "revoke", "lost", "--data", dir.path().string()});
+  EXPECT_EQ(revoked.exitCode, 0) << revoked.error;
+  EXPECT_EQ(revoked.output, "lost is revoked. The running terminal begins no further request of it.\n");
+  const auto countOrders = [&] {
+    const std::string list = watcher->request("order.list", "[1]").data;
+    size_t count = 0;
+    for (size_t at = list.find("\"source\":\"k"); at != std::string::npos; at = list.find("\"source\":\"k", at + 1))
+      ++count;
+    return count;
+  };
+  const size_t orders = countOrders();
+  EXPECT_EQ(thief->waitClose(), 4403);
+  EXPECT_EQ(countOrders(), orders);
+  EXPECT_EQ(terminal.stop(), 0);
+  EXPECT_EQ(runTerminal({"token", "revoke", "start-0", "--data", dir.path().string()}).exitCode, 1);
+  makeToken(dir.path(), "lost", "trade");
+  EXPECT_THAT(runTerminal({"token", "revoke", "lost", "--data", dir.path().string()}).output,
+              HasSubstr("lost is revoked. No terminal runs on"));
+}
+
+TEST(Disk, AStopLeavesNoOutcomeUnknown) {
+  const TempDir dir;
+  TerminalProcess terminal(dir.path());
+  const auto phone = terminal.login();
+  for (int i = 0; i < 300; ++i) phone->send(orderFrame(fmt::format("k{}", i)));
+  await(*phone, "\"k0\"");
+  EXPECT_EQ(terminal.stop(), 0);
+  SQLite::Database db(dir.path() / "gateway.db", SQLite::OPEN_READWRITE);
+  EXPECT_EQ(db.execAndGet("SELECT count(*) FROM action WHERE reply_topic IS NULL").getInt(), 0);
+  EXPECT_GT(db.execAndGet("SELECT count(*) FROM action WHERE reply_topic IS NOT NULL").getInt(), 0);
+  EXPECT_THAT(readFile(dir.path() / "audit.log"), testing::Not(HasSubstr("unknown")));
+}
+
+// Whoever owns the folder of another's service may not have root write elsewhere.
+TEST(Disk, CommandsOfRootFollowNoPlantedLink) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root acts as others";
+  constexpr uid_t kService = 65534;
+  for (const char* name : {"gateway.db", "audit.log", "terminal.lock"}) {
+    SCOPED_TRACE(name);
+    const TempDir dir;
+    const TempDir secret;
+    ASSERT_EQ(chown(dir.path().c_str(), kService, kService), 0);
+    makeToken(dir.path(), "phone", "see");
+    std::filesystem::remove(dir.path() / name);
+    std::filesystem::create_symlink(secret.path() / "target", dir.path() / name);
+    runTerminal({"token", "add", "more", "--rights", "see", "--data", dir.path().string()});
+    runTerminal({"token", "revoke", "phone", "--data", dir.path().string()});
+    EXPECT_TRUE(std::filesystem::is_empty(secret.path()));
+    // Not even into a folder that its owner may write.
+    ASSERT_EQ(chown(secret.path().c_str(), kService, kService), 0);
+    runTerminal({"token", "add", "again", "--rights", "see", "--data", dir.path().string()});
+    EXPECT_TRUE(std::filesystem::is_empty(secret.path()));
+  }
+}
+
+}  // namespace
+}  // namespace orvane::test
