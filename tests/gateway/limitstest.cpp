@@ -104,6 +104,39 @@ TEST_F(LimitsTest, HoldEightMebibytesOfATokensRequests) {
   EXPECT_TRUE(rig_.agent().take());
 }
 
+// With all 256 places taken, the longest without a login gives way, and neither a younger one nor a client.
+TEST_F(LimitsTest, LetTheOldestWithoutALoginGiveWay) {
+  const Phone client = login(token_);
+  std::deque<WireClient> silent;
+  while (silent.size() < 255) silent.emplace_back(rig_.port(), "127.0.0.1");
+  WireClient(rig_.port(), "127.0.0.1").sync();
+  EXPECT_THROW(silent[0].receive(), std::runtime_error);
+  EXPECT_FALSE(silent[1].sync());
+  EXPECT_FALSE(silent.back().sync());
+  EXPECT_FALSE(client->sync());
+  EXPECT_THAT(get(rig_.port(), "/health/live?from=here"), StartsWith("HTTP/1.1 200 "));
+}
+
+// A client that is closed gets first what was queued for it.
+TEST_F(LimitsTest, SendWhatIsQueuedBeforeTheCloseFrame) {
+  constexpr int kPushes = 1000;
+  const std::string login = fmt::format(R"({{"id":1,"topic":"login","token":"{}","device":"a")", token_);
+  WireClient older(rig_.port(), "127.0.0.1");
+  WireClient newer(rig_.port(), "127.0.0.1");
+  older.send(login + "}");
+  const std::string welcome = older.receive().text;
+  MobileMessage push;
+  push.requestId = kNoRequestId;
+  push.topic = "order.push";
+  for (int i = 0; i < kPushes; ++i) rig_.deliver(push);
+  for (int i = 0; i < kPushes; ++i) older.receive();
+  older.send(login + R"(,"resume":{"seq":0,"epoch":")" + welcome.substr(welcome.find("epoch") + 8, 16) + "\"}}");
+  EXPECT_THAT(older.receive().text, HasSubstr(R"("resumed":true)"));
+  newer.send(login + "}");
+  for (int i = 1; i <= kPushes; ++i) ASSERT_THAT(older.receive().text, StartsWith(fmt::format("{{\"seq\":{},", i)));
+  EXPECT_EQ(older.receive().closeCode, 4409);
+}
+
 // Before the library runs it, a key is on the disk.
 TEST_F(LimitsTest, LetNoKeyBeLostWithThePower) {
   const Phone phone = login(token_);

@@ -199,6 +199,7 @@ TEST_F(PhonesTest, ReportsAnAgentThatDoesNotAnswer) {
   send(session, R"({"topic":"account.list"})");
   advance(10s);
   EXPECT_EQ(get("/health/ready").status, 200U);
+  send(session, R"({"topic":"order.list","data":[1]})");
   advance(1ms);
   EXPECT_EQ(get("/health/ready").status, 503U);
   reply(0, "1");

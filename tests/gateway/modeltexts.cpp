@@ -1,0 +1,71 @@
+#include "tests/gateway/modeltexts.h"
+
+#include <array>
+#include <ctime>
+#include <map>
+#include <set>
+
+#include <fmt/format.h>
+
+namespace orvane::test {
+namespace {
+
+const std::map<std::string, GatewayModel::Right> kActions{
+    {"order.cancel", GatewayModel::kCancel},          {"order.new", GatewayModel::kTrade},
+    {"monitor.sync.order.new", GatewayModel::kTrade}, {"monitor.manual.update", GatewayModel::kTrade},
+    {"monitor.manual.clean", GatewayModel::kTrade},   {"quote.set", GatewayModel::kTrade},
+};
+
+// Of the topics that the test uses, those without an action.
+const std::set<std::string> kLists{"account.list", "capital.list", "order.list", "monitor.list"};
+
+}  // namespace
+
+GatewayModel::Right rightFor(const std::string& topic) {
+  const auto found = kActions.find(topic);
+  return found == kActions.end() ? GatewayModel::kSee : found->second;
+}
+
+std::string label(const std::string& topic) {
+  return fmt::format("{{topic=\"{}\"}}", kActions.contains(topic) || kLists.contains(topic) ? topic : "other");
+}
+
+bool isAction(const std::string& topic) { return rightFor(topic) != GatewayModel::kSee; }
+
+std::vector<std::string> namesOf(int rights) {
+  std::vector<std::string> names;
+  for (const auto& [right, name] :
+       std::array<std::pair<int, const char*>, 3>{{{1, "see"}, {2, "cancel"}, {4, "trade"}}}) {
+    if ((rights & right) != 0) names.emplace_back(name);
+  }
+  return names;
+}
+
+std::string quoted(const std::string& text) {
+  std::string result = "\"";
+  for (const char c : text) {
+    if (c == '"' || c == '\\') result += '\\';
+    result += c;
+  }
+  return result + '"';
+}
+
+std::string orNull(const std::string& json) { return json.empty() ? "null" : json; }
+
+std::string frame(const std::string& head, const GatewayModel::Reply& reply) {
+  return fmt::format(R"({{{},"topic":{},"message":{},"data":{}{}}})", head, quoted(reply.topic), quoted(reply.message),
+                     orNull(reply.data), reply.text.empty() ? "" : ",\"text\":" + quoted(reply.text));
+}
+
+std::string answer(const std::string& id, const GatewayModel::Reply& reply) { return frame("\"id\":" + id, reply); }
+
+std::string timeText(int64_t seconds) {
+  const std::time_t time = seconds;
+  std::tm local{};
+  localtime_r(&time, &local);
+  std::array<char, 64> text{};
+  std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S.000%z", &local);
+  return std::string(text.data()).insert(26, ":");
+}
+
+}  // namespace orvane::test

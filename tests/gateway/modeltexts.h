@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tests/gateway/gatewaymodel.h"
+
+namespace orvane::test {
+
+// The right that a topic needs.
+GatewayModel::Right rightFor(const std::string& topic);
+bool isAction(const std::string& topic);
+
+std::vector<std::string> namesOf(int rights);
+
+// The topic as a label of /metrics.
+std::string label(const std::string& topic);
+
+// JSON text: a string, and what may be missing.
+std::string quoted(const std::string& text);
+std::string orNull(const std::string& json);
+
+// A frame of the gateway. `head` is "id" or "seq" with its value.
+std::string frame(const std::string& head, const GatewayModel::Reply& reply);
+std::string answer(const std::string& id, const GatewayModel::Reply& reply);
+
+// Local time as in the audit; `seconds` since 1970.
+std::string timeText(int64_t seconds);
+
+}  // namespace orvane::test
