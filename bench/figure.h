@@ -56,6 +56,7 @@ std::vector<Figure> conversionFigures();
 std::vector<Figure> socketFigures();
 std::vector<Figure> roundTripFigures();
 std::vector<Figure> listFigures();
+std::vector<Figure> crowdFigures();
 std::vector<Figure> footprintFigures();
 
 }  // namespace orvane::bench

@@ -20,7 +20,7 @@ constexpr size_t kListRounds = 15;
 std::vector<Figure> allFigures() {
   std::vector<Figure> all;
   for (const auto figures : {writingFigures, decodingFigures, queueFigures, requestFigures, conversionFigures,
-                             socketFigures, roundTripFigures, listFigures, footprintFigures}) {
+                             socketFigures, roundTripFigures, listFigures, crowdFigures, footprintFigures}) {
     std::vector<Figure> part = figures();
     std::move(part.begin(), part.end(), std::back_inserter(all));
   }

@@ -15,7 +15,6 @@
 #include "bench/timing.h"
 
 namespace orvane::bench {
-namespace {
 
 Exchange exchangeWith(const Server& terminal, const std::string& login, std::string_view topic, std::string_view body) {
   Exchange exchange{login, fmt::format(R"({{"id":1,"topic":"{}","data":{}}})", topic, body), ""};
@@ -25,8 +24,6 @@ Exchange exchangeWith(const Server& terminal, const std::string& login, std::str
   }
   return exchange;
 }
-
-}  // namespace
 
 Server::Server(const std::filesystem::path& program, const std::vector<std::string>& arguments)
     : process_(program.string(), boost::process::args(arguments), boost::process::std_out > output_) {

@@ -50,6 +50,9 @@ class Desk {
   std::string login_;
 };
 
+// A request and the terminal's reply to it; `body` is JSON text. Throws std::runtime_error if the reply is a failure.
+Exchange exchangeWith(const Server& terminal, const std::string& login, std::string_view topic, std::string_view body);
+
 // One request, and clients that send it to a terminal and to a bare server that gives the same reply.
 class ServerPair {
  public:
