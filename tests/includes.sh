@@ -32,7 +32,7 @@ sockets='terminal/(tls|securestream|certificate)\.h'
 check terminal/net "terminal/(net|page)/|terminal/logging\.h|$meeting|$sockets"
 check terminal/phones "host/|terminal/phones/|$base|$meeting"
 check terminal/client "terminal/client/|terminal/settings\.h|terminal/tokens\.h|$text|$sockets"
-check terminal/trading "host/|terminal/trading/|$text|terminal/logging\.h"
+check terminal/trading "host/|terminal/trading/|$text|terminal/(logging|clocks)\.h"
 
 # Only net/ and what connects or makes certificates uses Asio and Beast; no header that phones/ includes may.
 boostSeenBy=$(grep -rlE '#include <boost/(asio|beast)' terminal --include='*.h' --include='*.cpp' |
