@@ -1,5 +1,4 @@
 #include <memory>
-#include <optional>
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <fmt/format.h>
@@ -45,20 +44,24 @@ void addOrders(const std::filesystem::path& folder, const Crowd& crowd) {
 // A terminal with a crowd, and one client.
 class Asked {
  public:
-  Asked(const Case& it, const Crowd& crowd) : requests_(it.requests) {
-    addOrders(desk_.folder(), crowd);
-    terminal_.emplace(desk_.start("still"));
-    client_.emplace(terminal_->port(), 1, exchangeWith(*terminal_, desk_.login(), it.topic, it.body));
-  }
+  Asked(const Case& it, const Crowd& crowd)
+      : requests_(it.requests),
+        terminal_(startBeside(crowd)),
+        client_(terminal_.port(), 1, exchangeWith(terminal_, desk_.login(), it.topic, it.body)) {}
 
   // Nanoseconds per request.
-  double measure() { return client_->load(requests_) / static_cast<double>(requests_); }
+  double measure() { return client_.load(requests_) / static_cast<double>(requests_); }
 
  private:
+  Server startBeside(const Crowd& crowd) const {
+    addOrders(desk_.folder(), crowd);
+    return desk_.start("still");
+  }
+
   size_t requests_;
   Desk desk_{20};
-  std::optional<Server> terminal_;
-  std::optional<Clients> client_;
+  Server terminal_;
+  Clients client_;
 };
 
 constexpr const char* kOrder =
