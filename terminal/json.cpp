@@ -22,7 +22,7 @@ JsonResult jsonResult(const rapidjson::ParseResult& result, bool readAll) {
     return {false, fmt::format("{} at byte {}", rapidjson::GetParseError_En(result.Code()), result.Offset())};
   }
   // The reader takes a NUL as the end of the text.
-  if (!readAll) return {false, "A NUL stands behind the value."};
+  if (!readAll) return {false, "A NUL follows the value."};
   return {};
 }
 

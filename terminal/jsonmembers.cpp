@@ -11,7 +11,7 @@ JsonMembers::JsonMembers(std::string_view text, std::span<const std::string_view
 
 JsonResult JsonMembers::read() {
   JsonResult result = readJson(stream_, *this);
-  if (!doubled_.empty()) result.message = fmt::format("\"{}\" stands twice, at byte {}", doubled_, stream_.Tell());
+  if (!doubled_.empty()) result.message = fmt::format("\"{}\" appears twice, at byte {}", doubled_, stream_.Tell());
   return result;
 }
 

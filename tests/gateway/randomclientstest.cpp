@@ -138,7 +138,7 @@ class RandomClients {
         {R"({"id":7,"topic":"x")", "7", "x",
          "the frame cannot be read: Missing a comma or '}' after an object member. at byte 19" + hint},
         {R"({"id":7,"id":8,"topic":"x"})", "7", "",
-         R"(the frame cannot be read: "id" stands twice, at byte 12)" + hint},
+         R"(the frame cannot be read: "id" appears twice, at byte 12)" + hint},
         {R"({"id":7,"topic":"order.new","key":"a b"})", "7", "order.new",
          R"(the frame's "key" must be a string of 1 to 64 characters from A-Z a-z 0-9 . _ -)"},
         {R"({"id":7,"topic":"login","token":"x","device":")" + std::string(65, 'x') + "\"}", "7", "login",

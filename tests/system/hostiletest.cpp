@@ -112,7 +112,10 @@ TEST_F(HostileTest, Flood) {
       R"("priceType":1,"price":3300,"volume":1,"insertTimestamp":1,"source":"x"}]}})");
   std::string requests;
   for (int i = 0; i < 20000; ++i) requests += order;
-  const std::string answers = (openWebSocket(port_) << login() + requests).readToEnd();
+  RawSocket phone = openWebSocket(port_);
+  phone << login();
+  phone.readUntil("\"resumed\":false}}");
+  const std::string answers = (phone << requests).readToEnd();
   EXPECT_THAT(answers, HasSubstr("1024 requests wait for their reply already"));
   EXPECT_THAT(answers, HasSubstr(bigEndian(4429, 2) + "too many requests"));
   expectUnharmed();
