@@ -60,6 +60,7 @@ class ClientCheck {
 
   void send(int client, const std::string& frame);
   void compare(int client);
+  void reachAll();
   bool takeCall(std::chrono::milliseconds limit);
   void answer(size_t index, GatewayModel::Reply reply);
   std::string findMetricsFault();

@@ -232,8 +232,8 @@ void GatewayModel::reply(int number, const Reply& reply) {
 
 std::string GatewayModel::auditHead(int client, const Request& request) const {
   const Client& self = clients.at(client);
-  return fmt::format(R"({{"time":"{}","token":"{}","address":"{}","topic":"{}","body":{},"key":{})", timeText(now),
-                     tokens.at(self.token).name, self.address, request.topic, orNull(request.data),
+  return fmt::format(R"({{"token":"{}","address":"{}","topic":"{}","body":{},"key":{})", tokens.at(self.token).name,
+                     self.address, request.topic, orNull(request.data),
                      request.key.empty() ? "null" : quoted(request.key));
 }
 

@@ -90,7 +90,7 @@ class GatewayModel {
   bool hasCall() const;         // one of them has not reached the library
   uint64_t lastPush() const { return pushes_.size(); }
 
-  // The lines of audit.log, in any order, and the values of /metrics by name.
+  // The lines of audit.log without their times, in any order, and the values of /metrics by name.
   const std::multiset<std::string>& audit() const { return audit_; }
   std::map<std::string, double> metrics() const;
 

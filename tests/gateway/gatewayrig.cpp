@@ -56,12 +56,18 @@ void GatewayRig::setExpiry(const std::string& name, int64_t wallSeconds) {
   change.exec();
 }
 
-void GatewayRig::advance(std::chrono::seconds time) {
+void GatewayRig::settle() {
   gateway_->awaitDisk();
+  loop_->run([] {});
+}
+
+void GatewayRig::advance(std::chrono::seconds time) {
+  settle();
   loop_->run([&] { time_.advance(time); });
 }
 
 void GatewayRig::sleep(std::chrono::seconds time) {
+  settle();
   loop_->run([&] { time_.sleep(time); });
 }
 

@@ -80,6 +80,9 @@ class GatewayRig {
   void revokeToken(const std::string& name);
   void setExpiry(const std::string& name, int64_t wallSeconds);
 
+  // Waits until what was read from the sockets is on the disk, and dispatched.
+  void settle();
+
   // Timers run when they are due; or, as after a sleep of the machine, all that is due at the end.
   void advance(std::chrono::seconds time);
   void sleep(std::chrono::seconds time);

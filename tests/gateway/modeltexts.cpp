@@ -1,7 +1,6 @@
 #include "tests/gateway/modeltexts.h"
 
 #include <array>
-#include <ctime>
 #include <map>
 #include <set>
 
@@ -58,14 +57,5 @@ std::string frame(const std::string& head, const GatewayModel::Reply& reply) {
 }
 
 std::string answer(const std::string& id, const GatewayModel::Reply& reply) { return frame("\"id\":" + id, reply); }
-
-std::string timeText(int64_t seconds) {
-  const std::time_t time = seconds;
-  std::tm local{};
-  localtime_r(&time, &local);
-  std::array<char, 64> text{};
-  std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S.000%z", &local);
-  return std::string(text.data()).insert(26, ":");
-}
 
 }  // namespace orvane::test

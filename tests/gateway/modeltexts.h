@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -24,8 +23,5 @@ std::string orNull(const std::string& json);
 // A frame of the gateway. `head` is "id" or "seq" with its value.
 std::string frame(const std::string& head, const GatewayModel::Reply& reply);
 std::string answer(const std::string& id, const GatewayModel::Reply& reply);
-
-// Local time as in the audit; `seconds` since 1970.
-std::string timeText(int64_t seconds);
 
 }  // namespace orvane::test
