@@ -1,6 +1,8 @@
 #include "terminal/trading/committer.h"
 
+#include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <utility>
 
 namespace orvane::terminal {
@@ -54,6 +56,17 @@ void Committer::add(const Book& book, const Change& change, std::vector<MobileMe
   changed_.notify_one();
 }
 
+void Committer::notify(MobileMessage message) {
+  {
+    const std::lock_guard lock(mutex_);
+    if (isWriting_ || !next_.empty()) {
+      (next_.empty() ? current_ : next_).notices.push_back(std::move(message));
+      return;
+    }
+  }
+  hooks_.push(std::move(message));
+}
+
 void Committer::whenStored(Answer answer) {
   std::string failure;
   {
@@ -99,7 +112,8 @@ void Committer::commit() {
     {
       const std::lock_guard lock(mutex_);
       error_ = error;
-      for (Answer& answer : next_.answers) current_.answers.push_back(std::move(answer));
+      std::move(next_.notices.begin(), next_.notices.end(), std::back_inserter(current_.notices));
+      std::move(next_.answers.begin(), next_.answers.end(), std::back_inserter(current_.answers));
       current_.changers.merge(next_.changers);
       next_ = {};
     }
@@ -123,6 +137,7 @@ void Committer::finish(const std::string& failure) {
       for (const std::thread::id changer : group.changers) failures_[changer] = failure;
     }
   }
+  for (MobileMessage& notice : group.notices) hooks_.push(std::move(notice));
   for (const Answer& answer : group.answers) answer(failure);
 }
 

@@ -28,7 +28,7 @@ class Committer {
   // What the committer calls, on its own thread.
   struct Hooks {
     std::function<void(Book book)> restore;               // the book as stored replaces the one in memory
-    std::function<void(MobileMessage message)> push;      // the change that the message reports is stored
+    std::function<void(MobileMessage message)> push;      // what the message reports is stored, or a notice
     std::function<void(const std::string& text)> notice;  // the database fails, or works again; UTF-8
   };
 
@@ -48,6 +48,9 @@ class Committer {
   // caller keeps the book locked, so that changes are queued in the order in which they were made.
   void add(const Book& book, const Change& change, std::vector<MobileMessage> pushes);
 
+  // Sends the message behind the pushes of all changes queued so far, also if those cannot be stored.
+  void notify(MobileMessage message);
+
   // Calls `answer` once, when the following are on the disk or given up: every change queued so far, by any thread, and
   // those which the calling thread has made since its last call. Called at once if there are none, otherwise on the
   // committer's thread.
@@ -57,10 +60,11 @@ class Committer {
   struct Group {
     Rows rows;
     std::vector<MobileMessage> pushes;
+    std::vector<MobileMessage> notices;
     std::vector<Answer> answers;
     std::set<std::thread::id> changers;  // threads with changes here that have not called whenStored() since
 
-    bool empty() const { return rows.empty && answers.empty(); }
+    bool empty() const { return rows.empty && notices.empty() && answers.empty(); }
   };
 
   void run();

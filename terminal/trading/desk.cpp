@@ -25,6 +25,13 @@ std::vector<MobileMessage> pushesOf(const Book& book, const Change& change) {
   return pushes;
 }
 
+MobileMessage noticeOf(const std::string& text) {
+  MobileMessage message;
+  message.topic = "terminal.notice";
+  message.message = CodeConvert::utf8_to_gbk(text);
+  return message;
+}
+
 }  // namespace
 
 Desk::Desk(const std::filesystem::path& dir, Clocks clocks, OpenedBook opened)
@@ -33,7 +40,7 @@ Desk::Desk(const std::filesystem::path& dir, Clocks clocks, OpenedBook opened)
       committer_(dir, std::move(opened.database), opened.error,
                  {[this](Book book) { restore(std::move(book)); },
                   [this](MobileMessage message) { outbox_.post(std::move(message)); },
-                  [this](const std::string& text) { notice(text); }}) {
+                  [this](const std::string& text) { outbox_.post(noticeOf(text)); }}) {
   if (opened.error) return;
   const std::lock_guard lock(mutex_);
   changeDay();
@@ -48,12 +55,7 @@ void Desk::apply(const std::function<void(Book&, Change&, int64_t now)>& work) {
   if (!change.empty()) committer_.add(book_, change, pushesOf(book_, change));
 }
 
-void Desk::notice(const std::string& text) {
-  MobileMessage message;
-  message.topic = "terminal.notice";
-  message.message = CodeConvert::utf8_to_gbk(text);
-  outbox_.post(std::move(message));
-}
+void Desk::notice(const std::string& text) { committer_.notify(noticeOf(text)); }
 
 void Desk::changeDay() {
   const std::optional<int64_t> today = day_.today();

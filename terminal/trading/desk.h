@@ -34,7 +34,7 @@ class Desk {
   // See Committer::whenStored.
   void whenStored(Committer::Answer answer) { committer_.whenStored(std::move(answer)); }
 
-  // Sends a notice to all clients about an error that no reply can report. UTF-8.
+  // Sends a notice to all clients about an error that no reply can report, behind the pushes of earlier changes. UTF-8.
   void notice(const std::string& text);
 
   Outbox& outbox() { return outbox_; }
