@@ -57,14 +57,9 @@ void Committer::add(const Book& book, const Change& change, std::vector<MobileMe
 }
 
 void Committer::notify(MobileMessage message) {
-  {
-    const std::lock_guard lock(mutex_);
-    if (isWriting_ || !next_.empty()) {
-      (next_.empty() ? current_ : next_).notices.push_back(std::move(message));
-      return;
-    }
-  }
-  hooks_.push(std::move(message));
+  const std::lock_guard lock(mutex_);
+  if (!isWriting_ && next_.empty()) return hooks_.push(std::move(message));
+  (next_.empty() ? current_ : next_).notices.push_back(std::move(message));
 }
 
 void Committer::whenStored(Answer answer) {
@@ -132,12 +127,12 @@ void Committer::finish(const std::string& failure) {
   {
     const std::lock_guard lock(mutex_);
     group = std::exchange(current_, {});
+    for (MobileMessage& notice : group.notices) hooks_.push(std::move(notice));  // nothing may overtake them
     isWriting_ = false;
     if (!failure.empty()) {
       for (const std::thread::id changer : group.changers) failures_[changer] = failure;
     }
   }
-  for (MobileMessage& notice : group.notices) hooks_.push(std::move(notice));
   for (const Answer& answer : group.answers) answer(failure);
 }
 

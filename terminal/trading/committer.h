@@ -28,7 +28,7 @@ class Committer {
   // What the committer calls, on its own thread.
   struct Hooks {
     std::function<void(Book book)> restore;               // the book as stored replaces the one in memory
-    std::function<void(MobileMessage message)> push;      // what the message reports is stored, or a notice
+    std::function<void(MobileMessage message)> push;      // for what is stored, and notices; any thread, never waits
     std::function<void(const std::string& text)> notice;  // the database fails, or works again; UTF-8
   };
 

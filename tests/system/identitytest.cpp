@@ -96,6 +96,7 @@ TEST_F(IdentityTest, TellsMistakes) {
 // Root makes the first token of a terminal that will run as a service.
 TEST(Token, IsLeftToTheFoldersOwner) {
   if (geteuid() != 0) GTEST_SKIP() << "only root gives files away";
+  const NoLeakCheck noLeakCheck;
   constexpr uid_t kService = 65534;
   const TempDir dir;
   ASSERT_EQ(chown(dir.path().c_str(), kService, kService), 0);

@@ -83,6 +83,13 @@ Outcome runTerminal(const std::vector<std::string>& arguments) {
   return outcome;
 }
 
+NoLeakCheck::NoLeakCheck() {
+  if (const char* options = std::getenv("ASAN_OPTIONS")) options_ = options;
+  setenv("ASAN_OPTIONS", (options_ + ":detect_leaks=0").c_str(), 1);
+}
+
+NoLeakCheck::~NoLeakCheck() { setenv("ASAN_OPTIONS", options_.c_str(), 1); }
+
 std::string makeToken(const std::filesystem::path& dataDir, const std::string& name, const std::string& rights) {
   const Outcome made = runTerminal({"token", "add", name, "--rights", rights, "--data", dataDir.string()});
   if (made.exitCode != 0) throw std::runtime_error("no token: " + made.error);

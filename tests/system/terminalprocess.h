@@ -50,6 +50,18 @@ struct Outcome {
 // Runs pocket-terminal to its end.
 Outcome runTerminal(const std::vector<std::string>& arguments);
 
+// While it lives, programs started here look for no leaks: the leak sanitizer cannot trace one that has given up root.
+class NoLeakCheck {
+ public:
+  NoLeakCheck();
+  ~NoLeakCheck();
+  NoLeakCheck(const NoLeakCheck&) = delete;
+  NoLeakCheck& operator=(const NoLeakCheck&) = delete;
+
+ private:
+  std::string options_;
+};
+
 // Makes a token and returns its text.
 std::string makeToken(const std::filesystem::path& dataDir, const std::string& name, const std::string& rights);
 
