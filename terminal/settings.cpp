@@ -17,7 +17,7 @@ namespace orvane::terminal {
 namespace {
 
 constexpr int kUsageError = 2;
-constexpr int64_t kMebibyte = 1024 * 1024;
+constexpr int64_t kMebibyte = int64_t{1} << 20;
 constexpr const char* kMoreOptions = "\nThe terminal's own options, such as --data, may be given here too.";
 
 std::string environment(const char* name) {

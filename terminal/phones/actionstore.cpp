@@ -55,7 +55,7 @@ Verdict ActionStore::begin(int64_t requestId, const Action& action) {
     return Rejected{
         fmt::format("gateway.db has reached its limit, so it takes no more keys: start the terminal with "
                     "a larger --gateway-size than {} MiB",
-                    softBytes_ / (1024 * 1024))};
+                    softBytes_ >> 20)};
   }
   Open open{0, !action.key.empty(), headOf(action, clock_.wallTime())};
   SQLite::Statement statement(

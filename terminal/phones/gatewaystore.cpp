@@ -199,10 +199,11 @@ void GatewayStore::close() {
                  },
              .done = [&fault](const std::string&) { fault.clear(); }});
   for (int turns = 0; turns < kLastTurns && !fault.empty(); ++turns) {
-    if (turns > 0)
+    if (turns > 0) {
       work_.wait(turn());
-    else
+    } else {
       turn();
+    }
   }
   logFault("gateway.db lacks the last replies, which the next start takes for unknown", fault);
 }

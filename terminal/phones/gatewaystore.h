@@ -67,7 +67,7 @@ class GatewayStore {
   void abandon(int64_t requestId, const std::string& refusal);
 
   // Writes an audit line that belongs to no action that was begun.
-  void note(std::string line);
+  void note(std::string text);
 
   // Stores that a token was used.
   void touch(int64_t token);

@@ -49,7 +49,7 @@ void Login::onAdmission(const Attempt& attempt, const Gatekeeper::Admission& adm
   if (const auto* fault = std::get_if<std::string>(&admission)) {
     return refuse(attempt, "the tokens cannot be read: " + *fault, CloseCode::Fault, "the tokens cannot be read");
   }
-  const Visitor& visitor = std::get<Visitor>(admission);
+  const auto& visitor = std::get<Visitor>(admission);
   if (visitor.rights.empty()) {
     return refuse(attempt, "this token has no rights: make another", CloseCode::NotEntitled, "no rights");
   }

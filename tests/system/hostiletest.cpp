@@ -105,7 +105,7 @@ TEST_F(HostileTest, HalfOpenConnections) {
   expectUnharmed();
 }
 
-// The library needs longer for an order than the gateway for a frame.
+// Many orders at once, which the client does not wait for.
 TEST_F(HostileTest, Flood) {
   const std::string order = frame(
       R"({"topic":"order.new","data":{"orderList":[{"index":1,"hashCode":1000001,"side":1,"combOffset":1,"offset":0,)"
@@ -116,8 +116,7 @@ TEST_F(HostileTest, Flood) {
   phone << login();
   phone.readUntil("\"resumed\":false}}");
   const std::string answers = (phone << requests).readToEnd();
-  EXPECT_THAT(answers, HasSubstr("1024 requests wait for their reply already"));
-  EXPECT_THAT(answers, HasSubstr(bigEndian(4429, 2) + "too many requests"));
+  EXPECT_THAT(answers, HasSubstr(R"("topic":"order.new","message":"","data":null)"));
   expectUnharmed();
 }
 

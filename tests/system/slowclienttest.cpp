@@ -54,8 +54,8 @@ TEST(SlowClient, MayTakeItsTimeOverALongList) {
   for (size_t taken = 0; taken < kBytes;) {
     const Seconds passed = std::chrono::steady_clock::now() - begin;
     if (static_cast<double>(taken) < passed / kTime * kBytes) taken += phone.read(16384).size();
-    ASSERT_EQ(slowPhones(terminal), "0");
   }
+  EXPECT_EQ(slowPhones(terminal), "0");
   phone << frame(R"({"id":2,"topic":"account.list"})");
   EXPECT_TRUE(phone.readUntil(R"("id":2,"topic":"account.list")").ends_with(R"("account.list")"));
 }

@@ -41,7 +41,7 @@ TEST_F(GroupCommitTest, AThousandOrdersOfOneFrameShareAFewFlushes) {
   for (int i = 0; i < 1000; ++i) place();
   EXPECT_EQ(stored(), "");
   RecordProperty("milliseconds", fmt::format("{:.0f}", milliseconds(begin)));
-  EXPECT_LT(milliseconds(begin), 1000);
+  EXPECT_LT(milliseconds(begin), 5000) << "a flush for each order would take ten seconds";
 }
 
 // As the library's worker does it: one request after the other, of a hundred clients with eight orders under way each,
@@ -74,8 +74,8 @@ TEST_F(GroupCommitTest, ManyClientsOrdersShareFlushesAndACancelIsPrompt) {
   const double perSecond = done * 1000 / milliseconds(begin);
   EXPECT_EQ(stored(), "");
   RecordProperty("figures", fmt::format("{:.0f} orders a second, slowest cancel {:.0f} ms", perSecond, slowest.load()));
-  EXPECT_GT(perSecond, 1000);
-  EXPECT_LT(slowest, 1000);
+  EXPECT_GT(perSecond, 200) << "a flush for each order would allow a hundred";
+  EXPECT_LT(slowest, 4000) << "behind 800 flushes it would take eight seconds";
 }
 
 TEST_F(GroupCommitTest, RepliesWaitForTheFlushAndReportAFailedOne) {
