@@ -157,7 +157,7 @@ UiProxy::Answer UiProxy::rates(const std::string& body) {
   if (hashCode == object.MemberEnd() || !hashCode->value.IsInt64()) return {"order.rates 缺少整数 hashCode", ""};
   const Key key{index->value.GetInt(), hashCode->value.GetInt64()};
   return desk_.read([&](const Book& book) -> Answer {
-    if (book.accounts.count(key.account) == 0) return {fmt::format("没有账户 {}", key.account), ""};
+    if (!book.accounts.contains(key.account)) return {fmt::format("没有账户 {}", key.account), ""};
     if (book.instrument(key.hashCode) == nullptr) return {fmt::format("没有合约 {}", key.hashCode), ""};
     return {"", ratesText(book, key)};
   });
