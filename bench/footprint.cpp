@@ -32,7 +32,7 @@ double startTime(const Start& start, const Exchange& exchange) {
 
 // What each idle client adds to a server that has answered one before.
 double clientMemory(const Server& server, const Exchange& exchange) {
-  constexpr size_t kClients = 150;  // fewer than one token may open
+  constexpr size_t kClients = 80;  // fewer than one token may open
   Clients(server.port(), 1, exchange).load(1);
   const double before = server.residentBytes();
   const Clients idle(server.port(), kClients, exchange);
