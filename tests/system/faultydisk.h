@@ -8,7 +8,8 @@
 
 namespace orvane::test {
 
-// The disk of all terminals that are started while this lives, which fails when a test says so: see faultyfiles.cpp.
+// The disk and the clock of all terminals that are started while this lives, which fail when a test says so: see
+// tests/support/faultyfiles.cpp.
 class FaultyDisk {
  public:
   FaultyDisk() {
@@ -22,7 +23,7 @@ class FaultyDisk {
   FaultyDisk(const FaultyDisk&) = delete;
   FaultyDisk& operator=(const FaultyDisk&) = delete;
 
-  // `fault` is "full" or "flush".
+  // `fault` is "full", "flush" or "clock".
   void begin(const char* fault) const { std::ofstream(control_.path() / fault).put('x'); }
   void end(const char* fault) const { std::filesystem::remove(control_.path() / fault); }
 
