@@ -6,7 +6,7 @@ namespace orvane::terminal {
 namespace {
 
 constexpr size_t kMaxLists = 32;
-constexpr size_t kMaxListsOfToken = 2;           // one runs, and the next is there when it ends
+constexpr size_t kMaxListsOfToken = 2;           // beside others: one runs, the next is there when it ends
 constexpr size_t kMaxActions = 256;              // with 10 ms for a flush, thousands in a second
 constexpr size_t kMaxBytes = size_t{64} * 1024;  // at which no more are dispatched: long requests take long
 
@@ -15,8 +15,9 @@ constexpr size_t kMaxBytes = size_t{64} * 1024;  // at which no more are dispatc
 bool DispatchLimit::mayAdd(const Request& request) const {
   if (bytes_ >= kMaxBytes) return false;
   if (request.isAction) return all_.actions < kMaxActions;
+  if (all_.lists >= kMaxLists) return false;
   const auto count = ofToken_.find(request.token);
-  return all_.lists < kMaxLists && (count == ofToken_.end() || count->second.lists < kMaxListsOfToken);
+  return request.isAlone || count == ofToken_.end() || count->second.lists < kMaxListsOfToken;
 }
 
 void DispatchLimit::add(int64_t requestId, const Request& request, BootTime now) {

@@ -9,14 +9,15 @@
 namespace orvane::terminal {
 
 // What the agent has not answered, and how much more it may get. The agent runs one request after the other, so what it
-// has delays all that comes: few lists, above all of one token, and as many actions as may share a flush of the disk.
-// One thread.
+// has delays all that comes: few lists, fewer of a token that is not alone, and as many actions as may share a flush of
+// the disk. One thread.
 class DispatchLimit {
  public:
   struct Request {
     int64_t token = 0;
     size_t bytes = 0;
     bool isAction = false;
+    bool isAlone = false;  // no other token has clients whom it could delay
   };
 
   bool mayAdd(const Request& request) const;

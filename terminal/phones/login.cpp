@@ -78,6 +78,7 @@ void Login::onWrongToken(Peer& peer, const Attempt& attempt) {
 
 void Login::admit(Peer& peer, const Attempt& attempt, const Visitor& visitor) {
   Session& session = *peer.session;
+  peers_.logOut(peer);  // a client may log in anew
   peer.visitor = visitor;
   peer.device = attempt.device;
   peers_.closeOlder(peer);
@@ -87,7 +88,7 @@ void Login::admit(Peer& peer, const Attempt& attempt, const Visitor& visitor) {
   }
   TERMINAL_LOG(gatewayLogger(), Info, "{} is logged in as {} from {}", session.name(), visitor.name, session.address());
   peer.timer.reset();
-  peer.isLoggedIn = true;
+  peers_.logIn(peer);
   session.admit();
   const bool resumes = attempt.resume && pushes_.canResume(attempt.resume->epoch, attempt.resume->seq);
   answers_.send(session, writeWelcome(attempt.id, visitor, {pushes_.epoch(), pushes_.last()}, resumes));

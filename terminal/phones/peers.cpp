@@ -1,6 +1,7 @@
 #include "terminal/phones/peers.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 namespace orvane::terminal {
@@ -11,14 +12,29 @@ Peer& Peers::add(std::shared_ptr<Session> session) {
   return peer;
 }
 
+void Peers::remove(const Session& session) {
+  if (auto node = peers_.extract(&session)) logOut(node.mapped());
+}
+
 Peer* Peers::find(const Session& session) {
   const auto found = peers_.find(&session);
   return found == peers_.end() ? nullptr : &found->second;
 }
 
+void Peers::logIn(Peer& peer) {
+  peer.isLoggedIn = true;
+  ++loggedIn_[peer.visitor.token];
+}
+
+void Peers::logOut(Peer& peer) {
+  if (!std::exchange(peer.isLoggedIn, false)) return;
+  const auto count = loggedIn_.find(peer.visitor.token);
+  if (--count->second == 0) loggedIn_.erase(count);
+}
+
 size_t Peers::countLoggedIn() const {
-  return static_cast<size_t>(
-      std::count_if(peers_.begin(), peers_.end(), [](const auto& entry) { return entry.second.isLoggedIn; }));
+  return std::accumulate(loggedIn_.begin(), loggedIn_.end(), size_t{0},
+                         [](size_t sum, const auto& entry) { return sum + entry.second; });
 }
 
 size_t Peers::countOfToken(int64_t token) const {

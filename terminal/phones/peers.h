@@ -39,7 +39,7 @@ struct Peer {
 class Peers {
  public:
   Peer& add(std::shared_ptr<Session> session);
-  void remove(const Session& session) { peers_.erase(&session); }
+  void remove(const Session& session);
 
   // Null once the session has ended.
   Peer* find(const Session& session);
@@ -47,7 +47,16 @@ class Peers {
   // REQUIRES: the session is open.
   Peer& of(const Session& session) { return peers_.at(&session); }
 
+  void logIn(Peer& peer);   // REQUIRES: it is not logged in
+  void logOut(Peer& peer);  // does nothing if it is not logged in
+
   size_t countLoggedIn() const;
+
+  // Whether no client of another token is logged in.
+  bool isAlone(int64_t token) const {
+    return loggedIn_.empty() || (loggedIn_.size() == 1 && loggedIn_.contains(token));
+  }
+
   size_t countOfToken(int64_t token) const;  // those that are closing not included
 
   // Closes older sessions of the same token and device: a client that connects again has given them up.
@@ -60,6 +69,7 @@ class Peers {
 
  private:
   std::unordered_map<const Session*, Peer> peers_;
+  std::unordered_map<int64_t, size_t> loggedIn_;  // clients of each token; none is zero
 };
 
 }  // namespace orvane::terminal

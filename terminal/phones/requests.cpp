@@ -104,7 +104,8 @@ void Requests::dispatch() {
   const auto sizeOf = [this](const Job& job) {
     const auto request = pending_.find(job.requestId);
     return DispatchLimit::Request{job.token, job.size(),
-                                  request != pending_.end() && request->second.topic->changesSomething()};
+                                  request != pending_.end() && request->second.topic->changesSomething(),
+                                  peers_.isAlone(job.token)};
   };
   while (const std::optional<Job> job = queue_.next([&](const Job& each) { return limit_.mayAdd(sizeOf(each)); })) {
     const auto request = pending_.find(job->requestId);

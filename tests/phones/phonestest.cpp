@@ -139,11 +139,11 @@ TEST_F(PhonesTest, RunsAnActionWhoseClientHasGone) {
   const auto session = client(token_);
   for (int i = 0; i < 40; ++i) send(session, R"({"topic":"account.list"})");
   order(session, 1, "a17");
-  ASSERT_THAT(agent_->requests, SizeIs(2));
+  ASSERT_THAT(agent_->requests, SizeIs(32));
   hangUp(session);
-  ASSERT_THAT(agent_->requests, SizeIs(2));
-  for (size_t i = 0; i < 2; ++i) reply(i, "1");
-  ASSERT_THAT(agent_->requests, SizeIs(3));
+  ASSERT_THAT(agent_->requests, SizeIs(32));
+  reply(0, "1");
+  ASSERT_THAT(agent_->requests, SizeIs(33));
   EXPECT_EQ(agent_->requests.back().topic, "order.new");
 }
 
@@ -152,7 +152,7 @@ TEST_F(PhonesTest, RefusesACrowdAndClosesAClientThatDoesNotStop) {
   const auto ask = [&] { send(session, R"({"id":1,"topic":"account.list"})"); };
   for (int i = 0; i < 1024; ++i) ask();
   EXPECT_THAT(session->sent, IsEmpty());
-  EXPECT_THAT(agent_->requests, SizeIs(2));
+  EXPECT_THAT(agent_->requests, SizeIs(32));
   ask();
   EXPECT_THAT(session->sent, ElementsAre(HasSubstr("1024 requests wait for their reply already")));
   EXPECT_THAT(get("/metrics").body, HasSubstr("refusals_total{reason=\"crowd\"} 1\n"));
@@ -162,16 +162,29 @@ TEST_F(PhonesTest, RefusesACrowdAndClosesAClientThatDoesNotStop) {
   EXPECT_EQ(session->closeCode(), CloseCode::TooMany);
 }
 
-// The agent has two lists of a busy token at most, and actions of others pass them.
+// Beside others, the agent has two lists of a busy token at most, and actions of others pass them.
 TEST_F(PhonesTest, ServesTokensInTurn) {
   const auto busy = client(token_);
   const auto calm = client(terminal::addToken(db_, "calm", terminal::Rights::all()));
   for (int i = 0; i < 100; ++i) send(busy, R"({"topic":"account.list"})");
+  EXPECT_THAT(agent_->requests, SizeIs(2));
   send(calm, R"({"topic":"position.list","data":[0]})");
   order(calm, 1, "k1");
   ASSERT_THAT(agent_->requests, SizeIs(4));
   EXPECT_EQ(agent_->requests[2].topic, "position.list");
   EXPECT_EQ(agent_->requests[3].topic, "order.new");
+}
+
+TEST_F(PhonesTest, GivesATokenMoreWhileItIsAlone) {
+  const auto busy = client(token_);
+  const auto ask = [&] {
+    for (int i = 0; i < 100; ++i) send(busy, R"({"topic":"account.list"})");
+    return agent_->requests.size();
+  };
+  const auto calm = client(terminal::addToken(db_, "calm", terminal::Rights::all()));
+  EXPECT_EQ(ask(), 2U);
+  hangUp(calm);
+  EXPECT_EQ(ask(), 32U);
 }
 
 TEST_F(PhonesTest, RefusesWithoutAnAgent) {
