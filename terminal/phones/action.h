@@ -5,6 +5,7 @@
 #include <variant>
 
 #include "host/mobilemessage.h"
+#include "terminal/eventloop.h"
 
 namespace orvane::terminal {
 
@@ -13,6 +14,7 @@ struct Action {
   int64_t token = 0;      // its id
   std::string tokenName;  // in the audit
   std::string address;    // of the client
+  WallTime time{};        // at which it came
   int32_t terminalType = 0;
   std::string topic;
   std::string body;  // JSON text; may be empty

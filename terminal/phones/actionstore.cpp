@@ -23,8 +23,8 @@ std::string fingerprintOf(const Action& action) {
   return {digest.begin(), digest.end()};
 }
 
-std::string headOf(const Action& action, WallTime now) {
-  return auditHead({action.tokenName, action.address, action.topic, action.body, action.key}, now);
+std::string headOf(const Action& action) {
+  return auditHead({action.tokenName, action.address, action.topic, action.body, action.key}, action.time);
 }
 
 MobileMessage readReply(SQLite::Statement& row, int column) {
@@ -57,7 +57,7 @@ Verdict ActionStore::begin(int64_t requestId, const Action& action) {
                     "a larger --gateway-size than {} MiB",
                     softBytes_ >> 20)};
   }
-  Open open{0, !action.key.empty(), headOf(action, clock_.wallTime())};
+  Open open{0, !action.key.empty(), headOf(action)};
   SQLite::Statement statement(
       db_, "INSERT INTO action (token, made, boot, fingerprint, line, key) VALUES (?, ?, ?, ?, ?, ?)");
   SQLite::bind(statement, action.token, wallSeconds(clock_), bootSeconds(clock_));

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "terminal/eventloop.h"
-#include "terminal/phones/topics.h"
 #include "terminal/phones/visitor.h"
 #include "terminal/session.h"
 
@@ -23,16 +22,14 @@ struct Peer {
   size_t overruns = 0;  // requests refused since the backlog last fell below half its limit
   bool isLoggedIn = false;
   bool isPunished = false;        // for a wrong login: frames are ignored until it is answered
-  BootTime noticesUntil{};        // until then notices reach it even without the right see
+  size_t noticing = 0;            // requests without a reply that may cause notices
+  BootTime noticesUntil{};        // and for a while after the reply: notices reach it even without the right see
   std::vector<std::string> held;  // frames that came while isAwaited
   size_t heldBytes = 0;
   bool isAwaited = false;        // its login waits for the tokens to be read again
   std::unique_ptr<Timer> timer;  // the login's limit, then the delay of a wrong login's answer
 
-  // Notices about a request of this topic may come for a while.
-  void expectNotices(const Topic& topic, BootTime now) {
-    if (topic.hasNotices) noticesUntil = now + std::chrono::seconds(10);
-  }
+  bool expectsNotices(BootTime now) const { return noticing > 0 || now < noticesUntil; }
 };
 
 // All clients with a session. One thread.

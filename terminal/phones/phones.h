@@ -36,7 +36,7 @@ class Phones : public ISessionOwner, public IPageOwner {
 
   // Begins and ends the work of every second. After stop() the owner closes the sessions.
   void start();
-  void stop() { tick_.reset(); }
+  void stop();
 
   // The end begins: takes no more requests, and calls `done` once none is without a reply.
   void drain(std::function<void()> done);

@@ -12,14 +12,15 @@ namespace {
 constexpr size_t kMaxWaiting = 1024;                         // requests of one client
 constexpr size_t kMaxQueuedBytes = size_t{8} * 1024 * 1024;  // of one token's requests
 constexpr size_t kMaxOverruns = 1024;                        // see Peer
+constexpr std::chrono::seconds kNoticeTime{10};              // after a reply
 constexpr const char* kNoAgent = "the terminal takes no requests now: this one was not taken";
 constexpr const char* kStopping = "the terminal stops: this request was not taken";
 constexpr const char* kRevoked = "the token was revoked: this request was not taken";
 
-std::shared_ptr<const Action> makeAction(const Peer& peer, const Frame& frame) {
+std::shared_ptr<const Action> makeAction(const Peer& peer, const Frame& frame, WallTime now) {
   const Visitor& visitor = peer.visitor;
-  return std::make_shared<const Action>(Action{visitor.token, visitor.name, peer.session->address(), frame.terminalType,
-                                               frame.topic, std::string(frame.body), frame.key});
+  return std::make_shared<const Action>(Action{visitor.token, visitor.name, peer.session->address(), now,
+                                               frame.terminalType, frame.topic, std::string(frame.body), frame.key});
 }
 
 MobileMessage failure(const std::string& topic, const std::string& text) {
@@ -53,11 +54,11 @@ void Requests::add(Peer& peer, const Frame& frame, const Topic& topic) {
   Session* session = peer.session.get();
   const int64_t token = peer.visitor.token;
   const bool isAction = topic.changesSomething();
-  peer.expectNotices(topic, clock_.bootTime());
   ++peer.waiting;
+  if (topic.hasNotices) ++peer.noticing;
   pending_.emplace(id, Pending{{{session, std::string(frame.id)}}, session, token, &topic, clock_.bootTime()});
   queue_.add({id, token, session, frame.terminalType, frame.topic, std::string(frame.body), !isAction});
-  isAction ? begin(id, makeAction(peer, frame)) : dispatch();
+  isAction ? begin(id, makeAction(peer, frame, clock_.wallTime())) : dispatch();
 }
 
 void Requests::begin(int64_t requestId, const std::shared_ptr<const Action>& action) {
@@ -181,7 +182,10 @@ void Requests::answer(int64_t requestId, const MobileMessage& message) {
     if (waiter.session == nullptr) continue;
     Peer& peer = peers_.of(*waiter.session);
     if (--peer.waiting < kMaxWaiting / 2) peer.overruns = 0;
-    peer.expectNotices(*node.mapped().topic, clock_.bootTime());
+    if (node.mapped().topic->hasNotices) {
+      --peer.noticing;
+      peer.noticesUntil = clock_.bootTime() + kNoticeTime;
+    }
     if (waiter.session->isClosing()) continue;
     answers_.guard(*waiter.session, [&] { answers_.reply(*waiter.session, waiter.id, message); });
   }

@@ -101,6 +101,26 @@ TEST_F(StoreTest, SumsUpRefusals) {
   }
   EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 11);
   EXPECT_THAT(all, HasSubstr("25 more requests of this token were refused within a second"));
+
+  for (int i = 0; i < 11; ++i) order(reader, i, "k");
+  phones_.stop();
+  settle();
+  EXPECT_THAT(audit(), HasSubstr("1 more requests of this token were refused within a second"));
+}
+
+TEST_F(StoreTest, AuditsTheTimeAtWhichARequestCame) {
+  const auto session = client(token_);
+  const auto reader = client(addToken("reader", "see"));
+  db_.exec("BEGIN IMMEDIATE");
+  order(reader, 1, "k1");
+  order(session, 1, "k1");
+  advance(2s);
+  db_.exec("ROLLBACK");
+  settle();
+  reply(0, "1");
+  const std::string lines = audit();
+  const std::string time = lines.substr(0, lines.find(','));
+  EXPECT_EQ(lines.find(time, 1), lines.find('\n') + 1) << lines;
 }
 
 TEST_F(StoreTest, KeepsAsManyAuditFilesAsItMay) {
@@ -237,6 +257,9 @@ TEST_F(StoreTest, SendsNoticesToATraderThatMayHaveCausedThem) {
   push("1", "terminal.notice");
   push("1", "order.push");
   EXPECT_THAT(trader->take(), ElementsAre(HasSubstr("terminal.notice")));
+  advance(11s);
+  push("1", "terminal.notice");
+  EXPECT_THAT(trader->take(), SizeIs(1));
   reply(0, "1");
   push("2", "terminal.notice");
   EXPECT_THAT(trader->take(), SizeIs(2));
