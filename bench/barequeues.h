@@ -43,12 +43,8 @@ class SwapQueue {
         }
         batch.swap(items_);
       }
-      if (batch.empty()) {
-        return;
-      }
-      for (; !batch.empty(); batch.pop_front()) {
-        handle_(batch.front());
-      }
+      if (batch.empty()) return;
+      for (; !batch.empty(); batch.pop_front()) handle_(batch.front());
     }
   }
 
@@ -87,9 +83,7 @@ class PopQueue {
     while (true) {
       std::unique_lock lock(mutex_);
       wake_.wait(lock, [this] { return !items_.empty() || ended_; });
-      if (items_.empty()) {
-        return;
-      }
+      if (items_.empty()) return;
       T item = std::move(items_.front());
       items_.pop_front();
       lock.unlock();

@@ -51,9 +51,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
 void accept(tcp::acceptor& acceptor, const std::string& reply) {
   acceptor.async_accept([&](const error_code& error, tcp::socket socket) {
-    if (!error) {
-      std::make_shared<Connection>(std::move(socket), reply)->start();
-    }
+    if (!error) std::make_shared<Connection>(std::move(socket), reply)->start();
     accept(acceptor, reply);
   });
 }

@@ -30,9 +30,7 @@ text { font: 13px system-ui, sans-serif; fill: #1f2328 }
 
 std::string escaped(std::string_view text) {
   std::string result;
-  for (const char c : text) {
-    result += c == '<' ? "&lt;" : c == '&' ? "&amp;" : std::string(1, c);
-  }
+  for (const char c : text) result += c == '<' ? "&lt;" : c == '&' ? "&amp;" : std::string(1, c);
   return result;
 }
 
@@ -46,12 +44,8 @@ class Drawing {
     y_ += kRowHeight;
     addLegend(panel.legend);
     double largest = 0;
-    for (const Bar& bar : panel.bars) {
-      largest = std::max(largest, sum(bar));
-    }
-    for (const Bar& bar : panel.bars) {
-      addBar(bar, largest);
-    }
+    for (const Bar& bar : panel.bars) largest = std::max(largest, sum(bar));
+    for (const Bar& bar : panel.bars) addBar(bar, largest);
     y_ += kMargin;
   }
 
@@ -84,9 +78,7 @@ class Drawing {
   }
 
   void addBar(const Bar& bar, double largest) {
-    if (!bar.label.empty()) {
-      text(kLabelWidth - 10, bar.label, R"( text-anchor="end")");
-    }
+    if (!bar.label.empty()) text(kLabelWidth - 10, bar.label, R"( text-anchor="end")");
     double x = kLabelWidth;
     for (size_t part = 0; part < bar.parts.size(); ++part) {
       const double width = std::max(0.0, bar.parts[part]) / largest * kBarWidth;
@@ -106,9 +98,7 @@ class Drawing {
 std::string writeChart(const std::vector<Panel>& panels) {
   Drawing drawing;
   for (const Panel& panel : panels) {
-    if (!panel.bars.empty()) {
-      drawing.add(panel);
-    }
+    if (!panel.bars.empty()) drawing.add(panel);
   }
   return drawing.finish();
 }

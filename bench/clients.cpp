@@ -24,9 +24,7 @@ using Socket = beast::websocket::stream<tcp::socket>;
 constexpr size_t kMaxReply = size_t{64} * 1024 * 1024;  // 10,000 positions are 13 MB
 
 void require(const error_code& error) {
-  if (error) {
-    throw std::runtime_error("a client's connection failed: " + error.message());
-  }
+  if (error) throw std::runtime_error("a client's connection failed: " + error.message());
 }
 
 void connect(Socket& ws, uint16_t port, const std::string& login) {
@@ -57,9 +55,7 @@ class Clients::Client {
 
   // Takes one of the unsent requests, unless it waits for a reply; then it takes one after that.
   void ask() {
-    if (isWaiting_ || shared_.unsent == 0) {
-      return;
-    }
+    if (isWaiting_ || shared_.unsent == 0) return;
     --shared_.unsent;
     isWaiting_ = true;
     ws_.async_write(asio::buffer(shared_.exchange.request), [this](const error_code& error, size_t /*bytes*/) {
@@ -88,9 +84,7 @@ class Clients::Client {
 
 Clients::Clients(uint16_t port, size_t count, const Exchange& exchange) : shared_(std::make_unique<Shared>()) {
   shared_->exchange = exchange;
-  while (clients_.size() < count) {
-    clients_.push_back(std::make_unique<Client>(*shared_, port));
-  }
+  while (clients_.size() < count) clients_.push_back(std::make_unique<Client>(*shared_, port));
 }
 
 Clients::~Clients() = default;
@@ -98,9 +92,7 @@ Clients::~Clients() = default;
 double Clients::load(size_t requests) {
   const double begin = wallTime();
   shared_->unsent = requests;
-  for (const auto& client : clients_) {
-    client->ask();
-  }
+  for (const auto& client : clients_) client->ask();
   shared_->io.restart();
   shared_->io.run();
   return shared_->answered - begin;

@@ -43,17 +43,13 @@ std::vector<std::string> makeNames() {
 template <typename Convert>
 auto converted(const std::vector<std::string>& names, Convert convert) {
   return [names, convert] {
-    for (const std::string& name : names) {
-      keep(convert(name));
-    }
+    for (const std::string& name : names) keep(convert(name));
   };
 }
 
 Sides sides() {
   const std::vector<std::string> names = makeNames();
-  for (const std::string& name : names) {
-    requireEqual(CodeConvert::gbk_to_utf8(name), convertNaively(name));
-  }
+  for (const std::string& name : names) requireEqual(CodeConvert::gbk_to_utf8(name), convertNaively(name));
   return {timed(converted(names, CodeConvert::gbk_to_utf8)), timed(converted(names, convertNaively))};
 }
 

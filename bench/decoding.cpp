@@ -35,18 +35,14 @@ const JsonValue* find(const JsonValue& object, const char* name) {
 
 bool readInt(const JsonValue& object, const char* name, int32_t& target) {
   const JsonValue* value = find(object, name);
-  if (value == nullptr || !value->IsInt()) {
-    return false;
-  }
+  if (value == nullptr || !value->IsInt()) return false;
   target = value->GetInt();
   return true;
 }
 
 bool readInt64(const JsonValue& object, const char* name, int64_t& target) {
   const JsonValue* value = find(object, name);
-  if (value == nullptr || !value->IsInt64()) {
-    return false;
-  }
+  if (value == nullptr || !value->IsInt64()) return false;
   target = value->GetInt64();
   return true;
 }
@@ -54,9 +50,7 @@ bool readInt64(const JsonValue& object, const char* name, int64_t& target) {
 bool readOrder(const JsonValue& element, PlainOrder& order) {
   const JsonValue* price = find(element, "price");
   const JsonValue* source = find(element, "source");
-  if (price == nullptr || !price->IsNumber() || source == nullptr || !source->IsString()) {
-    return false;
-  }
+  if (price == nullptr || !price->IsNumber() || source == nullptr || !source->IsString()) return false;
   order.price = price->GetDouble();
   order.source = source->GetString();
   return readInt(element, "index", order.index) && readInt64(element, "hashCode", order.hashCode) &&
@@ -73,9 +67,7 @@ std::list<PlainOrder> readNaively(const std::string& body) {
   const JsonValue* list = document.HasParseError() || !document.IsObject() ? nullptr : find(document, "orderList");
   if (list != nullptr && list->IsArray()) {
     for (const JsonValue& element : list->GetArray()) {
-      if (!readOrder(element, orders.emplace_back())) {
-        return {};
-      }
+      if (!readOrder(element, orders.emplace_back())) return {};
     }
   }
   return orders;
@@ -118,13 +110,9 @@ std::list<int32_t> selectNaively(const std::string& body) {
   std::list<int32_t> selector;
   rapidjson::Document document;
   document.Parse<rapidjson::kParseStopWhenDoneFlag>(body.c_str());
-  if (document.HasParseError() || !document.IsArray()) {
-    return selector;
-  }
+  if (document.HasParseError() || !document.IsArray()) return selector;
   for (const JsonValue& element : document.GetArray()) {
-    if (!element.IsInt()) {
-      return {};
-    }
+    if (!element.IsInt()) return {};
     selector.push_back(element.GetInt());
   }
   return selector;

@@ -40,9 +40,7 @@ class LastReply : public LocalServer {
  public:
   ResultStatus send(const MobileMessage& message) override {
     bytes = message.data.size();
-    if (keepsData) {
-      data = message.data;
-    }
+    if (keepsData) data = message.data;
     return {};
   }
 

@@ -52,9 +52,7 @@ bool measureFigures(const Options& options, std::vector<Measured>& figures) {
 
 void writeFile(const std::string& name, const std::string& text) {
   std::ofstream file(name);
-  if (!(file << text << std::flush)) {
-    throw std::runtime_error(fmt::format("cannot write {}", name));
-  }
+  if (!(file << text << std::flush)) throw std::runtime_error(fmt::format("cannot write {}", name));
 }
 
 int run(const Options& options) {
@@ -69,13 +67,9 @@ int run(const Options& options) {
       allHold = false;
     }
   }
-  if (options.wants("lists")) {
-    lists = measureLists(options.roundsOr(kListRounds));
-  }
+  if (options.wants("lists")) lists = measureLists(options.roundsOr(kListRounds));
   fmt::print("{}{}{}{}", machineText(), figureTable(figures), listTable(lists), memoryTable(memory));
-  if (!options.chartFile.empty()) {
-    writeFile(options.chartFile, chart(figures, lists));
-  }
+  if (!options.chartFile.empty()) writeFile(options.chartFile, chart(figures, lists));
   return options.check && !allHold ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 

@@ -27,9 +27,7 @@ void* taken(void* block) {
 }
 
 void given(void* block) {
-  if (counting && block != nullptr) {
-    live -= static_cast<ptrdiff_t>(malloc_usable_size(block));
-  }
+  if (counting && block != nullptr) live -= static_cast<ptrdiff_t>(malloc_usable_size(block));
 }
 
 }  // namespace

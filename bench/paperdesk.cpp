@@ -39,9 +39,7 @@ void makePaperDesk(const std::filesystem::path& folder, size_t rows) {
 }
 
 std::list<int32_t> accountsOfRows(size_t rows) {
-  if (rows < kTwenty) {
-    return {rows == 1 ? kAccountOfOne : kAccountOfTen};
-  }
+  if (rows < kTwenty) return {rows == 1 ? kAccountOfOne : kAccountOfTen};
   std::list<int32_t> accounts(rows / kTwenty);
   std::iota(accounts.begin(), accounts.end(), kFirstAccountOfTwenty);
   return accounts;

@@ -10,13 +10,9 @@ class Placement {
  public:
   Placement() {
     sched_getaffinity(0, sizeof(all_), &all_);
-    for (size_t cpu = 0; cpu < CPU_SETSIZE; ++cpu) {
-      last_ = CPU_ISSET(cpu, &all_) ? cpu : last_;
-    }
+    for (size_t cpu = 0; cpu < CPU_SETSIZE; ++cpu) last_ = CPU_ISSET(cpu, &all_) ? cpu : last_;
     others_ = all_;
-    if (CPU_COUNT(&all_) > 1) {
-      CPU_CLR(last_, &others_);
-    }
+    if (CPU_COUNT(&all_) > 1) CPU_CLR(last_, &others_);
     sched_setaffinity(0, sizeof(others_), &others_);
   }
   ~Placement() { sched_setaffinity(0, sizeof(all_), &all_); }

@@ -50,14 +50,10 @@ class Load {
     done_ = false;
     std::atomic<size_t> ready{0};
     std::vector<std::thread> threads;
-    for (size_t i = 1; i < producers; ++i) {
-      threads.emplace_back([&] { produce(ready, producers, kItems / producers); });
-    }
+    for (size_t i = 1; i < producers; ++i) threads.emplace_back([&] { produce(ready, producers, kItems / producers); });
     produce(ready, producers, kItems / producers);
     done_.wait(false);
-    for (std::thread& thread : threads) {
-      thread.join();
-    }
+    for (std::thread& thread : threads) thread.join();
     return kItems * 1e9 / (arrived_ - begin_);
   }
 
@@ -86,15 +82,9 @@ class Load {
   }
 
   void produce(std::atomic<size_t>& ready, size_t producers, size_t items) {
-    if (++ready == producers) {
-      begin_ = wallTime();
-    }
-    while (ready < producers) {
-      std::this_thread::yield();
-    }
-    for (size_t i = 0; i < items; ++i) {
-      queue_.enqueue(std::make_shared<Task>(Task{&run_}));
-    }
+    if (++ready == producers) begin_ = wallTime();
+    while (ready < producers) std::this_thread::yield();
+    for (size_t i = 0; i < items; ++i) queue_.enqueue(std::make_shared<Task>(Task{&run_}));
   }
 
   void arrive() {

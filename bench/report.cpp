@@ -19,9 +19,7 @@ constexpr std::string_view kRoundTrip = "round trip, ";
 // 1234567 as 1,234,567.
 std::string grouped(size_t number) {
   std::string text = std::to_string(number);
-  for (size_t place = text.size(); place > 3; place -= 3) {
-    text.insert(place - 3, ",");
-  }
+  for (size_t place = text.size(); place > 3; place -= 3) text.insert(place - 3, ",");
   return text;
 }
 
@@ -33,9 +31,7 @@ std::string amount(double value, const std::string& unit) {
   }
   constexpr std::array<const char*, 4> kUnits{"ns", "µs", "ms", "s"};
   size_t scale = 0;
-  for (; value >= 999.5 && scale + 1 < kUnits.size(); ++scale) {
-    value /= 1000;
-  }
+  for (; value >= 999.5 && scale + 1 < kUnits.size(); ++scale) value /= 1000;
   return fmt::format("{:.3g} {}", value, kUnits[scale]);
 }
 
@@ -46,9 +42,7 @@ std::string bound(const Figure& figure, double value) {
 std::string processorName() {
   std::ifstream file("/proc/cpuinfo");
   for (std::string line; std::getline(file, line);) {
-    if (line.starts_with("model name")) {
-      return line.substr(line.find(':') + 2);
-    }
+    if (line.starts_with("model name")) return line.substr(line.find(':') + 2);
   }
   return "an unnamed processor";
 }
@@ -71,9 +65,7 @@ std::string machineText() {
 }
 
 std::string figureTable(const std::vector<Measured>& figures) {
-  if (figures.empty()) {
-    return {};
-  }
+  if (figures.empty()) return {};
   std::string table =
       "| Figure | Yardstick | Ours | Yardstick's | Ratio (quartiles) | Must | Aim |\n"
       "|---|---|---|---|---|---|---|\n";
@@ -87,9 +79,7 @@ std::string figureTable(const std::vector<Measured>& figures) {
 }
 
 std::string memoryTable(const std::vector<RequestMemory>& requests) {
-  if (requests.empty()) {
-    return {};
-  }
+  if (requests.empty()) return {};
   std::string table =
       "| Heap of one position.list | Reply | Allocations | per row | Peak | per row |\n"
       "|---|---|---|---|---|---|\n";
@@ -104,19 +94,13 @@ std::string memoryTable(const std::vector<RequestMemory>& requests) {
 }
 
 std::string listTable(const std::vector<ListCost>& lists) {
-  if (lists.empty()) {
-    return {};
-  }
+  if (lists.empty()) return {};
   std::string table = "| µs per row | Reply |";
-  for (const char* part : kListParts) {
-    table += fmt::format(" {} |", part);
-  }
+  for (const char* part : kListParts) table += fmt::format(" {} |", part);
   table += " Whole | Bare server |\n|---|---|---|---|---|---|---|---|---|\n";
   for (const ListCost& list : lists) {
     table += fmt::format("| {}, {} rows | {} B |", list.topic, grouped(list.rows), grouped(list.replyBytes));
-    for (const double part : list.parts) {
-      table += fmt::format(" {:.2f} |", inMicroseconds(part));
-    }
+    for (const double part : list.parts) table += fmt::format(" {:.2f} |", inMicroseconds(part));
     table += fmt::format(" **{:.2f}** | {:.2f} |\n", inMicroseconds(list.whole), inMicroseconds(list.bare));
   }
   return table + '\n';
@@ -133,9 +117,7 @@ std::string chart(const std::vector<Measured>& figures, const std::vector<ListCo
   Panel rows{"Where the time of a list goes, µs per row", {kListParts.begin(), kListParts.end()}, {}};
   for (const ListCost& list : lists) {
     Bar bar{fmt::format("{}, {} rows", list.topic, grouped(list.rows)), {}, 0};
-    for (const double part : list.parts) {
-      bar.parts.push_back(inMicroseconds(part));
-    }
+    for (const double part : list.parts) bar.parts.push_back(inMicroseconds(part));
     rows.bars.push_back(std::move(bar));
   }
   return writeChart({std::move(trips), std::move(rows)});

@@ -94,9 +94,7 @@ class BareAgent {
     document.Parse<rapidjson::kParseStopWhenDoneFlag>(body.c_str());
     auto request = std::make_shared<Request>();
     request->requestId = requestId;
-    for (const JsonValue& element : document.GetArray()) {
-      request->selector.push_back(element.GetInt());
-    }
+    for (const JsonValue& element : document.GetArray()) request->selector.push_back(element.GetInt());
     queue_.enqueue(request);
   }
 

@@ -23,9 +23,7 @@ struct Asker {
   // The value at `part` of the round trips' order.
   double measure(double part, bool isBusy) {
     std::optional<std::jthread> load;
-    if (isBusy) {
-      load.emplace([this](const std::stop_token& stop) { others.pace(kOthersPerSecond, stop); });
-    }
+    if (isBusy) load.emplace([this](const std::stop_token& stop) { others.pace(kOthersPerSecond, stop); });
     std::vector<double> samples;
     while (samples.size() < kSamples) {
       std::this_thread::sleep_for(std::chrono::microseconds(200));

@@ -45,9 +45,7 @@ double Server::residentBytes() const {
   std::ifstream file(fmt::format("/proc/{}/statm", process_.id()));
   size_t total = 0;
   size_t resident = 0;
-  if (!(file >> total >> resident)) {
-    throw std::runtime_error("cannot read a server's memory from /proc");
-  }
+  if (!(file >> total >> resident)) throw std::runtime_error("cannot read a server's memory from /proc");
   return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE));
 }
 
@@ -60,9 +58,7 @@ double Server::processorTime() const {
 }
 
 Desk::Desk(size_t rows) {
-  if (rows > 0) {
-    makePaperDesk(folder(), rows);
-  }
+  if (rows > 0) makePaperDesk(folder(), rows);
   login_ = fmt::format(R"({{"topic":"login","token":"{}"}})", test::makeToken(folder(), "bench", "see,cancel,trade"));
 }
 

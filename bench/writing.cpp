@@ -32,9 +32,7 @@ void fillSide(Values& values, int64_t& yesterday, int64_t& held, int64_t& today,
   yesterday = values.volume();
   held = values.volume();
   today = values.volume();
-  for (double* value : {&lever, &market, &average, &profit, &margin}) {
-    *value = values.number();
-  }
+  for (double* value : {&lever, &market, &average, &profit, &margin}) *value = values.number();
 }
 
 PositionEntry makeEntry(Values& values) {
@@ -65,9 +63,7 @@ Entries makeEntries(size_t count) {
   Values values;
   Entries entries;
   entries.reserve(count);
-  while (entries.size() < count) {
-    entries.push_back(makeEntry(values));
-  }
+  while (entries.size() < count) entries.push_back(makeEntry(values));
   return entries;
 }
 

@@ -11,9 +11,7 @@ ResultStatus MobileWorker::parseTid(int64_t requestId, OrvMobileTopic topic, con
 
   return decodeArray(data, reporter, kDataNotArray, [&](const JsonValue& root) -> ResultStatus {
     for (const JsonValue& element : root.GetArray()) {
-      if (!element.IsInt()) {
-        return reporter.fail(kElementNotInt);
-      }
+      if (!element.IsInt()) return reporter.fail(kElementNotInt);
       out.push_back(element.GetInt());
     }
     return {};

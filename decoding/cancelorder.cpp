@@ -8,9 +8,7 @@ namespace {
 // Only `index` is required. The task decides between the two ids; `hashCode` is required, and read, only with the
 // first.
 bool readItem(MemberReader& members, MobileCancelOrder& order) {
-  if (!members.require("index", order.account.index, kNoIndex)) {
-    return false;
-  }
+  if (!members.require("index", order.account.index, kNoIndex)) return false;
   if (members.readIf("localOrderId", order.localOrderId) &&
       !members.require("hashCode", order.code.hashCode,
                        {"has no code member or not int64", ",msg=has no code member or not int64"})) {

@@ -40,12 +40,8 @@ template <typename ReadRoot>
 ResultStatus decodeArray(const std::string& data, const FailureReporter& reporter, const FailureTexts& notArray,
                          ReadRoot readRoot) {
   const JsonBody body(data);
-  if (body.isInvalid()) {
-    return reporter.fail(kInvalidJson);
-  }
-  if (!body.root().IsArray()) {
-    return reporter.fail(notArray);
-  }
+  if (body.isInvalid()) return reporter.fail(kInvalidJson);
+  if (!body.root().IsArray()) return reporter.fail(notArray);
   return readRoot(body.root());
 }
 

@@ -17,35 +17,27 @@ namespace orvane {
 
 inline bool read(const JsonValue& value, int32_t& target) {
   const bool fits = value.IsInt();
-  if (fits) {
-    target = value.GetInt();
-  }
+  if (fits) target = value.GetInt();
   return fits;
 }
 
 inline bool read(const JsonValue& value, int64_t& target) {
   const bool fits = value.IsInt64();
-  if (fits) {
-    target = value.GetInt64();
-  }
+  if (fits) target = value.GetInt64();
   return fits;
 }
 
 // An integer is accepted too, if it fits 64 bits.
 inline bool read(const JsonValue& value, double& target) {
   const bool fits = value.IsDouble() || value.IsInt64();
-  if (fits) {
-    target = value.IsDouble() ? value.GetDouble() : static_cast<double>(value.GetInt64());
-  }
+  if (fits) target = value.IsDouble() ? value.GetDouble() : static_cast<double>(value.GetInt64());
   return fits;
 }
 
 // A text ends at its first NUL.
 inline bool read(const JsonValue& value, std::string& target) {
   const bool fits = value.IsString();
-  if (fits) {
-    target.assign(value.GetString(), strnlen(value.GetString(), value.GetStringLength()));
-  }
+  if (fits) target.assign(value.GetString(), strnlen(value.GetString(), value.GetStringLength()));
   return fits;
 }
 

@@ -57,9 +57,7 @@ ResultStatus MobileWorker::parseNewOrder(int64_t requestId, OrvMobileTopic topic
                                          MobileNewOrder& out) {
   const FailureReporter reporter("parse newOrder error,RequestID=", requestId, topic, LOG4CXX_LOCATION);
   const JsonBody body(data);
-  if (body.isInvalid()) {
-    return reporter.fail(kInvalidJson);
-  }
+  if (body.isInvalid()) return reporter.fail(kInvalidJson);
   const JsonValue* orderList = findMember(body.root(), "orderList");
   if (orderList == nullptr || !orderList->IsArray()) {
     return reporter.fail({"has no orderList member or not array", ",msg=has no orderList member or not array"});

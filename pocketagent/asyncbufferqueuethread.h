@@ -41,9 +41,7 @@ class AsyncBufferQueueThread {
   void startThread() {
     {
       const std::lock_guard queue(queueMutex);
-      if (state == QueueRunning) {
-        return;
-      }
+      if (state == QueueRunning) return;
       state = QueueStopNow;
       wakeCondition.notify_one();
     }
@@ -72,9 +70,7 @@ class AsyncBufferQueueThread {
     const std::lock_guard queue(queueMutex);
     writeBuffer->push_back(item);
     const auto count = static_cast<int32_t>(writeBuffer->size());
-    if (maxItems >= 1 && count > maxItems) {
-      writeBuffer->pop_front();
-    }
+    if (maxItems >= 1 && count > maxItems) writeBuffer->pop_front();
     // Notified under the lock, because once the item has run its owner may destroy the queue.
     wakeCondition.notify_one();
     return count;
@@ -115,9 +111,7 @@ class AsyncBufferQueueThread {
         handle(readBuffer->front());
         readBuffer->pop_front();
       }
-      if (!waitForItems()) {
-        return;
-      }
+      if (!waitForItems()) return;
       swapBuffers();
     }
   }
@@ -180,9 +174,7 @@ class AsyncBufferQueueThread {
   }
 
   void joinThread() {
-    if (!thread.joinable()) {
-      return;
-    }
+    if (!thread.joinable()) return;
     if (thread.get_id() == std::this_thread::get_id()) {
       throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
     }

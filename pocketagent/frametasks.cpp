@@ -21,9 +21,7 @@ void CondOrderListTask::execute() {
 }
 
 void UIRequestTask::execute() {
-  if (!checkEntitlement()) {
-    return;
-  }
+  if (!checkEntitlement()) return;
   if ((terminalType & kSynchronous) == 0) {
     IUIProxyMgr::getInstance()->requestAsync(requestId, topicText, data);
     return;
@@ -38,9 +36,7 @@ void UIRequestTask::execute() {
 }
 
 void PushNotifyListTask::execute() {
-  if (!checkEntitlement()) {
-    return;
-  }
+  if (!checkEntitlement()) return;
   message.data = CodeConvert::gbk_to_utf8(message.data);
   message.message = CodeConvert::gbk_to_utf8(message.message);
   send(message);

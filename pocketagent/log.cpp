@@ -18,9 +18,7 @@ void writeLine(const log4cxx::LevelPtr& level, std::string_view tag, std::string
                const LogLocation& location) {
   const log4cxx::LoggerPtr& logger = agentLogger();
   std::string line;
-  if (isTimeEnabled()) {
-    line.append(Timestamp::now(OrvTimeZone::Default).toISO8601String()).append(" ");
-  }
+  if (isTimeEnabled()) line.append(Timestamp::now(OrvTimeZone::Default).toISO8601String()).append(" ");
   line.append(tag).append(logger->getName()).append(" ").append(message);
   logger->forcedLogLS(level, line, location);
 }

@@ -44,9 +44,7 @@ TaskPtr decodeTask(MobileWorker& worker, Decoder<Payload> decode, int64_t reques
                    OrvMobileTopic replyTopic, const std::string& data) {
   Payload payload;
   ResultStatus result = (worker.*decode)(requestId, topic, data, payload);
-  if (result.code != 0) {
-    return std::make_shared<ErrorReqTask>(requestId, std::move(result.message));
-  }
+  if (result.code != 0) return std::make_shared<ErrorReqTask>(requestId, std::move(result.message));
   return std::make_shared<Task>(requestId, replyTopic, std::move(payload));
 }
 
@@ -95,9 +93,7 @@ constexpr std::array kTopics = std::to_array<TopicRow>({
 constexpr bool rowsFollowTheirValues() {
   int32_t value = kTopicMin;
   for (const TopicRow& row : kTopics) {
-    if (row.value != value++) {
-      return false;
-    }
+    if (row.value != value++) return false;
   }
   return true;
 }

@@ -30,9 +30,7 @@ bool IRequestTask::checkEntitlement(const TradingAccountID& account) const {
 }
 
 bool IRequestTask::sendRefusal(const ResultStatus& status) const {
-  if (status.code != 0) {
-    reply(status);
-  }
+  if (status.code != 0) reply(status);
   return status.code == 0;
 }
 
@@ -51,9 +49,7 @@ void IRequestTask::reply(std::string data) const {
 
 void IRequestTask::reply(const ResultStatus& status) const {
   MobileMessage message = makeReply();
-  if (status.code != 0) {
-    message.message = CodeConvert::gbk_to_utf8(status.message);
-  }
+  if (status.code != 0) message.message = CodeConvert::gbk_to_utf8(status.message);
   send(message);
 }
 
@@ -63,9 +59,7 @@ ResultStatus IRequestTask::findAccounts(const std::list<int32_t>& selector, std:
   TradeUtils::getAllTradingAccount(IServiceRouter::instance()->getTradeService(), selector, kQueryList, found,
                                    availableIndexes);
   accounts.reserve(accounts.size() + found.size());
-  for (TradingAccount& account : found) {
-    accounts.push_back(std::move(account.id));
-  }
+  for (TradingAccount& account : found) accounts.push_back(std::move(account.id));
   return {};
 }
 
@@ -74,9 +68,7 @@ ResultStatus IRequestTask::findAccount(int32_t index, TradingAccountID& account)
   std::list<int32_t> availableIndexes;
   TradeUtils::getAllTradingAccount(IServiceRouter::instance()->getTradeService(), std::list<int32_t>{index}, kQueryOne,
                                    found, availableIndexes);
-  if (found.empty()) {
-    return {41, "get capital fail,orvquant inner error"};
-  }
+  if (found.empty()) return {41, "get capital fail,orvquant inner error"};
   account = std::move(found.front().id);
   return {};
 }

@@ -8,9 +8,7 @@ namespace orvane {
 namespace {
 
 double lastAmount(const TradingAccount& account) {
-  if (account.id.marketType == 2 || account.id.marketType == 16) {
-    return account.dynamicAmount;
-  }
+  if (account.id.marketType == 2 || account.id.marketType == 16) return account.dynamicAmount;
   return account.baseAmount + account.deposit + account.preCloseProfit - account.withdraw;
 }
 

@@ -16,9 +16,7 @@ std::string orderFlagName(int32_t flag) { return std::string(orderFlagNames.valu
 std::string formatOrderSource(const Source& source) {
   std::string text = source.sourceText;
   for (const int32_t flag : {kAlgorithmOrder, kTradingAssistant}) {
-    if ((source.sourceFlags & flag) != 0) {
-      text.append("|").append(orderFlagName(flag));
-    }
+    if ((source.sourceFlags & flag) != 0) text.append("|").append(orderFlagName(flag));
   }
   return text;
 }

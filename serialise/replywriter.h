@@ -62,9 +62,7 @@ class ReplyWriter : private rapidjson::Writer<rapidjson::StringBuffer> {
       begin('{', false);
       writeRow(*this, row);
       end('}');
-      if (&row == &*list.begin()) {
-        reserveRows(os_->GetSize() - start, list.size() - 1);
-      }
+      if (&row == &*list.begin()) reserveRows(os_->GetSize() - start, list.size() - 1);
     }
     end(']');
   }
@@ -96,9 +94,7 @@ class ReplyWriter : private rapidjson::Writer<rapidjson::StringBuffer> {
   void write(int32_t value) { writeNumberText(value); }
   void write(int64_t value) { writeNumberText(value); }
   void write(double value) {
-    if (std::isfinite(value)) {
-      writeNumberText(value);
-    }
+    if (std::isfinite(value)) writeNumberText(value);
   }
   void write(const char* value) { write(std::string_view(value)); }
   void write(const std::string& value) { write(std::string_view(value)); }
@@ -122,13 +118,9 @@ class ReplyWriter : private rapidjson::Writer<rapidjson::StringBuffer> {
 
   // The comma or colon before a key or value, as the stock writer chooses it.
   void separate() {
-    if (level_stack_.Empty()) {
-      return;
-    }
+    if (level_stack_.Empty()) return;
     Level& level = *level_stack_.Top<Level>();
-    if (level.valueCount > 0) {
-      os_->Put(level.inArray || level.valueCount % 2 == 0 ? ',' : ':');
-    }
+    if (level.valueCount > 0) os_->Put(level.inArray || level.valueCount % 2 == 0 ? ',' : ':');
     ++level.valueCount;
   }
 

@@ -36,9 +36,7 @@ char* writeNumber(char* out, double value) {
     // NOLINTNEXTLINE(bugprone-incorrect-roundings)
     const auto thousandths = static_cast<uint64_t>(size * static_cast<double>(kThousandths) + 0.5);
     if (static_cast<double>(thousandths) / static_cast<double>(kThousandths) == size) {
-      if (std::signbit(value)) {
-        *out++ = '-';
-      }
+      if (std::signbit(value)) *out++ = '-';
       return writeThousandths(out, thousandths);
     }
   }

@@ -19,9 +19,7 @@ void queryAccountPrivilege(MobileAccountItem& item) {
 }  // namespace
 
 void AccountListTask::execute() {
-  if (!checkEntitlement()) {
-    return;
-  }
+  if (!checkEntitlement()) return;
   reply(serializeAccountList(collectAccounts()));
 }
 
@@ -31,9 +29,7 @@ std::vector<MobileAccountItem> AccountListTask::collectAccounts() {
   TradeUtils::getAllTradingAccount(IServiceRouter::instance()->getTradeService(), std::vector<TradingAccountID>{},
                                    kQueryList, accounts, availableAccounts);
   std::set<int32_t> available;
-  for (const TradingAccountID& account : availableAccounts) {
-    available.insert(account.index);
-  }
+  for (const TradingAccountID& account : availableAccounts) available.insert(account.index);
   std::vector<MobileAccountItem> items;
   items.reserve(accounts.size());
   for (TradingAccount& account : accounts) {

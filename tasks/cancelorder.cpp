@@ -10,9 +10,7 @@
 namespace orvane {
 
 void CancelOrderTask::execute() {
-  if (checkEntitlement()) {
-    reply(run());
-  }
+  if (checkEntitlement()) reply(run());
 }
 
 ResultStatus CancelOrderTask::run() {
@@ -30,23 +28,15 @@ ResultStatus CancelOrderTask::run() {
 
 std::optional<ResultStatus> CancelOrderTask::cancel(MobileCancelOrder& order) const {
   const int32_t index = order.account.index;
-  if (findAccount(index, order.account).code != 0) {
-    return accountNotFound(index);
-  }
-  if (!checkEntitlement(order.account)) {
-    return ResultStatus{};
-  }
-  if (ResultStatus found = findCode(order.code.hashCode, order.code); found.code != 0) {
-    return found;
-  }
+  if (findAccount(index, order.account).code != 0) return accountNotFound(index);
+  if (!checkEntitlement(order.account)) return ResultStatus{};
+  if (ResultStatus found = findCode(order.code.hashCode, order.code); found.code != 0) return found;
   CancelOrderRequest request;
   request.localOrderId = std::strtoll(order.localOrderId.c_str(), nullptr, 10);
   request.account = std::move(order.account);
   request.code = std::move(order.code);
   ResultStatus cancelled = IServiceRouter::instance()->getTradeService()->cancelOrder(request);
-  if (cancelled.code != 0) {
-    return cancelled;
-  }
+  if (cancelled.code != 0) return cancelled;
   return std::nullopt;
 }
 

@@ -9,9 +9,7 @@
 namespace orvane {
 
 void CapitalListTask::execute() {
-  if (!checkEntitlement()) {
-    return;
-  }
+  if (!checkEntitlement()) return;
   reply(serializeCapitalList(collect(selector_)));
 }
 

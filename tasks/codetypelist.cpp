@@ -8,9 +8,7 @@
 namespace orvane {
 
 void CodeTypePositionList::execute() {
-  if (!checkEntitlement()) {
-    return;
-  }
+  if (!checkEntitlement()) return;
   std::vector<TradingAccountID> accounts;
   findAccounts(selector_, accounts);  // always succeeds
   std::vector<CodeTypePosition> positions;

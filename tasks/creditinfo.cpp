@@ -17,14 +17,10 @@ void CreditInfoTask::execute() {
 ResultStatus CreditInfoTask::collect(std::list<AccountCreditInfo>& accounts) const {
   for (const int32_t index : selector_) {
     TradingAccountID account;
-    if (findAccount(index, account).code != 0) {
-      continue;
-    }
+    if (findAccount(index, account).code != 0) continue;
     AccountCreditInfo info;
     ITradeService* service = IServiceRouter::instance()->getTradeService();
-    if (service->queryCreditInfo(account, info.records).code != 0) {
-      continue;
-    }
+    if (service->queryCreditInfo(account, info.records).code != 0) continue;
     info.account = std::move(account);
     accounts.push_back(std::move(info));
   }

@@ -9,9 +9,7 @@
 namespace orvane {
 
 void FillListTask::execute() {
-  if (!checkEntitlement()) {
-    return;
-  }
+  if (!checkEntitlement()) return;
   std::list<OrderFill> fills;
   std::list<int32_t> availableIndexes;  // unused: every row has "accountStatus" 1
   TradeUtils::getAllFill(IServiceRouter::instance()->getTradeService(), selector_, kQueryOne, fills, availableIndexes);

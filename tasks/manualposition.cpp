@@ -19,14 +19,10 @@ bool reachesTheMonitor(const std::vector<MobileCodeAccountPair>& named, const Mo
 }  // namespace
 
 void PosMonitorManualList::execute() {
-  if (!checkEntitlement()) {
-    return;
-  }
+  if (!checkEntitlement()) return;
   const MonitorAccountCodes codes = findAccountCodes(request_.items);
   std::list<MonitorManualPosition> positions;
-  if (reachesTheMonitor(request_.items, codes)) {
-    IPositionMonitor::getInstance()->getManualPositions(codes, positions);
-  }
+  if (reachesTheMonitor(request_.items, codes)) IPositionMonitor::getInstance()->getManualPositions(codes, positions);
   reply(serializeManualList(positions));
 }
 
@@ -38,9 +34,7 @@ void PosMonitorManualUpdate::execute() {
 
 void PosMonitorManualClean::execute() {
   const MonitorAccountCodes codes = findAccountCodes(request_.items);
-  if (reachesTheMonitor(request_.items, codes)) {
-    IPositionMonitor::getInstance()->cleanManualPositions(codes);
-  }
+  if (reachesTheMonitor(request_.items, codes)) IPositionMonitor::getInstance()->cleanManualPositions(codes);
   reply(ResultStatus{});
 }
 

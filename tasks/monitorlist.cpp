@@ -5,9 +5,7 @@
 namespace orvane {
 
 void PosMonitorListTask::execute() {
-  if (!checkEntitlement()) {
-    return;
-  }
+  if (!checkEntitlement()) return;
   reply(serializeMonitorList(collect(selector_)));
 }
 
@@ -20,17 +18,13 @@ std::vector<PositionMonitorRow> PosMonitorListTask::collect(const AccountSelecto
   for (PositionMonitorRecord& record : snapshot.records) {
     std::string codeType;
     std::string codeName;
-    if (findCodeType(record.code.hashCode, codeType, codeName).code != 0) {
-      continue;
-    }
+    if (findCodeType(record.code.hashCode, codeType, codeName).code != 0) continue;
     const PositionMonitorRow& row = all.emplace_back(PositionMonitorRow{std::move(record), std::move(codeType)});
     // An account that occurs twice in the selector gets its rows twice.
     const auto repeats = std::count(selector.begin(), selector.end(), row.record.account.index);
     matched.insert(matched.end(), static_cast<size_t>(repeats), row);
   }
-  if (matched.empty()) {
-    return all;
-  }
+  if (matched.empty()) return all;
   return matched;
 }
 

@@ -9,9 +9,7 @@
 namespace orvane {
 
 void OrderListTask::execute() {
-  if (!checkEntitlement()) {
-    return;
-  }
+  if (!checkEntitlement()) return;
   reply(serializeOrderList(collect(selector_)));
 }
 

@@ -28,9 +28,7 @@ std::string exchangeName(int32_t exchangeId) {
 }  // namespace
 
 void PositionListTask::execute() {
-  if (!checkEntitlement()) {
-    return;
-  }
+  if (!checkEntitlement()) return;
   reply(serializePositionList(collect(selector_)));
 }
 
@@ -43,9 +41,7 @@ std::vector<PositionEntry> PositionListTask::collect(const AccountSelector& sele
   std::vector<PositionEntry> entries;
   entries.reserve(positions.size());
   for (Position& held : positions) {
-    if (isEmpty(held)) {
-      continue;
-    }
+    if (isEmpty(held)) continue;
     PositionEntry& entry = entries.emplace_back();
     entry.position = std::move(held);
     const Position& position = entry.position;

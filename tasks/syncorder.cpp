@@ -7,9 +7,7 @@
 namespace orvane {
 
 void PosMonitorSyncOrder::execute() {
-  if (!checkEntitlement()) {
-    return;
-  }
+  if (!checkEntitlement()) return;
   const MonitorAccountCodes codes = findAccountCodes(request_.items);
   reply(serializeSyncOrderList(IPositionMonitor::getInstance()->getSyncOrders(codes)));
 }

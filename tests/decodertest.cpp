@@ -109,16 +109,12 @@ void expectFailure(const std::string& topic, const std::string& body, const std:
 }
 
 void append(std::string& members, const std::string& name, const std::string& value) {
-  if (!value.empty()) {
-    members += (members.empty() ? "\"" : ",\"") + name + "\":" + value;
-  }
+  if (!value.empty()) members += (members.empty() ? "\"" : ",\"") + name + "\":" + value;
 }
 
 std::string goodElement(const Decoder& decoder) {
   std::string members;
-  for (const Check& check : decoder.checks) {
-    append(members, check.member, check.good);
-  }
+  for (const Check& check : decoder.checks) append(members, check.member, check.good);
   return "{" + members + "}";
 }
 
@@ -192,9 +188,7 @@ TEST(DecodersDeathTest, ElementThatIsNotAnObjectEndsTheProcess) {
 
 TEST(Selector, ReadsIntsInTheOrderOfTheBody) {
   std::string longBody = "[0";
-  for (int index = 0; index < 10'000; ++index) {
-    longBody += "," + std::to_string(index);
-  }
+  for (int index = 0; index < 10'000; ++index) longBody += "," + std::to_string(index);
   const std::vector<std::pair<std::string, AccountSelector>> rows = {
       {"[]", {}},
       {"[0,3]", {0, 3}},

@@ -175,9 +175,7 @@ TEST(Lists, EachHasItsRowItsCallsAndItsCheck) {
   for (const List& list : kLists) {
     SCOPED_TRACE(list.topic);
     Strings calls = list.calls;
-    if (!list.checked.empty()) {
-      calls.insert(calls.begin(), "checkUser(" + list.checked + ")");
-    }
+    if (!list.checked.empty()) calls.insert(calls.begin(), "checkUser(" + list.checked + ")");
     calls.push_back("send");
     const std::string topic = list.checked.empty() ? list.topic : list.checked;
     FullHost host;
@@ -261,9 +259,7 @@ TEST(Lists, SelectorGoesToTheHostAndRowsKeepItsOrder) {
       EXPECT_EQ(each(data, "index"), row.rows) << data;
       EXPECT_TRUE(!row.rows.empty() || data == "[]") << data;
       Strings calls = row.calls;
-      if (row.topic != "creditinfo.list") {
-        calls.insert(calls.begin(), "checkUser(" + row.topic + ")");
-      }
+      if (row.topic != "creditinfo.list") calls.insert(calls.begin(), "checkUser(" + row.topic + ")");
       calls.push_back("send");
       EXPECT_EQ(host.calls(), calls);
     }
@@ -478,9 +474,7 @@ TEST(MonitorPairs, AccountThatIsNamedAgainKeepsItsFirstRecord) {
   host.accounts = {account(3, "first")};
   host.symbols = {{20, symbol(20, "b")}, {30, symbol(30, "a")}};
   host.onCall = [&](const std::string& call) {
-    if (call == "getCodeByHash(30)") {
-      host.accounts = {account(3, "later")};
-    }
+    if (call == "getCodeByHash(30)") host.accounts = {account(3, "later")};
   };
   Phone::data("monitor.sync.order.list", R"([{"index":3,"hashCode":30},{"index":3,"hashCode":20}])");
   EXPECT_THAT(host.calls(), testing::Contains("getSyncOrders([3!first:[20,30]])"));

@@ -127,9 +127,7 @@ TEST(NewOrder, ConditionalOrderIsRefusedAfterTheAccount) {
     OrderHost host;
     MobileNewOrder conditional;
     conditional.isConditional = true;
-    for (const int32_t index : indexes) {
-      conditional.items.emplace_back().account.index = index;
-    }
+    for (const int32_t index : indexes) conditional.items.emplace_back().account.index = index;
     NewOrderTask(1, kTopicNewOrder, conditional).execute();
     EXPECT_EQ(host.sent().back().message, message);
     EXPECT_EQ(host.calls(), calls);

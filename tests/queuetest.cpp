@@ -40,9 +40,7 @@ class Recorder : public AsyncBufferQueueThread<int> {
   // The held item ends once the stop has begun.
   void stopWhileHeld(bool drain) {
     std::thread stopper([this, drain] { stopThread(drain); });
-    while (state == QueueRunning) {
-      std::this_thread::yield();
-    }
+    while (state == QueueRunning) std::this_thread::yield();
     release();
     stopper.join();
   }
@@ -210,9 +208,7 @@ class OnePerBatch : public Recorder {
 
 TEST(Queue, SubclassMayReplaceTheLoopAndTheSwap) {
   OnePerBatch queue(-1, 1, false);
-  for (const int item : {1, 2, 3}) {
-    queue.enqueue(item);
-  }
+  for (const int item : {1, 2, 3}) queue.enqueue(item);
   queue.startThread();
   EXPECT_THAT(queue.next(1), ElementsAre(1));
   queue.enqueue(4);

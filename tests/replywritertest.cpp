@@ -70,9 +70,7 @@ TEST(OrderSource, ShowsTheTextAndTwoFlags) {
       {0x8400000, "x|算法下单|交易助手"}, {-1, "x|算法下单|交易助手"}, {0x8000000, "x|算法下单"},
       {0x400000, "x|交易助手"}, {0x100000, "x"}, {0, "x"}};
   // clang-format on
-  for (const auto& [flags, text] : rows) {
-    EXPECT_EQ(formatOrderSource({flags, "x", ""}), gbk(text)) << flags;
-  }
+  for (const auto& [flags, text] : rows) EXPECT_EQ(formatOrderSource({flags, "x", ""}), gbk(text)) << flags;
 }
 
 TEST(Lookups, LeaveTheRecordUnchangedIfTheHostHasNone) {

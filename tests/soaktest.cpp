@@ -64,12 +64,8 @@ class Soak {
   template <typename Body>
   static void runThreads(int64_t count, Body body) {
     std::vector<std::thread> threads;
-    for (int64_t number = 0; number < count; ++number) {
-      threads.emplace_back(body, number);
-    }
-    for (std::thread& thread : threads) {
-      thread.join();
-    }
+    for (int64_t number = 0; number < count; ++number) threads.emplace_back(body, number);
+    for (std::thread& thread : threads) thread.join();
   }
 
   void ask(int64_t client) {
@@ -85,9 +81,7 @@ class Soak {
   }
 
   void notify() {
-    for (int i = 0; i < 100; ++i) {
-      agent_.pushNotify({kNoRequestId, "order.push", "", std::to_string(++pushed_), 8});
-    }
+    for (int i = 0; i < 100; ++i) agent_.pushNotify({kNoRequestId, "order.push", "", std::to_string(++pushed_), 8});
   }
 
   // The rest runs within the host's calls, most of it on the worker.

@@ -13,9 +13,7 @@ namespace {
 TEST(Topics, OthersAreUnknown) {
   EXPECT_STREQ(topicName(-1), "min.topic");
   EXPECT_EQ(topicFromName("min.topic"), -1);
-  for (const int32_t outside : {-2, 0, 99, INT32_MAX, INT32_MIN}) {
-    EXPECT_STREQ(topicName(outside), "unknown.topic");
-  }
+  for (const int32_t outside : {-2, 0, 99, INT32_MAX, INT32_MIN}) EXPECT_STREQ(topicName(outside), "unknown.topic");
   for (const char* unknown : {"", "Account.List", "account.list ", "account"}) {
     EXPECT_EQ(topicFromName(unknown), 0) << unknown;
   }
@@ -93,9 +91,7 @@ TEST(Worker, RunsRequestsInOrderAndAStopDropsWhatWaits) {
     ASSERT_TRUE(host.waitForCall("checkUser(account.list)"));
     const std::atomic<int32_t>& state = worker->watch();
     std::thread stopper([&worker, destroyed] { destroyed ? worker.reset() : worker->stop(); });
-    while (state == WatchedWorker::kRunning) {
-      std::this_thread::yield();
-    }
+    while (state == WatchedWorker::kRunning) std::this_thread::yield();
     host.release();
     stopper.join();
     EXPECT_THAT(host.sent(), ElementsAre(FieldsAre(1, _, _, _, _), FieldsAre(2, _, _, _, _), FieldsAre(3, _, _, _, _)));

@@ -59,9 +59,7 @@ std::string Metrics::write(const Gauges& now) const {
   addRefusals(text, "origin", now.transport.refusedOrigins);
   for (size_t i = 0; i < kReasons.size(); ++i) addRefusals(text, kReasons[i], refusals_[i]);
   addHead(text, "closes_total", "counter", "Connections that the gateway closed, by close code; 4408 is a slow phone.");
-  for (const auto& [code, count] : closes_) {
-    add(text, "pocket_terminal_closes_total{{code=\"{}\"}} {}\n", code, count);
-  }
+  for (const auto& [code, count] : closes_) add(text, "pocket_terminal_closes_total{{code=\"{}\"}} {}\n", code, count);
   return text;
 }
 

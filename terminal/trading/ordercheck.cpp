@@ -97,9 +97,7 @@ std::string OrderCheck::price() {
 std::string OrderCheck::volume() {
   const int64_t volume = order_.order.volume;
   if (volume <= 0) return fmt::format("委托数量 {} 必须大于 0", volume);
-  if (volume > instrument_.maxVolume) {
-    return fmt::format("委托数量 {} 超过单笔上限 {}", volume, instrument_.maxVolume);
-  }
+  if (volume > instrument_.maxVolume) return fmt::format("委托数量 {} 超过单笔上限 {}", volume, instrument_.maxVolume);
   return {};
 }
 
@@ -148,9 +146,7 @@ std::string OrderCheck::allocate() {
   const int64_t volume = order_.order.volume;
   int64_t closable = freeYesterday_ + freeToday_;
   if (order_.side() == Side::Sell) closable = std::min(closable, ownLeft_);
-  if (volume > closable) {
-    return fmt::format("可平数量不足: 委托 {}, 可平 {}", volume, std::max<int64_t>(closable, 0));
-  }
+  if (volume > closable) return fmt::format("可平数量不足: 委托 {}, 可平 {}", volume, std::max<int64_t>(closable, 0));
   order_.closeYesterday = std::min(volume, freeYesterday_);
   order_.closeToday = volume - order_.closeYesterday;
   return {};

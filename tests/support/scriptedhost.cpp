@@ -56,9 +56,7 @@ std::string text(const MonitorSyncOrder& order) { return text(order.account) + "
 std::string text(const MonitorManualPosition& manual) { return text(manual.account) + ":" + text(manual.code); }
 std::string text(const std::ranges::range auto& items) {
   std::string joined;
-  for (const auto& item : items) {
-    joined += (joined.empty() ? "" : ",") + text(item);
-  }
+  for (const auto& item : items) joined += (joined.empty() ? "" : ",") + text(item);
   return "[" + joined + "]";
 }
 std::string text(const MonitorAccountCodes::value_type& entry) { return text(entry.first) + ":" + text(entry.second); }
@@ -72,9 +70,7 @@ typename Map::mapped_type valueOrNone(const Map& map, const typename Map::key_ty
 template <typename Map>
 ResultStatus lookUp(const Map& map, const typename Map::key_type& key, typename Map::mapped_type& found,
                     const ResultStatus& failure) {
-  if (!map.contains(key)) {
-    return failure;
-  }
+  if (!map.contains(key)) return failure;
   found = map.at(key);
   return {};
 }
@@ -229,9 +225,7 @@ bool isSame(const SymbolCode& a, const SymbolCode& b) {
 std::string gbk(const std::string& utf8) { return convert("GBK", "UTF-8", utf8); }
 
 ScriptedHost::ScriptedHost() {
-  if (gHost != nullptr) {
-    throw std::logic_error("one scripted host at a time");
-  }
+  if (gHost != nullptr) throw std::logic_error("one scripted host at a time");
   gHost = this;
   gBaseInformationMap = std::make_shared<BaseInformationMap>();
   gBaseInformationMap->exchangeNames = {{3, "SHFE"}};
@@ -244,9 +238,7 @@ ScriptedHost::~ScriptedHost() {
 }
 
 ScriptedHost& ScriptedHost::current() {
-  if (gHost == nullptr) {
-    throw std::logic_error("the library called a host when there was none");
-  }
+  if (gHost == nullptr) throw std::logic_error("the library called a host when there was none");
   return *gHost;
 }
 
@@ -300,9 +292,7 @@ bool ScriptedHost::owns(const SymbolCode& code) const {
 
 bool ScriptedHost::request(int64_t id, int32_t terminalType, const std::string& topic, const std::string& body) {
   const std::shared_lock lock(spiMutex_);
-  if (spi != nullptr) {
-    spi->onRequest(id, terminalType, topic, body);
-  }
+  if (spi != nullptr) spi->onRequest(id, terminalType, topic, body);
   return spi != nullptr;
 }
 
@@ -312,9 +302,7 @@ void ScriptedHost::setSpi(const std::shared_ptr<IMobileSrvSpi>& callback) {
 }
 
 void ScriptedHost::note(const std::string& call) {
-  if (onCall) {
-    onCall(call);
-  }
+  if (onCall) onCall(call);
   std::unique_lock lock(mutex_);
   if (remembers) {
     calls_.push_back(call);
@@ -324,9 +312,7 @@ void ScriptedHost::note(const std::string& call) {
 }
 
 ResultStatus ScriptedHost::send(const MobileMessage& message) {
-  if (onSend) {
-    onSend(message);
-  }
+  if (onSend) onSend(message);
   const std::lock_guard lock(mutex_);
   if (remembers) {
     sent_.push_back(message);
@@ -382,9 +368,7 @@ void TradeUtils::getAllTradingAccount(ITradeService* service, const std::vector<
                                       std::vector<TradingAccountID>& availableAccounts) {
   const ScriptedHost& host = of(service).noted("getAllTradingAccount", "ids " + test::text(selector), queryFlags);
   accounts = host.accounts;
-  for (const int32_t index : host.available) {
-    availableAccounts.push_back(test::accountId(index));
-  }
+  for (const int32_t index : host.available) availableAccounts.push_back(test::accountId(index));
 }
 
 void TradeUtils::getAllPosition(ITradeService* service, const std::list<int32_t>& selector, int32_t queryFlags,
@@ -406,9 +390,7 @@ std::list<Order> TradeUtils::getAllOrder(ITradeService* service, const std::vect
 }
 
 std::string CodeConvert::gbk_to_utf8(const std::string& text) {
-  if (test::gHost != nullptr && test::gHost->remembers) {
-    test::gHost->converted.push_back(text);
-  }
+  if (test::gHost != nullptr && test::gHost->remembers) test::gHost->converted.push_back(text);
   return test::convert("UTF-8", "GBK", text);
 }
 std::string CodeConvert::utf8_to_gbk(const std::string& text) { return test::convert("GBK", "UTF-8", text); }

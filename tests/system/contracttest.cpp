@@ -75,9 +75,7 @@ TEST(Contract, AcceptsItsExamples) {
     EXPECT_EQ(findRequestFault(example.value["request"].GetString()), "");
     EXPECT_EQ(findAnswerFault(example.value["reply"].GetString()), "");
   }
-  for (const auto& push : examples["pushes"].GetObject()) {
-    EXPECT_EQ(findAnswerFault(push.value.GetString()), "");
-  }
+  for (const auto& push : examples["pushes"].GetObject()) EXPECT_EQ(findAnswerFault(push.value.GetString()), "");
 }
 
 TEST(Contract, TellsWhatIsNotAsDescribed) {

@@ -49,14 +49,10 @@ class TerminalSoak {
       warm = passed(2) && warm == 0 ? memoryBesideOrders() : warm;
     }
     ended_ = true;
-    for (std::thread& thread : threads) {
-      thread.join();
-    }
+    for (std::thread& thread : threads) thread.join();
     const int64_t grown = memoryBesideOrders() - warm;
     EXPECT_TRUE(kSanitized || grown < kMaxGrowth) << grown << " bytes beside the orders";
-    while (openDescriptors() > descriptors) {
-      std::this_thread::yield();
-    }
+    while (openDescriptors() > descriptors) std::this_thread::yield();
     checkBooks();
     EXPECT_EQ(terminal_.stop(), 0);
     std::printf("%ld visits, %ld orders\n", visits_.load(), orders_.load());
