@@ -34,6 +34,8 @@ class TradeTest(PageTest):
         self.assertLessEqual(self.taps, 8)
         held = [row for row in self.terminal.call("position.list", [1]) if row["code"] == "SR701"]
         self.assertEqual([0], [row["longPosition"] for row in held])
+        available = self.terminal.call("capital.list", [1])[0]["available"]
+        self.assertAlmostEqual(available, number(closed["Available after"]), 2)
 
     def test_each_kind_of_account_sends_what_it_shows(self):
         for account, code, action, price, volume, isMarket in (
@@ -119,6 +121,9 @@ class TradeTest(PageTest):
         self.fill("price", "86,150")
         self.gone("#price[aria-invalid]")
         self.assertEqual([], self.faults())
+        self.tap("dialog .choices label", "Close short")
+        self.fill("volume", "200")
+        self.see("#volume-failure", "can be closed.")
 
     def test_mistakes_need_a_second_different_tap(self):
         for code, action, price, volume, reason in (
@@ -223,6 +228,8 @@ class TradeTest(PageTest):
         volume = next(row["shortPosition"] for row in held if row["code"] == "i2701")
         self.assertEqual((f"long 0 / short {volume}", f"long {volume} / short 0"),
                          (said["Position before"], said["Position after"]))
+        rates = self.terminal.call("order.rates", {"index": 1, "hashCode": 2000002})
+        self.assertAlmostEqual(773 * 100 * volume * rates["longByMoney"], number(said["Funds needed"]), delta=100)
         self.confirm()
         self.wait(lambda: len(self.frames("order.new")) == 2, "the second order was not sent")
         self.assertSent(said, 0)

@@ -1,4 +1,5 @@
 import assert from "node:assert/strict";
+import { readdirSync, readFileSync } from "node:fs";
 import test from "node:test";
 import { dealText, orderText } from "../../terminal/page/src/describe";
 import { profitToday, returnToday } from "../../terminal/page/src/figures";
@@ -64,10 +65,36 @@ test("a refusal is explained in the page's language above the terminal's own tex
   const short = "可平数量不足: 委托 300, 可平 0";
   assert.equal(explained(short), `Not enough to close: ordered 300, closable 0\n${short}`);
   assert.equal(explained("something else"), "something else");
+  const nested = "头寸监控同步委托被拒绝 (A1 rb2701): 没有账户 3";
+  assert.equal(explained(nested), `A synchronising order was refused (A1 rb2701): There is no account 3\n${nested}`);
   useLanguage("zh");
   assert.equal(explained(short), short);
   assert.equal(explained("can not find tid by index:9"), "没有编号为 9 的账户\ncan not find tid by index:9");
   useLanguage("en");
+});
+
+// What the desk puts into other texts.
+const kParts: { [text: string]: string[] } = {
+  "{}不足: 需要 {:.2f}, 可用 {:.2f}": ["可用资金", "保证金可用余额", "融资额度", "融券额度"],
+  "委托 {} {}, 不能撤单": ["已全部成交", "已撤单", "是废单"],
+};
+
+test("each refusal and notice of the trading desk has its meaning", () => {
+  const folder = `${process.env.PAGE_SOURCE}/../../trading`;
+  const isOther = /quote\.set|order\.rates|^: |^价格|算法|交易助手|一键同步/; // texts that the page never gets, and names
+  const parts = Object.values(kParts).flat();
+  let count = 0;
+  for (const name of readdirSync(folder).filter((each) => each.endsWith(".cpp"))) {
+    for (const [, text] of readFileSync(`${folder}/${name}`, "utf8").matchAll(/"([^"\n]*[\u4e00-\u9fff][^"\n]*)"/g)) {
+      if (isOther.test(text) || parts.includes(text)) continue;
+      for (const part of kParts[text] ?? ["7"]) {
+        const said = text.replace(/\{\}(?=不足|,)/, part).replace(/\{[^}]*\}/g, "7");
+        assert(explained(said) !== said, `${name}: ${said}`);
+        ++count;
+      }
+    }
+  }
+  assert(count > 30);
 });
 
 test("today's profit is one figure, with the percentage that belongs to it", () => {

@@ -55,6 +55,39 @@ test("a lost reply: found in the list, or sent again under the same key", async 
   }
 });
 
+test("a failure that leaves the outcome open is no refusal", async () => {
+  for (const message of [
+    "数据库 /a.db 写入失败 (disk I/O error), 结果未知: 请勿重新提交, 待恢复后查看列表",
+    "the outcome of this request is not known: look at order.list before sending it anew under another key",
+  ]) {
+    const terminal = await loggedIn();
+    const placing = terminal.store.desk.place(kDraft, "name");
+    terminal.reply(terminal.last("order.new"), null, message);
+    assert.equal(await placing, ""); // the ticket is not kept for another tap
+    assert.equal(outgoing(terminal), "unknown");
+    assert(terminal.store.desk.outgoing[0].failure.includes(message));
+    const cancelled = terminal.store.act("order.cancel", [], []);
+    terminal.reply(terminal.last("order.cancel"), null, message);
+    assert.equal((await cancelled).isKnown, false);
+    await terminal.pass(3500);
+    void terminal.store.desk.sendAgain(terminal.store.desk.outgoing[0]);
+    terminal.reply(terminal.last("order.new"), null, message);
+    await settled();
+    assert.equal(outgoing(terminal), "missing"); // the key's answer stays: it can only be discarded
+  }
+});
+
+test("an order like one without an outcome is noticed", async () => {
+  const terminal = await loggedIn();
+  void terminal.store.desk.place(kDraft, "name");
+  const { desk } = terminal.store;
+  assert(desk.hasUnsettled(kDraft));
+  for (const change of [{ index: 2 }, { hashCode: 8 }, { side: 2 }]) assert(!desk.hasUnsettled({ ...kDraft, ...change }));
+  terminal.reply(terminal.last("order.new"), null);
+  await settled();
+  assert(!desk.hasUnsettled(kDraft));
+});
+
 test("an order on its way is not missing, whatever a list says", async () => {
   const terminal = await loggedIn();
   void terminal.store.desk.place(kDraft, "name");
@@ -117,6 +150,19 @@ test("an amendment is placed once its order is known to be cancelled, and only t
     terminal.platform.pass(11_000);
     const kinds = { [Status.Cancelled]: "done", [Status.Filled]: "failed", [Status.Working]: "open" };
     assert.equal((await amending).kind, kinds[status]);
+  }
+});
+
+test("an amendment is not placed if its order was filled in part meanwhile", async () => {
+  const working = order({ volume: 10, fillVolume: 2 });
+  for (const [fillVolume, sent] of [[2, 1], [5, 0]]) {
+    const terminal = await loggedIn([working]);
+    const amending = terminal.store.desk.amend(working, kDraft, "name");
+    terminal.reply(terminal.last("order.cancel"), null);
+    terminal.push(1, "order.push", [{ ...working, fillVolume, status: Status.Cancelled }]);
+    await settled();
+    assert.equal(terminal.platform.socket.of("order.new").length, sent);
+    if (sent === 0) assert.deepEqual(await amending, { kind: "failed", failure: "3 filled meanwhile" });
   }
 });
 

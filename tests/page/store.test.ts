@@ -140,11 +140,12 @@ test("the ticket's rates are those of its account and instrument", async () => {
   await terminal.logIn();
   terminal.store.show({ route: "assets", sheet: "trade" });
   terminal.store.draft({ ...kNoTicket, index: 1, hashCode: 7 });
-  assert(!terminal.store.asker.isInformed({ index: 1, hashCode: 7 })); // nothing is confirmed blindly
+  const isInformed = (hashCode: number) => terminal.store.asker.isInformed({ index: 1, hashCode }, terminal.platform.at);
+  assert(!isInformed(7)); // nothing is confirmed blindly
   terminal.rows["position.list"] = [];
   await terminal.answer();
-  assert(terminal.store.asker.isInformed({ index: 1, hashCode: 7 }));
-  assert(!terminal.store.asker.isInformed({ index: 1, hashCode: 8 }));
+  assert(isInformed(7));
+  assert(!isInformed(8));
   assert.deepEqual(terminal.last("order.rates").data, { index: 1, hashCode: 7 });
   assert.equal(terminal.store.asker.ratesOf({ index: 1, hashCode: 7 })?.longByMoney, 0.1);
   assert.equal(terminal.store.asker.ratesOf({ index: 2, hashCode: 7 }), undefined);

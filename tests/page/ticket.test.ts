@@ -1,8 +1,9 @@
 import assert from "node:assert/strict";
 import test from "node:test";
-import { commissionOf, costOf, largestVolume, Purse, shareOf } from "../../terminal/page/src/ticket/cost";
+import { availableAfter, commissionOf, costOf, largestVolume, Purse, shareOf } from "../../terminal/page/src/ticket/cost";
 import { closing, opening, reversal, withAction } from "../../terminal/page/src/ticket/fill";
-import { distance, positionAfter, reasonsOf } from "../../terminal/page/src/ticket/review";
+import { distance, reasonsOf } from "../../terminal/page/src/ticket/review";
+import { positionAfter, secondOf, Step, totalsOf } from "../../terminal/page/src/ticket/steps";
 import * as ticketing from "../../terminal/page/src/ticket/ticket";
 import { CreditFigures, Market, PriceType, Side } from "../../terminal/page/src/wire/values";
 import { account, order, quote, rates } from "./fake";
@@ -14,6 +15,10 @@ const stocks: Purse = { ...purse, market: Market.Stocks };
 const buy: ticketing.Action = { side: Side.Buy, offset: 1, closes: "" };
 const sell: ticketing.Action = { side: Side.Sell, offset: 1, closes: "" };
 const closeLong: ticketing.Action = { side: Side.Sell, offset: 4, closes: "long" };
+const step = (action: ticketing.Action, price: number, volume: number, holding = ticketing.kNothing): Step => {
+  const cost = costOf(action, price, volume, quote(), rates(), purse);
+  return { action, price, volume, held: holding, purse, cost };
+};
 const filled = { ...ticketing.kNoTicket, index: 1, hashCode: 7, price: "3,326", volume: "2" };
 
 test("what is held can be closed, and closing comes first", () => {
@@ -39,8 +44,8 @@ test("today's and yesterday's parts are closable apart", () => {
 });
 
 test("faults are found field by field", () => {
-  const faults = (change: Partial<ticketing.Ticket>, of = quote(), closable = 0) =>
-    [...ticketing.faultsOf({ ...filled, ...change }, of, closable)].join();
+  const faults = (change: Partial<ticketing.Ticket>, of = quote(), closable = 0, action = buy) =>
+    [...ticketing.faultsOf({ ...filled, ...change }, of, action, closable)].join();
   assert.equal(faults({}), "");
   assert.equal(faults({ price: "3326.5" }), "price");
   assert.equal(faults({ price: "3540", volume: "0" }), "price,volume");
@@ -49,7 +54,9 @@ test("faults are found field by field", () => {
   const lots = quote({ volumeStep: 100, maxVolume: 10_000 });
   assert.equal(faults({ volume: "150" }, lots), "lot");
   assert.equal(faults({ volume: "150" }, lots, 150), ""); // all that is left
-  assert.deepEqual([...ticketing.faultsOf(filled, undefined, 0)], ["instrument"]);
+  assert.equal(faults({ volume: "2" }, quote(), 1, closeLong), "closable");
+  assert.equal(faults({ volume: "2" }, quote(), 2, closeLong), "");
+  assert.deepEqual([...ticketing.faultsOf(filled, undefined, buy, 0)], ["instrument"]);
 });
 
 test("the order says what the ticket says", () => {
@@ -77,6 +84,7 @@ test("a position fills in the ticket", () => {
   assert.deepEqual([other.side, other.combOffset, other.price, other.volume], [2, 4, "3324", "10"]);
   const amended = ticketing.amendmentOf(order({ side: 2, combOffset: 4 }), 1);
   assert.deepEqual([amended.side, amended.combOffset, amended.price, amended.amends], [2, 4, "3300.0", "1001"]);
+  assert.equal(ticketing.amendmentOf(order({ volume: 10, fillVolume: 4 }), 0).volume, "6"); // only what still works
 });
 
 test("an order costs margin or its value, and commission", () => {
@@ -116,9 +124,21 @@ test("credit orders are held to margin and limits", () => {
   assert.equal(largest(Side.ShortSell, { shortLimitAvl: 5000 }), 500);
 });
 
+test("what closes gives back its margin, at the last price, and the gain from there", () => {
+  const after = (action: ticketing.Action, price: number, of = purse) =>
+    availableAfter(of, costOf(action, price, 10, quote(), rates(), of)) - of.available;
+  const value = 3325 * 10 * 10;
+  assert.equal(after(closeLong, 3324), value * 0.1 - 100 - 30);
+  assert.equal(after({ side: Side.Buy, offset: 4, closes: "short" }, 3326), value * 0.2 - 100 - 30);
+  const credit = { ...purse, market: Market.Credit };
+  assert.equal(after({ ...closeLong, offset: 0 }, 3325, credit), value - 30);
+  assert.equal(after({ side: Side.SellToRepay, offset: 0, closes: "long" }, 3325, credit), -30);
+});
+
 test("what is easily a mistake has a reason to ask again", () => {
+  const reviewed = (steps: Step[], change = {}) => ({ steps, isStale: false, isTwice: false, ...change });
   const reasons = (action: ticketing.Action, price: number, volume: number, share = 1, holding = ticketing.kNothing) =>
-    reasonsOf(action, price, quote(), costOf(action, price, volume, quote(), rates(), purse), purse, share, holding).join();
+    reasonsOf(reviewed([step(action, price, volume, holding)]), quote(), share).join();
   assert.equal(reasons(buy, 3326, 2), "");
   assert.equal(reasons(buy, 3359, 1), ""); // 0.99 % through
   assert.equal(reasons(buy, 3360, 1), "far");
@@ -130,13 +150,40 @@ test("what is easily a mistake has a reason to ask again", () => {
   assert.equal(reasons(sell, 3324, 1, 1, held), "against");
   assert.equal(reasons(buy, 3326, 1, 1, held), "");
   assert.equal(reasons(closeLong, 3324, 10, 0.01, both), "");
+  const unknown = { ...step(buy, 3326, 1), cost: undefined };
+  assert.deepEqual(reasonsOf(reviewed([unknown]), quote(), 1), ["stale"]);
+  const small = reviewed([step(buy, 3326, 1)], { isStale: true, isTwice: true });
+  assert.deepEqual(reasonsOf(small, quote(), 1), ["stale", "twice"]);
+});
+
+test("a reversal costs what its second order costs, with what the first gives back", () => {
+  const reversal = { ...filled, side: Side.Sell, combOffset: 4, reverses: true };
+  const steps = (volume: number) => {
+    const first = step(closeLong, 3324, volume, { ...held, long: volume });
+    return [first, secondOf(first, reversal, account(), quote(), rates())];
+  };
+  const [first, second] = steps(12);
+  assert.deepEqual(second.action, sell);
+  assert.deepEqual(positionAfter(second), [0, 12]);
+  const given = 3325 * 120 * 0.1 - 120 - 36;
+  const taken = 3324 * 120 * 0.2 + 36;
+  assert.deepEqual(totalsOf([first, second]), { funds: taken, commission: 72, remaining: 100_000 + given - taken });
+  const reasons = (volume: number, share: number) =>
+    reasonsOf({ steps: steps(volume), isStale: false, isTwice: false }, quote(), share).join();
+  assert.equal(reasons(12, 0.5), "");
+  assert.equal(reasons(12, 0.25), "share");
+  assert.equal(reasons(31, 2), "funds");
+  const blind = { ...first, cost: undefined };
+  const unpriced = secondOf(blind, reversal, account(), quote(), undefined);
+  assert.equal(totalsOf([blind, unpriced]), undefined);
+  assert.deepEqual(reasonsOf({ steps: [blind, unpriced], isStale: false, isTwice: false }, quote(), 1), ["stale"]);
 });
 
 test("the confirmation knows distance and position", () => {
   assert(Math.abs(distance(Side.Buy, 3359.26, quote()) - 0.01) < 1e-9);
   assert(distance(Side.Sell, 3330, quote()) < 0);
-  assert.deepEqual(positionAfter(buy, 2, both, false), [14, 3]);
-  assert.deepEqual(positionAfter(sell, 2, both, false), [12, 5]);
-  assert.deepEqual(positionAfter(closeLong, 2, both, false), [10, 3]);
-  assert.deepEqual(positionAfter(closeLong, 12, held, true), [0, 12]);
+  assert(Number.isNaN(distance(Side.Buy, 3330, quote({ askPrice: 0 }))));
+  assert.deepEqual(positionAfter(step(buy, 3326, 2, both)), [14, 3]);
+  assert.deepEqual(positionAfter(step(sell, 3326, 2, both)), [12, 5]);
+  assert.deepEqual(positionAfter(step(closeLong, 3326, 2, both)), [10, 3]);
 });

@@ -1,17 +1,21 @@
 import { backoff } from "./backoff";
 import { Platform, Socket } from "./platform";
-import { readFrame } from "./wire/frames";
+import { isUnclear, readFrame } from "./wire/frames";
 import { Bodies, Login, Replies } from "./wire/values";
 
-// The outcome of a request. "lost": it may have been carried out or not. "unsent": it was not.
+// The outcome of a request. "lost" and "unclear": it may have been done or not; of "unclear" the terminal says so itself.
+// "unsent": it was not.
 export type Reply<Data = unknown> =
   | { kind: "done"; data: Data }
   | { kind: "failed"; message: string }
+  | { kind: "unclear"; message: string }
   | { kind: "garbled"; text: string }
   | { kind: "lost" }
   | { kind: "unsent" };
 
 export type LinkState = "off" | "connecting" | "online" | "waiting" | "replaced";
+
+export const isKnown = ({ kind }: Reply): boolean => kind !== "lost" && kind !== "garbled" && kind !== "unclear";
 
 export interface Push {
   topic: string;
@@ -180,7 +184,10 @@ export class Connection {
     const waiting = this.waiting.get(frame.id);
     if (waiting === undefined) return frame.kind === "garbled" ? this.events.onGap() : undefined;
     this.waiting.delete(frame.id);
-    if (frame.kind === "failure") return waiting.settle({ kind: "failed", message: frame.message });
+    if (frame.kind === "failure") {
+      const { message } = frame;
+      return waiting.settle({ kind: isUnclear(message) ? "unclear" : "failed", message });
+    }
     if (frame.kind === "garbled") return waiting.settle({ kind: "garbled", text: frame.text });
     if (waiting.topic === "login") this.noteEpoch(frame.data as Login);
     waiting.settle({ kind: "done", data: frame.data });

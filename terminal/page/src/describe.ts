@@ -1,6 +1,6 @@
 import { decimalsOf, fixed, whole } from "./format";
 import { currentLanguage, named, t } from "./texts/texts";
-import { isSecurity } from "./ticket/ticket";
+import { Holding, isSecurity } from "./ticket/ticket";
 import { Fill, OfCode, Order, PriceType, Quote } from "./wire/values";
 
 // Rows and orders in words. `quote` is that of the row's instrument, if it is known.
@@ -10,6 +10,13 @@ export function dealText(side: number, offset: number, quote: Quote | undefined)
   const effect = quote !== undefined && isSecurity(quote.codeClass) ? "" : named("offset", offset);
   const gap = currentLanguage() === "zh" || effect === "" ? "" : " ";
   return `${named("side", side)}${gap}${effect}`;
+}
+
+// "Close long 10", or "Close long 10 / 12" if not all of it can be closed.
+export function closingText(leg: "long" | "short", held: Holding): string {
+  const [free, all] = leg === "long" ? [held.longFree, held.long] : [held.shortFree, held.short];
+  const count = free === all ? whole(all) : `${whole(free)} / ${whole(all)}`;
+  return t(leg === "long" ? "closeLong" : "closeShort", count);
 }
 
 export function nameOf(row: OfCode, quote: Quote | undefined): string {

@@ -7,6 +7,7 @@ const kSlowMs = 5000;
 const kScrollMs = 250; // no new rows while a list is moving under the finger ...
 const kMostScrollMs = 5000; // ... for so long at most
 const kRatesMs = 60_000;
+const kWarning = ["quotes", "capital", "positions"] as const; // the lists that warn of mistakes
 
 export interface Pair {
   index: number;
@@ -48,11 +49,21 @@ export class Asker {
   }
 
   // Whether all that warns of mistakes has been answered, if only by a failure: another host may lack a topic.
-  isInformed(pair: Pair): boolean {
-    const lists = (["quotes", "capital", "positions"] as const).map((name) => this.lists[name]);
+  isInformed(pair: Pair, now: number): boolean {
     const { pairAnswered } = this;
     const hasRates = pairAnswered?.index === pair.index && pairAnswered.hashCode === pair.hashCode;
-    return hasRates && lists.every((list) => list.at > 0 || list.failure !== "");
+    return hasRates && kWarning.every((name) => this.isAnswered(name, now));
+  }
+
+  // What is out of date is soon fresh, unless its answer is late.
+  private isAnswered(name: ListName, now: number): boolean {
+    const { at, failure, isAsked, askedAt } = this.lists[name];
+    return (at > 0 || failure !== "") && !(isAsked && now - askedAt <= kSlowMs && this.isStale(name, now));
+  }
+
+  // Whether a warning may be missing, or be of another time.
+  isOutdated(now: number): boolean {
+    return kWarning.some((name) => this.isStale(name, now));
   }
 
   positionOf(pair: Pair): Position | undefined {

@@ -1,5 +1,6 @@
-import { Reply } from "../connection";
+import { isKnown, Reply } from "../connection";
 import { Platform } from "../platform";
+import { t } from "../texts/texts";
 import { Bodies, CancelOrder, NewOrder, Order, Replies, Status } from "../wire/values";
 import { orderName } from "./merge";
 import { ageing, Outgoing, readOutgoing, settle, sourceOf } from "./outgoing";
@@ -50,6 +51,14 @@ export class Desk {
     return this.watches.length > 0 || this.outgoing.some((each) => each.state === "unknown");
   }
 
+  // Whether an order of this instrument and side has no outcome yet. Another one may be the same by mistake.
+  hasUnsettled(order: { index: number; hashCode: number; side: number }): boolean {
+    const { index, hashCode, side } = order;
+    return this.outgoing.some(
+      ({ order: each }) => each.index === index && each.hashCode === hashCode && each.side === side,
+    );
+  }
+
   unknownKeys(): Set<string> {
     return new Set(this.outgoing.filter((each) => each.state === "unknown").map((each) => each.key));
   }
@@ -93,7 +102,10 @@ export class Desk {
     const ended = this.until((each) => orderName(each) === orderName(order));
     const failure = await this.cancel(order);
     if (failure !== "") return { kind: "failed", failure };
-    return this.follow(await ended, Status.Cancelled, next, name);
+    const last = await ended;
+    const filled = (last?.fillVolume ?? 0) - order.fillVolume;
+    if (last !== null && filled > 0) return { kind: "failed", failure: t("filledMeanwhile", filled) };
+    return this.follow(last, Status.Cancelled, next, name);
   }
 
   // Places `closing` and, once it is known to be filled, `opening`.
@@ -153,11 +165,11 @@ export class Desk {
     const outgoing = this.outgoing.find((each) => each.key === key);
     if (outgoing === undefined) return "";
     const reply = await this.events.request("order.new", { orderList: [outgoing.order] }, key);
-    if (reply.kind === "lost" || reply.kind === "garbled") {
-      this.update(key, { state: "unknown", failure: reply.kind === "garbled" ? this.events.why(reply) : "" });
+    const failure = reply.kind === "lost" ? "" : this.events.why(reply);
+    if (!isKnown(reply) && !(isAgain && reply.kind === "unclear")) {
+      this.update(key, { state: "unknown", failure });
       return "";
     }
-    const failure = this.events.why(reply);
     if (failure !== "" && isAgain) this.update(key, { state: "missing", failure });
     else this.discard(outgoing);
     if (failure === "") this.events.onTaken(outgoing.name);

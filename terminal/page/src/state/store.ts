@@ -1,4 +1,4 @@
-import { Connection, LinkState, Push, Reply } from "../connection";
+import { Connection, isKnown, LinkState, Push } from "../connection";
 import { fillText } from "../describe";
 import { Platform } from "../platform";
 import { kRoutes, Route } from "../route";
@@ -13,6 +13,7 @@ import { HeldLists, kAsking, kMovedByOrders, ListName } from "./lists";
 import { mergeFills, mergeOrders } from "./merge";
 import { Notices } from "./notices";
 import { Prefs, readPrefs, writePrefs } from "./prefs";
+import { whyNot } from "./why";
 
 // The outcome of a request: why it failed, empty on success; and whether that is certain.
 export interface Outcome {
@@ -217,7 +218,7 @@ export class Store {
     const reply = await this.connection.request(topic, body, this.platform.randomText(16));
     this.asker.makeDue(touched);
     this.asker.askDue();
-    return { failure: whyNot(reply), isKnown: reply.kind !== "lost" && reply.kind !== "garbled" };
+    return { failure: whyNot(reply), isKnown: isKnown(reply) };
   }
 
   // Cancels each by a request of its own: in a common one, the first refusal would keep the rest.
@@ -332,17 +333,3 @@ export class Store {
 export const isTicket = (sheet: string): boolean => sheet === "trade" || sheet === "review";
 
 const isRow = (sheet: string): boolean => sheet.startsWith("row=");
-
-// Empty if it was done.
-export function whyNot(reply: Reply): string {
-  switch (reply.kind) {
-    case "done":
-      return "";
-    case "failed":
-      return explained(reply.message);
-    case "garbled":
-      return t("garbled", reply.text.slice(0, 200));
-    default:
-      return t(reply.kind);
-  }
-}

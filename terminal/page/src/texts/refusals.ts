@@ -26,10 +26,31 @@ const kRefusals: readonly (readonly [RegExp, string])[] = [
   [/^融资额度不足: 需要 (.*), 可用 (.*)$/, "Above the limit of margin purchases: needs {0}, left {1}"],
   [/^融券额度不足: 需要 (.*), 可用 (.*)$/, "Above the limit of short sales: needs {0}, left {1}"],
   [/^用户撤单$/, "Cancelled by the user"],
-  [/^数据库写入失败, 未作任何更改: (.*)$/, "The terminal could not store it and changed nothing: {0}"],
+  [/^收盘自动撤单$/, "Cancelled at the close"],
+  [
+    /^数据库 (.*) 无法写入 \((.*)\), 未作任何更改: (.*)$/,
+    "The terminal cannot write to {0} ({1}) and changed nothing: {2}",
+  ],
+  [
+    /^数据库 (.*) 写入失败 \((.*)\), 结果未知: 请勿重新提交, 待恢复后查看列表$/,
+    "Writing to {0} failed ({1}) and the outcome is not known: do not send it again, look at the lists later",
+  ],
+  [/^数据库已恢复写入: 此前结果未知的更改均未执行$/, "The terminal can write again: no change of unknown outcome was made"],
+  [/^请释放磁盘空间$/, "free some space on its disk"],
+  [/^请使该文件及其目录可写$/, "make the file and its folder writable"],
+  [/^请检查磁盘$/, "check the disk"],
+  [/^请停止正在使用它的程序$/, "stop the program that uses it"],
+  [/^请移走该文件, 或用 --data 指定其他目录$/, "move the file away, or name another folder with --data"],
+  [/^头寸监控同步委托被拒绝 \((.*)\): (.*)$/, "A synchronising order was refused ({0}): {1}"],
+  [
+    /^手工头寸无效 \((.*)\): 多 (.*), 空 (.*), 应在 0 至 (.*) 之间$/,
+    "Manual position ({0}): long {1}, short {2}, must be from 0 to {3}",
+  ],
+  [/^手工头寸未能保存: (.*)$/, "The manual positions were not saved: {0}"],
   [/^未知的功能: (.*)$/, "The terminal does not know {0}"],
   [/^没有账户 (.*)$/, "There is no account {0}"],
   [/^没有合约 (.*)$/, "There is no instrument {0}"],
+  [/^没有 (.*) 的保证金率$/, "There is no margin rate of {0}"],
   [/^暂不支持条件单$/, "Conditional orders are not supported"],
 
   // English, from the gateway and the library
@@ -41,20 +62,34 @@ const kRefusals: readonly (readonly [RegExp, string])[] = [
   [/^the terminal cannot remember this request, so it is not carried out: (.*)$/, "终端无法记录该请求，没有执行：{0}"],
   [/^the outcome of this request is not known.*$/, "该请求的结果未知，请先查看委托列表"],
   [/^the key (.*) belongs to another request$/, "编号 {0} 已用于另一请求"],
-  [/^data has more than 1000 elements: ask in parts$/, "一次最多 1000 条，请分批提交"],
+  [/^(.*) has more than (\d+) elements: ask in parts$/, "一次最多 {1} 条，请分批提交"],
+  [/^requests of this token with 8 MiB wait already$/, "未回复的请求过大，请稍后再试"],
+  [/^gateway\.db has reached its limit, so it takes no more keys: .*$/, "网关数据库已达上限，没有执行；请以更大的 --gateway-size 启动终端"],
+  [/^this token has no rights: make another$/, "此令牌没有任何权限，请使用另一令牌"],
+  [/^too many wrong logins from (.*): wait a minute$/, "{0} 登录失败次数过多，请一分钟后再试"],
+  [/^(\d+) connections with this token are open already$/, "此令牌已有 {0} 个连接"],
+  [/^the tokens cannot be read: (.*)$/, "终端无法读取令牌：{0}"],
+  [/^query credit info error$/, "无法查询两融信息"],
 ];
 
 function isChinese(text: string): boolean {
   return /[\u4e00-\u9fff]/.test(text);
 }
 
-// The terminal's own text, under its meaning in the page's language if that is another one.
-export function explained(text: string): string {
-  if (isChinese(text) === (currentLanguage() === "zh")) return text;
+// What is known of a text; a part of it may be a refusal of its own.
+function meaningOf(text: string): string | undefined {
   for (const [pattern, meaning] of kRefusals) {
     const found = pattern.exec(text);
     if (found === null) continue;
-    return `${meaning.replace(/\{(\d)\}/g, (_, place: string) => found[Number(place) + 1])}\n${text}`;
+    const parts = found.slice(1).map((part) => meaningOf(part) ?? part);
+    return meaning.replace(/\{(\d)\}/g, (_, place: string) => parts[Number(place)]);
   }
-  return text;
+  return undefined;
+}
+
+// The terminal's own text, under its meaning in the page's language if that is another one.
+export function explained(text: string): string {
+  if (isChinese(text) === (currentLanguage() === "zh")) return text;
+  const meaning = meaningOf(text);
+  return meaning === undefined ? text : `${meaning}\n${text}`;
 }

@@ -15,6 +15,7 @@ export interface Cost {
   commission: number;
   funds: number; // what it takes of the available funds
   collateral: number; // what it takes of a credit account's margin
+  returned: number; // what the available funds gain once it is filled
   value: number;
 }
 
@@ -27,6 +28,21 @@ export function commissionOf(rates: Rates, side: number, volume: number, value: 
   return Math.max(fee, rates.commissionMinimum) + (isBuying(side) ? 0 : value * rates.saleTax);
 }
 
+function marginOf(isLong: boolean, volume: number, value: number, rates: Rates): number {
+  const [byMoney, byVolume] = isLong ? [rates.longByMoney, rates.longByVolume] : [rates.shortByMoney, rates.shortByVolume];
+  return value * byMoney + volume * byVolume;
+}
+
+// The margin of what is closed, which is held at the last price, and the gain from there. What is sold to repay pays
+// for the debt.
+function returnedBy(action: Action, price: number, volume: number, quote: Quote, rates: Rates, purse: Purse): number {
+  if (purse.market === Market.Credit && action.side !== Side.Sell) return 0;
+  const isLong = action.closes === "long";
+  const held = quote.lastPrice * volume * quote.multiplier;
+  const gain = (price - quote.lastPrice) * volume * quote.multiplier * (isLong ? 1 : -1);
+  return (purse.market === Market.Credit ? held : marginOf(isLong, volume, held, rates)) + gain;
+}
+
 export function costOf(
   action: Action,
   price: number,
@@ -36,27 +52,29 @@ export function costOf(
   purse: Purse,
 ): Cost {
   const opens = action.closes === "";
+  const isLong = isBuying(action.side);
   // An opening sale below the market is filled at the bid.
-  const paid = opens && !isBuying(action.side) ? Math.max(price, quote.bidPrice) : price;
+  const paid = opens && !isLong ? Math.max(price, quote.bidPrice) : price;
   const value = paid * volume * quote.multiplier;
   const commission = commissionOf(rates, action.side, volume, value);
   const { credit } = purse;
+  const none = { margin: 0, commission, funds: 0, collateral: 0, returned: 0, value };
   if (action.side === Side.MarginBuy || action.side === Side.ShortSell) {
-    const isLong = action.side === Side.MarginBuy;
     const collateral = value * ((isLong ? credit?.longMarginRate : credit?.shortMarginRate) ?? 1);
-    return { margin: collateral, commission, funds: commission, collateral, value };
+    return { ...none, margin: collateral, funds: commission, collateral };
   }
-  if (action.side === Side.BuyToReturn) {
-    return { margin: value, commission, funds: value + commission, collateral: 0, value };
+  if (action.side === Side.BuyToReturn) return { ...none, margin: value, funds: value + commission };
+  if (!opens) {
+    const returned = returnedBy(action, price, volume, quote, rates, purse) - commission;
+    return { ...none, returned };
   }
-  if (!opens) return { margin: 0, commission, funds: 0, collateral: 0, value };
-  const isLong = isBuying(action.side);
-  const margin =
-    purse.market === Market.Credit
-      ? value
-      : value * (isLong ? rates.longByMoney : rates.shortByMoney) +
-        volume * (isLong ? rates.longByVolume : rates.shortByVolume);
-  return { margin, commission, funds: margin + commission, collateral: 0, value };
+  const margin = purse.market === Market.Credit ? value : marginOf(isLong, volume, value, rates);
+  return { ...none, margin, funds: margin + commission };
+}
+
+// The available funds once the order is filled.
+export function availableAfter(purse: Purse, cost: Cost): number {
+  return purse.available - cost.funds + cost.returned;
 }
 
 export function isAffordable(action: Action, cost: Cost, purse: Purse): boolean {

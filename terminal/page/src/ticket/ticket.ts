@@ -143,10 +143,10 @@ export function priceOf(ticket: Ticket, quote: Quote): number {
   return ticket.priceType === PriceType.Market ? oppositeQuote(ticket.side, quote) : readNumber(ticket.price);
 }
 
-export type Fault = "instrument" | "price" | "volume" | "lot";
+export type Fault = "instrument" | "price" | "volume" | "lot" | "closable";
 
-// What is wrong with what was typed, field by field.
-export function faultsOf(ticket: Ticket, quote: Quote | undefined, closable: number): Set<Fault> {
+// What is wrong with what was typed, field by field. `closable`: of a closing order, what it can close; 0 of others.
+export function faultsOf(ticket: Ticket, quote: Quote | undefined, action: Action, closable: number): Set<Fault> {
   const faults = new Set<Fault>();
   if (quote === undefined) return faults.add("instrument");
   const price = readNumber(ticket.price);
@@ -154,6 +154,7 @@ export function faultsOf(ticket: Ticket, quote: Quote | undefined, closable: num
   if (ticket.priceType === PriceType.Limit && !isGood) faults.add("price");
   const volume = readNumber(ticket.volume);
   if (!isCount(ticket.volume, 1, quote.maxVolume)) faults.add("volume");
+  else if (action.closes !== "" && volume > closable) faults.add("closable");
   else if (volume % quote.volumeStep !== 0 && volume !== closable) faults.add("lot"); // an odd lot is sold whole
   return faults;
 }
@@ -178,6 +179,9 @@ export function openingOf(ticket: Ticket): Ticket {
   return { ...ticket, combOffset: Offset.Open, reverses: false };
 }
 
+// What still works of an order.
+export const restOf = (order: Order): number => order.volume - order.fillVolume;
+
 // A ticket that changes the price or the volume of a working order.
 export function amendmentOf(order: Order, decimals: number): Ticket {
   return {
@@ -187,7 +191,7 @@ export function amendmentOf(order: Order, decimals: number): Ticket {
     side: order.side,
     combOffset: order.combOffset,
     price: order.price.toFixed(decimals),
-    volume: String(order.volume),
+    volume: String(restOf(order)),
     amends: order.localOrderId,
   };
 }

@@ -5,7 +5,8 @@ import { money, percent, whole } from "../format";
 import { StepOutcome } from "../state/desk";
 import { named, t, TextName } from "../texts/texts";
 import { Model } from "../ticket/model";
-import { distance, positionAfter, Reason, reasonsOf } from "../ticket/review";
+import { distance, Reason, reasonsOf } from "../ticket/review";
+import { positionAfter, totalsOf } from "../ticket/steps";
 import { isBuying, openingOf, orderOf, Ticket } from "../ticket/ticket";
 import { PriceType, Quote } from "../wire/values";
 import { Confirm } from "./controls";
@@ -17,20 +18,21 @@ interface Props {
 }
 
 interface State {
-  agreed: string; // the reasons that were agreed to
+  agreed: Reason[];
   isSending: boolean;
   failure: string;
 }
 
 function distanceText(ticket: Ticket, model: Model, quote: Quote): string {
   const far = distance(ticket.side, model.price, quote);
+  if (Number.isNaN(far)) return t("noQuote");
   if (Math.abs(far) < 1e-9) return t("atQuote");
   return t(far > 0 ? "worse" : "better", percent(Math.abs(far)));
 }
 
 // What will be sent, beside the market and the account, and the tap that sends it.
 export class Confirmation extends Component<Props, State> {
-  state: State = { agreed: "", isSending: false, failure: "" };
+  state: State = { agreed: [], isSending: false, failure: "" };
   private isGone = false;
 
   componentWillUnmount() {
@@ -66,10 +68,11 @@ export class Confirmation extends Component<Props, State> {
     this.finish("", name);
   }
 
-  // The ticket is kept if its order was refused.
+  // The ticket is kept if its order was refused, and so is another one that was begun meanwhile.
   private finish(failure: string, name: string) {
     if (failure === "") {
-      store.clearDraft(this.props.ticket.index);
+      const { ticket } = this.props;
+      if (store.drafts.of(ticket.index) === ticket) store.clearDraft(ticket.index);
       if (!this.isGone) nav.closeAll();
     } else if (this.isGone) {
       store.tell(`${name}\n${failure}`, true);
@@ -80,9 +83,10 @@ export class Confirmation extends Component<Props, State> {
 
   private lines(quote: Quote): [string, string][] {
     const { ticket, model } = this.props;
-    const { held, cost, purse, action, price, volume, account } = model;
+    const { held, steps, price, volume, account } = model;
     const isMarket = ticket.priceType === PriceType.Market;
-    const [long, short] = positionAfter(action, volume, held, ticket.reverses);
+    const totals = totalsOf(steps);
+    const [long, short] = positionAfter(steps[steps.length - 1]);
     const lines: [string, string][] = [
       [t("account"), `${account?.userCode} · ${named("market", account?.marketType ?? 0)}`],
       [t("instrument"), `${quote.codeName} ${quote.codeExch}`],
@@ -91,9 +95,9 @@ export class Confirmation extends Component<Props, State> {
       [t("bidAsk"), `${priceText(quote.bidPrice, quote)} / ${priceText(quote.askPrice, quote)}`],
       [t("distance"), distanceText(ticket, model, quote)],
       [t("value"), money(price * volume * quote.multiplier)],
-      [t("fundsNeeded"), cost === undefined ? "–" : money(Math.max(cost.funds, cost.margin))],
-      [t("commission"), cost === undefined ? "–" : money(cost.commission)],
-      [t("remaining"), cost === undefined ? "–" : money(purse.available - cost.funds)],
+      [t("fundsNeeded"), money(totals?.funds)],
+      [t("commission"), money(totals?.commission)],
+      [t("remaining"), money(totals?.remaining)],
       [t("positionBefore"), t("longShort", whole(held.long), whole(held.short))],
       [t("positionAfter"), t("longShort", whole(long), whole(short))],
     ];
@@ -107,13 +111,13 @@ export class Confirmation extends Component<Props, State> {
   private isReady(): boolean {
     const { ticket, model } = this.props;
     if (ticket.amends !== "" && model.amended === undefined) return false;
-    return store.link === "online" && store.asker.isInformed(ticket);
+    return store.link === "online" && store.asker.isInformed(ticket, store.now);
   }
 
   // A second tap, in another place, for what is easily a mistake.
   private reasons(reasons: Reason[], agreed: boolean) {
     const agree = (event: Event) =>
-      this.setState({ agreed: (event.target as HTMLInputElement).checked ? reasons.join() : "" });
+      this.setState({ agreed: (event.target as HTMLInputElement).checked ? reasons : [] });
     return (
       <div class="reasons" role="group" aria-label={t("reasonsTitle")}>
         <ul>
@@ -135,11 +139,10 @@ export class Confirmation extends Component<Props, State> {
     const { quote } = model;
     if (quote === undefined) return null;
     const share = store.prefs.share / 100;
-    const reasons = reasonsOf(model.action, model.price, quote, model.cost, model.purse, share, model.held);
-    const agreed = this.state.agreed === reasons.join();
+    const reasons = isSending ? [] : reasonsOf(model, quote, share);
+    const agreed = reasons.every((reason) => this.state.agreed.includes(reason));
     const tone = isBuying(ticket.side) ? "buy" : "sell";
     const deal = dealText(ticket.side, ticket.combOffset, quote);
-    const isStale = store.isStale("quotes") || store.isStale("capital") || store.isStale("positions");
     return (
       <div>
         <p class={`deal headline ${tone}`}>
@@ -148,7 +151,7 @@ export class Confirmation extends Component<Props, State> {
         {model.amended === undefined ? null : (
           <p class="hint">{t("amendsHint", orderText(model.amended, quote))}</p>
         )}
-        <dl class={isStale ? "confirm stale" : "confirm"}>
+        <dl class={model.isStale ? "confirm stale" : "confirm"}>
           {this.lines(quote).map(([name, value]) => (
             <div key={name}>
               <dt>{name}</dt>

@@ -1,5 +1,6 @@
 import { h } from "preact";
 import { nav, store } from "../app";
+import { closingText } from "../describe";
 import { Pair } from "../state/asker";
 import { t } from "../texts/texts";
 import { closing, opening, reversal } from "../ticket/fill";
@@ -26,7 +27,7 @@ export function PositionActions(props: { pair: Pair }) {
     <div class="actions">
       {sides.map((side) => {
         const free = side === "long" ? held.longFree : held.shortFree;
-        const name = sides.length === 1 ? t("closeIt") : t(side === "long" ? "closeLong" : "closeShort", held[side]);
+        const name = sides.length === 1 ? t("closeIt") : closingText(side, held);
         return (
           <button
             key={side}

@@ -2,12 +2,13 @@ import "./ticket.css";
 import { Component, h } from "preact";
 import { nav, store } from "../app";
 import { decimalsOf, fixed, money, whole } from "../format";
-import { dealText, priceText } from "../describe";
+import { closingText, dealText, priceText } from "../describe";
 import { named, t } from "../texts/texts";
 import { shareOf } from "../ticket/cost";
 import { quotedPrice, ticketFor, withAction } from "../ticket/fill";
 import { Model, modelOf } from "../ticket/model";
 import { moved } from "../ticket/numbers";
+import { totalsOf } from "../ticket/steps";
 import * as ticketing from "../ticket/ticket";
 import { Action, Fault, Ticket } from "../ticket/ticket";
 import { Account, Offset, PriceType, Quote } from "../wire/values";
@@ -36,12 +37,13 @@ function emptyTicket(account: Account | undefined): Ticket {
   return { ...ticketing.kNoTicket, index: account?.index ?? 0 };
 }
 
-function faultText(fault: Fault, quote: Quote | undefined): string {
+function faultText(fault: Fault, quote: Quote | undefined, closable: number): string {
   if (fault === "instrument" || quote === undefined) return t("badInstrument");
   const { lowerLimit, upperLimit, maxVolume, volumeStep } = quote;
   if (fault === "price") {
     return t("badPrice", tickText(quote), priceText(lowerLimit, quote), priceText(upperLimit, quote));
   }
+  if (fault === "closable") return t("badClosable", whole(closable));
   return fault === "volume" ? t("badVolume", whole(maxVolume)) : t("badLot", whole(volumeStep));
 }
 
@@ -50,7 +52,7 @@ const tickText = (quote: Quote): string => fixed(quote.priceTick, decimalsOf(quo
 function actionText(action: Action, model: Model): string {
   if (action.offset === Offset.Close) {
     const { held } = model;
-    return action.closes === "long" ? t("closeLong", whole(held.long)) : t("closeShort", whole(held.short));
+    return closingText(action.closes === "long" ? "long" : "short", held);
   }
   return dealText(action.side, action.offset, model.quote);
 }
@@ -88,12 +90,16 @@ export class OrderTicket extends Component<{}, { isChecked: boolean }> {
 
   private review(event: Event, ticket: Ticket, model: Model) {
     event.preventDefault();
-    const faults = ticketing.faultsOf(ticket, model.quote, model.closable);
+    const faults = this.faults(ticket, model);
     this.setState({ isChecked: true });
     if (faults.size === 0 && this.refusal(ticket, model) === "") return nav.open("review");
     const [first] = faults;
-    const field = first === undefined ? null : document.getElementById(first === "lot" ? "volume" : first);
+    const field = first === undefined ? null : document.getElementById(first === "lot" || first === "closable" ? "volume" : first);
     field?.focus();
+  }
+
+  private faults(ticket: Ticket, model: Model): Set<Fault> {
+    return ticketing.faultsOf(ticket, model.quote, model.action, model.closable);
   }
 
   private refusal(ticket: Ticket, model: Model): string {
@@ -166,8 +172,8 @@ export class OrderTicket extends Component<{}, { isChecked: boolean }> {
   private numbers(ticket: Ticket, model: Model, quote: Quote) {
     const { priceTick, lowerLimit, upperLimit, volumeStep, maxVolume } = quote;
     const isMarket = ticket.priceType === PriceType.Market;
-    const faults = this.state.isChecked ? ticketing.faultsOf(ticket, quote, model.closable) : new Set<Fault>();
-    const failure = (...names: Fault[]) => names.filter((name) => faults.has(name)).map((name) => faultText(name, quote));
+    const faults = this.state.isChecked ? this.faults(ticket, model) : new Set<Fault>();
+    const failure = (...names: Fault[]) => names.filter((name) => faults.has(name)).map((name) => faultText(name, quote, model.closable));
     const stepPrice = (steps: number) => moved(ticket.price, steps, priceTick, lowerLimit, upperLimit);
     const stepVolume = (steps: number) => moved(ticket.volume, steps, volumeStep, volumeStep, maxVolume);
     const setType = (type: string) =>
@@ -204,7 +210,7 @@ export class OrderTicket extends Component<{}, { isChecked: boolean }> {
         label={t("volume")}
         mode="numeric"
         value={ticket.volume}
-        failure={failure("volume", "lot").join("")}
+        failure={failure("volume", "closable", "lot").join("")}
         onChange={(volume) => this.change(ticket, { volume })}
         onStep={(steps) => this.change(ticket, { volume: stepVolume(steps) })}
       >
@@ -226,20 +232,20 @@ export class OrderTicket extends Component<{}, { isChecked: boolean }> {
   }
 
   private facts(model: Model, quote: Quote) {
-    const { held, purse, cost, action, largest } = model;
-    const isStale = store.isStale("capital") || store.isStale("positions");
+    const { held, purse, steps, action, largest } = model;
+    const totals = totalsOf(steps);
     const rows: [string, string][] = [
       [t("available"), money(purse.available)],
       [t(action.closes === "" ? "largestOpen" : "largestClose"), whole(largest)],
       [t("heldNow"), t("longShort", whole(held.long), whole(held.short))],
       [t("closable"), t("longShort", whole(held.longFree), whole(held.shortFree))],
-      [t("fundsNeeded"), cost === undefined ? "–" : money(Math.max(cost.funds, cost.margin))],
-      [t("commission"), cost === undefined ? "–" : money(cost.commission)],
+      [t("fundsNeeded"), money(totals?.funds)],
+      [t("commission"), money(totals?.commission)],
       [t("limits"), `${priceText(quote.lowerLimit, quote)} – ${priceText(quote.upperLimit, quote)}`],
       [t("tick"), tickText(quote)],
     ];
     return (
-      <dl class={isStale ? "facts stale" : "facts"}>
+      <dl class={model.isStale ? "facts stale" : "facts"}>
         {rows.map(([name, value]) => (
           <div key={name}>
             <dt>{name}</dt>

@@ -9,6 +9,13 @@ export type Frame =
   | { kind: "garbled"; id: unknown; text: string } // the unreadable text, or the path to what breaks the contract
   | { kind: "push"; seq: number; topic: string; message: string; data: unknown; wrong: string };
 
+const kUnclear = /结果未知|^the outcome of this request is not known/;
+
+// Whether a failure leaves open what was done: the terminal lost its disk, or ended before the reply.
+export function isUnclear(message: string): boolean {
+  return kUnclear.test(message);
+}
+
 function parse(text: string): unknown {
   try {
     return JSON.parse(text);
