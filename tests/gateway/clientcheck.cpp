@@ -20,11 +20,10 @@ std::string await(const Find& find) {
   return fault;
 }
 
-// Without the time, which is that of the disk's thread.
 std::multiset<std::string> linesOf(const std::filesystem::path& file) {
   std::ifstream stream(file);
   std::multiset<std::string> lines;
-  for (std::string line; std::getline(stream, line);) lines.insert(line.erase(1, line.find("\"token\"") - 1));
+  for (std::string line; std::getline(stream, line);) lines.insert(line);
   return lines;
 }
 
@@ -43,13 +42,13 @@ std::string findDifference(const std::multiset<std::string>& got, const std::mul
 }  // namespace
 
 void ClientCheck::start() {
-  model_.now = wallSeconds(rig_.time());
+  model_.world.now = wallSeconds(rig_.time());
   WireClient client(rig_.port(), "127.0.0.9");
-  client.send(R"({"id":1,"topic":"login","token":")" + model_.tokens.at(0).text + "\"}");
+  client.send(R"({"id":1,"topic":"login","token":")" + model_.world.tokens.at(0).text + "\"}");
   const std::string welcome = client.receive().text;
-  model_.epoch = welcome.substr(welcome.find("\"epoch\":\"") + 9, 16);
-  EXPECT_EQ(model_.epoch.find_first_not_of("0123456789abcdef"), std::string::npos) << welcome;
-  EXPECT_TRUE(epochs_.insert(model_.epoch).second) << "the epoch did not change";
+  model_.world.epoch = welcome.substr(welcome.find("\"epoch\":\"") + 9, 16);
+  EXPECT_EQ(model_.world.epoch.find_first_not_of("0123456789abcdef"), std::string::npos) << welcome;
+  EXPECT_TRUE(epochs_.insert(model_.world.epoch).second) << "the epoch did not change";
 }
 
 std::string ClientCheck::restart() {
@@ -59,7 +58,6 @@ std::string ClientCheck::restart() {
   compare();
   calls_.clear();
   rig_.start();
-  model_.hasAgent = true;
   start();
   return "restart";
 }
@@ -67,7 +65,7 @@ std::string ClientCheck::restart() {
 std::string ClientCheck::connect(const std::string& address) {
   const int client = ++lastClient_;
   wires_[client] = std::make_unique<WireClient>(rig_.port(), address);
-  model_.connect(client, address);
+  model_.sessions.connect(client, address);
   return fmt::format("client {} from {}", client, address);
 }
 
@@ -84,8 +82,8 @@ void ClientCheck::send(int client, const std::string& frame) {
   wires_.at(client)->sync();
 }
 
-std::string ClientCheck::login(int client, const GatewayModel::Login& login) {
-  model_.login(client, login);
+std::string ClientCheck::login(int client, const model::Login& login) {
+  model_.sessions.login(client, login);
   std::string frame = fmt::format(R"({{"id":{},"topic":"login","token":"{}")", login.id, login.token);
   if (!login.device.empty()) frame += fmt::format(R"(,"device":"{}")", login.device);
   if (login.resume) {
@@ -95,8 +93,8 @@ std::string ClientCheck::login(int client, const GatewayModel::Login& login) {
   return fmt::format("client {}: {}", client, frame);
 }
 
-std::string ClientCheck::request(int client, const GatewayModel::Request& request) {
-  model_.request(client, request);
+std::string ClientCheck::request(int client, const model::Request& request) {
+  model_.requests.request(client, request);
   std::string frame =
       fmt::format(R"({{"id":{},"topic":"{}","terminalType":{})", request.id, request.topic, request.terminalType);
   if (!request.data.empty()) frame += ",\"data\":" + request.data;
@@ -105,26 +103,35 @@ std::string ClientCheck::request(int client, const GatewayModel::Request& reques
   return fmt::format("client {}: {}", client, frame.substr(0, 200));
 }
 
-void ClientCheck::requestInCrowd(int client, const GatewayModel::Request& request) {
-  model_.request(client, request);
+void ClientCheck::requestInCrowd(int client, const model::Request& request) {
+  model_.requests.request(client, request);
   wires_.at(client)->send(
       fmt::format(R"({{"id":{},"topic":"{}","data":{}}})", request.id, request.topic, request.data));
 }
 
 std::string ClientCheck::badFrame(int client, const std::string& text, const std::string& id, const std::string& topic,
                                   const std::string& message) {
-  model_.badFrame(client, id, topic, message);
+  model_.sessions.badFrame(client, id, topic, message);
   send(client, text);
   return fmt::format("client {}: {}", client, text);
 }
 
-void ClientCheck::push(const std::string& topic, const std::string& data) {
+void ClientCheck::push(const model::Reply& push) {
+  deliver(kNoRequestId, push);
+  model_.sessions.push(push);
+}
+
+void ClientCheck::deliver(int64_t id, const model::Reply& reply) {
   MobileMessage message;
-  message.requestId = kNoRequestId;
-  message.topic = topic;
-  message.data = data;
+  message.requestId = id;
+  message.topic = reply.topic;
+  message.message = reply.message;
+  message.data = reply.text.empty() ? reply.data : reply.text;
   rig_.deliver(message);
-  model_.push(topic, data);
+}
+
+void ClientCheck::takeCalls() {
+  while (takeCall(std::chrono::milliseconds(0))) continue;
 }
 
 // Takes what the library has got, in its order.
@@ -132,7 +139,7 @@ bool ClientCheck::takeCall(std::chrono::milliseconds limit) {
   const auto call = rig_.agent().take(limit);
   if (!call) return false;
   const std::string what = fmt::format("{} {} {}", call->terminalType, call->topic, call->data);
-  const std::optional<int> number = model_.called(call->terminalType, call->topic, call->data);
+  const std::optional<int> number = model_.requests.called(call->terminalType, call->topic, call->data);
   EXPECT_TRUE(number) << "the library must not get this now: " << what;
   if (number) calls_.push_back({call->id, *number, call->topic, call->time});
   return number.has_value();
@@ -141,38 +148,33 @@ bool ClientCheck::takeCall(std::chrono::milliseconds limit) {
 // What waits reaches the library before anything else happens: requests of others are answered until it has them all.
 void ClientCheck::reachAll() {
   rig_.settle();
-  while (takeCall(std::chrono::milliseconds(0))) continue;
-  while (model_.hasCall() && !testing::Test::HasFailure()) {
+  takeCalls();
+  while (model_.requests.hasCall() && !testing::Test::HasFailure()) {
     if (!calls_.empty()) answer(0, {"", "", "7", ""});
     compare();
     rig_.settle();
-    while (takeCall(std::chrono::milliseconds(0))) continue;
+    takeCalls();
   }
 }
 
-std::string ClientCheck::answerOne(GatewayModel::Reply reply, size_t spread) {
-  while (takeCall(std::chrono::milliseconds(0))) continue;
+std::string ClientCheck::answerOne(model::Reply reply, size_t spread) {
+  takeCalls();
   if (calls_.empty()) return "nothing";
   const size_t index = std::min(spread, calls_.size() - 1);
   answer(index, std::move(reply));
   return "a reply";
 }
 
-void ClientCheck::answer(size_t index, GatewayModel::Reply reply) {
+void ClientCheck::answer(size_t index, model::Reply reply) {
   const Call call = calls_.at(index);
   calls_.erase(calls_.begin() + static_cast<std::ptrdiff_t>(index));
   if (reply.topic.empty()) reply.topic = call.topic;
-  MobileMessage message;
-  message.requestId = call.id;
-  message.topic = reply.topic;
-  message.message = reply.message;
-  message.data = reply.text.empty() ? reply.data : reply.text;
-  rig_.deliver(message);
-  model_.reply(call.number, reply);
+  deliver(call.id, reply);
+  model_.requests.reply(call.number, reply);
 }
 
 void ClientCheck::answerAll() {
-  while (model_.hasCall() || !calls_.empty()) {
+  while (model_.requests.hasCall() || !calls_.empty()) {
     if (calls_.empty() && !takeCall(std::chrono::seconds(10))) {
       ADD_FAILURE() << "a request does not reach the library";
       return;
@@ -184,7 +186,7 @@ void ClientCheck::answerAll() {
 
 std::string ClientCheck::setAgent(bool isThere) {
   isThere ? rig_.attachAgent() : rig_.detachAgent();
-  model_.hasAgent = isThere;
+  model_.world.hasAgent = isThere;
   return fmt::format("the agent is {}", isThere ? "there" : "gone");
 }
 
@@ -196,50 +198,51 @@ std::string ClientCheck::wait(int64_t seconds) {
 
 std::string ClientCheck::sleep(int64_t seconds) {
   rig_.sleep(std::chrono::seconds(seconds));
-  model_.advance(seconds);
+  model_.sleep(seconds);
   return fmt::format("sleep for {} s", seconds);
 }
 
 std::string ClientCheck::addToken(int rights) {
-  const int number = static_cast<int>(model_.tokens.size());
+  const int number = static_cast<int>(model_.world.tokens.size());
   const std::string name = fmt::format("t{}", number);
-  model_.tokens[number] = {name, rig_.addToken(name, rights), rights, true, {}};
+  model_.world.tokens[number] = {name, rig_.addToken(name, rights), rights, true, {}};
   return fmt::format("token {} with rights {}", name, rights);
 }
 
 std::string ClientCheck::revoke(int token) {
-  if (!model_.tokens.at(token).isValid) return "nothing";
+  if (!model_.world.tokens.at(token).isValid) return "nothing";
   reachAll();
-  rig_.revokeToken(model_.tokens[token].name);
-  model_.revoke(token);
+  rig_.revokeToken(model_.world.tokens[token].name);
+  model_.sessions.revoke(token);
   return wait(2) + " after a token was revoked";
 }
 
 std::string ClientCheck::expire(int token, int64_t seconds) {
-  if (!model_.tokens.at(token).isValid) return "nothing";
+  if (!model_.world.tokens.at(token).isValid) return "nothing";
   reachAll();
-  model_.tokens[token].expires = model_.now + seconds;
-  rig_.setExpiry(model_.tokens[token].name, model_.now + seconds);
+  model_.world.tokens[token].expires = model_.world.now + seconds;
+  rig_.setExpiry(model_.world.tokens[token].name, model_.world.now + seconds);
   return wait(seconds) + " after a token got a limit";
 }
 
 void ClientCheck::compare() {
   bool hasEnded = false;
-  for (auto entry = model_.clients.begin(); entry != model_.clients.end() && !testing::Test::HasFailure();) {
+  for (auto entry = model_.world.clients.begin();
+       entry != model_.world.clients.end() && !testing::Test::HasFailure();) {
     const int client = (entry++)->first;
     compare(client);
-    if (model_.isOpen(client)) continue;
+    if (model_.world.isOpen(client)) continue;
     wires_.erase(client);
     model_.hangUp(client);
     hasEnded = true;
   }
-  if (!hasEnded || model_.epoch.empty()) return;
+  if (!hasEnded || model_.world.epoch.empty()) return;
   EXPECT_EQ(await([this] { return findMetricsFault(); }), "");
 }
 
 void ClientCheck::compare(int client) try {
   WireClient& wire = *wires_.at(client);
-  GatewayModel::Client& state = model_.clients.at(client);
+  model::Client& state = model_.world.clients.at(client);
   for (; !state.inbox.empty(); state.inbox.pop_front()) {
     const WireClient::Message got = wire.receive();
     ASSERT_EQ(got.closeCode, 0) << "client " << client << " lacks " << state.inbox.front();
@@ -257,7 +260,7 @@ void ClientCheck::compare(int client) try {
 }
 
 std::string ClientCheck::findMetricsFault() {
-  while (takeCall(std::chrono::milliseconds(0))) continue;
+  takeCalls();
   const std::string page = get(rig_.port(), "/metrics");
   for (const auto& [name, value] : model_.metrics()) {
     const std::string line = fmt::format("\npocket_terminal_{} {}\n", name, value);
@@ -271,19 +274,21 @@ std::string ClientCheck::findMetricsFault() {
 
 void ClientCheck::comparePages() {
   EXPECT_EQ(await([this] { return findMetricsFault(); }), "");
-  while (takeCall(std::chrono::milliseconds(0))) continue;
+  takeCalls();
   terminal::BootTime oldest{};
   for (const Call& call : calls_) oldest = std::max(oldest, rig_.time().bootTime() - call.time);
-  const bool isReady = model_.hasAgent && oldest <= std::chrono::seconds(10);
+  const bool isReady = model_.world.hasAgent && oldest <= std::chrono::seconds(10);
   for (const char* path : {"/health/ready", "/health"}) {
     EXPECT_THAT(get(rig_.port(), path), testing::StartsWith(isReady ? "HTTP/1.1 200 " : "HTTP/1.1 503 ")) << path;
   }
   EXPECT_THAT(get(rig_.port(), "/health/live"), testing::StartsWith("HTTP/1.1 200 "));
 }
 
+// Lines are written behind the answers that the first turn of the disk's thread waits for.
 void ClientCheck::compareAudit() {
-  const std::filesystem::path file = rig_.dataDir() / "audit.log";
-  EXPECT_EQ(await([&] { return findDifference(linesOf(file), model_.audit()); }), "");
+  rig_.settle();
+  rig_.settle();
+  EXPECT_EQ(findDifference(linesOf(rig_.dataDir() / "audit.log"), model_.audit.lines()), "");
 }
 
 }  // namespace orvane::test

@@ -16,7 +16,8 @@ namespace orvane::test {
 // did, for the trace of a failure.
 class ClientCheck {
  public:
-  GatewayModel& model() { return model_; }
+  model::World& world() { return model_.world; }
+  uint64_t lastPush() const { return model_.sessions.lastPush(); }
 
   // After the first token: learns the epoch.
   void start();
@@ -24,15 +25,21 @@ class ClientCheck {
 
   std::string connect(const std::string& address);
   std::string hangUp(int client);
-  std::string login(int client, const GatewayModel::Login& login);
-  std::string request(int client, const GatewayModel::Request& request);
-  void requestInCrowd(int client, const GatewayModel::Request& request);
+  std::string login(int client, const model::Login& login);
+  std::string request(int client, const model::Request& request);
+  void requestInCrowd(int client, const model::Request& request);
   std::string badFrame(int client, const std::string& text, const std::string& id, const std::string& topic,
                        const std::string& message);
-  void push(const std::string& topic, const std::string& data);
+  void push(const model::Reply& push);
+
+  // The gateway has done what it can do now: it waits for no file.
+  void settle() { rig_.settle(); }
+
+  // Notes which requests the library has got.
+  void takeCalls();
 
   // The library answers one of the first `spread` + 1 requests that it has. An empty topic is the request's own.
-  std::string answerOne(GatewayModel::Reply reply, size_t spread);
+  std::string answerOne(model::Reply reply, size_t spread);
   void answerAll();
   std::string setAgent(bool isThere);
 
@@ -62,7 +69,8 @@ class ClientCheck {
   void compare(int client);
   void reachAll();
   bool takeCall(std::chrono::milliseconds limit);
-  void answer(size_t index, GatewayModel::Reply reply);
+  void answer(size_t index, model::Reply reply);
+  void deliver(int64_t id, const model::Reply& reply);
   std::string findMetricsFault();
 
   GatewayRig rig_;

@@ -40,15 +40,15 @@ class RandomClients {
     return *std::next(std::begin(range), pick(0, static_cast<int64_t>(std::size(range)) - 1));
   }
   std::string nextId() { return chance(50) ? std::to_string(++lastId_) : fmt::format("\"i{}\"", ++lastId_); }
-  GatewayModel& model() { return check_.model(); }
+  model::World& world() { return check_.world(); }
 
   // Does one random thing to both and returns what.
   std::string step() {
     const int64_t what = pick(1, 1000);
-    if (model().clients.empty() || what <= 60) return connect();
+    if (world().clients.empty() || what <= 60) return connect();
     const int client =
-        std::next(model().clients.begin(), pick(0, static_cast<int64_t>(model().clients.size()) - 1))->first;
-    if (what <= 190 || (model().clients[client].token < 0 && what <= 600)) return login(client);
+        std::next(world().clients.begin(), pick(0, static_cast<int64_t>(world().clients.size()) - 1))->first;
+    if (what <= 190 || (world().clients[client].token < 0 && what <= 600)) return login(client);
     if (what <= 650) return request(client);
     if (what <= 680) return badFrame(client);
     if (what <= 800) return check_.answerOne(reply(), static_cast<size_t>(pick(0, 3)));
@@ -61,22 +61,24 @@ class RandomClients {
     if (what <= 988) return check_.restart();
     if (what <= 992) return crowd(client);
     if (what <= 994) return push(1100);
-    if (what <= 996) return guesses();
+    if (what <= 995) return guesses();
+    if (what <= 996) return heavyCrowd(client);
+    if (what <= 997) return crowdOfClients();
     return check_.sleep(3 * 24 * 3600);
   }
 
   std::string connect() {
-    if (model().clients.size() >= 12) return "nothing";
+    if (world().clients.size() >= 12) return "nothing";
     return check_.connect(fmt::format("127.0.0.{}", pick(1, 2)));
   }
 
   std::string login(int client) {
-    GatewayModel::Login frame{.id = nextId(), .token = oneOf(model().tokens).second.text, .device = {}, .resume = {}};
+    model::Login frame{.id = nextId(), .token = oneOf(world().tokens).second.text, .device = {}, .resume = {}};
     if (chance(20)) frame.token = "guess";
     if (chance(50)) frame.device = oneOf(std::array{"d1", "d2"});
     if (chance(50)) {
-      const auto last = static_cast<int64_t>(model().lastPush());
-      const std::string epoch = chance(80) ? model().epoch : "0123456789abcdef";
+      const auto last = static_cast<int64_t>(check_.lastPush());
+      const std::string epoch = chance(80) ? world().epoch : "0123456789abcdef";
       frame.resume = {
           epoch, static_cast<uint64_t>(chance(80) ? pick(std::max<int64_t>(last - 5, 0), last) : pick(0, last + 2))};
     }
@@ -84,8 +86,8 @@ class RandomClients {
   }
 
   std::string request(int client) {
-    const int token = model().clients[client].token;
-    GatewayModel::Request frame{
+    const int token = world().clients[client].token;
+    model::Request frame{
         .id = nextId(), .terminalType = chance(80) ? 8 : 24, .topic = {}, .data = {}, .key = {}, .bodyFault = {}};
     if (!sent_.empty() && chance(40)) {
       const auto& [sender, sent] = oneOf(sent_);  // the same once more, perhaps changed
@@ -99,7 +101,8 @@ class RandomClients {
       return check_.request(client, frame);
     }
     frame.topic = oneOf(std::array{"account.list", "order.list", "monitor.list", "no.such.topic", "order.cancel",
-                                   "order.new", "order.new", "quote.set", "monitor.manual.clean"});
+                                   "order.new", "order.new", "quote.set", "monitor.manual.clean",
+                                   "monitor.sync.order.new", "monitor.sync.order.new"});
     frame.data = bodyFor(frame.topic);
     if (chance(10)) refusedBody(frame);
     const bool isAction = frame.topic.find(".list") == std::string::npos && frame.topic != "no.such.topic";
@@ -109,18 +112,22 @@ class RandomClients {
     return check_.request(client, frame);
   }
 
+  static bool isListOfObjects(const std::string& topic) {
+    return topic == "order.cancel" || topic == "monitor.manual.clean" || topic == "monitor.sync.order.new";
+  }
+
   // New, so that each call of the library can be told from the others.
   std::string bodyFor(const std::string& topic) {
     const std::string space(chance(90) ? 0 : 1100, ' ');  // too long for the audit line of a refusal
     const std::string object = fmt::format(R"({{"orderList":[],"n":{}{}}})", space, ++lastId_);
-    return topic == "order.cancel" || topic == "monitor.manual.clean" ? "[" + object + "]" : object;
+    return isListOfObjects(topic) ? "[" + object + "]" : object;
   }
 
-  void refusedBody(GatewayModel::Request& frame) {
+  void refusedBody(model::Request& frame) {
     if (frame.topic == "order.new") {
       frame.data = "[]";
       frame.bodyFault = R"(data must be an object with the array "orderList", not an array)";
-    } else if (frame.topic == "order.cancel" || frame.topic == "monitor.manual.clean") {
+    } else if (isListOfObjects(frame.topic)) {
       frame.data = chance(50) ? fmt::format("[{{}},{}]", pick(1, 9)) : "[7]";
       frame.bodyFault = fmt::format("element {} of data must be an object, not a number", frame.data[1] == '{' ? 2 : 1);
     } else if (frame.topic != "quote.set") {
@@ -153,7 +160,7 @@ class RandomClients {
     return check_.badFrame(client, row.text, row.id, row.topic, row.message);
   }
 
-  GatewayModel::Reply reply() {
+  model::Reply reply() {
     const int64_t what = pick(1, 10);
     if (what <= 6) return {"", "", fmt::format("[{}]", ++lastId_), ""};
     if (what <= 8) return {"unknown.topic", "Data member not array", "", ""};
@@ -161,8 +168,14 @@ class RandomClients {
   }
 
   std::string push(int count) {
-    for (int i = 0; i < count; ++i)
-      check_.push(oneOf(std::array{"order.push", "trade.push"}), fmt::format("[{}]", ++lastId_));
+    for (int i = 0; i < count; ++i) {
+      const std::string text = fmt::format("[{}]", ++lastId_);
+      if (chance(40)) {
+        check_.push({"terminal.notice", text, "", ""});
+      } else {
+        check_.push({oneOf(std::array{"order.push", "trade.push"}), "", text, ""});
+      }
+    }
     return fmt::format("{} pushes", count);
   }
 
@@ -177,14 +190,14 @@ class RandomClients {
   // two ends at the same second comes first is left open.
   std::string tokens() {
     check_.wait(1);
-    if (chance(40) || model().tokens.size() < 3) return check_.addToken(static_cast<int>(pick(0, 7)));
-    const int token = static_cast<int>(pick(1, static_cast<int64_t>(model().tokens.size()) - 1));
+    if (chance(40) || world().tokens.size() < 3) return check_.addToken(static_cast<int>(pick(0, 7)));
+    const int token = static_cast<int>(pick(1, static_cast<int64_t>(world().tokens.size()) - 1));
     return chance(50) ? check_.revoke(token) : check_.expire(token, pick(1, 5));
   }
 
   std::string changeAgent() {
     check_.answerAll();
-    return check_.setAgent(!model().hasAgent);
+    return check_.setAgent(!world().hasAgent);
   }
 
   std::string pages() {
@@ -199,25 +212,53 @@ class RandomClients {
     std::string what;
     for (int i = 0; i < 11; ++i) {
       what += check_.connect("127.0.0.3") + ", ";
-      check_.login(model().clients.rbegin()->first, {.id = nextId(), .token = "guess", .device = {}, .resume = {}});
+      check_.login(world().clients.rbegin()->first, {.id = nextId(), .token = "guess", .device = {}, .resume = {}});
     }
     return what;
   }
 
   // More requests than may wait.
   std::string crowd(int client) {
+    check_.settle();  // frames that are held for a login are fewer
     const int64_t count = chance(50) ? 1030 : 2100;
-    for (int64_t i = 0; i < count; ++i) {
-      check_.requestInCrowd(
-          client,
-          {.id = nextId(), .topic = "account.list", .data = bodyFor("account.list"), .key = {}, .bodyFault = {}});
-    }
+    for (int64_t i = 0; i < count; ++i) check_.requestInCrowd(client, listRequest(bodyFor("account.list")));
     return fmt::format("{} requests of client {}", count, client);
+  }
+
+  // More bytes of requests than may wait.
+  std::string heavyCrowd(int client) {
+    check_.settle();
+    check_.answerAll();
+    for (int i = 0; i < 40; ++i) {
+      check_.request(client, listRequest(fmt::format("[{}{}]", ++lastId_, std::string(250'000, ' '))));
+      check_.takeCalls();
+    }
+    return fmt::format("40 long requests of client {}", client);
+  }
+
+  model::Request listRequest(std::string data) {
+    return {.id = nextId(), .topic = "account.list", .data = std::move(data), .key = {}, .bodyFault = {}};
+  }
+
+  // More clients than one token may have.
+  std::string crowdOfClients() {
+    const std::string token = oneOf(world().tokens).second.text;
+    std::vector<int> clients;
+    for (int i = 0; i < 87; ++i) {
+      check_.connect("127.0.0.4");
+      clients.push_back(world().clients.rbegin()->first);
+      check_.login(clients.back(), {.id = nextId(), .token = token, .device = {}, .resume = {}});
+      check_.compare();
+    }
+    for (const int client : clients) {
+      if (world().isOpen(client)) check_.hangUp(client);
+    }
+    return "87 clients of one token";
   }
 
   std::mt19937 random_;
   ClientCheck check_;
-  std::deque<std::pair<int, GatewayModel::Request>> sent_;  // with a key, by token
+  std::deque<std::pair<int, model::Request>> sent_;  // with a key, by token
   int64_t lastId_ = 100;
 };
 

@@ -3,12 +3,12 @@
 #include <string>
 #include <vector>
 
-#include "tests/gateway/gatewaymodel.h"
+#include "tests/gateway/model/world.h"
 
-namespace orvane::test {
+namespace orvane::test::model {
 
 // The right that a topic needs.
-GatewayModel::Right rightFor(const std::string& topic);
+Right rightFor(const std::string& topic);
 bool isAction(const std::string& topic);
 
 std::vector<std::string> namesOf(int rights);
@@ -21,7 +21,7 @@ std::string quoted(const std::string& text);
 std::string orNull(const std::string& json);
 
 // A frame of the gateway. `head` is "id" or "seq" with its value.
-std::string frame(const std::string& head, const GatewayModel::Reply& reply);
-std::string answer(const std::string& id, const GatewayModel::Reply& reply);
+std::string frame(const std::string& head, const Reply& reply);
+std::string answer(const std::string& id, const Reply& reply);
 
-}  // namespace orvane::test
+}  // namespace orvane::test::model

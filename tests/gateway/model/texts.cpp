@@ -1,4 +1,4 @@
-#include "tests/gateway/modeltexts.h"
+#include "tests/gateway/model/texts.h"
 
 #include <array>
 #include <map>
@@ -6,13 +6,13 @@
 
 #include <fmt/format.h>
 
-namespace orvane::test {
+namespace orvane::test::model {
 namespace {
 
-const std::map<std::string, GatewayModel::Right> kActions{
-    {"order.cancel", GatewayModel::kCancel},          {"order.new", GatewayModel::kTrade},
-    {"monitor.sync.order.new", GatewayModel::kTrade}, {"monitor.manual.update", GatewayModel::kTrade},
-    {"monitor.manual.clean", GatewayModel::kTrade},   {"quote.set", GatewayModel::kTrade},
+const std::map<std::string, Right> kActions{
+    {"order.cancel", kCancel},          {"order.new", kTrade},
+    {"monitor.sync.order.new", kTrade}, {"monitor.manual.update", kTrade},
+    {"monitor.manual.clean", kTrade},   {"quote.set", kTrade},
 };
 
 // Of the topics that the test uses, those without an action.
@@ -20,16 +20,16 @@ const std::set<std::string> kLists{"account.list", "capital.list", "order.list",
 
 }  // namespace
 
-GatewayModel::Right rightFor(const std::string& topic) {
+Right rightFor(const std::string& topic) {
   const auto found = kActions.find(topic);
-  return found == kActions.end() ? GatewayModel::kSee : found->second;
+  return found == kActions.end() ? kSee : found->second;
 }
 
 std::string label(const std::string& topic) {
   return fmt::format("{{topic=\"{}\"}}", kActions.contains(topic) || kLists.contains(topic) ? topic : "other");
 }
 
-bool isAction(const std::string& topic) { return rightFor(topic) != GatewayModel::kSee; }
+bool isAction(const std::string& topic) { return rightFor(topic) != kSee; }
 
 std::vector<std::string> namesOf(int rights) {
   std::vector<std::string> names;
@@ -51,11 +51,11 @@ std::string quoted(const std::string& text) {
 
 std::string orNull(const std::string& json) { return json.empty() ? "null" : json; }
 
-std::string frame(const std::string& head, const GatewayModel::Reply& reply) {
+std::string frame(const std::string& head, const Reply& reply) {
   return fmt::format(R"({{{},"topic":{},"message":{},"data":{}{}}})", head, quoted(reply.topic), quoted(reply.message),
                      orNull(reply.data), reply.text.empty() ? "" : ",\"text\":" + quoted(reply.text));
 }
 
-std::string answer(const std::string& id, const GatewayModel::Reply& reply) { return frame("\"id\":" + id, reply); }
+std::string answer(const std::string& id, const Reply& reply) { return frame("\"id\":" + id, reply); }
 
-}  // namespace orvane::test
+}  // namespace orvane::test::model
