@@ -75,6 +75,18 @@ TEST_F(PhonesTest, ReplacesTheOlderSessionOfADevice) {
   EXPECT_FALSE(other->isClosing() || newer->isClosing());
 }
 
+TEST_F(PhonesTest, LimitsTheConnectionsOfAToken) {
+  const auto other = login(addToken("other", "see"));
+  std::vector<SessionPtr> sessions;
+  while (sessions.size() < 85) sessions.push_back(login(token_));
+  EXPECT_TRUE(sessions.back()->isAdmitted);
+  const auto oneMore = login(token_);
+  EXPECT_THAT(oneMore->sent, ElementsAre(HasSubstr("85 connections with this token are open already")));
+  EXPECT_EQ(oneMore->closeCode(), CloseCode::TooMany);
+  hangUp(sessions.front());
+  EXPECT_TRUE(login(token_)->isAdmitted);
+}
+
 TEST_F(PhonesTest, ResumesAfterTheLastPushThatWasSeen) {
   const auto first = login(token_);
   const std::string epoch = first->sent[0].substr(first->sent[0].find("epoch") + 8, 16);

@@ -248,6 +248,15 @@ TEST_F(StoreTest, HoldsFramesWhileTheTokensAreRead) {
   settle();
   EXPECT_THAT(session->sent, ElementsAre(HasSubstr(R"("name":"new")")));
   EXPECT_THAT(agent_->requests, SizeIs(1));
+
+  for (const auto& [frames, bytes, isKept] :
+       {std::tuple(256, 1, true), {257, 1, false}, {4, 64 * 1024, true}, {4, 64 * 1024 + 1, false}}) {
+    const auto busy = connect();
+    phones_.onFrame(*busy, R"({"id":1,"topic":"login","token":"guess"})");
+    for (int i = 0; i < frames; ++i) phones_.onFrame(*busy, std::string(static_cast<size_t>(bytes), ' '));
+    EXPECT_EQ(busy->closeCode() == CloseCode::TooMany, !isKept) << frames << " frames of " << bytes;
+    settle();
+  }
 }
 
 TEST_F(StoreTest, SendsNoticesToATraderThatMayHaveCausedThem) {

@@ -8,6 +8,8 @@
 namespace orvane::test {
 namespace {
 
+using testing::AnyOf;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -105,18 +107,23 @@ TEST_F(HostileTest, HalfOpenConnections) {
   expectUnharmed();
 }
 
-// Many orders at once, which the client does not wait for.
+// Many orders at once, which the client does not wait for: each is answered, unless the client is closed for the crowd.
 TEST_F(HostileTest, Flood) {
+  constexpr size_t kOrders = 3000;
   const std::string order = frame(
       R"({"topic":"order.new","data":{"orderList":[{"index":1,"hashCode":1000001,"side":1,"combOffset":1,"offset":0,)"
       R"("priceType":1,"price":3300,"volume":1,"insertTimestamp":1,"source":"x"}]}})");
   std::string requests;
-  for (int i = 0; i < 20000; ++i) requests += order;
+  for (size_t i = 0; i < kOrders; ++i) requests += order;
   RawSocket phone = openWebSocket(port_);
   phone << login();
   phone.readUntil("\"resumed\":false}}");
-  const std::string answers = (phone << requests).readToEnd();
-  EXPECT_THAT(answers, HasSubstr(R"("topic":"order.new","message":"","data":null)"));
+  const std::string end = "\"data\":null}";
+  phone << requests;
+  size_t answered = 0;
+  std::string text = end;
+  for (; answered < kOrders && text.ends_with(end); ++answered) text = phone.readUntil(end);
+  EXPECT_THAT(text, AnyOf(EndsWith(end), HasSubstr(bigEndian(4429, 2) + "too many requests wait for their reply")));
   expectUnharmed();
 }
 

@@ -12,6 +12,7 @@ class RawSocket {
  public:
   explicit RawSocket(uint16_t port) {
     stream_.expires_after(std::chrono::seconds(30));
+    stream_.expires_after(std::chrono::seconds(90));  // the socket's life, so that no read waits for ever
     stream_.connect("127.0.0.1", std::to_string(port));
   }
 

@@ -96,9 +96,7 @@ void Sessions::push(const Reply& push) {
   ++world_.counts["pushes_total"];
   pushes_.push_back(frame(fmt::format("\"seq\":{}", lastPush() + 1), push));
   for (auto& [number, client] : world_.clients) {
-    if (world_.isOpen(number) && client.token >= 0 && hears(client, push.topic)) {
-      client.inbox.push_back(pushes_.back());
-    }
+    if (world_.isOpen(number) && client.token >= 0 && hears(client, push.topic)) client.inbox.push_back(pushes_.back());
   }
 }
 
