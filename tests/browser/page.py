@@ -154,7 +154,7 @@ class PageTest(unittest.TestCase):
         severe = [entry["message"] for entry in self.browser.get_log("browser") if "ERR_CONNECTION" not in
                   entry["message"] and "WebSocket connection" not in entry["message"]]
         self.run_js("localStorage.removeItem('drafts'); localStorage.removeItem('test-rights');"
-                    "localStorage.removeItem('outgoing'); localStorage.setItem('seenFills', Date.now())")
+                    "localStorage.removeItem('outgoing'); localStorage.removeItem('seenFills')")
         self.assertEqual([], severe)
 
 

@@ -88,9 +88,39 @@ test("what comes while the page is hidden is kept until it is seen", async () =>
   assert.equal(terminal.store.notices.newFills, 0);
 });
 
+test("a page that notifies keeps its connection while hidden, and asks for what was missed", async () => {
+  for (const notifies of [false, true]) {
+    const terminal = new FakeTerminal();
+    await terminal.logIn();
+    let notified = "";
+    terminal.store.subscribe(() => undefined, (_, fill) => (notified = fill));
+    terminal.store.prefer({ notifies });
+    terminal.platform.seen = false;
+    terminal.isMute = true;
+    for (let second = 0; second < 40; ++second) await terminal.pass(1000);
+    assert.equal(terminal.platform.sockets.length > 1, notifies);
+    terminal.isMute = false;
+    terminal.rows["trader.list"] = [fill()]; // the terminal was restarted: no push follows
+    if (notifies) await terminal.open({ epoch: "other" });
+    assert.equal(notified, notifies ? "1:f1" : "");
+    const lists = terminal.platform.socket.sent.map((frame) => frame.topic).filter((topic) => topic.endsWith(".list"));
+    if (notifies) assert.deepEqual(lists, ["trader.list"]);
+  }
+});
+
+test("a fill of another day is another fill, whatever its number", async () => {
+  const terminal = new FakeTerminal({ seenFills: '["1:f1@10"]' });
+  terminal.rows["trader.list"] = [fill()];
+  await terminal.logIn();
+  terminal.rows["trader.list"] = [fill({ exchTimestamp: 86_400_010 })];
+  terminal.store.refresh("fills");
+  await terminal.answer();
+  assert.deepEqual([terminal.store.notices.newFills, terminal.store.notices.list.length], [1, 1]);
+});
+
 test("fills of a time when the page was closed are new; those before the first visit are not", async () => {
-  const terminal = new FakeTerminal({ seenFills: "10" });
-  terminal.rows["trader.list"] = [fill(), fill({ fillId: "f2", exchTimestamp: 20 })];
+  const terminal = new FakeTerminal({ seenFills: '["1:f1@10"]' });
+  terminal.rows["trader.list"] = [fill(), fill({ fillId: "f2", exchTimestamp: 9 })]; // of an exchange whose clock is late
   await terminal.logIn();
   assert.deepEqual([terminal.store.notices.newFills, terminal.store.notices.list[0]?.fill], [1, "1:f2"]);
   const first = new FakeTerminal();

@@ -32,6 +32,7 @@ export interface ConnectionEvents {
 }
 
 const kQuietMs = 1500; // nothing has come for so long: ask for a sign of life
+const kHiddenQuietMs = 15_000; // the same while the page is hidden: each one costs a phone's battery
 const kStaleMs = 5000; // the terminal does not answer
 const kSilenceMs = 10_000; // the peer is gone, whatever the socket believes
 const kConnectMs = 10_000;
@@ -108,14 +109,15 @@ export class Connection {
     return this.waiting.size > 0 && now - this.heardAt > kStaleMs;
   }
 
-  // To be called at least once a second while the page is seen.
+  // To be called at least once a second while the page is seen, and now and then while it is hidden.
   check(now: number): void {
     const silence = now - this.heardAt;
     if (this.state === "connecting" && silence > kConnectMs) return this.onGone(0, "");
     if (this.state !== "online") return;
     if (this.waiting.size > 0 && silence > kSilenceMs) return this.onGone(0, "");
     const isProbed = [...this.waiting.values()].some(({ topic }) => topic === kProbe);
-    if (silence > kQuietMs && !isProbed) void this.request(kProbe, undefined);
+    const quiet = this.platform.isSeen() ? kQuietMs : kHiddenQuietMs;
+    if (silence > quiet && !isProbed) void this.request(kProbe, undefined);
   }
 
   private setState(state: LinkState): void {

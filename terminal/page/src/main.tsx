@@ -35,4 +35,4 @@ addEventListener("online", comeBack);
 addEventListener("offline", () => store.connection.lose());
 addEventListener("scroll", () => store.asker.scrolled(), { passive: true });
 document.addEventListener("visibilitychange", comeBack);
-setInterval(() => store.platform.isSeen() && store.tick(), kTickMs);
+setInterval(() => store.tick(), kTickMs);

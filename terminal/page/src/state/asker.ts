@@ -15,7 +15,7 @@ export interface Pair {
 }
 
 export interface AskerEvents {
-  wanted(): Map<ListName, number>; // the lists in sight, and how often each is requested
+  wanted(): Map<ListName, number>; // the lists in sight, and how often each is requested; Infinity: only when due
   pair(): Pair | null; // whose rates are wanted
   before(name: ListName): () => void; // called as a list is requested; what it returns, once the rows are there
   changed(): void;
@@ -98,7 +98,7 @@ export class Asker {
   }
 
   askDue(): void {
-    if (this.connection.state !== "online" || !this.platform.isSeen() || this.isScrolling()) return;
+    if (this.connection.state !== "online" || this.isScrolling()) return;
     const now = this.platform.clock();
     for (const [name, every] of this.events.wanted()) {
       const list = this.lists[name];

@@ -15,6 +15,17 @@ const kShownMs = 5000;
 const kBurstMs = 2000;
 const kMost = 20;
 
+// An exchange may count its fills anew each day. Times alone would not do: the clocks of exchanges differ.
+const markOf = (fill: Fill): string => `${fillName(fill)}@${fill.exchTimestamp}`;
+
+function readSeen(text: string): Set<string> | null {
+  try {
+    return new Set(JSON.parse(text) as string[]);
+  } catch {
+    return null; // nothing is stored
+  }
+}
+
 // Notices to the user, shown one at a time. Their time runs only while the page is seen, so those that come while it is
 // hidden are kept until then. Fills count as new until the view of orders has been open.
 export class Notices {
@@ -22,15 +33,16 @@ export class Notices {
   newFills = 0;
   private lastId = 0;
   private lastFillAt = 0;
-  private told = new Set<string>(); // names of the fills that were listed or pushed
+  private told = new Set<string>(); // marks of the fills that were listed or pushed
   private hasList = false;
-  private seenTime: number; // of the newest fill that has been seen
+  private seen: Set<string> | null; // marks of the day's fills that have been seen; null on a new device
+  private seenRows: Fill[] | null = null; // those of `seen`
 
   constructor(
     private readonly platform: Platform,
-    private readonly onNewFill: (text: string) => void,
+    private readonly onNewFill: (text: string, fill: string) => void,
   ) {
-    this.seenTime = Number(platform.recall("seenFills") || "-1");
+    this.seen = readSeen(platform.recall("seenFills"));
   }
 
   tell(text: string, isError = false): void {
@@ -46,7 +58,8 @@ export class Notices {
     this.told.clear();
     this.hasList = false;
     this.newFills = 0;
-    this.seenTime = -1;
+    this.seen = null;
+    this.seenRows = null;
     this.platform.remember("seenFills", "");
   }
 
@@ -60,9 +73,9 @@ export class Notices {
 
   // A list of all fills. The new ones get notices.
   seeList(all: Fill[], describe: (fill: Fill) => string): void {
-    if (this.seenTime < 0) this.setSeen(all); // a new device knows nothing of what it has missed
+    if (this.seen === null) this.setSeen(all); // a new device knows nothing of what it has missed
     this.tellFills(all.filter((fill) => this.hasList || this.isUnseen(fill)), describe);
-    for (const fill of all) this.told.add(fillName(fill));
+    for (const fill of all) this.told.add(markOf(fill));
     this.hasList = true;
     this.count(all);
   }
@@ -81,25 +94,25 @@ export class Notices {
   }
 
   private count(all: Fill[]): void {
-    this.newFills = this.seenTime < 0 ? 0 : all.filter((fill) => this.isUnseen(fill)).length;
+    this.newFills = this.seen === null ? 0 : all.filter((fill) => this.isUnseen(fill)).length;
   }
 
   private tellFills(fills: Fill[], describe: (fill: Fill) => string): void {
     for (const fill of fills) {
-      if (!this.told.has(fillName(fill))) this.addFill(fillName(fill), describe(fill));
-      this.told.add(fillName(fill));
+      if (!this.told.has(markOf(fill))) this.addFill(fillName(fill), describe(fill));
+      this.told.add(markOf(fill));
     }
   }
 
   private isUnseen(fill: Fill): boolean {
-    return fill.exchTimestamp > this.seenTime;
+    return !this.seen?.has(markOf(fill));
   }
 
   private setSeen(all: Fill[]): void {
-    const newest = all.reduce((most, fill) => Math.max(most, fill.exchTimestamp), Math.max(0, this.seenTime));
-    if (newest === this.seenTime) return;
-    this.seenTime = newest;
-    this.platform.remember("seenFills", String(newest));
+    if (this.seenRows === all) return;
+    this.seenRows = all;
+    this.seen = new Set(all.map(markOf));
+    this.platform.remember("seenFills", JSON.stringify([...this.seen]));
   }
 
   // Fills of one burst share a notice.
@@ -110,7 +123,7 @@ export class Notices {
     this.lastFillAt = now;
     if (isBurst) Object.assign(last, { text, fill: name, count: last.count + 1, seenAt: 0 });
     else this.add("fill", text, name);
-    this.onNewFill(text);
+    this.onNewFill(text, name);
   }
 
   // Newest first: it is what is shown.

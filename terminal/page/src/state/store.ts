@@ -46,14 +46,16 @@ export class Store {
   readonly notices: Notices;
   readonly drafts: Drafts;
   private changed: () => void = () => undefined;
-  private notify: (text: string) => void = () => undefined;
+  private notify: (text: string, fill: string) => void = () => undefined;
 
   constructor(readonly platform: Platform) {
     this.now = platform.clock();
     this.token = platform.recall("token");
     this.prefs = readPrefs(platform);
     this.drafts = new Drafts(platform);
-    this.notices = new Notices(platform, (text) => this.prefs.notifies && !platform.isSeen() && this.notify(text));
+    this.notices = new Notices(platform, (text, fill) => {
+      if (this.prefs.notifies && !platform.isSeen()) this.notify(text, fill);
+    });
     this.connection = new Connection(platform, {
       onState: () => this.update(),
       onLogin: (login) => this.onLogin(login),
@@ -77,7 +79,7 @@ export class Store {
     });
   }
 
-  subscribe(changed: () => void, notify: (text: string) => void): void {
+  subscribe(changed: () => void, notify: (text: string, fill: string) => void): void {
     this.changed = changed;
     this.notify = notify;
   }
@@ -161,8 +163,8 @@ export class Store {
     const isRowNew = isRow(place.sheet) && !isRow(this.place.sheet);
     this.place = place;
     if (isTicketNew && this.drafts.current?.hashCode === 0) this.drafts.drop(this.drafts.index);
-    if (isTicketNew) this.asker.makeDue(["quotes", "capital"]);
-    if (isTicketNew || isRowNew) this.asker.makeDue(["positions"]);
+    if (isTicketNew) this.asker.makeDue(["capital"]);
+    if (isTicketNew || isRowNew) this.asker.makeDue(["positions", "quotes"]);
     this.seeOrders();
     if (isTicketNew) this.asker.pairChanged();
     else this.asker.askDue();
@@ -188,10 +190,13 @@ export class Store {
     this.update();
   }
 
-  // At least once a second while the page is seen, and as soon as it is seen again.
+  // At least once a second while the page is seen, and as soon as it is seen again. While it is hidden a lost connection
+  // matters only if fills are to be notified of.
   tick(): void {
     const now = this.platform.clock();
-    this.connection.check(now);
+    const isSeen = this.platform.isSeen();
+    if (isSeen || this.prefs.notifies) this.connection.check(now);
+    if (!isSeen) return;
     this.desk.age();
     this.notices.age(now);
     this.seeOrders();
@@ -235,6 +240,7 @@ export class Store {
   private wanted(): Map<ListName, number> {
     const wanted = new Map<ListName, number>();
     if (!this.may("see")) return wanted;
+    if (!this.platform.isSeen()) return this.prefs.notifies ? wanted.set("fills", Infinity) : wanted;
     for (const name of ["accounts", "quotes", "fills", ...kRoutes[this.place.route].lists] as ListName[]) {
       wanted.set(name, kAsking[name].every);
     }
@@ -250,7 +256,8 @@ export class Store {
 
   private pair(): Pair | null {
     const draft = this.drafts.current;
-    return draft === undefined || draft.hashCode === 0 || !isTicket(this.place.sheet) ? null : draft;
+    const isOpen = isTicket(this.place.sheet) && this.platform.isSeen();
+    return draft === undefined || draft.hashCode === 0 || !isOpen ? null : draft;
   }
 
   private before(name: ListName): () => void {
