@@ -144,6 +144,12 @@ class BreakTest(PageTest):
         self.browser.back()
         self.assertEqual("4508", self.see("#price").get_attribute("value"))
 
+    def test_a_fill_is_told_though_the_dialog_of_the_address_is_gone(self):
+        self.go("positions+row=1:42")  # of a row that is not there
+        self.see("[data-list=positions] .row")
+        self.fillAt(self.place(2))
+        self.see(".top button.notice-text", "Buy to open 白糖701 2")
+
     def test_what_comes_while_hidden_is_kept_with_a_badge(self):
         self.go("orders/fills")
         self.see(".row")

@@ -53,6 +53,11 @@ const checkText = (element, text) => {
     if (rect.right > Math.min(right, innerWidth) + 1 || rect.left < Math.max(left, 0) - 1) return say("cut", element);
     if (!scrolls && (rect.bottom > bottom + 2 || rect.top < top - 2)) return say("cut below", element);
   }
+  for (const { index, 0: number } of text.data.matchAll(/\d[\d,.]*/g)) {
+    range.setStart(text, index);
+    range.setEnd(text, index + number.length);
+    if (range.getClientRects().length > 1) return say(`${number} in two lines`, element);
+  }
 };
 const widthOf = (input) => {
   const style = getComputedStyle(input);

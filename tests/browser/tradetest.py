@@ -1,6 +1,8 @@
 #!/usr/bin/python3
 """Orders from the ticket to the terminal. Usage: tradetest.py POCKET_TERMINAL"""
 
+from selenium.webdriver.common.keys import Keys
+
 from page import PageTest, main, number
 from terminal import resize
 
@@ -144,6 +146,18 @@ class TradeTest(PageTest):
                 self.browser.back()
                 self.gone("dialog")
                 self.assertEqual([], self.frames("order.new"))
+
+    def test_the_share_that_asks_twice_is_never_set_by_half_a_number(self):
+        def share():
+            return self.run_js("return JSON.parse(localStorage.getItem('prefs') ?? '{}').share ?? 25")
+        self.go("settings")
+        field = self.see("#share")
+        for text, kept in (("", 25), ("400", 40), ("x", 40), ("5", 5), ("25", 25)):
+            field.send_keys(Keys.CONTROL, "a")
+            field.send_keys(text or Keys.DELETE)
+            self.assertEqual(kept, share(), text)
+            self.assertEqual(text, field.get_attribute("value"))
+            self.assertEqual(text in ("5", "25"), field.get_attribute("aria-invalid") is None)
 
     def test_a_ticket_survives_backdrop_reload_account_and_back(self):
         def shown():

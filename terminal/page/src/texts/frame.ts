@@ -67,6 +67,7 @@ export const kFrameTexts = {
   ],
   share: ["大额委托提醒（占权益 %）", "Ask twice above this share of equity (%)"],
   shareHint: ["单笔委托占用资金超过此比例时，须再次确认。", "An order that takes a larger share needs a second tap."],
+  badShare: ["应为 1 至 100 的整数，仍按 {0}% 提醒。", "Must be a whole number from 1 to 100. It is still {0} %."],
   notify: ["成交通知", "Notify me of fills"],
   notifyHint: ["本页在后台运行时，由系统提示成交。", "While this page runs in the background, the system shows each fill."],
   notifyOn: ["已开启，点按关闭", "On. Tap to turn off"],

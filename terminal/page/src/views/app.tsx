@@ -131,7 +131,9 @@ function SubTabs() {
   );
 }
 
-export class App extends Component<{}, {}> {
+export class App extends Component<{}, { isCovered: boolean }> {
+  state = { isCovered: false }; // by a dialog, which shows the notices itself
+
   componentDidMount() {
     store.subscribe(() => this.setState({}), showFill);
     this.componentDidUpdate();
@@ -142,6 +144,9 @@ export class App extends Component<{}, {}> {
     document.title = `${newFills > 0 ? `(${newFills}) ` : ""}${t(sectionOf(store.place.route))} · pocket-terminal`;
     document.documentElement.lang = currentLanguage() === "zh" ? "zh-CN" : "en";
     document.documentElement.dataset.rise = store.prefs.rise;
+    // The address may name a dialog whose row is gone.
+    const isCovered = document.querySelector("dialog") !== null;
+    if (isCovered !== this.state.isCovered) this.setState({ isCovered });
   }
 
   render() {
@@ -153,7 +158,7 @@ export class App extends Component<{}, {}> {
         <a class="skip" href="#content">
           {t("skip")}
         </a>
-        <Header hasNotices={sheet === ""} />
+        <Header hasNotices={!this.state.isCovered} />
         <Navigation />
         <main id="content" tabIndex={-1}>
           <Banner />

@@ -121,21 +121,23 @@ export function Stepper(props: StepperProps) {
     <div class="field">
       <div class="stepper">
         {props.caption ?? <span aria-hidden="true">{label}</span>}
-        {step("less", -1, "−")}
-        <input
-          id={id}
-          class="num"
-          inputMode={props.mode}
-          autocomplete="off"
-          aria-label={label}
-          aria-invalid={failure === "" ? null : "true"}
-          aria-describedby={failure === "" ? null : `${id}-failure`}
-          disabled={isDisabled}
-          value={props.value}
-          onInput={(event: Event) => props.onChange((event.target as HTMLInputElement).value)}
-          onKeyDown={onKey}
-        />
-        {step("more", 1, "+")}
+        <span class="steps">
+          {step("less", -1, "−")}
+          <input
+            id={id}
+            class="num"
+            inputMode={props.mode}
+            autocomplete="off"
+            aria-label={label}
+            aria-invalid={failure === "" ? null : "true"}
+            aria-describedby={failure === "" ? null : `${id}-failure`}
+            disabled={isDisabled}
+            value={props.value}
+            onInput={(event: Event) => props.onChange((event.target as HTMLInputElement).value)}
+            onKeyDown={onKey}
+          />
+          {step("more", 1, "+")}
+        </span>
       </div>
       {props.children}
       <FieldFailure id={id} text={failure} />

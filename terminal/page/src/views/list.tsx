@@ -113,31 +113,31 @@ export class List<Row extends OfAccount> extends Component<Props<Row>, {}> {
 
   private headings() {
     const { sort } = this;
+    const cells = this.props.columns.map((column) => {
+      const isBy = sort.by === column.name;
+      const order = isBy ? (sort.isDown ? "descending" : "ascending") : "none";
+      return (
+        <span key={column.name} role="columnheader" aria-sort={order} class={column.isNumber ? "cell number" : "cell"}>
+          {column.value === undefined ? (
+            t(column.name)
+          ) : (
+            <button onClick={() => this.sortBy(column.name)}>
+              {t(column.name)}
+              <i aria-hidden="true">{isBy ? (sort.isDown ? " ↓" : " ↑") : ""}</i>
+            </button>
+          )}
+        </span>
+      );
+    });
     return (
       <div class={this.props.actions === undefined ? "headings" : "headings acting"} role="row">
-        <span class={this.props.wrap === undefined ? "row-main" : "row-main check"}>
-          {this.props.columns.map((column) => {
-            const isBy = sort.by === column.name;
-            const order = isBy ? (sort.isDown ? "descending" : "ascending") : "none";
-            return (
-              <span
-                key={column.name}
-                role="columnheader"
-                aria-sort={order}
-                class={column.isNumber ? "cell number" : "cell"}
-              >
-                {column.value === undefined ? (
-                  t(column.name)
-                ) : (
-                  <button onClick={() => this.sortBy(column.name)}>
-                    {t(column.name)}
-                    <i aria-hidden="true">{isBy ? (sort.isDown ? " ↓" : " ↑") : ""}</i>
-                  </button>
-                )}
-              </span>
-            );
-          })}
-        </span>
+        {this.props.wrap === undefined ? (
+          <span class="row-main">{cells}</span>
+        ) : (
+          <span class="row-main check">
+            <span class="row-text">{cells}</span>
+          </span>
+        )}
       </div>
     );
   }

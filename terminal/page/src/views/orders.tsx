@@ -32,7 +32,7 @@ function card(row: Order) {
       </span>
       <small class="num">{timeOfDay(row.srcTimestamp)}</small>
     </span>,
-    row.status === Status.Refused ? <small class="reason">{explained(row.note)}</small> : null,
+    row.status === Status.Refused ? <small class="note reason">{explained(row.note)}</small> : null,
   ];
 }
 
@@ -70,7 +70,7 @@ const kColumns: readonly Column<Order>[] = [
   },
   {
     name: "note",
-    cell: (row) => <small class={row.status === Status.Refused ? "reason" : ""}>{explained(row.note)}</small>,
+    cell: (row) => <small class={row.status === Status.Refused ? "note reason" : "note"}>{explained(row.note)}</small>,
     share: 2,
   },
 ];
@@ -195,7 +195,7 @@ export class Orders extends Component<{}, { only: number }> {
         tools={this.tools(working)}
       >
         {open === undefined ? null : <Details row={open} onCancel={this.cancel} />}
-        {sheet === "cancelall" ? <CancelAll working={working} /> : null}
+        {sheet === "cancelall" && store.lists.orders.at > 0 ? <CancelAll working={working} /> : null}
       </List>
     );
   }

@@ -69,35 +69,35 @@ function card(row: Position) {
 }
 
 const kColumns: readonly Column<Position>[] = [
-  { name: "instrument", value: (row) => nameOf(row, quoteOf(row)), cell: (row) => <CodeName row={row} />, share: 1.3 },
-  { name: "account", cell: (row) => row.userCode, share: 1.15 },
+  { name: "instrument", value: (row) => nameOf(row, quoteOf(row)), cell: (row) => <CodeName row={row} />, share: 1.65 },
+  { name: "account", cell: (row) => row.userCode, share: 1.1 },
   { name: "held", cell: (row) => legsOf(row).map((name) => <Leg key={name} row={row} name={name} />), share: 1.95 },
   {
     name: "last",
     cell: (row) => <span class="num">{priceText(row.currentPrice, quoteOf(row))}</span>,
     isNumber: true,
-    share: 0.75,
+    share: 0.85,
   },
   {
     name: "floating",
     value: (row) => row.floatPorfit,
     cell: (row) => <Gain value={row.floatPorfit} />,
     isNumber: true,
-    share: 1.65,
+    share: 1.5,
   },
   {
     name: "today",
     value: (row) => row.todayPorfit,
     cell: (row) => <Gain value={row.todayPorfit} />,
     isNumber: true,
-    share: 1.65,
+    share: 1.5,
   },
   {
     name: "size",
     value: (row) => row.totalMarketValue,
     cell: (row) => <span class="num">{whole(row.totalMarketValue)}</span>,
     isNumber: true,
-    share: 1.45,
+    share: 1.35,
   },
 ];
 

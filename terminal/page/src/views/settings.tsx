@@ -1,6 +1,7 @@
-import { h } from "preact";
+import { Component, h } from "preact";
 import { store } from "../app";
 import { currentLanguage, Language, t, TextName } from "../texts/texts";
+import { isCount, moved, readNumber } from "../ticket/numbers";
 import { Choices, Stepper } from "./controls";
 import { allowSystemNotices } from "./systemnotices";
 
@@ -30,18 +31,29 @@ async function switchNotices(): Promise<void> {
   else store.tell(t("notifyDenied"), true);
 }
 
-function Share() {
-  const set = (share: number) => store.prefer({ share: Math.min(100, Math.max(1, Math.round(share) || 1)) });
-  return (
-    <Stepper
-      id="share"
-      label={t("share")}
-      mode="numeric"
-      value={String(store.prefs.share)}
-      onChange={(text) => set(Number(text))}
-      onStep={(steps) => set(store.prefs.share + 5 * steps)}
-    />
-  );
+class Share extends Component<{}, { typed: string }> {
+  state = { typed: String(store.prefs.share) };
+
+  // The last share that can be one stays while another is typed.
+  private type(typed: string) {
+    this.setState({ typed });
+    if (isCount(typed, 1, 100)) store.prefer({ share: readNumber(typed) });
+  }
+
+  render() {
+    const { typed } = this.state;
+    return (
+      <Stepper
+        id="share"
+        label={t("share")}
+        mode="numeric"
+        value={typed}
+        failure={isCount(typed, 1, 100) ? "" : t("badShare", store.prefs.share)}
+        onChange={(text) => this.type(text)}
+        onStep={(steps) => this.type(moved(String(store.prefs.share), steps, 5, 5, 100))}
+      />
+    );
+  }
 }
 
 function About() {

@@ -22,11 +22,16 @@ export class Sheet extends Component<Props, {}> {
 
   componentDidMount() {
     (this.base as HTMLDialogElement).showModal();
+    if (this.base.querySelector("[autofocus]") === null) this.focusTitle(); // and not the notice above it
   }
 
   // Another step in the same dialog: its first one took the focus with it.
   componentDidUpdate(previous: { title: string }) {
-    if (previous.title !== this.props.title) this.base.querySelector("h2")?.focus();
+    if (previous.title !== this.props.title) this.focusTitle();
+  }
+
+  private focusTitle() {
+    this.base.querySelector("h2")?.focus();
   }
 
   componentWillUnmount() {
