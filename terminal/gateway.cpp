@@ -1,6 +1,5 @@
 #include "terminal/gateway.h"
 
-#include <chrono>
 #include <future>
 #include <memory>
 #include <utility>
@@ -43,10 +42,10 @@ void Gateway::drain() {
   }
 }
 
-void Gateway::awaitDisk() {
-  std::promise<void> done;
-  store_.readTokens([&done](const std::string&) { done.set_value(); });
-  done.get_future().wait();
+bool Gateway::awaitDisk(std::chrono::seconds limit) {
+  const auto done = std::make_shared<std::promise<void>>();
+  store_.readTokens([done](const std::string&) { done->set_value(); });
+  return done->get_future().wait_for(limit) == std::future_status::ready;
 }
 
 // Ends all sessions with 1001. The loop's thread ends with the last of them.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 
 #include "host/mobilesrv.h"
@@ -30,8 +31,9 @@ class Gateway {
   // To be called before the agent stops. Any thread but the loop's.
   void drain();
 
-  // Waits until the disk's thread has done what was added before. Any thread but the loop's.
-  void awaitDisk();
+  // Waits until the disk's thread has done what was added before. False if it does not in time. Any thread but the
+  // loop's.
+  bool awaitDisk(std::chrono::seconds limit);
 
  private:
   void start();

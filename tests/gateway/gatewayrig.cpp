@@ -12,6 +12,11 @@
 #include "terminal/tokens.h"
 
 namespace orvane::test {
+namespace {
+
+constexpr std::chrono::seconds kPatience{30};
+
+}  // namespace
 
 void MovableLoop::run(const Work& work) {
   std::promise<void> done;
@@ -19,7 +24,7 @@ void MovableLoop::run(const Work& work) {
     work();
     done.set_value();
   });
-  if (done.get_future().wait_for(std::chrono::seconds(60)) != std::future_status::ready) {
+  if (done.get_future().wait_for(kPatience) != std::future_status::ready) {
     std::terminate();  // `done` must not go away while the loop may still reach it
   }
 }
@@ -57,7 +62,7 @@ void GatewayRig::setExpiry(const std::string& name, int64_t wallSeconds) {
 }
 
 void GatewayRig::settle() {
-  gateway_->awaitDisk();
+  if (!gateway_->awaitDisk(kPatience)) throw std::runtime_error("the disk's thread hangs");
   loop_->run([] {});
 }
 
