@@ -13,7 +13,9 @@
 namespace orvane::terminal {
 namespace {
 
-enum Name { Id, Topic, Data, Token, TerminalType, Key, Device, Resume };
+struct At {
+  enum Name { Id, Topic, Data, Token, TerminalType, Key, Device, Resume };
+};
 constexpr std::array<std::string_view, 8> kNames{"id",           "topic", "data",   "token",
                                                  "terminalType", "key",   "device", "resume"};
 constexpr size_t kMaxDevice = 64;
@@ -52,34 +54,34 @@ bool readResume(const JsonMember& member, std::optional<PushPosition>& resume) {
   return readNumber(parts[1], resume->seq);
 }
 
-std::string wrongKind(Name name, std::string_view wanted, const JsonMember& member) {
+std::string wrongKind(At::Name name, std::string_view wanted, const JsonMember& member) {
   return fmt::format("the frame's \"{}\" must be {}, not {}", kNames.at(name), wanted, kindName(member.kind));
 }
 
 // The first error of a frame that is JSON; empty if there is none.
 std::string findFault(const JsonMembers& members, Frame& frame) {
-  const JsonMember& id = members[Id];
-  const JsonMember& topic = members[Topic];
+  const JsonMember& id = members[At::Id];
+  const JsonMember& topic = members[At::Topic];
   if (members.root() != JsonKind::Object) {
     return fmt::format("a frame must be an object, not {}; {}", kindName(members.root()), kExpected);
   }
-  if (id.kind != JsonKind::Missing && !isId(id)) return wrongKind(Id, "a string or a number", id);
-  if (topic.kind != JsonKind::String) return wrongKind(Topic, "a string", topic);
+  if (id.kind != JsonKind::Missing && !isId(id)) return wrongKind(At::Id, "a string or a number", id);
+  if (topic.kind != JsonKind::String) return wrongKind(At::Topic, "a string", topic);
   if (!isTopic(topic.text)) return "the frame's \"topic\" must be 1 to 64 printable ASCII characters";
-  for (const Name name : {Token, Device}) {
+  for (const At::Name name : {At::Token, At::Device}) {
     if (!isTextOrMissing(members[name])) return wrongKind(name, "a string", members[name]);
   }
-  if (!readInt32(members[TerminalType], frame.terminalType)) {
+  if (!readInt32(members[At::TerminalType], frame.terminalType)) {
     return fmt::format("the frame's \"terminalType\" must be a whole number of 32 bits, not {}",
-                       members[TerminalType].raw);
+                       members[At::TerminalType].raw);
   }
-  if (members[Key].kind != JsonKind::Missing && !isPlainName(members[Key].text)) {
+  if (members[At::Key].kind != JsonKind::Missing && !isPlainName(members[At::Key].text)) {
     return fmt::format("the frame's \"key\" must be a string of {}", kPlainNameRule);
   }
-  if (members[Device].text.size() > kMaxDevice) {
+  if (members[At::Device].text.size() > kMaxDevice) {
     return fmt::format("the frame's \"device\" has more than {} bytes", kMaxDevice);
   }
-  if (!readResume(members[Resume], frame.resume)) {
+  if (!readResume(members[At::Resume], frame.resume)) {
     return R"(the frame's "resume" must be an object such as {"epoch": "5f0c", "seq": 17})";
   }
   return {};
@@ -109,8 +111,8 @@ std::variant<Frame, FrameError> readFrame(std::string_view text) {
   JsonMembers members(text, kNames);
   const JsonResult result = members.read();
   Frame frame;
-  if (isId(members[Id])) frame.id = members[Id].raw;
-  frame.topic = members[Topic].text;
+  if (isId(members[At::Id])) frame.id = members[At::Id].raw;
+  frame.topic = members[At::Topic].text;
   if (!isTopic(frame.topic)) frame.topic.clear();
   if (!result.ok) {
     return FrameError{frame.id, frame.topic,
@@ -119,10 +121,10 @@ std::variant<Frame, FrameError> readFrame(std::string_view text) {
   if (std::string fault = findFault(members, frame); !fault.empty()) {
     return FrameError{frame.id, frame.topic, std::move(fault)};
   }
-  frame.body = members[Data].raw;
-  frame.token = members[Token].text;
-  frame.device = members[Device].text;
-  frame.key = members[Key].text;
+  frame.body = members[At::Data].raw;
+  frame.token = members[At::Token].text;
+  frame.device = members[At::Device].text;
+  frame.key = members[At::Key].text;
   return frame;
 }
 

@@ -38,7 +38,7 @@ class CopyFolder {
 // has the file open.
 class ReadLock {
  public:
-  explicit ReadLock(const std::filesystem::path& file) : file_(open(file.c_str(), O_RDONLY | O_CLOEXEC)) {
+  explicit ReadLock(const std::filesystem::path& file) : file_(::open(file.c_str(), O_RDONLY | O_CLOEXEC)) {
     struct flock range {};
     range.l_type = F_RDLCK;
     range.l_whence = SEEK_SET;
@@ -46,10 +46,10 @@ class ReadLock {
     range.l_len = 510;
     if (file_ >= 0 && fcntl(file_, F_SETLK, &range) == 0) return;
     const int error = errno;
-    if (file_ >= 0) close(file_);
+    if (file_ >= 0) ::close(file_);
     throw std::system_error(error, std::generic_category(), file.string());
   }
-  ~ReadLock() { close(file_); }
+  ~ReadLock() { ::close(file_); }
   ReadLock(const ReadLock&) = delete;
   ReadLock& operator=(const ReadLock&) = delete;
 

@@ -14,7 +14,6 @@ using std::chrono::minutes;
 using ::testing::HasSubstr;
 
 constexpr std::chrono::hours kNoon{20778 * 24 + 12};  // of 21 November 2026, UTC
-constexpr double kCent = 0.005;
 
 // The clocks are the test's own.
 class ClockTest : public DeskTest {

@@ -28,6 +28,8 @@
 
 namespace orvane::terminal::testing {
 
+inline constexpr double kCent = 0.005;
+
 inline std::string utf8(const std::string& gbk) { return CodeConvert::gbk_to_utf8(gbk); }
 
 // The messages that the host delivered.

@@ -11,8 +11,6 @@ namespace {
 
 using EngineTest = DeskTest;
 
-constexpr double kCent = 0.005;
-
 TEST_F(EngineTest, RefusalsNameTheFigureThatFailed) {
   struct Case {
     int32_t account;

@@ -8,8 +8,6 @@ namespace {
 
 using LedgerTest = DeskTest;
 
-constexpr double kCent = 0.005;
-
 TEST_F(LedgerTest, CapitalFiguresAgreeInEveryAccount) {
   for (int32_t index : {1, 2, 3, 4}) {
     SCOPED_TRACE(index);

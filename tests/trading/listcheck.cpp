@@ -91,7 +91,7 @@ void expectSameList(const List& got, const OtherList& expected) {
 
 ITradeService* trade() { return IServiceRouter::instance()->getTradeService(); }
 
-std::string utf8(const std::string& gbk) { return CodeConvert::gbk_to_utf8(gbk); }
+std::string toUtf8(const std::string& gbk) { return CodeConvert::gbk_to_utf8(gbk); }
 
 int64_t now() {
   using std::chrono::milliseconds;
@@ -145,8 +145,8 @@ void ListCheck::compareOrders() {
   });
   EXPECT_EQ(all.size(), book_.orders.size());
   for (Order got : all) {
-    got.note = utf8(got.note);
-    got.orderSource.sourceText = utf8(got.orderSource.sourceText);
+    got.note = toUtf8(got.note);
+    got.orderSource.sourceText = toUtf8(got.orderSource.sourceText);
     SCOPED_TRACE(fmt::format("order {}", got.localOrderId));
     ASSERT_EQ(book_.orders.count(got.localOrderId), 1U);
     PlacedOrder& expected = book_.orders.at(got.localOrderId);
@@ -178,7 +178,7 @@ void ListCheck::compareFills() {
   });
   EXPECT_EQ(all.size(), book_.fills.size());
   for (OrderFill got : all) {
-    got.orderSource.sourceText = utf8(got.orderSource.sourceText);
+    got.orderSource.sourceText = toUtf8(got.orderSource.sourceText);
     SCOPED_TRACE(got.fillId);
     const auto expected = std::find_if(book_.fills.begin(), book_.fills.end(),
                                        [&](const OrderFill& it) { return it.fillId == got.fillId; });
@@ -211,7 +211,7 @@ void ListCheck::comparePushes() {
   for (const MobileMessage& it : takeMessages()) {
     EXPECT_EQ(it.requestId, kNoRequestId);
     if (it.topic == "terminal.notice") {
-      notices.push_back(utf8(it.message));
+      notices.push_back(toUtf8(it.message));
       continue;
     }
     for (const Row& row : rowsOf(it)) {
@@ -276,9 +276,9 @@ void ListCheck::compareCodeTypes(const std::set<int32_t>& accounts, bool derivat
   const auto expected = book_.codeTypes(chosen);
   EXPECT_EQ(got.size(), expected.size());
   for (const CodeTypePosition& it : got) {
-    SCOPED_TRACE(utf8(it.codeType));
-    ASSERT_EQ(expected.count(utf8(it.codeType)), 1U);
-    expectSame(it, expected.at(utf8(it.codeType)));
+    SCOPED_TRACE(toUtf8(it.codeType));
+    ASSERT_EQ(expected.count(toUtf8(it.codeType)), 1U);
+    expectSame(it, expected.at(toUtf8(it.codeType)));
   }
 }
 
