@@ -2,42 +2,21 @@
 
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
-#include <boost/asio/ip/tcp.hpp>
 #include <boost/beast/core.hpp>
-#include <boost/beast/websocket.hpp>
 #include <chrono>
 #include <random>
 #include <stdexcept>
 #include <string_view>
 
 #include "bench/timing.h"
+#include "bench/websocket.h"
 
 namespace orvane::bench {
 namespace {
 
 namespace asio = boost::asio;
 namespace beast = boost::beast;
-using asio::ip::tcp;
 using boost::system::error_code;
-using Socket = beast::websocket::stream<tcp::socket>;
-
-constexpr size_t kMaxReply = size_t{64} * 1024 * 1024;  // 10,000 positions are 13 MB
-
-void require(const error_code& error) {
-  if (error) throw std::runtime_error("a client's connection failed: " + error.message());
-}
-
-void connect(Socket& ws, uint16_t port, const std::string& login) {
-  ws.read_message_max(kMaxReply);
-  ws.next_layer().connect({asio::ip::address_v4::loopback(), port});
-  ws.next_layer().set_option(tcp::no_delay(true));
-  ws.handshake("127.0.0.1", "/ws");
-  if (!login.empty()) {
-    beast::flat_buffer answer;
-    ws.write(asio::buffer(login));
-    ws.read(answer);
-  }
-}
 
 }  // namespace
 
