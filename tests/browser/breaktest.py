@@ -100,6 +100,30 @@ class BreakTest(PageTest):
         self.assertEqual((first["key"], first["data"]), (again["key"], again["data"]))
         self.assertEqual(1, len(self.orders(price=4504)))
 
+    def test_synchronising_orders_are_placed_once_whatever_is_lost_or_placed_by_others(self):
+        def ask(code):
+            self.go("monitor/sync")
+            self.tap(".row label", code)
+            self.tap(".stick", "Place 1")
+            self.see("dialog .asked", code)
+        ask("au2702")
+        row = next(row for row in self.terminal.call("monitor.sync.order.list", []) if row["codeExch"].startswith("au2702"))
+        names = ("index", "hashCode", "volume", "price", "side", "combOffsetFlag")
+        self.terminal.call("monitor.sync.order.new", [{name: row[name] for name in names}])
+        self.see("dialog .failure", "The list has changed")
+        self.assertFalse(self.see("dialog .primary").is_enabled())
+        self.browser.back()
+        self.gone("dialog")
+        ask("SR701")
+        self.run_js("window.isDeaf = true")
+        self.tap("dialog .primary")
+        self.run_js("dispatchEvent(new Event('offline')); window.isDeaf = false; dispatchEvent(new Event('online'))")
+        self.see(".notice.error", "The reply was lost")
+        self.gone("dialog")
+        self.see("[data-list=sync]:not(.stale) .row")
+        self.assertEqual([], self.found(".stick, .row input:checked"))
+        self.assertEqual(1, len(self.frames("monitor.sync.order.new")))
+
     def test_missed_pushes_are_resumed_and_a_gap_asks_for_lists(self):
         self.go("assets")
         price = self.place(1)

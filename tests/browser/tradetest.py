@@ -225,6 +225,11 @@ class TradeTest(PageTest):
 
     def test_positions_are_closed_added_to_and_reversed(self):
         self.go("positions")
+        self.tap(".row-main", "平安银行")  # of 10,000 shares 3,000 are being sold
+        self.tap("dialog .actions button", "Close")
+        self.assertEqual("7,000", self.confirmed()["Volume"])
+        self.go("positions")
+        self.gone("dialog")
         for button, said in (("Close", None), ("Add", "Buy to open")):
             self.tap(".row-main", "沪金2702")
             self.tap("dialog .actions button", button)
@@ -281,6 +286,22 @@ class TradeTest(PageTest):
         self.assertEqual([{"index": 2, "localOrderId": row["localOrderId"], "hashCode": row["hashCode"]}],
                          self.frames("order.cancel")[-1]["data"])
 
+    # An order of another client.
+    def rest(self, price):
+        self.terminal.call("order.new", {"orderList": [{"index": 1, "hashCode": 3000002, "side": 1, "combOffset": 1,
+            "priceType": 1, "price": price, "offset": 0, "volume": 1, "insertTimestamp": 1, "source": "another"}]})
+
+    def test_no_order_is_cancelled_that_has_just_slipped_under_the_finger(self):
+        self.go("orders")
+        self.see(".row .cancel")
+        self.run_js("""new MutationObserver((_, observer) => {
+                observer.disconnect();
+                document.querySelector('.row .cancel').click();
+            }).observe(document.querySelector('.rows'), {childList: true});""")
+        self.rest(4426)
+        self.see(".notice.error", "The list has just moved")
+        self.assertEqual([], self.frames("order.cancel"))
+
     def test_cancel_all_counts_and_cancels_what_it_shows(self):
         for price in (4420, 4422):
             self.ticket("TA701", "Buy to open", price, 1)
@@ -294,8 +315,12 @@ class TradeTest(PageTest):
         self.see(f"button[aria-label='Cancel all {len(working)} working orders']").click()
         self.assertIn(f"Cancel these {len(working)} orders?", self.see("dialog h2").text)
         self.assertEqual(len(working), len(self.found("dialog .asked li")))
+        self.rest(4424)  # one that comes now is not among them
+        self.wait(lambda: self.run_js("return document.querySelector('.list').innerText.includes('4,424')"), "no push")
+        self.assertEqual(len(working), len(self.found("dialog .asked li")))
         self.tap("dialog .primary", f"Cancel {len(working)} orders")
-        self.wait(lambda: not self.orders(index=1, status=1), "some still work")
+        self.wait(lambda: len(self.orders(index=1, status=1)) == 1, "some still work")
+        self.assertEqual([4424], [row["price"] for row in self.orders(index=1, status=1)])
         sent = [frame["data"][0]["localOrderId"] for frame in self.frames("order.cancel")]
         self.assertEqual(sorted(working), sorted(sent))
         self.assertTrue(self.orders(index=2, status=1))

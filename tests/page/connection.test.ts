@@ -24,6 +24,18 @@ test("a lost connection comes back, and resumes after the last push", async () =
   assert.deepEqual([login.token, login.device, login.resume], ["secret", "device", { epoch: "e", seq: 5 }]);
 });
 
+test("each break starts with a short wait, and the network's return ends it", async () => {
+  const terminal = new FakeTerminal();
+  await terminal.logIn();
+  for (let round = 2; round < 7; ++round) {
+    terminal.platform.socket.onclose?.({ code: 1006, reason: "" });
+    if (round === 6) terminal.store.connection.wake();
+    else terminal.platform.pass(300);
+    assert.equal(terminal.platform.sockets.length, round);
+    await terminal.open();
+  }
+});
+
 test("missed pushes that follow a resumed login are taken, and known ones are not taken twice", async () => {
   const terminal = new FakeTerminal();
   await terminal.logIn({ seq: 4 });

@@ -175,6 +175,31 @@ export function capital(change: Partial<wire.Capital> = {}): wire.Capital {
   } as wire.Capital;
 }
 
+export function position(change: Partial<wire.Position> = {}): wire.Position {
+  return {
+    ...zeroes(
+      "accountType netLever totalLever longLever shortLever netMarketValue totalMarketValue totalPosition longPosition " +
+        "longAvailableQuantity shortPosition shortAvailableQuantity todayProfitRatio todayProfitCateRatio " +
+        "todayProfitAccRatio amassProfitCateRatio amassProfitAccRatio historyCapitalFinalCost currentPrice " +
+        "preSettlementPrice preClosePrice longYesterdayVolume longCloseYesterdayVolume shortYesterdayVolume " +
+        "shortCloseYesterdayVolume margin todayPorfit floatPorfit avgPrice currentVolume yesterdayVolume longAvgPrice " +
+        "longMarketValue longFloatPorfit longTodayVolume shortAvgPrice shortMarketValue shortFloatPorfit " +
+        "shortTodayVolume marginRate",
+    ),
+    userCode: "A1",
+    index: 1,
+    codeExch: "rb2701.SHFE",
+    hashCode: 7,
+    aimType: "",
+    codeType: "",
+    codeName: "rebar",
+    code: "rb2701",
+    exchangeName: "",
+    accountStatus: 1,
+    ...change,
+  } as wire.Position;
+}
+
 export function rates(change: Partial<wire.Rates> = {}): wire.Rates {
   return {
     ...zeroes("longByVolume shortByVolume commissionByMoney commissionMinimum saleTax"),

@@ -77,6 +77,15 @@ test("a failure that leaves the outcome open is no refusal", async () => {
   }
 });
 
+test("a reply that cannot be read leaves the order's outcome open", async () => {
+  const terminal = await loggedIn();
+  const placing = terminal.store.desk.place(kDraft, "name");
+  const { id } = terminal.last("order.new");
+  terminal.platform.socket.say({ id, topic: "order.new", message: "", data: null, text: "{,}" });
+  assert.equal(await placing, "");
+  assert.equal(outgoing(terminal), "unknown");
+});
+
 test("an order like one without an outcome is noticed", async () => {
   const terminal = await loggedIn();
   void terminal.store.desk.place(kDraft, "name");
@@ -202,6 +211,9 @@ test("offers that are alike have names of their own, and what is picked is what 
   const row = { index: 1, hashCode: 7, volume: 500, price: 3326, side: 1, combOffsetFlag: 1, userCode: "A1" } as SyncOrder;
   const offers = namedOffers([row, row, { ...row, volume: 20 }]);
   assert.equal(new Set(offers.map((offer) => offer.name)).size, 3);
+  for (const change of [{ index: 2 }, { hashCode: 8 }, { side: 2 }, { combOffsetFlag: 4 }, { volume: 1 }]) {
+    assert(!areOffered(offers, namedOffers([{ ...row, ...change }, row, row])), JSON.stringify(change));
+  }
   const sent = { index: 1, hashCode: 7, volume: 500, price: 3326, side: 1, combOffsetFlag: 1 };
   assert.deepEqual(bodyOf([offers[1]]), [sent]);
   const moved = namedOffers([{ ...row, price: 3330 }, row]);

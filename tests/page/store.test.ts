@@ -47,6 +47,22 @@ test("a push asks for the figures that it moves, once for all of a moment", asyn
   terminal.push(2, "trade.push", [fill()]);
   terminal.platform.pass(400);
   assert.equal(terminal.platform.socket.of("capital.list").length, before + 1);
+  let seq = 3;
+  for (const [route, topic] of [
+    ["positions", "position.list"],
+    ["assets/classes", "position.codetype.list"],
+    ["monitor", "monitor.list"],
+    ["monitor/sync", "monitor.sync.order.list"],
+  ] as const) {
+    terminal.rows[topic] = [];
+    terminal.store.show({ route, sheet: "" });
+    await terminal.answer();
+    const asked = terminal.platform.socket.of(topic).length;
+    terminal.push(seq++, "order.push", [order()]);
+    terminal.platform.pass(400);
+    assert.equal(terminal.platform.socket.of(topic).length, asked + 1, topic);
+    await terminal.answer();
+  }
 });
 
 test("fills are told by their terms; a burst shares one notice", async () => {
@@ -62,6 +78,30 @@ test("fills are told by their terms; a burst shares one notice", async () => {
   assert.deepEqual(terminal.store.notices.list.map((each) => each.count), [1, 5]);
   terminal.push(7, "trade.push", [fill({ fillId: "f6", exchTimestamp: 30 })]);
   assert.equal(terminal.store.notices.list[0].count, 1); // known already
+});
+
+test("a notice that grows is shown anew for its time", async () => {
+  const terminal = new FakeTerminal();
+  await terminal.logIn();
+  for (let seq = 1; seq < 5; ++seq) {
+    terminal.push(seq, "trade.push", [fill({ fillId: `f${seq}`, exchTimestamp: 10 + seq })]);
+    await terminal.pass(1500);
+  }
+  await terminal.pass(3000);
+  assert.deepEqual(terminal.store.notices.list.map((each) => each.count), [4]);
+});
+
+test("an answer that may be older than a push is followed by another", async () => {
+  const terminal = new FakeTerminal();
+  await terminal.logIn();
+  terminal.store.show({ route: "orders", sheet: "" });
+  const asked = () => terminal.platform.socket.of("order.list").length;
+  terminal.push(1, "order.push", [order({ status: 2 })]);
+  terminal.reply(terminal.last("order.list"), [order()]);
+  await settled();
+  assert.equal(asked(), 1);
+  terminal.platform.pass(400);
+  assert.equal(asked(), 2);
 });
 
 test("what comes while the page is hidden is kept until it is seen", async () => {
@@ -184,6 +224,9 @@ test("the ticket's rates are those of its account and instrument", async () => {
   terminal.store.show({ route: "assets", sheet: "review" }); // at once, however shortly after the last
   assert.deepEqual(terminal.last("order.rates").data, { index: 1, hashCode: 9 });
   assert(["capital.list", "position.list"].every((topic) => terminal.last(topic) !== undefined));
+  const asked = terminal.platform.socket.of("order.rates").length;
+  await terminal.pass(62_000);
+  assert.equal(terminal.platform.socket.of("order.rates").length, asked + 1); // they may change
 });
 
 test("the terminal's notices and refusals of pushes are told", async () => {

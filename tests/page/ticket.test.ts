@@ -6,7 +6,8 @@ import { distance, reasonsOf } from "../../terminal/page/src/ticket/review";
 import { positionAfter, secondOf, Step, totalsOf } from "../../terminal/page/src/ticket/steps";
 import * as ticketing from "../../terminal/page/src/ticket/ticket";
 import { CreditFigures, Market, PriceType, Side } from "../../terminal/page/src/wire/values";
-import { account, order, quote, rates } from "./fake";
+import { modelOf } from "../../terminal/page/src/ticket/model";
+import { account, capital, FakeTerminal, order, position, quote, rates } from "./fake";
 
 const held = { ...ticketing.kNothing, long: 12, longFree: 10, longToday: 4 };
 const both = { ...held, short: 3, shortFree: 3 };
@@ -71,12 +72,13 @@ test("the order says what the ticket says", () => {
 });
 
 test("a position fills in the ticket", () => {
-  const close = closing(account(), quote(), "short", 3);
+  const close = closing(account(), quote(), "short", { ...both, short: 5 });
   assert.deepEqual([close.side, close.combOffset, close.price, close.volume], [1, 4, "3326", "3"]);
   const add = opening(account(), quote(), "short");
   assert.deepEqual([add.side, add.combOffset, add.price, add.volume], [2, 1, "3324", "1"]);
-  const reverse = reversal(account(), quote(), "long", 12);
-  assert.deepEqual([reverse.side, reverse.combOffset, reverse.volume, reverse.reverses], [2, 4, "12", true]);
+  const reverse = reversal(account(), quote(), "long", held);
+  assert.deepEqual([reverse.side, reverse.combOffset, reverse.volume, reverse.reverses], [2, 4, "10", true]);
+  assert.equal(closing(account(), quote({ maxVolume: 6 }), "long", held).volume, "6");
   assert.deepEqual([ticketing.openingOf(reverse).side, ticketing.openingOf(reverse).combOffset], [2, 1]);
   const short = opening(account({ marketType: Market.Credit }), quote({ codeClass: 0 }), "short");
   assert.equal(short.side, Side.ShortSell);
@@ -85,6 +87,28 @@ test("a position fills in the ticket", () => {
   const amended = ticketing.amendmentOf(order({ side: 2, combOffset: 4 }), 1);
   assert.deepEqual([amended.side, amended.combOffset, amended.price, amended.amends], [2, 4, "3300.0", "1001"]);
   assert.equal(ticketing.amendmentOf(order({ volume: 10, fillVolume: 4 }), 0).volume, "6"); // only what still works
+});
+
+test("an amendment may use what its order binds", async () => {
+  const terminal = new FakeTerminal();
+  const opened = order({ price: 3326, volume: 5, fillVolume: 3 });
+  const closes = order({ localOrderId: "1002", side: 2, combOffset: 4, volume: 4 });
+  terminal.rows["order.list"] = [order({ index: 2, volume: 9 }), opened, closes];
+  terminal.rows["order.rates"] = rates();
+  terminal.rows["capital.list"] = [capital({ available: 1000 })];
+  terminal.rows["position.list"] = [position({ longPosition: 12, longAvailableQuantity: 8 })];
+  await terminal.logIn();
+  const modelFor = async (row: typeof opened) => {
+    terminal.store.draft(ticketing.amendmentOf(row, 0));
+    terminal.store.show({ route: "orders", sheet: "trade" });
+    await terminal.answer();
+    return modelOf(terminal.store, terminal.store.drafts.current as ticketing.Ticket);
+  };
+  const opening = await modelFor(opened);
+  assert.equal(opening.amended?.volume, 5); // and not the other account's order of this number
+  assert.equal(opening.purse.available, 1000 + 2 * (33260 * 0.1 + 3));
+  assert.equal(opening.largest, 2);
+  assert.equal((await modelFor(closes)).closable, 8 + 4);
 });
 
 test("an order costs margin or its value, and commission", () => {

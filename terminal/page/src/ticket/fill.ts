@@ -32,7 +32,9 @@ function actionFor(account: Account, leg: LegName, closes: boolean): Action {
   return closes || leg === "long" ? wanted[0] : wanted[wanted.length - 1];
 }
 
-export function closing(account: Account, quote: Quote, leg: LegName, free: number): Ticket {
+// All of the leg that can be closed.
+export function closing(account: Account, quote: Quote, leg: LegName, held: Holding): Ticket {
+  const free = leg === "long" ? held.longFree : held.shortFree;
   return ticketFor(account, quote, actionFor(account, leg, true), Math.min(free, quote.maxVolume));
 }
 
@@ -40,8 +42,8 @@ export function opening(account: Account, quote: Quote, leg: LegName): Ticket {
   return ticketFor(account, quote, actionFor(account, leg, false), quote.volumeStep);
 }
 
-export function reversal(account: Account, quote: Quote, leg: LegName, volume: number): Ticket {
-  return { ...closing(account, quote, leg, volume), reverses: true };
+export function reversal(account: Account, quote: Quote, leg: LegName, held: Holding): Ticket {
+  return { ...closing(account, quote, leg, held), reverses: true };
 }
 
 // The ticket with another way to trade. Its price follows to that side's opposite quote, and its volume to what the

@@ -33,7 +33,7 @@ export function PositionActions(props: { pair: Pair }) {
             key={side}
             class="primary"
             disabled={free === 0}
-            onClick={() => start(closing(account, quote, side, free), "review")}
+            onClick={() => start(closing(account, quote, side, held), "review")}
           >
             {name}
           </button>
@@ -45,7 +45,7 @@ export function PositionActions(props: { pair: Pair }) {
       {hasReversal ? (
         <button
           disabled={(sides[0] === "long" ? held.longFree : held.shortFree) !== held[sides[0]]}
-          onClick={() => start(reversal(account, quote, sides[0], held[sides[0]]), "review")}
+          onClick={() => start(reversal(account, quote, sides[0], held), "review")}
         >
           {t("reverse")}
         </button>
