@@ -10,6 +10,7 @@ from page import PageTest, main
 class BreakTest(PageTest):
     # Orders of another client that rest below the market, one of each volume. Returns their price.
     def place(self, *volumes, price=None):
+        self.terminal.call("quote.set", {"hashCode": 3000001, "price": 5490})  # above what the sample's order would pay
         quote = next(row for row in self.terminal.call("quote.list", {}) if row["hashCode"] == 3000001)
         price = price or quote["bidPrice"] - 4
         self.terminal.call("order.new", {"orderList": [
@@ -115,12 +116,14 @@ class BreakTest(PageTest):
         self.browser.back()
         self.gone("dialog")
         ask("SR701")
-        self.run_js("window.isDeaf = true")
+        self.terminal.end(signal.SIGSTOP)
         self.tap("dialog .primary")
-        self.run_js("dispatchEvent(new Event('offline')); window.isDeaf = false; dispatchEvent(new Event('online'))")
+        self.wait(lambda: self.frames("monitor.sync.order.new"), "not sent")
+        self.terminal.end()
         self.see(".notice.error", "The reply was lost")
         self.gone("dialog")
-        self.see("[data-list=sync]:not(.stale) .row")
+        self.terminal.start()
+        self.see("[data-list=sync]:not(.stale) .row", "SR701")  # is offered still, and picked by nobody
         self.assertEqual([], self.found(".stick, .row input:checked"))
         self.assertEqual(1, len(self.frames("monitor.sync.order.new")))
 
@@ -191,6 +194,29 @@ class BreakTest(PageTest):
         self.tap(".tab[href='#/orders']")
         self.gone(".badge")
         self.assertFalse(self.browser.title.startswith("("))
+
+    def test_the_system_notifies_of_fills_while_the_page_is_hidden(self):
+        origin = f"http://127.0.0.1:{self.terminal.port}"
+        self.browser.execute_cdp_cmd("Browser.grantPermissions", {"origin": origin, "permissions": ["notifications"]})
+        self.go("settings")
+        self.tap("button", "Turn on")
+        self.see("button[aria-pressed=true]")
+        self.hide(True)
+        price = self.place(7)
+        self.fillAt(price)
+        def shown():
+            return self.browser.execute_async_script("""const done = arguments[0];
+                navigator.serviceWorker.getRegistration().then((it) => it ? it.getNotifications() : []).then(
+                    (all) => done(all.map(({title, data}) => [title, data])));""")
+        self.wait(shown, "no notification")
+        [title, fill] = shown()[-1]
+        self.assertEqual(f"Filled: Buy to open 白糖701 7 @ {price:,.0f} · 80010001", title)
+        self.hide(False)
+        self.run_js("navigator.serviceWorker.dispatchEvent(new MessageEvent('message', {data: arguments[0]}))", fill)
+        self.assertIn(f"{price:,.0f}", self.see("dialog .fields").text)
+        self.browser.back()
+        self.gone("dialog")
+        self.tap("button", "On. Tap to turn off")
 
     def test_rights_that_are_missing_are_not_offered(self):
         for rights, offered in ((["see"], set()), (["see", "cancel"], {".cancel"}),

@@ -77,6 +77,22 @@ test("a failure that leaves the outcome open is no refusal", async () => {
   }
 });
 
+test("an order that is refused after it was taken, or whose reply was lost, is told", async () => {
+  for (const isTaken of [true, false]) {
+    const terminal = await loggedIn();
+    void terminal.store.desk.place(kDraft, "name");
+    const { key } = terminal.last("order.new");
+    if (isTaken) terminal.reply(terminal.last("order.new"), null);
+    else await terminal.pass(5500);
+    await settled();
+    const refused = order({ source: `web ${key}`, status: Status.Refused, note: "用户撤单" });
+    for (const seq of [1, 2]) terminal.push(seq, "order.push", [refused]);
+    const told = terminal.store.notices.list.filter((notice) => notice.kind === "error").map((notice) => notice.text);
+    assert.deepEqual(told, ["Refused: name\nCancelled by the user\n用户撤单"]);
+    assert.equal(outgoing(terminal), "");
+  }
+});
+
 test("a reply that cannot be read leaves the order's outcome open", async () => {
   const terminal = await loggedIn();
   const placing = terminal.store.desk.place(kDraft, "name");

@@ -5,6 +5,7 @@ import { watchWidth } from "./layout";
 import { takeTokenFromLink } from "./platform";
 import { currentLanguage, useLanguage } from "./texts/texts";
 import { App } from "./views/app";
+import { listenToNotices } from "./views/systemnotices";
 
 const kTickMs = 500;
 
@@ -35,4 +36,5 @@ addEventListener("online", comeBack);
 addEventListener("offline", () => store.connection.lose());
 addEventListener("scroll", () => store.asker.scrolled(), { passive: true });
 document.addEventListener("visibilitychange", comeBack);
+listenToNotices();
 setInterval(() => store.tick(), kTickMs);

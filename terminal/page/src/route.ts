@@ -30,6 +30,9 @@ export const kRoutes: { [Name in Route]: { title: TextName; lists: ListName[] } 
   settings: { title: "settings", lists: [] },
 };
 
+export const isTicket = (sheet: string): boolean => sheet === "trade" || sheet === "review";
+export const isRow = (sheet: string): boolean => sheet.startsWith("row=");
+
 export type Section = "assets" | "positions" | "orders" | "monitor" | "settings";
 
 export const sectionOf = (route: Route): Section => route.split("/")[0] as Section;

@@ -19,6 +19,7 @@ export interface DeskEvents {
   changed(): void;
   onTaken(name: string): void;
   onFound(name: string): void; // an order without a known outcome has shown up
+  onRefused(name: string, order: Order): void; // one of those, or one that had been taken, was refused
 }
 
 // The outcome of an order in two steps. "open": the first step's outcome was not seen, and nothing followed it.
@@ -38,6 +39,7 @@ export class Desk {
   outgoing: Outgoing[];
   private watches: Watch[] = [];
   private cancelling = new Set<string>();
+  private taken = new Map<string, string>(); // names of the orders that the terminal took, by source
 
   constructor(
     private readonly platform: Platform,
@@ -122,8 +124,17 @@ export class Desk {
     const before = this.outgoing;
     this.set(settle(before, orders, asked, this.platform.now()));
     const left = new Set(this.outgoing.map((each) => each.key));
+    const refused = new Map(orders.filter((each) => each.status === Status.Refused).map((each) => [each.source, each]));
     for (const each of before) {
-      if (!left.has(each.key) && each.state !== "sending") this.events.onFound(each.name);
+      const row = refused.get(each.order.source);
+      if (left.has(each.key) || each.state === "sending") continue;
+      if (row === undefined) this.events.onFound(each.name);
+      else this.events.onRefused(each.name, row);
+    }
+    for (const [source, row] of refused) {
+      const name = this.taken.get(source);
+      if (name !== undefined) this.events.onRefused(name, row);
+      this.taken.delete(source);
     }
     for (const watch of [...this.watches]) {
       const order = orders.find((each) => each.status !== Status.Working && watch.isIt(each));
@@ -172,8 +183,10 @@ export class Desk {
     }
     if (failure !== "" && isAgain) this.update(key, { state: "missing", failure });
     else this.discard(outgoing);
-    if (failure === "") this.events.onTaken(outgoing.name);
-    return failure;
+    if (failure !== "") return failure;
+    this.taken.set(outgoing.order.source, outgoing.name);
+    this.events.onTaken(outgoing.name);
+    return "";
   }
 
   private update(key: string, change: Partial<Outgoing>): void {

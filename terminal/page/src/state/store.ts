@@ -1,7 +1,7 @@
 import { Connection, isKnown, LinkState, Push } from "../connection";
 import { fillText } from "../describe";
 import { Platform } from "../platform";
-import { kRoutes, Route } from "../route";
+import { isRow, isTicket, kRoutes, Route } from "../route";
 import { explained } from "../texts/refusals";
 import { Language, t, useLanguage } from "../texts/texts";
 import { Ticket } from "../ticket/ticket";
@@ -76,6 +76,7 @@ export class Store {
       changed: () => this.update(),
       onTaken: (name) => this.tell(t("orderSent", name)),
       onFound: (name) => this.tell(t("found", name)),
+      onRefused: (name, order) => this.tell(t("refusedLate", name, explained(order.note)), true),
     });
   }
 
@@ -336,7 +337,3 @@ export class Store {
     if (this.lists[name].isAsked) this.asker.makeDue([name], this.platform.clock() + kAfterPushMs);
   }
 }
-
-export const isTicket = (sheet: string): boolean => sheet === "trade" || sheet === "review";
-
-const isRow = (sheet: string): boolean => sheet.startsWith("row=");

@@ -88,6 +88,7 @@ export const kListTexts = {
   ],
   sendAgain: ["重发", "Send again"],
   discard: ["放弃", "Discard"],
+  refusedLate: ["委托被拒绝：{0}\n{1}", "Refused: {0}\n{1}"],
   found: ["委托已到达终端：{0}", "The order did arrive: {0}"],
 
   // monitor

@@ -1,8 +1,7 @@
 import "./app.css";
 import { Component, h } from "preact";
 import { nav, store } from "../app";
-import { kRoutes, Route, Section, sectionOf, siblingsOf } from "../route";
-import { isTicket } from "../state/store";
+import { isTicket, kRoutes, Route, Section, sectionOf, siblingsOf } from "../route";
 import { currentLanguage, t } from "../texts/texts";
 import { Accounts, Classes, Credit, Margin } from "./assets";
 import { Fills } from "./fills";

@@ -1,21 +1,41 @@
-import { store } from "../app";
+import { nav, store } from "../app";
 import { t } from "../texts/texts";
 
-// Fills shown by the system while the page is hidden. Only secure pages may, and some phones do not let a page at all.
+// Fills shown by the system while the page is hidden. Only secure pages may, and on phones only through a worker.
 
 export async function allowSystemNotices(): Promise<boolean> {
   if (!("Notification" in window) || !isSecureContext) return false;
   return (await Notification.requestPermission()) === "granted";
 }
 
-export function showFill(text: string): void {
+export function listenToNotices(): void {
+  navigator.serviceWorker?.addEventListener("message", (event) => openFill(String(event.data)));
+}
+
+function openFill(fill: string): void {
+  nav.open(`row=${fill}`, "orders/fills");
+}
+
+// A browser that does not trust the certificate takes no worker. It may show the notice by itself.
+async function show(title: string, fill: string): Promise<void> {
+  const options = { icon: "icon.svg", data: fill };
   try {
-    const shown = new Notification(t("fillNotice", text), { icon: "icon.svg" });
+    await navigator.serviceWorker.register("worker.js");
+    const worker = await navigator.serviceWorker.ready;
+    await worker.showNotification(title, options);
+  } catch {
+    const shown = new Notification(title, options);
     shown.onclick = () => {
       window.focus();
       shown.close();
+      openFill(fill);
     };
-  } catch {
-    store.prefer({ notifies: false }); // the badge and the notice in the page are left
   }
+}
+
+export function showFill(text: string, fill: string): void {
+  show(t("fillNotice", text), fill).catch(() => {
+    store.prefer({ notifies: false });
+    store.tell(t("notifyDenied"), true);
+  });
 }
