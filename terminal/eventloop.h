@@ -4,19 +4,9 @@
 #include <functional>
 #include <memory>
 
+#include "terminal/clocks.h"
+
 namespace orvane::terminal {
-
-// Since the machine started, time in suspend included.
-using BootTime = std::chrono::nanoseconds;
-
-using WallTime = std::chrono::system_clock::time_point;
-
-class IClock {
- public:
-  virtual ~IClock() = default;
-  virtual WallTime wallTime() const = 0;  // for what is stored or shown; it may jump
-  virtual BootTime bootTime() const = 0;  // for limits and durations
-};
 
 // A running timer. Destroying it cancels it, also from inside its own work.
 class Timer {

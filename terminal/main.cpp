@@ -152,5 +152,5 @@ int main(int argc, char** argv) {
   if (!settings) return exitCode;
   umask(S_IRWXG | S_IRWXO);  // databases, audit and log are private to the user
   if (settings->token) return orvane::terminal::runToken(*settings);
-  return settings->call ? orvane::terminal::runCall(*settings) : orvane::terminal::serve(*settings);
+  return settings->call ? orvane::terminal::runCall(*settings->call) : orvane::terminal::serve(*settings);
 }

@@ -220,6 +220,10 @@ void complete(Settings& settings, const Arguments& typed, bool isCall, bool isTo
   }
   if (!isCall) return;
   settings.call = typed.call;
+  settings.call->address = settings.address;
+  settings.call->port = settings.port;
+  settings.call->tls = settings.tls;
+  settings.call->dataDir = settings.dataDir;
   settings.call->asTable = typed.call.asTable || (!typed.json && isatty(STDOUT_FILENO) == 1);
 }
 

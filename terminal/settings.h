@@ -7,21 +7,13 @@
 #include <string>
 #include <vector>
 
+#include "terminal/client/call.h"
 #include "terminal/phones/auditlog.h"
 #include "terminal/rights.h"
 #include "terminal/tls.h"
-#include "terminal/trading/tradinghost.h"
+#include "terminal/trading/tradingoptions.h"
 
 namespace orvane::terminal {
-
-// Arguments of `pocket-terminal call`.
-struct CallSettings {
-  std::string topic;
-  std::string data;   // JSON text; may be empty
-  std::string token;  // empty: a temporary one, made in the data folder
-  int32_t terminalType = 8;
-  bool asTable = false;
-};
 
 // Arguments of `pocket-terminal token`.
 struct TokenSettings {

@@ -31,7 +31,7 @@ meeting='terminal/(session|pages|eventloop)\.h'
 sockets='terminal/(tls|securestream|certificate)\.h'
 check terminal/net "terminal/(net|page)/|terminal/logging\.h|$meeting|$sockets"
 check terminal/phones "host/|terminal/phones/|$base|$meeting"
-check terminal/client "terminal/client/|terminal/(ownersfile|settings|tokens)\.h|$text|$sockets"
+check terminal/client "terminal/client/|terminal/(ownersfile|tokens)\.h|$text|$sockets"
 check terminal/trading "host/|terminal/trading/|$text|terminal/(logging|clocks)\.h"
 
 # Only net/ and what connects or makes certificates uses Asio and Beast; no header that phones/ includes may.

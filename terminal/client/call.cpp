@@ -1,8 +1,6 @@
 #include "terminal/client/call.h"
 
 #include <cstdio>
-#include <optional>
-#include <string>
 
 #include <fmt/format.h>
 #include <sys/ioctl.h>
@@ -30,15 +28,15 @@ void printReply(const Reply& reply, bool asTable) {
 }
 
 // A terminal that listens on a wildcard address is reached on loopback.
-ClientOptions optionsOf(const Settings& settings) {
+ClientOptions optionsOf(const CallSettings& call) {
   ClientOptions options;
-  options.address = settings.address == "0.0.0.0" ? "127.0.0.1" : settings.address == "::" ? "::1" : settings.address;
-  if (settings.tls) options.certificate = settings.tls->certificate;
+  options.address = call.address == "0.0.0.0" ? "127.0.0.1" : call.address == "::" ? "::1" : call.address;
+  if (call.tls) options.certificate = call.tls->certificate;
   return options;
 }
 
-Client connect(const Settings& settings) try {
-  return Client(settings.port, optionsOf(settings));
+Client connect(const CallSettings& call) try {
+  return Client(call.port, optionsOf(call));
 } catch (const ClientError& error) {
   throw ClientError(fmt::format(
       "{}\nIs the terminal running, and are --listen, --port and --tls-... those it was started with?", error.what()));
@@ -54,12 +52,11 @@ void login(Client& client, const OwnToken& own) {
 
 }  // namespace
 
-int runCall(const Settings& settings) try {
-  actAsOwner(settings.dataDir);
-  const CallSettings& call = *settings.call;
+int runCall(const CallSettings& call) try {
+  actAsOwner(call.dataDir);
   std::optional<OwnToken> own;
-  if (call.token.empty()) own.emplace(settings.dataDir);
-  Client client = connect(settings);
+  if (call.token.empty()) own.emplace(call.dataDir);
+  Client client = connect(call);
   own ? login(client, *own) : client.login(call.token);
   const Reply reply = client.request(call.topic, call.data, call.terminalType);
   if (reply.message.empty()) {

@@ -2,7 +2,6 @@
 
 #include <boost/asio/post.hpp>
 #include <boost/asio/steady_timer.hpp>
-#include <ctime>
 #include <utility>
 
 namespace orvane::terminal {
@@ -30,14 +29,6 @@ void AsioLoop::post(Work work) { boost::asio::post(context_, std::move(work)); }
 
 std::unique_ptr<Timer> AsioLoop::after(std::chrono::milliseconds delay, Work work) {
   return std::make_unique<AsioTimer>(context_, delay, std::move(work));
-}
-
-WallTime AsioLoop::wallTime() const { return std::chrono::system_clock::now(); }
-
-BootTime AsioLoop::bootTime() const {
-  timespec time{};
-  clock_gettime(CLOCK_BOOTTIME, &time);  // cannot fail with a valid clock
-  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
 void AsioLoop::start() {

@@ -17,8 +17,8 @@ class AsioLoop : public IEventLoop {
 
   void post(Work work) override;
   std::unique_ptr<Timer> after(std::chrono::milliseconds delay, Work work) override;
-  WallTime wallTime() const override;
-  BootTime bootTime() const override;
+  WallTime wallTime() const override { return systemClock().wallTime(); }
+  BootTime bootTime() const override { return systemClock().bootTime(); }
 
   // For sockets.
   boost::asio::io_context& context() { return context_; }

@@ -43,7 +43,7 @@ void logFault(const std::string& what, const std::string& fault) {
 
 GatewayStore::GatewayStore(const StoreOptions& options, const IClock& clock)
     : clock_(clock),
-      watch_({.wall = [&clock] { return clock.wallTime(); }, .boot = [&clock] { return clock.bootTime(); }}),
+      watch_(clock),
       mark_(options.dataDir),
       db_(openDatabase(options)),
       audit_(db_, AuditLog(options.dataDir, options.audit), clock),

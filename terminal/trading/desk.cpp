@@ -34,8 +34,8 @@ MobileMessage noticeOf(const std::string& text) {
 
 }  // namespace
 
-Desk::Desk(const std::filesystem::path& dir, Clocks clocks, OpenedBook opened)
-    : day_(std::move(clocks)),
+Desk::Desk(const std::filesystem::path& dir, const IClock& clock, OpenedBook opened)
+    : day_(clock),
       book_(std::move(opened.book)),
       committer_(dir, std::move(opened.database), opened.error,
                  {[this](Book book) { restore(std::move(book)); },

@@ -16,7 +16,7 @@ namespace orvane::terminal {
 class Desk {
  public:
   // Throws StoreError. A folder that cannot be written will do: changes are refused then.
-  Desk(const std::filesystem::path& dir, Clocks clocks) : Desk(dir, std::move(clocks), openBook(dir)) {}
+  Desk(const std::filesystem::path& dir, const IClock& clock) : Desk(dir, clock, openBook(dir)) {}
 
   // Runs `look` on the locked book and returns its result.
   template <typename Look>
@@ -44,7 +44,7 @@ class Desk {
   std::string clockFault() const { return day_.fault(); }
 
  private:
-  Desk(const std::filesystem::path& dir, Clocks clocks, OpenedBook opened);
+  Desk(const std::filesystem::path& dir, const IClock& clock, OpenedBook opened);
 
   void changeDay();
   void restore(Book book);

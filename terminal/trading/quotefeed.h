@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "terminal/trading/engine.h"
-#include "terminal/trading/tradinghost.h"
+#include "terminal/trading/tradingoptions.h"
 
 namespace orvane::terminal {
 

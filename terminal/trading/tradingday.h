@@ -11,7 +11,8 @@ namespace orvane::terminal {
 // Which trading day it is by local time. Thread-safe.
 class TradingDay {
  public:
-  explicit TradingDay(Clocks clocks) : watch_(std::move(clocks)) {}
+  // `clock` must outlive it.
+  explicit TradingDay(const IClock& clock) : watch_(clock) {}
 
   // Days since 1970. Nothing after a jump of the wall clock of more than ten minutes, until it is undone: a day that
   // changes cancels orders and charges interest, which cannot be taken back.

@@ -8,8 +8,8 @@
 namespace orvane::terminal {
 
 struct TradingHost::Parts {
-  explicit Parts(const TradingOptions& options)
-      : desk(options.dataDir, options.clocks),
+  Parts(const TradingOptions& options, const IClock& clock)
+      : desk(options.dataDir, clock),
         engine(desk),
         services(desk, engine, options.quotes),
         feed(desk, engine, options) {}
@@ -20,7 +20,8 @@ struct TradingHost::Parts {
   QuoteFeed feed;
 };
 
-TradingHost::TradingHost(const TradingOptions& options) : parts_(std::make_unique<Parts>(options)) {}
+TradingHost::TradingHost(const TradingOptions& options, const IClock& clock)
+    : parts_(std::make_unique<Parts>(options, clock)) {}
 
 TradingHost::~TradingHost() { stop(); }
 

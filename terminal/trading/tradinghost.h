@@ -1,8 +1,6 @@
 #pragma once
 
 #include <chrono>
-#include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -11,19 +9,9 @@
 #include "host/mobilemessage.h"
 #include "host/mobilesrv.h"
 #include "terminal/clocks.h"
+#include "terminal/trading/tradingoptions.h"
 
 namespace orvane::terminal {
-
-// Walk: a seeded random walk on the ticks. Still: prices move by "quote.set" alone. Replay: prices from a file.
-enum class QuoteMode { Walk, Still, Replay };
-
-struct TradingOptions {
-  std::filesystem::path dataDir;  // created if missing; holds terminal.db
-  QuoteMode quotes = QuoteMode::Walk;
-  std::filesystem::path quoteFile;  // for Replay
-  uint64_t seed = 1;                // for Walk
-  Clocks clocks = {};               // of the trading day and the times of orders and fills
-};
 
 // Texts are English; empty if all is well.
 struct TradingHealth {
@@ -39,9 +27,9 @@ class TradingHost {
   // Receives one message, its texts in GBK as IPocketAgent::pushNotify expects them.
   using Notify = std::function<void(const MobileMessage&)>;
 
-  // Throws std::runtime_error with a clear message (UTF-8) if the folder, the database or the quote file cannot be
-  // used.
-  explicit TradingHost(const TradingOptions& options);
+  // `clock` is that of the trading day and of the times of orders and fills, and must outlive the host. Throws
+  // std::runtime_error with a clear message (UTF-8) if the folder, the database or the quote file cannot be used.
+  explicit TradingHost(const TradingOptions& options, const IClock& clock = systemClock());
   ~TradingHost();
   TradingHost(const TradingHost&) = delete;
   TradingHost& operator=(const TradingHost&) = delete;

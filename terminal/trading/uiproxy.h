@@ -7,7 +7,7 @@
 
 #include "host/uiproxymgr.h"
 #include "terminal/trading/engine.h"
-#include "terminal/trading/tradinghost.h"
+#include "terminal/trading/tradingoptions.h"
 
 namespace orvane::terminal {
 

@@ -1,3 +1,4 @@
+#include <atomic>
 #include <fstream>
 #include <sstream>
 
@@ -15,24 +16,35 @@ using ::testing::HasSubstr;
 
 constexpr std::chrono::hours kNoon{20778 * 24 + 12};  // of 21 November 2026, UTC
 
-// The clocks are the test's own.
-class ClockTest : public DeskTest {
- protected:
-  ClockTest() {
-    clocks_.wall = [this] { return std::chrono::system_clock::time_point(wall_.load()); };
-    clocks_.boot = [this] { return boot_.load(); };
-    reopen("UPDATE trading_day SET day = 20778; UPDATE orders SET day = 20778");
-  }
+// Both of its clocks move only when the test says so.
+class TestClock : public IClock {
+ public:
+  WallTime wallTime() const override { return WallTime(wall_.load()); }
+  BootTime bootTime() const override { return boot_.load(); }
 
   void advance(std::chrono::nanoseconds wall, std::chrono::nanoseconds boot) {
     wall_ = wall_.load() + wall;
     boot_ = boot_.load() + boot;
   }
 
-  std::string act() { return order(1, kRebar, Side::Buy, Offset::Open, 3300, 1); }
-
+ private:
   std::atomic<std::chrono::nanoseconds> wall_{kNoon};
   std::atomic<std::chrono::nanoseconds> boot_{hours(5)};
+};
+
+class ClockTest : public DeskTest {
+ protected:
+  ClockTest() {
+    clock_ = &time_;
+    reopen("UPDATE trading_day SET day = 20778; UPDATE orders SET day = 20778");
+  }
+  ~ClockTest() override { host_.reset(); }
+
+  void advance(std::chrono::nanoseconds wall, std::chrono::nanoseconds boot) { time_.advance(wall, boot); }
+
+  std::string act() { return order(1, kRebar, Side::Buy, Offset::Open, 3300, 1); }
+
+  TestClock time_;
 };
 
 TEST_F(ClockTest, TheDayChangesWhileTheTerminalRuns) {
@@ -75,7 +87,7 @@ TEST_F(ClockTest, TheDayStaysWhileTheClocksDisagree) {
     EXPECT_EQ(cancel(1, kRebar, lastOrder().localOrderId), "");
     EXPECT_THAT(host_->health().clockFault, HasSubstr(it.fault));
     EXPECT_EQ(host_->health().clockFault.empty(), it.fault[0] == '\0');
-    EXPECT_EQ(lastOrder().srcTimestamp / 1000, std::chrono::duration_cast<std::chrono::seconds>(wall_.load()).count());
+    EXPECT_EQ(lastOrder().srcTimestamp / 1000, std::chrono::system_clock::to_time_t(time_.wallTime()));
     EXPECT_GE(orders().size(), 18U) << "the day's orders are still there";
     advance(-it.jump, {});
     EXPECT_EQ(host_->health().clockFault, "");

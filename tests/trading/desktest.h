@@ -86,7 +86,7 @@ class DeskTest : public ::testing::Test {
   }
 
   void open() {
-    host_.emplace(TradingOptions{dir_, QuoteMode::Still, {}, 1, clocks_});
+    host_.emplace(TradingOptions{dir_, QuoteMode::Still, {}, 1}, *clock_);
     host_->start([this](const MobileMessage& message) { inbox_.put(message); });
   }
 
@@ -187,7 +187,7 @@ class DeskTest : public ::testing::Test {
   }
 
   std::filesystem::path dir_;
-  Clocks clocks_;
+  const IClock* clock_ = &systemClock();  // of the next host that is opened
   Inbox inbox_;
   std::optional<TradingHost> host_;
 };

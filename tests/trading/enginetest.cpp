@@ -217,7 +217,7 @@ TEST_F(EngineTest, AcknowledgedOrdersSurviveAKill) {
 TEST_F(EngineTest, APriceThatFillsAnOrderOnEntryIsStoredWithIt) {
   host_.reset();
   {
-    Desk desk(dir_, {});
+    Desk desk(dir_, systemClock());
     Engine engine(desk);
     engine.movePrices({{kRebar, 3400}, {kMaotai, 1500}}, false);
     EXPECT_EQ(engine.insertOrder(item(1, kRebar, Side::Buy, Offset::Open, 3410, 1)).code, 0);
