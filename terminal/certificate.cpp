@@ -122,7 +122,7 @@ void savePrivately(const std::filesystem::path& file, BIO& text) {
   }
 }
 
-// Whether key and certificate match, are valid for a while yet, and were made for the address.
+// Whether key and certificate match, stay valid for another month, and were made for the address.
 bool areUsable(const TlsFiles& files, const std::string& address) {
   if (!std::filesystem::exists(files.certificate) || !std::filesystem::exists(files.key)) return false;
   const auto certificate = readCertificate(files.certificate);

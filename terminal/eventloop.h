@@ -14,7 +14,7 @@ class Timer {
   virtual ~Timer() = default;
 };
 
-// The one thread that runs all sessions and what belongs to them.
+// The one thread of all sessions and their state.
 class IEventLoop : public IClock {
  public:
   using Work = std::function<void()>;

@@ -13,8 +13,8 @@
 
 namespace orvane::terminal {
 
-// The terminal's side towards clients: its files, what brings clients in, and what they may say. May be started and
-// stopped once, by the agent through the mobile service, which starts and joins the loop's thread.
+// The terminal's side towards clients: `gateway.db`, the listener, and what clients may do. May be started and stopped
+// once, by the agent through the mobile service, which starts and joins the loop's thread.
 class Gateway {
  public:
   // Opens `gateway.db` and takes the port. `loop` must not be started and must outlive the gateway. `phones.figures` is
@@ -27,12 +27,12 @@ class Gateway {
   std::string url() const { return listener_.url(); }
   IMobileSrv& mobileService() { return server_; }
 
-  // The end begins: takes no more requests, and waits for the replies of those that the agent has, at most two seconds.
-  // To be called before the agent stops. Any thread but the loop's.
+  // Takes no more requests, and waits at most two seconds for the replies to those that the agent has. Call it before
+  // the agent stops. Any thread but the loop's.
   void drain();
 
-  // Waits until the disk's thread has done what was added before. False if it does not in time. Any thread but the
-  // loop's.
+  // Waits until the disk's thread has done all work that was queued before; false if it takes longer than `limit`. Any
+  // thread but the loop's.
   bool awaitDisk(std::chrono::seconds limit);
 
  private:

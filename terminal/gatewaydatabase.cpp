@@ -20,10 +20,10 @@ namespace {
 
 constexpr int kBusyMilliseconds = 1000;  // how long to wait for another process's lock
 
-// What each version adds to the one before. Times are seconds since 1970. A token's id is never reused. An action is a
-// request that changes something: `line` is the head of its audit line while it runs, `due` a whole line that is not in
-// the audit yet, `boot` the boot clock's seconds when it was made, NULL if that was before the machine's last start. A
-// revocation waits for the running terminal to confirm it by deleting the row.
+// The steps of the schema: each adds a version to the one before. Times are seconds since 1970. A token's id is never
+// reused. An action is a request that changes something: `line` is the head of its audit line while it runs, `due` a
+// whole line that is not in the audit yet, `boot` the boot clock's seconds when it was made, NULL if that was before
+// the machine's last start. A revocation waits for the running terminal to confirm it by deleting the row.
 constexpr std::array<const char*, 2> kVersions{
     R"sql(
 CREATE TABLE token (

@@ -27,7 +27,7 @@ JsonResult jsonResult(const rapidjson::ParseResult& result, bool readAll) {
 }
 
 JsonResult checkJson(std::string_view text) {
-  if (!isUtf8(text)) return {false, "The text is no UTF-8."};
+  if (!isUtf8(text)) return {false, "The text is not UTF-8."};
   // In place, which saves a copy of each string: every reply of the library goes through here.
   constexpr unsigned kFlags =
       rapidjson::kParseInsituFlag | rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag;

@@ -15,7 +15,8 @@ struct JsonMember {
   std::string text;      // the value of a string, decoded
 };
 
-// Finds an object's members of given names in one pass, however deep their values. Other members are ignored.
+// Finds the members with the given names in an object, in one pass and at any depth of nesting of their values. Other
+// members are ignored.
 class JsonMembers : public JsonHandler<JsonMembers> {
  public:
   // `names` and `text` must outlive the reader.

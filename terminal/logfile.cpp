@@ -30,7 +30,7 @@ void LogFile::write(std::string_view line) noexcept try {
   ++lost_;
   report(error_);
 } catch (const std::exception&) {
-  lose(ENOMEM);  // the only failure here
+  lose(ENOMEM);  // the only exception possible here
 }
 
 void LogFile::lose(int error) noexcept {
@@ -75,10 +75,10 @@ int LogFile::append(std::string_view line) {
   return error;
 }
 
-// If the file cannot be renamed it goes on growing, and the next attempt comes after as many bytes again: a log that is
+// If the file cannot be renamed it keeps growing, and the next attempt follows after as many bytes again: a log that is
 // too long is better than none.
 void LogFile::rotate() {
-  std::error_code ignored;  // a file that is missing
+  std::error_code ignored;  // the file may be missing
   for (int number = oldFiles_ - 1; number > 0; --number) {
     std::filesystem::rename(oldFile(number), oldFile(number + 1), ignored);
   }
@@ -90,7 +90,7 @@ void LogFile::rotate() {
   descriptor_ = -1;
 }
 
-// Once: where standard error is a file, a full disk must not make it grow.
+// Only once, because standard error may be a file and would grow.
 void LogFile::report(int error) noexcept {
   if (std::exchange(reported_, true)) return;
   std::fprintf(stderr, "pocket-terminal: the log file %s cannot be written: %s; its lines are lost until it can\n",

@@ -9,12 +9,11 @@
 
 namespace orvane::terminal {
 
-// A file of lines that is rotated by size: FILE becomes FILE.1, and so on. A disk that is full or can only be read
-// costs lines and nothing else: they are counted, and the next line that can be written is preceded by their number.
-// Any thread.
+// A file of lines that is rotated by size: FILE becomes FILE.1, and so on. On a full or read-only disk lines are lost
+// and counted, and the next line that can be written is preceded by their number. Any thread.
 class LogFile {
  public:
-  // Opens `file` for appending, and makes it if it is missing. `oldFiles` rotated ones are kept.
+  // Opens `file` for appending; creates it if it is missing. Keeps `oldFiles` rotated files.
   LogFile(std::filesystem::path file, size_t maxBytes, int oldFiles);
   ~LogFile();
   LogFile(const LogFile&) = delete;

@@ -16,7 +16,7 @@ namespace orvane::terminal {
 // Lines that cannot be written are lost, see LogFile; no log call throws for that. Call once, before any thread starts.
 std::shared_ptr<const LogFile> setUpLogging(const std::filesystem::path& file, const std::string& level);
 
-// The logger of all code that deals with clients.
+// The logger of `net/` and `phones/`.
 const log4cxx::LoggerPtr& gatewayLogger();
 
 // The form of all lines: one line of readable UTF-8 for each event, ended by a line feed. Text that is not UTF-8

@@ -79,7 +79,7 @@ void makeDataDir(const std::filesystem::path& dir) {
   requireWritable(dir);
 }
 
-// Old prices are only a warning: a client can still list and cancel. Without writes no order works.
+// Old prices are only a warning, because clients can still list and cancel. Without writes no action works.
 std::vector<HealthCheck> checkHost(const TradingHost& host, const LogFile& log) {
   constexpr double kOldSeconds = 5;
   const TradingHealth health = host.health();
@@ -104,7 +104,7 @@ std::vector<HealthCheck> checkHost(const TradingHost& host, const LogFile& log) 
   return {database, clock, lines, quotes};
 }
 
-// On the screen and in the log, because a service has no screen.
+// Both on standard output and in the log, because nobody sees the output of a service.
 void printFingerprint(const std::string& sha256) {
   const std::string text = fmt::format("Certificate's SHA-256: {}", sha256);
   fmt::print("{}\n", text);

@@ -23,7 +23,7 @@ int closeWith(int descriptor, int reason) {
 }
 
 int openExisting(const std::filesystem::path& file, int flags, const struct stat& folder) {
-  // Without O_NONBLOCK a planted FIFO would hold the call; a file does not notice it.
+  // Without O_NONBLOCK the call would block on a planted FIFO. It makes no difference for a file.
   const int opened = open(file.c_str(), flags | O_NOFOLLOW | O_NONBLOCK);
   struct stat found {};
   if (opened < 0 || (fstat(opened, &found) == 0 && isOwners(found, folder))) return opened;
@@ -45,15 +45,17 @@ int openOwnersFile(const std::filesystem::path& file, int flags) {
   if (stat(file.parent_path().c_str(), &folder) != 0) return -1;
   int opened = openExisting(file, flags, folder);
   if (opened < 0 && errno == ENOENT) opened = makeFile(file, flags, folder);
-  return opened < 0 && errno == EEXIST ? openExisting(file, flags, folder)
-                                       : opened;  // another process has created it meanwhile
+  // EEXIST: another process has created the file in between.
+  return opened < 0 && errno == EEXIST ? openExisting(file, flags, folder) : opened;
 }
 
 void requireOwners(const std::filesystem::path& file) {
   struct stat found {};
   struct stat folder {};
-  if (lstat(file.c_str(), &found) != 0 || stat(file.parent_path().c_str(), &folder) != 0) return;  // its user finds out
-  if (!isOwners(found, folder)) throw std::runtime_error("it is no file of the folder's owner: remove it");
+  if (lstat(file.c_str(), &found) != 0 || stat(file.parent_path().c_str(), &folder) != 0)
+    return;  // opening it will fail
+  if (!isOwners(found, folder))
+    throw std::runtime_error("it does not belong to the folder's owner, or is not a regular file: remove it");
 }
 
 void actAsOwner(const std::filesystem::path& folder) {

@@ -4,11 +4,11 @@
 
 namespace orvane::terminal {
 
-// Shows other processes that a terminal runs on a data folder: a lock on the file `terminal.lock`, which ends with the
-// process, however it ends.
+// Marks a data folder as in use by a running terminal: a lock on the file `terminal.lock`, which the system releases
+// when the process ends, even after a crash.
 class RunMark {
  public:
-  // Logs nothing and throws nothing: without the mark a command takes the terminal for one that does not run.
+  // Logs nothing and throws nothing: without the mark, commands assume that no terminal is running.
   explicit RunMark(const std::filesystem::path& dataDir);
   ~RunMark();
   RunMark(const RunMark&) = delete;

@@ -15,8 +15,8 @@
 
 namespace orvane::terminal {
 
-// A TCP connection with or without TLS: one type for both. Deadlines are set on next_layer(). Asio and Beast call it
-// with many types of buffers and handlers. Here they become one type, so that the layers below are compiled once.
+// A TCP connection with or without TLS. Deadlines are set on next_layer(). Asio and Beast call it with many types of
+// buffers and handlers; it converts them to one, so that the layers below are compiled once.
 class SecureStream {
   using Clock = std::chrono::steady_clock;
 
@@ -40,7 +40,7 @@ class SecureStream {
   const next_layer_type& next_layer() const { return tcp_; }
   bool isSecure() const { return tls_.has_value(); }
 
-  // When bytes last came in, and when the peer last took some; the stream's own making if never.
+  // When bytes last arrived, and when the peer last accepted some; the stream's construction if never.
   Clock::time_point lastRead() const { return lastRead_; }
   Clock::time_point lastWritten() const { return lastWritten_; }
 
@@ -72,7 +72,7 @@ class SecureStream {
                boost::system::error_code error, Results... results) { (*held)(error, results...); };
   }
 
-  // `done`, which notes the time first if any bytes were moved.
+  // Wraps `done`: notes the time first if any bytes were moved.
   static Completion<size_t> noting(Clock::time_point& time, Completion<size_t> done);
 
   template <typename Buffer, typename Sequence>

@@ -53,7 +53,7 @@ class Session {
   virtual const std::string& network() const = 0;
 };
 
-// Gets a session's events, on its own thread.
+// Receives the events of sessions, on one thread.
 class ISessionOwner {
  public:
   virtual ~ISessionOwner() = default;

@@ -90,7 +90,7 @@ void addNetworkOptions(CLI::App& app, Settings& settings, Arguments& typed) {
       ->capture_default_str();
   app.add_option("--port", settings.port, "port; 0 is any free one")->capture_default_str();
   CLI::Option* own = app.add_flag("--tls-self", settings.keepsOwnCertificate,
-                                  "TLS with a certificate of its own, made and kept in the data folder");
+                                  "TLS with a self-signed certificate, made and kept in the data folder");
   CLI::Option* certificate =
       app.add_option("--tls-cert", typed.tls.certificate, "TLS with the certificate of this file (PEM)")->excludes(own);
   app.add_option("--tls-key", typed.tls.key, "the key of --tls-cert (PEM)")->needs(certificate);
@@ -104,10 +104,10 @@ void addPhoneOptions(CLI::App& app, Arguments& typed) {
       ->check(CLI::Validator(checkFinite, "SECONDS") & CLI::Range(0.01, 3600.0))
       ->capture_default_str();
   app.add_option("--idle-timeout", typed.idleSeconds,
-                 "seconds after which a phone is dropped that is silent or reads nothing")
+                 "seconds after which a phone that is silent or reads nothing is dropped")
       ->check(CLI::Validator(checkFinite, "SECONDS") & CLI::Range(0.01, 3600.0))
       ->capture_default_str();
-  app.add_option("--max-backlog", typed.maxBacklog, "MiB of messages that may wait for all phones together")
+  app.add_option("--max-backlog", typed.maxBacklog, "MiB of unsent messages, for all phones together")
       ->check(CLI::Range(1, 65536))
       ->capture_default_str();
 }
@@ -122,14 +122,15 @@ void addFileOptions(CLI::App& app, Settings& settings, Arguments& typed) {
   app.add_option("--audit-size", typed.auditMebibytes, "MiB at which audit.log becomes audit.log.1, and so on")
       ->check(CLI::Range(1, 65536))
       ->capture_default_str();
-  app.add_option("--audit-files", settings.audit.oldFiles, "how many files behind audit.log are kept")
+  app.add_option("--audit-files", settings.audit.oldFiles, "how many rotated audit files are kept")
       ->check(CLI::Range(0, 10000))
       ->capture_default_str();
-  app.add_option("--gateway-size", typed.gatewayMebibytes, "MiB of gateway.db, from which on it takes no keys")
+  app.add_option("--gateway-size", typed.gatewayMebibytes,
+                 "MiB of gateway.db above which requests with a key are refused")
       ->check(CLI::Range(1, 1048576))
       ->capture_default_str();
   app.add_option("--log", settings.logFile, "log file")->default_str("terminal.log in the data folder");
-  app.add_option("--log-level", settings.logLevel, "least level that is logged")
+  app.add_option("--log-level", settings.logLevel, "lowest level that is logged")
       ->check(CLI::IsMember({"trace", "debug", "info", "warn", "error", "off"}))
       ->capture_default_str();
 }
@@ -242,7 +243,7 @@ std::string unknownKey(const CLI::ConfigError& error) {
 }
 
 // CLI11 does not report whether a wrong value was typed or is in the settings file.
-void tellSettingsFile(const CLI::App& app, const CLI::ParseError& error) {
+void nameSettingsFile(const CLI::App& app, const CLI::ParseError& error) {
   const auto file = app.get_config_ptr()->as<std::string>();
   if (error.get_exit_code() == 0 || access(file.c_str(), F_OK) != 0) return;
   throw CLI::ValidationError(fmt::format("{} (the settings file {} is read too)", error.what(), file));
@@ -259,7 +260,7 @@ void parse(CLI::App& app, int argc, const char* const* argv) {
   } catch (const CLI::FileError& error) {
     throw CLI::FileError(fmt::format("the settings file {}", error.what()));
   } catch (const CLI::ParseError& error) {
-    tellSettingsFile(app, error);
+    nameSettingsFile(app, error);
     throw;
   }
   requireReadable(app.get_config_ptr()->as<std::string>());

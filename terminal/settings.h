@@ -32,18 +32,18 @@ struct Settings {
   std::filesystem::path dataDir;
   std::filesystem::path logFile;
   std::string logLevel = "info";
-  std::chrono::milliseconds loginTime{};  // for TLS and the HTTP head, and again for the first frame
-  std::chrono::milliseconds idleTime{};   // after which a client is dropped that is silent or reads nothing
+  std::chrono::milliseconds loginTime{};  // limit of the TLS handshake and the HTTP head, and again of the first frame
+  std::chrono::milliseconds idleTime{};   // after which a client that is silent or reads nothing is dropped
   size_t maxBacklogBytes = 0;             // of outgoing messages, for all clients together
   AuditLimits audit;
-  int64_t gatewayBytes = 0;  // of gateway.db, from which on it takes no keys
+  int64_t gatewayBytes = 0;  // size of gateway.db above which requests with a key are refused
   TradingOptions trading;
   std::optional<CallSettings> call;    // run as a client
   std::optional<TokenSettings> token;  // run the command `token`
 };
 
-// Reads the command line and the settings file. Returns nothing if the program is to end, after --help or an error:
-// the text is printed already, and `exitCode` is set.
+// Reads the command line and the settings file. Returns nothing if the program must end, after --help or an error. The
+// text has then been printed, and `exitCode` is set.
 std::optional<Settings> readSettings(int argc, const char* const* argv, int& exitCode);
 
 }  // namespace orvane::terminal

@@ -61,7 +61,9 @@ void record(SQLite::Database& db, const Settings& settings, const char* topic, c
   };
   if (await(std::chrono::milliseconds(500), append)) return;
   keepAuditLine(db, line, std::chrono::system_clock::to_time_t(now));
-  std::fputs(fmt::format("{}\nThe audit gets its line when that is possible.\n", fault).c_str(), stderr);
+  std::fputs(
+      fmt::format("{}\nThe line is kept, and a terminal adds it to the audit as soon as it can.\n", fault).c_str(),
+      stderr);
 }
 
 void recordAdd(SQLite::Database& db, const Settings& settings, const std::string& name, Rights rights) {

@@ -12,8 +12,8 @@ namespace orvane::terminal {
 // reason on standard error.
 int runToken(const Settings& settings);
 
-// Stores the starting terminal's link and prints it. At the very first start it has a token with all rights; later
-// starts print how to make one. Throws std::runtime_error.
+// Stores the starting terminal's link and prints it. The link of the very first start contains a token with all rights;
+// later starts print how to make a token. Throws std::runtime_error.
 void printLink(const Settings& settings, const std::string& url);
 
 }  // namespace orvane::terminal

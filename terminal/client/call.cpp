@@ -46,7 +46,7 @@ void login(Client& client, const OwnToken& own) {
   try {
     client.login(own.text());
   } catch (const ClientError& error) {
-    throw ClientError(fmt::format("{}\nIs --data the folder of the terminal that was asked?", error.what()));
+    throw ClientError(fmt::format("{}\nIs --data the folder of that terminal?", error.what()));
   }
 }
 

@@ -11,7 +11,7 @@ namespace orvane::terminal {
 
 // Arguments of `pocket-terminal call`.
 struct CallSettings {
-  std::string address;  // of the terminal, as it was given to it: may be a wildcard address
+  std::string address;  // as given to the terminal, so it may be a wildcard address
   uint16_t port = 0;
   std::optional<TlsFiles> tls;
   std::filesystem::path dataDir;  // of the terminal
