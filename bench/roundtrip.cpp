@@ -15,7 +15,7 @@ constexpr size_t kOthers = 20;
 constexpr double kOthersPerSecond = 200;
 constexpr size_t kSamples = 1000;  // of one slice: the 99.9th percentile is the second largest
 
-// One client that waits for each reply and then for 0.2 ms, so that the server sleeps when it asks again.
+// One client that waits for each reply and then for 0.2 ms, so that the server is asleep when the next request arrives.
 struct Asker {
   Clients client;
   Clients others;

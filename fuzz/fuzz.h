@@ -23,8 +23,8 @@ inline const bool kQuiet = (agentLogger()->setLevel(log4cxx::Level::getOff()), t
 // libFuzzer keeps the input of a proof that fails.
 #define PROVE(condition) ((condition) ? void() : (std::fprintf(stderr, "%s\n", #condition), std::abort()))
 
-// Whether the library ends the process on a body, since something else stands where it needs an object. The gateway
-// finds out while it reads; this looks at the library's own document.
+// Whether the library would end the process on a body, because it has something else in the place of an object. The
+// gateway finds out while it reads; this checks the library's own document.
 inline bool isFatal(const std::string& topicText, const std::string& data) {
   const OrvMobileTopic topic = topicFromName(topicText.c_str());
   const JsonBody body(data);
@@ -59,7 +59,7 @@ class FuzzHost : public test::ScriptedHost {
     if (!has(kKnowNothing)) know(test::account(1, "u1"), test::symbol(10, "rb2405", 3));
   }
 
-  // Hands a request to the library and returns what it answered, after a look at all that it did.
+  // Sends a request to the library, checks all that it did and returns its replies.
   std::vector<MobileMessage> ask(const std::string& topic, const std::string& body, int32_t terminalType) {
     DirectWorker().push(42, terminalType, topic, body);
     const std::vector<MobileMessage> replies = sent();
@@ -67,9 +67,9 @@ class FuzzHost : public test::ScriptedHost {
       PROVE(reply.requestId == 42 && reply.terminalType == 8 && (reply.message.empty() || reply.data.empty()));
       PROVE(reply.data.empty() || terminal::checkJson(reply.data).ok);
     }
-    // A refused account is told, and then the request's end. The proxy answers in its own time.
+    // A refused account gets two replies: the refusal, and the end of the request. The proxy answers later.
     PROVE(replies.size() == (called("requestAsync") ? 0U : called("checkAccount") && has(kRefuseAccount) ? 2U : 1U));
-    // A refused user gets nothing done, and nobody trades what the host does not know.
+    // Nothing is done for a refused user, and nothing is traded that the host does not know.
     PROVE(!has(kRefuseUser) || !called("checkUser") || calls().size() == 2);  // the check and the refusal
     PROVE((inserted.empty() && cancelled.empty()) || (levers_ & (kRefuseUser | kRefuseAccount | kKnowNothing)) == 0);
     PROVE(std::ranges::all_of(inserted, [](const auto& order) { return order.code.code == "rb2405"; }));

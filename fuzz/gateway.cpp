@@ -11,8 +11,7 @@ namespace {
 // What goes out is JSON in UTF-8, whatever came in.
 void checkFrame(const std::string& frame) { PROVE(terminal::checkJson(frame).ok && terminal::isUtf8(frame)); }
 
-// The gateway keeps back what would end the process and what is too long, and nothing else; the library answers the
-// rest.
+// The gateway refuses exactly the bodies that would end the process or are too long; the library answers the rest.
 void onFrame(const terminal::Frame& frame) {
   const std::string body(frame.body);
   PROVE(terminal::checkJson(frame.id).ok && (body.empty() || terminal::checkJson(body).ok));

@@ -53,7 +53,7 @@ class Client {
   // The first push of this topic that no call has returned yet.
   Reply waitPush(std::string_view topic);
 
-  // Sends one frame, text or binary, unchanged; and returns the next message that no call has returned yet.
+  // Sends one frame, text or binary, unchanged, and returns the next message that no call has returned yet.
   void send(std::string_view frame, bool asText = true);
   Reply receive();
 

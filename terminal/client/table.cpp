@@ -33,7 +33,8 @@ bool isIn(const std::array<Range, kCount>& ranges, char32_t character) {
                      [&](const Range& range) { return character >= range.first && character <= range.last; });
 }
 
-// The control characters of both sets, the separators of lines and paragraphs, and what turns the writing direction.
+// The C0 and C1 control characters, the separators of lines and paragraphs, and the characters that change the writing
+// direction.
 constexpr std::array<Range, 6> kControls{
     {{0x00, 0x1F}, {0x7F, 0x9F}, {0x061C, 0x061C}, {0x200E, 0x200F}, {0x2028, 0x202E}, {0x2066, 0x2069}}};
 
@@ -213,7 +214,7 @@ std::string layOutTurned(const std::vector<Row>& rows, size_t screenWidth) {
   return text;
 }
 
-// The wide and full-width characters of Unicode's East Asian Width, blocks taken as wholes.
+// The wide and full-width characters of Unicode's East Asian Width, as whole blocks.
 constexpr std::array<Range, 13> kWide{{{0x1100, 0x115F},
                                        {0x2E80, 0x303E},
                                        {0x3041, 0x4DBF},

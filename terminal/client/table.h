@@ -6,8 +6,8 @@
 
 namespace orvane::terminal {
 
-// Writes the control and bidirectional characters of UTF-8 text as \u001B, so that it can neither steer the screen nor
-// reorder what is shown. A byte that is no UTF-8 is written as \xFF.
+// Writes the control and bidirectional characters of UTF-8 text as \u001B, so that it can neither control the screen
+// nor reorder what it shows. A byte that is not UTF-8 is written as \xFF.
 std::string escapeControls(std::string_view text);
 
 // Columns that UTF-8 text takes on a screen: two for each wide character of East Asia.

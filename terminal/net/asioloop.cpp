@@ -11,7 +11,8 @@ class AsioTimer final : public Timer {
  public:
   AsioTimer(boost::asio::io_context& context, std::chrono::milliseconds delay, IEventLoop::Work work)
       : timer_(context, delay), work_(std::make_shared<IEventLoop::Work>(std::move(work))) {
-    // A handler that is queued already runs although its timer is gone, so it must look whether the work is.
+    // A handler that is already queued runs even if its timer has been destroyed, so it checks whether the work still
+    // exists.
     timer_.async_wait([weak = std::weak_ptr(work_)](const boost::system::error_code& error) {
       const auto held = weak.lock();
       if (!error && held != nullptr) (*held)();

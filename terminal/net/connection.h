@@ -16,8 +16,9 @@
 namespace orvane::terminal {
 
 struct NetLimits {
-  std::chrono::milliseconds head{10'000};  // for TLS and the request's head together, and for a page's writing
-  // A silent client is pinged after half of it and dropped after all; one that takes no bytes for so long is closed.
+  std::chrono::milliseconds head{10'000};  // for TLS handshake and HTTP head together, and for writing a page
+  // A silent client is pinged after half of this time and dropped after all of it. One that accepts no byte for all of
+  // it is closed.
   std::chrono::milliseconds idle{36'000};
   size_t maxFrameBytes = size_t{256} * 1024;          // of an incoming frame
   size_t maxQueuedBytes = size_t{4} * 1024 * 1024;    // of a session's frames behind the one that is being written
@@ -56,7 +57,7 @@ class Connection {
 
 using UpgradeRequest = boost::beast::http::request<boost::beast::http::empty_body>;
 
-// Gets a connection's events; but for onBacklog they never come from inside one of its operations.
+// Gets a connection's events; except for onBacklog they never come from inside one of its operations.
 class IConnectionOwner {
  public:
   virtual ~IConnectionOwner() = default;

@@ -45,7 +45,7 @@ class WebSocketSession final : public Session,
 
   void accept(UpgradeRequest request) {
     request_ = std::move(request);
-    // Without Beast's own idle limit, to which a client that takes its time over a long list is silent.
+    // Beast's own idle limit is off: to it, a client that reads a long list slowly is silent.
     ws_.set_option(websocket::stream_base::timeout{limits_.head, websocket::stream_base::none(), false});
     ws_.read_message_max(limits_.maxFrameBytes);
     ws_.auto_fragment(false);
@@ -150,7 +150,7 @@ class WebSocketSession final : public Session,
     if (before != accountedBytes_) owner_.onBacklog(before, accountedBytes_);
   }
 
-  // Looks at the client from time to time, until the session is closing.
+  // Checks the client at intervals, until the session is closing.
   void watch() {
     constexpr int kLooks = 8;  // in the idle time
     timer_.expires_after(limits_.idle / kLooks);
@@ -161,7 +161,7 @@ class WebSocketSession final : public Session,
     });
   }
 
-  // Pongs show only that the peer's machine is there, so a client must take what it is sent.
+  // Pongs show only that the peer's machine is alive, so a client must also accept what it is sent.
   void checkProgress() {
     const Clock::time_point now = Clock::now();
     heard_ = now;  // no ping gets past the frame that is being written
@@ -179,7 +179,8 @@ class WebSocketSession final : public Session,
 
   void onPingWritten(error_code /*error*/) { pinging_ = false; }  // an error ends the reading, too
 
-  // Without the frame that is being written: it may be a long list, which a fast client still takes its time to read.
+  // The frame that is being written does not count: it may be a long list, which takes even a fast client some time to
+  // read.
   size_t waitingBytes() const { return queue_.empty() ? 0 : queuedBytes_ - queue_.front()->size(); }
 
   void writeClose() { ws_.async_close(reason_, handler(&WebSocketSession::onCloseWritten)); }

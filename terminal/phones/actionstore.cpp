@@ -35,7 +35,7 @@ MobileMessage readReply(SQLite::Statement& row, int column) {
   return reply;
 }
 
-// Differs after each start of the machine; empty if the system does not say.
+// Changes with each start of the machine; empty if the system does not provide it.
 std::string bootId() {
   std::string id;
   std::getline(std::ifstream("/proc/sys/kernel/random/boot_id"), id);
@@ -132,7 +132,7 @@ void ActionStore::giveUp(Which which) {
   }
 }
 
-// The boot clock of an earlier start of the machine says nothing about this one's.
+// Times by the boot clock of an earlier start of the machine mean nothing in this one.
 void ActionStore::noteBoot() const {
   const std::string id = bootId();
   SQLite::Statement row(db_, "SELECT id FROM boot");

@@ -15,11 +15,11 @@
 namespace orvane::terminal {
 
 // The write-ahead record of actions in `gateway.db`: each is stored before it is dispatched, so that the audit misses
-// none, and with a key its reply is stored too, so that none runs twice. Each operation that writes belongs into a
+// none, and with a key its reply is stored too, so that none runs twice. Each operation that writes must run in a
 // transaction and may be repeated if that fails; it throws SQLite::Exception. One thread.
 class ActionStore {
  public:
-  // From `softBytes` of gateway.db on, actions with a key are refused; the rest of the file is for what is under way.
+  // Above `softBytes` of gateway.db, actions with a key are refused; the rest of the file is for open actions.
   ActionStore(SQLite::Database& db, const IClock& clock, int64_t softBytes);
 
   // What to do with an action that would run as `requestId`. Fresh: it is stored.

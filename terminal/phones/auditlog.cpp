@@ -25,7 +25,7 @@ const char* remedyOf(int reason) {
     case ELOOP:
     case EPERM:
     case EISDIR:
-      return "remove it: it is no file of the folder's owner";
+      return "remove it: it does not belong to the folder's owner, or is not a regular file";
     default:
       return "let the folder's owner write to it";
   }

@@ -17,7 +17,7 @@ struct AuditLine {
   bool isWritten = false;
 };
 
-// Brings lines to `audit.log`, many at a time. A line that cannot be written is kept in `gateway.db` until it can be.
+// Writes lines to `audit.log`, many at a time. A line that cannot be written is kept in `gateway.db` until it can be.
 // One thread.
 class AuditTrail {
  public:
@@ -28,7 +28,7 @@ class AuditTrail {
   // Adds a line to those that the next flush writes.
   Line add(std::string text);
 
-  // Writes all added lines, or marks none as written. What is not written then is to be kept.
+  // Writes all added lines, or marks none as written; the caller keeps those.
   void flush();
 
   // Stores a line that is not written. Throws SQLite::Exception.

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::string_view kOrderList = "orderList";
 
-// The library answers each element, repeated ones too, and serves nobody else meanwhile.
+// The library answers each element, repeated ones too, and serves nobody else until it has finished.
 constexpr int kMaxElements = 1000;
 
 // Checks the elements of one array: the root, or the first member `orderList` of a root object.

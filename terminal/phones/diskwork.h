@@ -53,7 +53,7 @@ class DiskWork {
   // Runs what can be run now. `beforeWriting` is called after the items are prepared. The disk's thread.
   void turn(const std::function<void()>& beforeWriting);
 
-  // After which turn() is to be called again. The disk's thread.
+  // How long to wait before the next call of turn(). The disk's thread.
   std::chrono::milliseconds pause() const;
 
   // Why the last transaction failed, UTF-8; empty if it did not. The disk's thread.

@@ -31,8 +31,8 @@ class Gatekeeper {
   // Both must outlive the object. `onChange` is called when tokens have been made or revoked.
   Gatekeeper(IEventLoop& loop, GatewayStore& store, OnChange onChange);
 
-  // Who has this token. Answers at once if it is known; otherwise the tokens are read again first, since it may have
-  // been made a moment ago.
+  // Finds the owner of this token. Answers at once if the token is known; otherwise it reads the tokens again first,
+  // because this one may be new.
   void admit(std::string token, OnAdmission answer);
 
   // Counts a wrong login. False if it exceeds the limit of its network, see Session.
@@ -61,7 +61,7 @@ class Gatekeeper {
   // To be called every second.
   void tick();
 
-  // The terminal ends.
+  // The terminal is stopping.
   void hurry() { store_.hurry(); }
 
  private:

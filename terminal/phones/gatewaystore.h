@@ -35,8 +35,9 @@ struct StoreHealth {
   bool operator==(const StoreHealth&) const = default;
 };
 
-// What the gateway keeps on the disk: tokens, keys and the audit. Alone uses `gateway.db` and `audit.log`. Operations
-// may be called on any thread, return at once, and are done in their order; their answers come on the disk's thread.
+// What the gateway keeps on the disk: tokens, keys and the audit. In the terminal nothing else uses `gateway.db` and
+// `audit.log`. Operations may be called on any thread, return at once, and are done in their order; their answers come
+// on the disk's thread.
 class GatewayStore {
  public:
   using Done = DiskItem::Done;
@@ -47,7 +48,7 @@ class GatewayStore {
   // Throws std::runtime_error if the database cannot be used. `clock` must outlive the store and be thread-safe.
   GatewayStore(const StoreOptions& options, const IClock& clock);
 
-  // Who hears of new tokens and of health, on the disk's thread. To be called before the first turn.
+  // Callbacks for new tokens and for changes of health, on the disk's thread. Call it before the first turn.
   void watch(OnTokens onTokens, OnHealth onHealth);
 
   // The tokens at the start.
@@ -72,7 +73,7 @@ class GatewayStore {
   // Stores that a token was used.
   void touch(int64_t token);
 
-  // Tells the command that revoked a token that no further request of it begins.
+  // Confirms to the command that revoked a token that no further request of it begins.
   void confirm(int64_t revocation);
 
   // The terminal ends: does not wait long for locked files any more.
@@ -81,7 +82,7 @@ class GatewayStore {
   // The disk's thread: what turn() could do next, or `limit`, whichever is first.
   void wait(std::chrono::milliseconds limit) { work_.wait(limit); }
 
-  // Does all that can be done now, and returns after which time to call it again. The disk's thread.
+  // Does all work that is possible now, and returns how long to wait before the next call. The disk's thread.
   std::chrono::milliseconds turn();
 
   // The last turn, in which actions without a reply become unknown. The disk's thread, or after its end.

@@ -17,8 +17,7 @@ namespace orvane::terminal {
 
 inline constexpr std::string_view kLoginTopic = "login";
 
-// Lets clients in: the time limit of a login, wrong tokens, and what a client that logs in again has missed. One
-// thread.
+// Logs clients in: the time limit of a login, wrong tokens, and the pushes that a client has missed. One thread.
 class Login {
  public:
   Login(IEventLoop& loop, std::chrono::milliseconds limit, Gatekeeper& keeper, Peers& peers, PushLog& pushes,

@@ -77,7 +77,7 @@ void Phones::push(const MobileMessage& message) {
   });
 }
 
-// A client that may not see hears of its own refused requests.
+// A client without the right see gets the notices of its own refused requests.
 bool Phones::hears(const Peer& peer, const MobileMessage& message) const {
   return peer.visitor.rights.has(Right::See) || (message.topic == kNotice && peer.expectsNotices(loop_.bootTime()));
 }

@@ -38,7 +38,7 @@ class Phones : public ISessionOwner, public IPageOwner {
   void start();
   void stop();
 
-  // The end begins: takes no more requests, and calls `done` once none is without a reply.
+  // Takes no more requests, and calls `done` once every request has its reply.
   void drain(std::function<void()> done);
 
   // Where the agent attaches its callback.

@@ -12,8 +12,8 @@ namespace orvane::terminal {
 // changed, or with what the client gets in place of the reply, UTF-8.
 using WhenStored = std::function<void(std::function<void(const std::string& failure)>)>;
 
-// Holds each reply back until what it reports is stored, so that no client hears of an order that a crash could take
-// back. Messages that answer no request pass at once: the host sends them when they are true.
+// Holds each reply back until what it reports is stored, so that no client is told of an order that a crash could undo.
+// Messages that answer no request pass at once: the host sends them only when their contents are stored.
 class ReplyHold {
  public:
   using Deliver = std::function<void(const MobileMessage&)>;

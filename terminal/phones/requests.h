@@ -23,7 +23,7 @@
 namespace orvane::terminal {
 
 // The requests without a reply: queues them, those that change something until their record is stored, dispatches them
-// to the agent a few at a time, and brings each reply to the clients that wait for it. One thread.
+// to the agent a few at a time, and sends each reply to the clients that wait for it. One thread.
 class Requests {
  public:
   Requests(const IClock& clock, Peers& peers, Gatekeeper& keeper, Metrics& metrics, Answers& answers,
@@ -32,19 +32,19 @@ class Requests {
   // Why the client may not have one more request; empty if it may.
   std::string crowdFault(const Peer& peer) const;
 
-  // Counts a request that was refused for that, and closes a client that does not stop.
+  // Counts a request refused for that reason, and closes a client that keeps sending.
   void countOverrun(Peer& peer) const;
 
   // Queues a request.
   void add(Peer& peer, const Frame& frame, const Topic& topic);
 
-  // REQUIRES: `reply` is no push.
+  // REQUIRES: `reply` is not a push.
   void onReply(const MobileMessage& reply);
 
   // The session has ended. Its requests are dropped unless they change something or have been dispatched.
   void onClosed(const Session& session);
 
-  // Drops what waits of tokens that are not live any more.
+  // Drops the waiting requests of tokens that have been revoked or have expired.
   void dropRevoked();
 
   // Whether the agent has a request of the token.

@@ -11,7 +11,7 @@ bool hasExpired(const Token& token, int64_t now) { return token.expires && *toke
 
 }  // namespace
 
-// Looks at every token, and at every byte of each hash, so that the time says nothing about how near a guess is.
+// Looks at every token, and at every byte of each hash, so that the time does not reveal how close a guess is.
 const Token* TokenSnapshot::find(std::string_view text, int64_t now) const {
   const Digest hash = sha256(text);
   const Token* found = nullptr;

@@ -47,7 +47,7 @@ struct Instrument {
   double ask() const;
 };
 
-// Rounds to a multiple of `tick`. Divides where it can: 0.005 is not exact, so adding or multiplying ticks drifts.
+// Rounds to a multiple of `tick`. Divides if possible: 0.005 is not exact, so adding or multiplying ticks drifts.
 double roundToTick(double price, double tick);
 
 // Terms of a credit account. Rates and ratios are plain factors: 0.7 is 70%.

@@ -136,8 +136,8 @@ void Committer::finish(const std::string& failure) {
   for (const Answer& answer : group.answers) answer(failure);
 }
 
-// After a failed flush the frames of the commit may be in the write-ahead log, from where a crash would bring them
-// back. So nothing is certain before another commit has taken their place.
+// After a failed flush the frames of the commit may be in the write-ahead log, and a crash would bring them back. So
+// nothing is certain until another commit has overwritten them.
 bool Committer::recover() {
   try {
     if (database_ == nullptr) {

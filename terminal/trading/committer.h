@@ -22,7 +22,8 @@ namespace orvane::terminal {
 // the book read back from it. Thread-safe.
 class Committer {
  public:
-  // Empty: everything is stored. Otherwise why it is not, or that nobody knows, for clients, UTF-8.
+  // The text for clients, UTF-8: empty if everything is stored, otherwise why it is not, or that the outcome is not
+  // known.
   using Answer = std::function<void(const std::string& failure)>;
 
   // What the committer calls, on its own thread.

@@ -13,7 +13,7 @@
 namespace orvane::terminal {
 namespace {
 
-// Each brings a database from the version of its place, counted from 1, to the next.
+// The step at place N, counted from 1, upgrades a database of version N to the next version.
 constexpr std::array<const char*, 1> kUpgrades{R"sql(
 CREATE INDEX orders_by_day ON orders (day);
 CREATE INDEX fill_by_order ON fill (order_id);

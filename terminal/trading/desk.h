@@ -15,7 +15,7 @@ namespace orvane::terminal {
 // The book shared by all services, with what stores its changes and reports them. Thread-safe.
 class Desk {
  public:
-  // Throws StoreError. A folder that cannot be written will do: changes are refused then.
+  // Throws StoreError. If the folder cannot be written, changes are refused.
   Desk(const std::filesystem::path& dir, const IClock& clock) : Desk(dir, clock, openBook(dir)) {}
 
   // Runs `look` on the locked book and returns its result.

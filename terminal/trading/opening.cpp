@@ -13,7 +13,7 @@ namespace {
 constexpr const char* kFile = "terminal.db";
 constexpr const char* kLog = "terminal.db-wal";
 
-// A folder in memory if there is one, since the disk is in trouble. Removed at the end.
+// A folder in memory if there is one, because the disk fails. Removed by the destructor.
 class CopyFolder {
  public:
   CopyFolder() {
@@ -34,8 +34,8 @@ class CopyFolder {
   std::string path_;
 };
 
-// Shares SQLite's lock on the database: while it lives no terminal can open the file, and it cannot be had while one
-// has the file open.
+// Holds SQLite's shared lock on the database: no terminal can open the file until it is released, and it cannot be
+// taken while one has the file open.
 class ReadLock {
  public:
   explicit ReadLock(const std::filesystem::path& file) : file_(::open(file.c_str(), O_RDONLY | O_CLOEXEC)) {

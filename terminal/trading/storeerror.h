@@ -14,7 +14,7 @@ class StoreError : public std::runtime_error {
 
   bool mayBeStored() const { return mayBeStored_; }
 
-  // The disk is full, read-only or failing, rather than the file locked, damaged or of another program.
+  // True if the disk is full, read-only or failing; false if the file is locked, damaged or belongs to another program.
   bool isOfDisk() const;
 
   // For clients, UTF-8: nothing was changed, why, and the remedy; or that the outcome is not known.

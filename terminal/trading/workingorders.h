@@ -11,7 +11,8 @@
 
 namespace orvane::terminal {
 
-// A sum whose terms may be taken away again: the rounding errors are summed up beside it, so that they do not pile up.
+// A sum from which terms can be subtracted again. Rounding errors are summed separately, so that they do not
+// accumulate.
 class SteadySum {
  public:
   void add(double value) {

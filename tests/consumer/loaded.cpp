@@ -4,7 +4,7 @@
 
 namespace {
 
-// Loads the library, asks it once and lets it go.
+// Loads the library, sends it one request and unloads it.
 bool loadAndAsk(const char* path) {
   void* library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
   void* symbol = library == nullptr ? nullptr : dlsym(library, "_ZN6orvane12IPocketAgent11getInstanceEv");

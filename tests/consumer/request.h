@@ -7,7 +7,7 @@
 
 namespace orvane::test {
 
-// One request from end to end: the host's account stands in the reply.
+// One request from end to end: the reply has the host's account.
 inline bool answers(IPocketAgent& agent) {
   ScriptedHost host;
   host.accounts = {account(1, "80010001")};

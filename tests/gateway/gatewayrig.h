@@ -93,7 +93,7 @@ class GatewayRig {
   // A reply, or a push if it has no request's id.
   void deliver(const MobileMessage& message) { gateway_->mobileService().send(message); }
 
-  // Ends the gateway with what is under way, and starts it again on the same files and another port.
+  // Stops the gateway while requests are open, and starts it again on the same files and another port.
   void start();
   void stop();
 

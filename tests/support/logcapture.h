@@ -11,7 +11,7 @@
 
 namespace orvane::test {
 
-// Takes down the library's log lines at `level` and above while it lives.
+// Records the library's log lines at `level` and above during its lifetime.
 class LogCapture {
  public:
   explicit LogCapture(const log4cxx::LevelPtr& level) {

@@ -22,7 +22,7 @@ inline std::chrono::seconds soakTime() {
   return std::chrono::seconds(text == nullptr ? 3 : std::stoi(text));
 }
 
-// Ends the process where the soak hangs.
+// Ends the process if the soak hangs.
 inline void startWatchdog() { alarm(static_cast<unsigned>(soakTime().count()) + 60); }
 
 }  // namespace orvane::test

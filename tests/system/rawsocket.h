@@ -12,7 +12,7 @@ class RawSocket {
  public:
   explicit RawSocket(uint16_t port) {
     stream_.expires_after(std::chrono::seconds(30));
-    stream_.expires_after(std::chrono::seconds(90));  // the socket's life, so that no read waits for ever
+    stream_.expires_after(std::chrono::seconds(90));  // for all reads together, so that none waits forever
     stream_.connect("127.0.0.1", std::to_string(port));
   }
 
@@ -24,7 +24,7 @@ class RawSocket {
   // Everything until the other side closes the connection.
   std::string readToEnd() { return {std::istreambuf_iterator<char>(stream_), {}}; }
 
-  // This many bytes, fewer where the connection ends.
+  // This many bytes, or fewer if the connection ends.
   std::string read(size_t count) {
     std::string bytes(count, '\0');
     stream_.read(bytes.data(), static_cast<std::streamsize>(count));

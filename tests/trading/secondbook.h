@@ -36,7 +36,7 @@ struct Instrument {
   double preClose = 0, preSettlement = 0, low = 0, high = 0, last = 0;
 };
 
-// One side of a holding: what is left of yesterday's volume, and what was opened today and is still held.
+// One side of a holding: the rest of yesterday's volume, and the volume opened today and still held.
 struct Part {
   bool isEmpty() const { return began == 0 && today == 0 && closeProfit == 0; }
   int64_t old() const { return began - closed; }

@@ -39,7 +39,7 @@ class StorageTest : public DeskTest {
     FaultyDisk::checkpointOften();
   }
 
-  // Every list is served and nothing is changed, with the remedy, until `mend` is called; then actions work again.
+  // Every list is served and every change is refused, with the remedy, until `mend` is called; then actions work again.
   void expectOnlyLists(size_t expected, const std::string& reason, const std::string& remedy,
                        const std::function<void()>& mend) {
     const std::string file = (dir_ / "terminal.db").string();

@@ -9,7 +9,7 @@ namespace {
 
 using WalkTest = DeskTest;
 
-// Limits of one tick leave a price nothing but to stand or to turn back.
+// Within limits of one tick a price can only stay or turn back.
 TEST_F(WalkTest, PricesStayOnTheTicksAndWithinTheLimits) {
   host_.reset();
   SQLite::Database((dir_ / "terminal.db").string(), SQLite::OPEN_READWRITE)

@@ -31,7 +31,7 @@ export interface ConnectionEvents {
   onGap(): void; // pushes are missing, or one could not be read
 }
 
-const kQuietMs = 1500; // nothing has come for so long: ask for a sign of life
+const kQuietMs = 1500; // after this silence, ask for a sign of life
 const kHiddenQuietMs = 15_000; // the same while the page is hidden: each one costs a phone's battery
 const kStaleMs = 5000; // the terminal does not answer
 const kSilenceMs = 10_000; // the peer is gone, whatever the socket believes
