@@ -16,7 +16,7 @@ struct RequestMemory {
 // For 1, 100 and 10,000 rows, in this order.
 std::vector<RequestMemory> measureMemory();
 
-// Whether a row of 10,000 costs no more than a row of 100.
+// Whether the cost per row is no higher for 10,000 rows than for 100.
 bool growsNoFasterThanRows(const std::vector<RequestMemory>& requests);
 
 }  // namespace orvane::bench

@@ -36,7 +36,7 @@ class Committer {
   Committer(std::filesystem::path dir, std::unique_ptr<Database> database, std::optional<StoreError> error,
             Hooks hooks);
 
-  // Stores what was added.
+  // Stores all changes that were added.
   ~Committer();
 
   // Throws StoreError while changes are refused.

@@ -174,7 +174,8 @@ TEST_F(PhonesTest, RefusesACrowdAndClosesAClientThatDoesNotStop) {
   EXPECT_EQ(session->closeCode(), CloseCode::TooMany);
 }
 
-// Beside others, the agent has two lists of a busy token at most, and actions of others pass them.
+// While other tokens are active, the agent gets at most two lists of a busy token, and actions of the others overtake
+// the rest.
 TEST_F(PhonesTest, ServesTokensInTurn) {
   const auto busy = client(token_);
   const auto calm = client(terminal::addToken(db_, "calm", terminal::Rights::all()));

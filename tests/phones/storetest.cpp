@@ -21,7 +21,7 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 
-// What the disk does to clients: locks, limits, jumps of the clock, revocations.
+// How the disk and the clock affect clients: locks, limits, jumps, revocations.
 class StoreTest : public PhonesTest {
  protected:
   std::string audit(const std::string& name = "audit.log") const {

@@ -15,7 +15,7 @@ export interface Outgoing {
 
 const kSlowMs = 5000;
 
-// The text by which the terminal's list names its sender. It holds the key, so that the list shows the outcome.
+// The order's source text. It contains the key, by which the order is found in the terminal's list.
 export function sourceOf(key: string): string {
   return `web ${key}`;
 }
