@@ -83,6 +83,30 @@ class BreakTest(PageTest):
         self.gone(".outgoing")
         self.assertEqual(1, len(self.orders(price=4502)))
 
+    def test_the_same_order_again_or_old_figures_need_a_second_tap(self):
+        self.ticket("TA701", "Buy to open", 4512, 1)
+        self.review()
+        self.run_js("window.isDeaf = true")
+        self.confirm()
+        self.wait(lambda: self.orders(price=4512), "the order did not reach the terminal")
+        self.browser.back()  # the reply is late, and the ticket still filled in
+        self.see("dialog .ticket")
+        self.review()
+        self.see(".reasons", "no outcome yet")
+        self.assertFalse(self.see("dialog .actions .primary").is_enabled())
+        self.run_js("window.isDeaf = false")
+        self.open()
+        self.gone(".outgoing")
+        self.ticket("TA701", "Buy to open", 4514, 1)
+        self.review()
+        self.wait(lambda: self.see("dialog .actions .primary").is_enabled(), "not to be confirmed")
+        self.terminal.end(signal.SIGSTOP)
+        self.see(".reasons", "out of date")
+        self.assertFalse(self.see("dialog .actions .primary").is_enabled())
+        self.terminal.process.send_signal(signal.SIGCONT)
+        self.gone(".reasons")
+        self.wait(lambda: self.see("dialog .actions .primary").is_enabled(), "not to be confirmed")
+
     def test_order_that_never_arrived_is_sent_again_once(self):
         self.ticket("TA701", "Buy to open", 4504, 1)
         self.review()
