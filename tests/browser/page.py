@@ -124,6 +124,9 @@ class PageTest(unittest.TestCase):
             (line) => [line.querySelector('dt').innerText, line.querySelector('dd').innerText])""")
         return {**dict(lines), "Deal": self.see("dialog .headline").text.rsplit(" ", 1)[0]}
 
+    def action(self):
+        return self.run_js("return document.querySelector('dialog .choices input:checked + span').innerText")
+
     def confirm(self):
         self.tap("dialog .actions button.buy, dialog .actions button.sell")
 

@@ -1,13 +1,14 @@
 import assert from "node:assert/strict";
 import { readdirSync, readFileSync } from "node:fs";
 import test from "node:test";
-import { dealText, orderText } from "../../terminal/page/src/describe";
+import { closingText, dealText, orderText } from "../../terminal/page/src/describe";
 import { profitToday, returnToday } from "../../terminal/page/src/figures";
 import * as format from "../../terminal/page/src/format";
 import { fieldValue, kPositionFields } from "../../terminal/page/src/texts/fields";
 import { explained } from "../../terminal/page/src/texts/refusals";
 import { useLanguage } from "../../terminal/page/src/texts/texts";
 import { isCount, moved, readNumber } from "../../terminal/page/src/ticket/numbers";
+import { kNothing } from "../../terminal/page/src/ticket/ticket";
 import { Position } from "../../terminal/page/src/wire/values";
 import { capital, order, quote } from "./fake";
 
@@ -56,6 +57,8 @@ test("orders are named in both languages", () => {
   }
   assert.deepEqual(named, [["Sell to close", "Sell"], ["卖出平仓", "卖出"]]);
   useLanguage("en");
+  const held = { ...kNothing, long: 12, longFree: 10, short: 3, shortFree: 3 };
+  assert.deepEqual([closingText("long", held), closingText("short", held)], ["Close long 10/\u200b12", "Close short 3"]);
   assert.equal(orderText(order(), quote()), "Buy to open rebar 2 @ 3,300");
   assert.equal(orderText(order({ priceType: 2 }), quote()), "Buy to open rebar 2 @ Market");
 });

@@ -12,10 +12,10 @@ export function dealText(side: number, offset: number, quote: Quote | undefined)
   return `${named("side", side)}${gap}${effect}`;
 }
 
-// "Close long 10", or "Close long 10 / 12" if not all of it can be closed.
+// "Close long 10", or "Close long 10/12" if not all of it can be closed. A line may break after the slash.
 export function closingText(leg: "long" | "short", held: Holding): string {
   const [free, all] = leg === "long" ? [held.longFree, held.long] : [held.shortFree, held.short];
-  const count = free === all ? whole(all) : `${whole(free)} / ${whole(all)}`;
+  const count = free === all ? whole(all) : `${whole(free)}/\u200b${whole(all)}`;
   return t(leg === "long" ? "closeLong" : "closeShort", count);
 }
 
