@@ -50,14 +50,6 @@ TEST(Worker, TopicEndsAtItsFirstNulButIsPassedOnAndLoggedWhole) {
                                        push + "capital.list,Data={}", HasSubstr("[DEBUG] PocketAgent parse tid")));
 }
 
-TEST(Worker, ConditionalOrdersAreRefusedInUtf8) {
-  ScriptedHost host;
-  EXPECT_THAT(Phone::ask("order.condition.list", "ignored"),
-              FieldsAre(42, "order.condition.list", "暂不支持条件单", "", 8));
-  EXPECT_THAT(host.calls(), ElementsAre("send"));
-  EXPECT_THAT(host.converted, IsEmpty());
-}
-
 TEST(Worker, FailedSendIsLoggedAndNotRepeated) {
   ScriptedHost host;
   host.sendStatus = {4, "socket gone"};

@@ -58,14 +58,15 @@ def closing(source, opening):
 
 class Rewriter:
     def __init__(self):
-        self.places = []  # (kind, "path:line: what") of each break, from number 1 on
+        self.places = []  # (kind, "path:line:column: what") of each break, from number 1 on
 
     def rewrite(self, path, source):
         # The compiler's own calculations cannot be switched at run time.
         source = re.sub(r"(constexpr bool rowsFollowTheirValues[^§]*?)?static_assert\([^;]*;",
                         lambda found: "\n" * found.group().count("\n"), source)
         source = source.replace("constexpr const char* ", "const char* const ")
-        source = re.sub(r"(?<!static )\bconstexpr (FailureTexts|std::array|std::string_view)\b", r"const \1", source)
+        source = re.sub(r"(?<!static )\bconstexpr (FailureTexts|std::array|std::string_view|\w+ k\w+ = \[)", r"const \1",
+                        source)
         return File(self.places, path, source).rewrite()
 
 
@@ -79,7 +80,9 @@ class File:
 
     def place(self, kind, at, what=None):
         line = self.source.count("\n", 0, at) + 1
-        self.places.append((kind, f"{self.path}:{line}: {kind}: {what or self.source.splitlines()[line - 1].strip()}"))
+        column = at - self.source.rfind("\n", 0, at)
+        self.places.append((kind, f"{self.path}:{line}:{column}: {kind}: "
+                                  f"{what or self.source.splitlines()[line - 1].strip()}"))
         return len(self.places)
 
     def constants(self):

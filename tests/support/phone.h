@@ -13,6 +13,7 @@ namespace orvane::test {
 
 // What nearly every test uses.
 using testing::_;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::FieldsAre;
 using testing::HasSubstr;

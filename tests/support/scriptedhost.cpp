@@ -4,8 +4,6 @@
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <concepts>
-#include <ranges>
 #include <stdexcept>
 #include <tuple>
 
@@ -16,6 +14,7 @@
 #include "host/servicerouter.h"
 #include "host/tradeservice.h"
 #include "host/tradeutils.h"
+#include "tests/support/calltext.h"
 
 namespace orvane {
 
@@ -41,26 +40,6 @@ std::string convert(const char* to, const char* from, std::string text) {
   return failed ? "<not " + std::string(from) + ">" : result.substr(0, result.size() - outLeft);
 }
 
-// The argument of a call as `calls()` shows it.
-std::string text(const std::string& value) { return value; }
-std::string text(std::integral auto value) { return std::to_string(value); }
-std::string text(AccountPrivilege value) { return value == AccountPrivilege::TriggerOrder ? "trigger" : "ordinary"; }
-std::string text(const TradingAccountID& account) {
-  return text(account.index) + (ScriptedHost::current().owns(account) ? "" : "!" + account.userCode);
-}
-std::string text(const SymbolCode& code) {
-  return text(code.hashCode) + (ScriptedHost::current().owns(code) ? "" : "!" + code.code);
-}
-std::string text(const MonitorAccountCodes::value_type& entry);
-std::string text(const MonitorSyncOrder& order) { return text(order.account) + ":" + text(order.code); }
-std::string text(const MonitorManualPosition& manual) { return text(manual.account) + ":" + text(manual.code); }
-std::string text(const std::ranges::range auto& items) {
-  std::string joined;
-  for (const auto& item : items) joined += (joined.empty() ? "" : ",") + text(item);
-  return "[" + joined + "]";
-}
-std::string text(const MonitorAccountCodes::value_type& entry) { return text(entry.first) + ":" + text(entry.second); }
-
 template <typename Map>
 typename Map::mapped_type valueOrNone(const Map& map, const typename Map::key_type& key) {
   return map.contains(key) ? map.at(key) : typename Map::mapped_type{};
@@ -74,9 +53,6 @@ ResultStatus lookUp(const Map& map, const typename Map::key_type& key, typename 
   found = map.at(key);
   return {};
 }
-
-const TradingAccountID& accountOf(const TradingAccount& record) { return record.id; }
-const TradingAccountID& accountOf(const auto& record) { return record.account; }
 
 // The selector as the host understands it: empty is every account.
 template <typename Records>
@@ -207,19 +183,6 @@ Services* services() {
 
 Services& of(ITradeService* service) { return static_cast<Services&>(*service); }
 
-bool isSame(const TradingAccountID& a, const TradingAccountID& b) {
-  const auto fields = [](const TradingAccountID& id) {
-    return std::tie(id.index, id.reserved2, id.reserved5, id.userCode, id.reserved8, id.marketType, id.aimType,
-                    id.reserved11, id.reserved12);
-  };
-  return fields(a) == fields(b);
-}
-
-bool isSame(const SymbolCode& a, const SymbolCode& b) {
-  return std::tie(a.hashCode, a.codeClass, a.exchangeId, a.code) ==
-         std::tie(b.hashCode, b.codeClass, b.exchangeId, b.code);
-}
-
 }  // namespace
 
 std::string gbk(const std::string& utf8) { return convert("GBK", "UTF-8", utf8); }
@@ -275,21 +238,6 @@ void ScriptedHost::holdIn(const std::string& start) {
   changed_.notify_all();
 }
 
-bool ScriptedHost::owns(const TradingAccountID& account) const {
-  const auto holds = [&](const auto& records) {
-    return std::ranges::any_of(records, [&](const auto& record) { return isSame(accountOf(record), account); });
-  };
-  return holds(accounts) || holds(positions) || holds(orders) || holds(fills);
-}
-
-bool ScriptedHost::owns(const SymbolCode& code) const {
-  const auto holds = [&](const auto& records) {
-    return std::ranges::any_of(records, [&](const auto& record) { return isSame(record.code, code); });
-  };
-  return std::ranges::any_of(symbols, [&](const auto& known) { return isSame(known.second, code); }) ||
-         holds(positions) || holds(orders) || holds(fills);
-}
-
 bool ScriptedHost::request(int64_t id, int32_t terminalType, const std::string& topic, const std::string& body) {
   const std::shared_lock lock(spiMutex_);
   if (spi != nullptr) spi->onRequest(id, terminalType, topic, body);
@@ -319,18 +267,6 @@ ResultStatus ScriptedHost::send(const MobileMessage& message) {
     changed_.notify_all();
   }
   return sendStatus;
-}
-
-TradingAccountID accountId(int32_t index, const std::string& userCode, int32_t marketType) {
-  return {index, {2, 3, 4}, {"5", "6"}, userCode, 8, marketType, 0, 11, "12"};
-}
-
-TradingAccount account(int32_t index, const std::string& userCode, int32_t marketType) {
-  return {.id = accountId(index, userCode, marketType)};
-}
-
-SymbolCode symbol(int64_t hashCode, const std::string& code, int32_t exchangeId, int32_t codeClass) {
-  return {hashCode, codeClass, exchangeId, code};
 }
 
 }  // namespace test

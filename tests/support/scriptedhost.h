@@ -102,8 +102,6 @@ class ScriptedHost {
   bool request(int64_t id, int32_t terminalType, const std::string& topic, const std::string& body);
 
   // For the services.
-  bool owns(const TradingAccountID& account) const;
-  bool owns(const SymbolCode& code) const;
   void setSpi(const std::shared_ptr<IMobileSrvSpi>& callback);
   void note(const std::string& call);
   ResultStatus send(const MobileMessage& message);
@@ -118,8 +116,14 @@ class ScriptedHost {
 };
 
 // Records with a value in every field.
-TradingAccountID accountId(int32_t index, const std::string& userCode = "", int32_t marketType = 1);
-TradingAccount account(int32_t index, const std::string& userCode = "", int32_t marketType = 1);
-SymbolCode symbol(int64_t hashCode, const std::string& code, int32_t exchangeId = 1, int32_t codeClass = 1);
+inline TradingAccountID accountId(int32_t index, const std::string& userCode = "", int32_t marketType = 1) {
+  return {index, {2, 3, 4}, {"5", "6"}, userCode, 8, marketType, 0, 11, "12"};
+}
+inline TradingAccount account(int32_t index, const std::string& userCode = "", int32_t marketType = 1) {
+  return {.id = accountId(index, userCode, marketType)};
+}
+inline SymbolCode symbol(int64_t hash, const std::string& code, int32_t exchangeId = 1, int32_t codeClass = 1) {
+  return {hash, codeClass, exchangeId, code};
+}
 
 }  // namespace orvane::test
