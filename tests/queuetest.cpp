@@ -17,8 +17,8 @@ namespace {
 
 using testing::ElementsAre;
 
-constexpr std::chrono::seconds kLimit{10};
-constexpr int kHold = -1;  // an item that does not end before `release`
+constexpr std::chrono::seconds kLimit{10};  // of all waits of a queue together
+constexpr int kHold = -1;                   // an item that does not end before `release`
 
 class Recorder : public AsyncBufferQueueThread<int> {
  public:
@@ -30,7 +30,7 @@ class Recorder : public AsyncBufferQueueThread<int> {
     enqueue(kHold);
     enqueue(1);
     startLocked();
-    EXPECT_TRUE(entered_.try_acquire_for(kLimit));
+    EXPECT_TRUE(entered_.try_acquire_until(end_));
   }
   void startLocked() {
     const std::lock_guard control(controlMutex);
@@ -47,14 +47,14 @@ class Recorder : public AsyncBufferQueueThread<int> {
   // The next items that are handled, fewer if they do not come in time.
   std::vector<int> next(size_t count) {
     std::vector<int> items;
-    for (; count > 0 && done_.try_acquire_for(kLimit); --count) {
+    for (; count > 0 && done_.try_acquire_until(end_); --count) {
       const std::lock_guard lock(mutex_);
       items.push_back(handled_.front());
       handled_.pop_front();
     }
     return items;
   }
-  bool waitUntilEnded() { return ended_.try_acquire_for(kLimit); }
+  bool waitUntilEnded() { return ended_.try_acquire_until(end_); }
   bool isStopped() const { return state == QueueStopped; }
 
   std::atomic<int> runs = 0;
@@ -72,7 +72,7 @@ class Recorder : public AsyncBufferQueueThread<int> {
     }
     if (item == kHold) {
       entered_.release();
-      EXPECT_TRUE(mayEnd_.try_acquire_for(kLimit));
+      EXPECT_TRUE(mayEnd_.try_acquire_until(end_));
     }
     {
       const std::lock_guard lock(mutex_);
@@ -87,6 +87,7 @@ class Recorder : public AsyncBufferQueueThread<int> {
   }
 
  private:
+  const std::chrono::steady_clock::time_point end_ = std::chrono::steady_clock::now() + kLimit;
   std::counting_semaphore<> entered_{0}, mayEnd_{0}, done_{0}, ended_{0};
   std::mutex mutex_;  // guards handled_
   std::deque<int> handled_;

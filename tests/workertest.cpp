@@ -2,6 +2,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include "tests/support/logcapture.h"
@@ -63,10 +64,11 @@ TEST(Worker, FailedSendIsLoggedAndNotRepeated) {
   EXPECT_EQ(log.lines().size(), 1U);
 }
 
-// Lets a test see that a stop has begun, also one by the destructor.
+// Lets a test see the queue's settings, and that a stop has begun, also one by the destructor.
 class WatchedWorker : public MobileWorker {
  public:
   static constexpr int32_t kRunning = QueueRunning;
+  auto settings() const { return std::tuple(maxItems, waitMillis, exitWhenIdle); }
   const std::atomic<int32_t>& watch() const { return state; }
 };
 
@@ -75,6 +77,7 @@ TEST(Worker, RunsRequestsInOrderAndAStopDropsWhatWaits) {
     ScriptedHost host;
     host.holdIn("checkUser(account.list)");
     auto worker = std::make_unique<WatchedWorker>();
+    EXPECT_EQ(worker->settings(), std::tuple(-1, 1, false));
     worker->push(1, 8, "order.condition.list", "");
     worker->start();
     worker->push(2, 8, "capital.list", "no json");
