@@ -117,7 +117,6 @@ class Soak {
       host_.userRefusal = failure == 1 ? kRefusal : ResultStatus{};
       host_.sendStatus = failure == 2 ? kRefusal : ResultStatus{};
       host_.accountRefusals[1] = failure == 3 ? kRefusal : ResultStatus{};
-      host_.cancelled.clear();
     }
   }
 

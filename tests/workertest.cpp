@@ -5,6 +5,7 @@
 #include <tuple>
 #include <vector>
 
+#include "tasks/neworder.h"
 #include "tests/support/logcapture.h"
 #include "tests/support/phone.h"
 
@@ -62,6 +63,24 @@ TEST(Worker, FailedSendIsLoggedAndNotRepeated) {
   host.sendStatus = {};
   Phone::ask("capital.list", "[]");
   EXPECT_EQ(log.lines().size(), 1U);
+}
+
+// No body can ask for a conditional order.
+TEST(NewOrder, ConditionalOrderIsRefusedAfterTheAccount) {
+  const std::vector<std::tuple<std::vector<int32_t>, std::string, Strings>> rows = {
+      {{}, "暂不支持条件单", {"checkUser(order.new)", "send"}},
+      {{1}, "暂不支持条件单", {"checkUser(order.new)", "getAllTradingAccount([1],1)", "send"}},
+      {{9}, "can not find tid by index:9", {"checkUser(order.new)", "getAllTradingAccount([9],1)", "send"}}};
+  for (const auto& [indexes, message, calls] : rows) {
+    ScriptedHost host;
+    host.accounts = {account(1)};
+    MobileNewOrder conditional;
+    conditional.isConditional = true;
+    for (const int32_t index : indexes) conditional.items.emplace_back().account.index = index;
+    NewOrderTask(1, kTopicNewOrder, conditional).execute();
+    EXPECT_EQ(host.sent().back().message, message);
+    EXPECT_EQ(host.calls(), calls);
+  }
 }
 
 // Lets a test see the queue's settings, and that a stop has begun, also one by the destructor.

@@ -25,6 +25,7 @@ inline auto fields(const SymbolCode& it) { return std::tie(it.hashCode, it.codeC
 
 inline std::string text(const std::string& value) { return value; }
 inline std::string text(std::integral auto value) { return std::to_string(value); }
+inline std::string text(std::floating_point auto value) { return std::to_string(value); }
 inline std::string text(AccountPrivilege value) {
   return value == AccountPrivilege::TriggerOrder ? "trigger" : "ordinary";
 }
@@ -45,9 +46,22 @@ inline std::string text(const SymbolCode& code) {
   return marked(code.hashCode, code.code, same, host.symbols, host.positions, host.orders, host.fills);
 }
 
+inline std::string text(const PositionFigures& it);
+template <typename... Values>
+std::string joined(const Values&... values) {
+  std::string list;
+  ((list += (list.empty() ? "" : " ") + text(values)), ...);
+  return list;
+}
+inline std::string text(const Source& it) { return joined(it.sourceFlags, it.sourceText + it.reserved3); }
+inline std::string text(const PositionFigures& it) { return joined(it.netPos, it.longPos, it.shortPos, it.netLever); }
+inline std::string text(const MonitorSyncOrder& it) {
+  return joined(it.account, it.code, it.volume, it.price, it.side, it.combOffsetFlag, it.position);
+}
+inline std::string text(const MonitorManualPosition& it) {
+  return joined(it.account, it.code, it.position, it.reserved4[0], it.reserved4[1]);
+}
 inline std::string text(const MonitorAccountCodes::value_type& entry);
-inline std::string text(const MonitorSyncOrder& order) { return text(order.account) + ":" + text(order.code); }
-inline std::string text(const MonitorManualPosition& it) { return text(it.account) + ":" + text(it.code); }
 inline std::string text(const std::ranges::range auto& items) {
   std::string joined;
   for (const auto& item : items) joined += (joined.empty() ? "" : ",") + text(item);

@@ -111,12 +111,15 @@ struct Services final : Routes, Agents, IMobileSrv, ITradeService, ICodeService 
   }
 
   ResultStatus insertOrder(const MobileNewOrderItem& order) override {
-    noted("insertOrder", order.account, order.code).inserted.push_back(order);
-    return valueOrNone(ScriptedHost::current().insertStatuses, order.code.hashCode);
+    const ScriptedHost& host = noted("insertOrder", order.account, order.code, order.orderSource, order.srcTimestamp,
+                                     order.volume, order.price, order.orderType, order.reserved12, order.priceType,
+                                     order.instructionType, order.combOffset, order.hedge, order.side);
+    return valueOrNone(host.insertStatuses, order.code.hashCode);
   }
   ResultStatus cancelOrder(const CancelOrderRequest& request) override {
-    noted("cancelOrder", request.localOrderId, request.account, request.code).cancelled.push_back(request);
-    return valueOrNone(ScriptedHost::current().cancelStatuses, request.localOrderId);
+    const ScriptedHost& host =
+        noted("cancelOrder", request.localOrderId, request.account, request.code, request.reserved4, request.reserved8);
+    return valueOrNone(host.cancelStatuses, request.localOrderId);
   }
   ResultStatus queryCreditInfo(const TradingAccountID& account, std::vector<CreditInfoRecord>& records) override {
     records.emplace_back();  // what a failing service leaves behind must not be shown
@@ -130,14 +133,12 @@ struct Services final : Routes, Agents, IMobileSrv, ITradeService, ICodeService 
   std::list<MonitorSyncOrder> getSyncOrders(const MonitorAccountCodes& codes) override {
     return noted("getSyncOrders", codes).syncOrders;
   }
-  void placeSyncOrders(std::list<MonitorSyncOrder>& list) override { noted("placeSyncOrders", list).placed = list; }
+  void placeSyncOrders(std::list<MonitorSyncOrder>& list) override { noted("placeSyncOrders", list); }
   void getMonitorRecords(MonitorSnapshot& snapshot) override {
     snapshot.records = noted("getMonitorRecords").monitorRecords;
   }
   void cleanManualPositions(const MonitorAccountCodes& codes) override { noted("cleanManualPositions", codes); }
-  void updateManualPositions(std::list<MonitorManualPosition>& list) override {
-    noted("updateManualPositions", list).updated = list;
-  }
+  void updateManualPositions(std::list<MonitorManualPosition>& list) override { noted("updateManualPositions", list); }
   void getManualPositions(const MonitorAccountCodes& codes, std::list<MonitorManualPosition>& list) override {
     std::ranges::copy(noted("getManualPositions", codes).manualPositions, std::back_inserter(list));
   }

@@ -29,10 +29,11 @@ namespace orvane::test {
 std::string gbk(const std::string& utf8);
 
 // The host of the tests. While it exists (one at a time) it implements every symbol of host/, answers from the members
-// below and records each call in order. `calls()` reads "checkUser(capital.list)", "getAllFill([1,2],1)", "send". A
-// record in a call is shown by its number, followed by "!" and its text if it is not a whole record of this host. A
-// call through a service that the library kept from an earlier one starts with "stale ". The one exchange, 3, is
-// "SHFE", in full "上期所". Set members before the library runs; the functions may be called at any time.
+// below and records each call in order. `calls()` reads "checkUser(capital.list)", "getAllFill([1,2],1)", "send". An
+// account or an instrument in a call is shown by its number, followed by "!" and its text if it is not a whole record
+// of this host; orders and manual positions by all their figures. A call through a service that the library kept from
+// an earlier one starts with "stale ". The one exchange, 3, is "SHFE", in full "上期所". Set members before the library
+// runs; the functions may be called at any time.
 class ScriptedHost {
  public:
   ScriptedHost();
@@ -79,10 +80,6 @@ class ScriptedHost {
 
   // What the library passed to the host, apart from `calls()`.
   std::shared_ptr<IMobileSrvSpi> spi;
-  std::vector<MobileNewOrderItem> inserted;
-  std::vector<CancelOrderRequest> cancelled;
-  std::list<MonitorSyncOrder> placed;
-  std::list<MonitorManualPosition> updated;
   std::vector<std::string> converted;  // each text given to gbk_to_utf8
   bool running = false;
 
