@@ -81,10 +81,8 @@ void GatewayRig::detachAgent() { gateway_->mobileService().unregisterSpi(handle_
 
 void GatewayRig::start() {
   loop_ = std::make_unique<MovableLoop>(time_);
-  terminal::NetLimits limits;
-  limits.idle = std::chrono::hours(1);  // a long run reads from a client only now and then
   gateway_ = std::make_unique<terminal::Gateway>(
-      *loop_, terminal::ListenOptions{.port = 0, .tls = {}, .allowedOrigins = {}, .limits = limits},
+      *loop_, terminal::ListenOptions{.port = 0, .tls = {}, .allowedOrigins = {}, .limits = limits_},
       terminal::StoreOptions{.dataDir = dataDir(), .audit = {}}, terminal::PhonesOptions{.probe = {}, .figures = {}},
       [](auto answer) { answer(""); });
   const std::string url = gateway_->url();

@@ -65,7 +65,11 @@ class ScriptedAgent : public IMobileSrvSpi {
 // The gateway in this process, with real sockets, files and threads, a scripted agent, and clocks that the test moves.
 class GatewayRig {
  public:
-  GatewayRig() { start(); }
+  // A long run reads from a client only now and then, so none is taken for silent.
+  explicit GatewayRig(terminal::NetLimits limits = {}) : limits_(limits) {
+    limits_.idle = std::chrono::hours(1);
+    start();
+  }
   ~GatewayRig() { stop(); }
   GatewayRig(const GatewayRig&) = delete;
   GatewayRig& operator=(const GatewayRig&) = delete;
@@ -100,6 +104,7 @@ class GatewayRig {
  private:
   TempDir dir_;
   FakeTime time_;
+  terminal::NetLimits limits_;
   std::shared_ptr<ScriptedAgent> agent_ = std::make_shared<ScriptedAgent>(time_);
   int32_t handle_ = 0;
   std::unique_ptr<MovableLoop> loop_;

@@ -3,8 +3,8 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
+#include "tests/support/rawsocket.h"
 #include "tests/system/faultydisk.h"
-#include "tests/system/rawsocket.h"
 #include "tests/system/terminalprocess.h"
 
 namespace orvane::test {

@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 
 #include "terminal/logfile.h"
-#include "tests/system/rawsocket.h"
+#include "tests/support/rawsocket.h"
 #include "tests/system/terminalprocess.h"
 
 namespace orvane::test {

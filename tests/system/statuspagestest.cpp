@@ -1,7 +1,7 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
-#include "tests/system/rawsocket.h"
+#include "tests/support/rawsocket.h"
 #include "tests/system/terminalprocess.h"
 
 namespace orvane::test {

@@ -9,7 +9,7 @@
 #include <sys/stat.h>
 
 #include "terminal/certificate.h"
-#include "tests/system/rawsocket.h"
+#include "tests/support/rawsocket.h"
 #include "tests/system/terminalprocess.h"
 
 namespace orvane::test {
