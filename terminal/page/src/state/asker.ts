@@ -55,13 +55,13 @@ export class Asker {
     return hasRates && kWarning.every((name) => this.isAnswered(name, now));
   }
 
-  // What is out of date is soon fresh, unless its answer is late.
+  // A stale list whose request is under way is worth waiting for, unless the answer is late.
   private isAnswered(name: ListName, now: number): boolean {
     const { at, failure, isAsked, askedAt } = this.lists[name];
     return (at > 0 || failure !== "") && !(isAsked && now - askedAt <= kSlowMs && this.isStale(name, now));
   }
 
-  // Whether a warning may be missing, or be of another time.
+  // Whether warnings may be missing or wrong, since they rest on old figures.
   isOutdated(now: number): boolean {
     return kWarning.some((name) => this.isStale(name, now));
   }

@@ -29,12 +29,12 @@ export function commissionOf(rates: Rates, side: number, volume: number, value: 
 }
 
 function marginOf(isLong: boolean, volume: number, value: number, rates: Rates): number {
-  const [byMoney, byVolume] = isLong ? [rates.longByMoney, rates.longByVolume] : [rates.shortByMoney, rates.shortByVolume];
-  return value * byMoney + volume * byVolume;
+  const { longByMoney, longByVolume, shortByMoney, shortByVolume } = rates;
+  return isLong ? value * longByMoney + volume * longByVolume : value * shortByMoney + volume * shortByVolume;
 }
 
-// The margin of what is closed, which is held at the last price, and the gain from there. What is sold to repay pays
-// for the debt.
+// What a closing order frees: the margin at the last price, and the gain from that price. The proceeds of a sale to
+// repay go to the debt.
 function returnedBy(action: Action, price: number, volume: number, quote: Quote, rates: Rates, purse: Purse): number {
   if (purse.market === Market.Credit && action.side !== Side.Sell) return 0;
   const isLong = action.closes === "long";
