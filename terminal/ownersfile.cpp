@@ -52,10 +52,11 @@ int openOwnersFile(const std::filesystem::path& file, int flags) {
 void requireOwners(const std::filesystem::path& file) {
   struct stat found {};
   struct stat folder {};
-  if (lstat(file.c_str(), &found) != 0 || stat(file.parent_path().c_str(), &folder) != 0)
-    return;  // opening it will fail
-  if (!isOwners(found, folder))
+  // Without either, opening the file will fail.
+  if (lstat(file.c_str(), &found) != 0 || stat(file.parent_path().c_str(), &folder) != 0) return;
+  if (!isOwners(found, folder)) {
     throw std::runtime_error("it does not belong to the folder's owner, or is not a regular file: remove it");
+  }
 }
 
 void actAsOwner(const std::filesystem::path& folder) {

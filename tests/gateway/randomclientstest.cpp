@@ -95,8 +95,9 @@ class RandomClients {
       frame.id = nextId();
       if (sender != token) frame.data = bodyFor(frame.topic);
       if (chance(10)) frame.terminalType = 9;
-      if (chance(10) && frame.data.starts_with('{'))
+      if (chance(10) && frame.data.starts_with('{')) {
         frame.topic = frame.topic == "order.new" ? "quote.set" : "order.new";
+      }
       if (chance(10)) frame.data = bodyFor(frame.topic);
       return check_.request(client, frame);
     }

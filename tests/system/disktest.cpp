@@ -112,8 +112,9 @@ TEST(Disk, NothingOfARevokedTokenBegins) {
   const auto countOrders = [&] {
     const std::string list = watcher->request("order.list", "[1]").data;
     size_t count = 0;
-    for (size_t at = list.find("\"source\":\"k"); at != std::string::npos; at = list.find("\"source\":\"k", at + 1))
+    for (size_t at = list.find("\"source\":\"k"); at != std::string::npos; at = list.find("\"source\":\"k", at + 1)) {
       ++count;
+    }
     return count;
   };
   const size_t orders = countOrders();

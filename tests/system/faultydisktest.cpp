@@ -50,8 +50,9 @@ TEST(FaultyDisk, IsSurvived) {
     EXPECT_THAT(httpGet(terminal.port(), "/health/live"), StartsWith("HTTP/1.1 200 "));
     disk.end(fault);
     int attempt = 1;
-    for (const auto end = Clock::now() + 30s; Clock::now() < end && !placeOrder(*phone, after(attempt)).empty();)
+    for (const auto end = Clock::now() + 30s; Clock::now() < end && !placeOrder(*phone, after(attempt)).empty();) {
       ++attempt;
+    }
     terminal.kill();
     TerminalProcess again(dir.path());
     const std::string orders = again.login()->request("order.list", "[1]").data;
