@@ -3,8 +3,8 @@ import { Platform, Socket } from "./platform";
 import { isUnclear, readFrame } from "./wire/frames";
 import { Bodies, Login, Replies } from "./wire/values";
 
-// The outcome of a request. "lost" and "unclear": it may have been done or not; of "unclear" the terminal says so itself.
-// "unsent": it was not.
+// The outcome of a request. "lost": it may have been done or not. "unclear": the same, as the terminal itself reports.
+// "unsent": it was not done.
 export type Reply<Data = unknown> =
   | { kind: "done"; data: Data }
   | { kind: "failed"; message: string }

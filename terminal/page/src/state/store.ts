@@ -191,8 +191,8 @@ export class Store {
     this.update();
   }
 
-  // At least once a second while the page is seen, and as soon as it is seen again. While it is hidden a lost connection
-  // matters only if fills are to be notified of.
+  // At least once a second while the page is seen, and as soon as it is seen again. While it is hidden, a lost
+  // connection matters only if fills are to be notified of.
   tick(): void {
     const now = this.platform.clock();
     const isSeen = this.platform.isSeen();
