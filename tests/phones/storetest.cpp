@@ -46,7 +46,7 @@ TEST_F(StoreTest, RefusesActionsWhileTheDatabaseIsLocked) {
   EXPECT_THAT(session->take(), IsEmpty());
   EXPECT_EQ(get("/health/ready").status, 200U);
   advance(100ms);
-  EXPECT_THAT(session->take(), ElementsAre(AllOf(HasSubstr(R"("id":1,)"),
+  EXPECT_THAT(session->take(), ElementsAre(AllOf(HasSubstr(R"("id":1,)"), HasSubstr("so it is not carried out: "),
                                                  HasSubstr("gateway.db: database is locked; end the program"))));
   EXPECT_THAT(get("/health/ready"), testing::Field(&terminal::Page::status, 503U));
   EXPECT_EQ(agent_->requests.size(), 2U);  // the list behind it
@@ -202,7 +202,9 @@ TEST_F(StoreTest, DropsAnActionWhoseTokenIsRevokedWhileItIsStored) {
   terminal::revokeToken(db_, "late");
   advance(100ms);
   settle();
-  EXPECT_THAT(audit(), HasSubstr(R"("key":"k1","outcome":"refused","message":"the token was revoked)"));
+  EXPECT_THAT(
+      audit(),
+      HasSubstr(R"("key":"k1","outcome":"refused","message":"the token was revoked: this request was not taken")"));
 }
 
 TEST_F(StoreTest, DrainsWithoutAnUnknownOutcome) {
