@@ -29,39 +29,15 @@ TEST_F(GatewayTest, EndsItsSessionsAndKeepsItsDatabasePrivate) {
   EXPECT_EQ(phone->waitClose(), 1001);
 }
 
-TEST_F(GatewayTest, AnswersEachFrame) {
+// The id is repeated as it was written.
+TEST_F(GatewayTest, RepeatsTheIdOfAFrame) {
   struct Row {
     std::string frame;
     std::string id;
     std::string topic;
     std::string message;
   };
-  const std::string hint = R"(; expected one such as {"id": 7, "topic": "capital.list", "data": [0, 3]})";
-  const std::string deep(100000, '[');
   const std::vector<Row> rows{
-      {"", "null", "", "the frame cannot be read: The document is empty. at byte 0" + hint},
-      {"7", "null", "", "a frame must be an object, not a number" + hint},
-      {"[7]", "null", "", "a frame must be an object, not an array" + hint},
-      {R"({"id":7,"topic":"x")", "7", "x",
-       "the frame cannot be read: Missing a comma or '}' after an object member. at byte 19" + hint},
-      {R"({"id":7,"topic":"x"} {})", "7", "x",
-       "the frame cannot be read: The document root must not be followed by other values. at byte 21" + hint},
-      {std::string("{\"id\":7,\"topic\":\"account.list\"}\0", 32), "7", "account.list",
-       "the frame cannot be read: A NUL follows the value." + hint},
-      {R"({"id":7,"id":8,"topic":"x"})", "7", "", R"(the frame cannot be read: "id" appears twice, at byte 12)" + hint},
-      {R"({"topic":"x","id":[7]})", "null", "x", R"(the frame's "id" must be a string or a number, not an array)"},
-      {R"({"id":7})", "7", "", R"(the frame's "topic" must be a string, not nothing)"},
-      {R"({"id":7,"topic":null})", "7", "", R"(the frame's "topic" must be a string, not null)"},
-      {R"({"id":7,"topic":"x","token":{}})", "7", "x", R"(the frame's "token" must be a string, not an object)"},
-      {R"({"id":7,"topic":"x","key":"a b"})", "7", "x",
-       R"(the frame's "key" must be a string of 1 to 64 characters from A-Z a-z 0-9 . _ -)"},
-      {R"({"id":7,"topic":"x","terminalType":8.0})", "7", "x",
-       R"(the frame's "terminalType" must be a whole number of 32 bits, not 8.0)"},
-      {R"({"id":7,"topic":"x","data":)" + deep, "7", "x",
-       "the frame cannot be read: Invalid value. at byte 100027" + hint},
-      {R"({"id":7,"topic":"x","data":1e999})", "7", "x",
-       "the frame cannot be read: Number too big to be stored in double. at byte 27" + hint},
-      // Valid frames: the id is repeated as it was written, and the library answers.
       {R"({ "id" : 1.50e+3 , "topic":"order.condition.list"})", "1.50e+3", "order.condition.list", "暂不支持条件单"},
       {R"({"topic":"order.condition.list","id":"a\"\u4e2d,"})", R"("a\"\u4e2d,")", "order.condition.list",
        "暂不支持条件单"},
@@ -70,7 +46,7 @@ TEST_F(GatewayTest, AnswersEachFrame) {
   };
   const auto phone = terminal_.login();
   for (const Row& row : rows) {
-    SCOPED_TRACE(row.frame.substr(0, 100));
+    SCOPED_TRACE(row.frame);
     phone->send(row.frame);
     const Reply reply = phone->receive();
     EXPECT_EQ(reply.id, row.id);
@@ -80,46 +56,26 @@ TEST_F(GatewayTest, AnswersEachFrame) {
   }
 }
 
-// The gateway refuses the bodies that would end the process, and only those. The library reads the first of repeated
-// members.
-TEST_F(GatewayTest, LetsNoFatalBodyThrough) {
+// The gateway refuses the bodies that would end the process, and only those. Here is what the library then says to the
+// nearest ones; it reads the first of repeated members.
+TEST_F(GatewayTest, LetsHarmlessBodiesThrough) {
   struct Row {
     std::string topic;
     std::string data;
     std::string message;
   };
-  const auto ones = [](size_t count) {
-    std::string list = "[1";
-    for (size_t i = 1; i < count; ++i) list += ",1";
-    return list + "]";
-  };
   const std::vector<Row> rows{
-      {"order.new", "[]", R"(data must be an object with the array "orderList", not an array)"},
-      {"order.new", "null", R"(data must be an object with the array "orderList", not null)"},
-      {"order.new", R"({"orderList":[{},7]})", "element 2 of orderList must be an object, not a number"},
-      {"order.new", R"({"a":[1],"order\u004cist":[[{}]]})", "element 1 of orderList must be an object, not an array"},
-      {std::string("order.new\0x", 11), R"({"orderList":["x"]})",
-       "the frame's \"topic\" must be 1 to 64 printable ASCII characters"},
       {"order.new", R"({"orderList":7,"orderList":[1]})", "has no orderList member or not array"},
       {"order.new", R"({"orderList":[{"side":[1]}],"orderList":[1]})", "has no Index member or not int"},
       {"order.new", R"({"a":{"orderList":[1]},"b":[1]})", "has no orderList member or not array"},
-      {"order.cancel", "[true]", "element 1 of data must be an object, not true or false"},
       {"order.cancel", "{}", "has no Data member or not array"},
       {"order.cancel", R"([{"index":[1]}])", "has no index member or not int"},
-      {"monitor.sync.order.list", "[1]", "element 1 of data must be an object, not a number"},
-      {"monitor.sync.order.new", "[{},null]", "element 2 of data must be an object, not null"},
-      {"monitor.manual.list", "[[]]", "element 1 of data must be an object, not an array"},
-      {"monitor.manual.update", "[\"\"]", "element 1 of data must be an object, not a string"},
-      {"monitor.manual.clean", "[1]", "element 1 of data must be an object, not a number"},
-      {"marginrate.list", "[1]", "element 1 of data must be an object, not a number"},
-      {"monitor.list", ones(1001), "data has more than 1000 elements: ask in parts"},
-      {"monitor.list", ones(1000), ""},
       {"marginrate.list", R"([{"index":1,"hashCodes":["x"]}])", "hashCodes element not int64"},
       {"position.list", "[{}]", "Data member not array"},
   };
   const auto phone = terminal_.login();
   for (const Row& row : rows) {
-    SCOPED_TRACE(row.topic + " " + row.data.substr(0, 80));
+    SCOPED_TRACE(row.topic + " " + row.data);
     EXPECT_EQ(phone->request(row.topic, row.data).message, row.message);
   }
   EXPECT_EQ(terminal_.stop(), 0);
