@@ -173,6 +173,9 @@ TEST_F(PhonesTest, RefusesACrowdAndClosesAClientThatDoesNotStop) {
   EXPECT_THAT(get("/metrics").body, HasSubstr("refusals_total{reason=\"crowd\"} 1\n"));
   for (int i = 1; i < 1023; ++i) ask();
   EXPECT_FALSE(session->isClosing());
+  for (size_t i = 0; i < 513; ++i) reply(i, "1");  // fewer than half are left: the client has waited
+  for (int i = 0; i < 513 + 1023; ++i) ask();
+  EXPECT_FALSE(session->isClosing());
   ask();
   EXPECT_EQ(session->closeCode(), CloseCode::TooMany);
 }
@@ -232,6 +235,8 @@ TEST_F(PhonesTest, ReportsAnAgentThatDoesNotAnswer) {
   send(session, R"({"topic":"order.list","data":[1]})");
   advance(1ms);
   EXPECT_EQ(get("/health/ready").status, 503U);
+  EXPECT_EQ(get("/health").contentType, "application/health+json");
+  EXPECT_THAT(get("/health").body, HasSubstr(R"("agent:answers":[{"status":"fail","observedValue":10.001,)"));
   reply(0, "1");
   EXPECT_EQ(get("/health/ready").status, 200U);
 }
