@@ -6,7 +6,7 @@ condition  an `if` turned round
 guard      an `if` that leads to return, continue, break or throw never holds
 limit      std::min, std::max or std::clamp returns its first argument
 convert    a text stays in the encoding that it came in
-order      two statements in a row swapped
+order      two statements in a row swapped, unless they are assignments that do not see each other
 negate     a function returns the opposite bool
 """
 import re
@@ -24,6 +24,7 @@ TOKEN = re.compile(
 LITERAL = re.compile(r'R"(\w*)\(.*?\)\1"|"(?:[^"\\]|\\.)*"|//[^\n]*|(?<!\w)\'(?:[^\'\\]|\\.)+\'', re.S)
 # A call, an assignment or a count, alone on its line.
 STATEMENT = re.compile(r"[ \t]+(?!return\b|throw\b|else\b|delete\b|co_)[\w.:>\[\]*-]+?(?:\(.*\)| [+|-]?= .+|\+\+);")
+ASSIGNMENT = re.compile(r"\s*(?P<target>[\w.>\[\]*:-]+?) [+|-]?= (?P<value>.+);")
 BOOL_FUNCTION = re.compile(r"^(?!.*constexpr).*\bbool (?:\w+::)*\w+\([^;{}]*\) ?(?:const )?(?:override )?\{", re.M)
 LAMBDA = re.compile(r"\[[^\[\]]*\](?:\([^;{}]*\))?[^;{}()]*\{")
 
@@ -54,6 +55,20 @@ def closing(source, opening):
         if depth == 0:
             return at
     raise ValueError("no closing bracket")
+
+
+def independent(first, second):
+    """Whether two statements are assignments that do not see each other, so that swapping them changes nothing."""
+    pair = [ASSIGNMENT.fullmatch(each.rstrip()) for each in (first, second)]
+    if not all(pair):
+        return False
+    named = [re.search(rf"(?<![\w.]){re.escape(one['target'])}(?!\w)", other.group()) or
+             one["target"].startswith((other["target"] + ".", other["target"] + "["))
+             for one, other in (pair, reversed(pair))]
+    called = [re.findall(r"[\w.]*\w(?=\()", each["value"]) for each in pair]
+    # The function, and the object that it may change.
+    calls = [{name for call in each for name in (call.split(".")[0], call.split(".")[-1])} for each in called]
+    return not any(named) and not calls[0] & calls[1]
 
 
 class Rewriter:
@@ -154,7 +169,7 @@ class File:
             pair = lines[at:at + 2]
             # Not the body of an `if` without braces.
             if re.search(r"[;{}]\s*$", lines[at - 1]) and all(STATEMENT.fullmatch(each.rstrip()) for each in pair) and \
-                    not self.is_fixed(starts[at]):
+                    not independent(*pair) and not self.is_fixed(starts[at]):
                 begin, middle, end = starts[at:at + 3]
                 number = self.place("order", begin)
                 self.edits += [(begin, begin, f"mutation::inOrder({number}, [&] {{ "), (middle, middle, "}, [&] { "),
