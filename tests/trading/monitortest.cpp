@@ -135,12 +135,13 @@ TEST_F(MonitorTest, ALargeDifferenceIsOfferedInParts) {
   for (MonitorManualPosition& it : update) it.account = capital(1).id;
   update.front().code.hashCode = update.back().code.hashCode = kTreasury;
   update.back().code.code = "T2703";
-  update.front().position.longPos = 50'000;  // a thousand orders of the largest size
+  update.front().position.longPos = update.front().position.shortPos = 50'000;  // a thousand orders of the largest size
   update.back().position.shortPos = 50'001;
   monitor().updateManualPositions(update);
   EXPECT_EQ(utf8(inbox_.next("terminal.notice").message),
             "手工头寸无效 (80010001 T2703): 多 0, 空 50001, 应在 0 至 50000 之间");
   EXPECT_EQ(record({1, kTreasury}).manual.longPos, 50'000);
+  EXPECT_EQ(record({1, kTreasury}).manual.shortPos, 50'000);
   EXPECT_EQ(monitor().getSyncOrders(only({1, kTreasury})).size(), 100U);
 }
 

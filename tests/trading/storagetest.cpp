@@ -49,11 +49,19 @@ class StorageTest : public DeskTest {
     EXPECT_THAT(setQuote(kRebar, "3400"), HasSubstr("未作任何更改"));
     EXPECT_EQ(orders().size(), expected);
     EXPECT_EQ(positions().at({1, kRebar}).currentPrice, 3325);
+    IPositionMonitor::getInstance()->cleanManualPositions({});
+    expectNotice(fmt::format("手工头寸未能保存: 数据库 {} 无法写入", file));
     mend();
-    while (!host_->health().storageFault.empty()) inbox_.next("terminal.notice");
+    expectNotice("数据库已恢复写入: 此前结果未知的更改均未执行");
+    EXPECT_EQ(host_->health().storageFault, "");
     EXPECT_EQ(orders().size(), expected);
     EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3330, 1), "");
     EXPECT_EQ(orders().size(), expected + 1);
+  }
+
+  void expectNotice(const std::string& start) {
+    std::string notice;
+    while (!notice.starts_with(start) && !HasFailure()) notice = utf8(inbox_.next("terminal.notice").message);
   }
 
   // Orders of one lot, filled and resting in turn, told apart by their text.

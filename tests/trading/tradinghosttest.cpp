@@ -75,8 +75,10 @@ TEST_F(TradingHostTest, ReplayedQuotesFillTheOrdersTheyReach) {
 }
 
 TEST_F(TradingHostTest, QuotesWalkOnTheTicksAndAreStored) {
+  EXPECT_FALSE(host_->health().quotesAge) << "quotes that need not move have no age";
   host_.reset();
   host_.emplace(TradingOptions{dir_, QuoteMode::Walk, {}, 7});
+  EXPECT_TRUE(host_->health().quotesAge);
   EXPECT_EQ(order(1, kRebar, Side::Sell, Offset::Open, 3325, 1), "");  // one tick above the bid
   host_->start([this](const MobileMessage& message) { inbox_.put(message); });
   EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3325, 1), "");  // one tick below the ask
@@ -148,7 +150,7 @@ TEST_F(TradingHostTest, MasterDataIsGbkAtTheBoundary) {
   EXPECT_EQ(property.codeName,
             "\xCA\xAE\xC4\xEA\xC6\xDA\xB9\xFA\xD5\xAE"
             "2703");
-  EXPECT_NE(codes->getCodeByHash(42, symbol).code, 0);
+  EXPECT_EQ(utf8(codes->getCodeByHash(42, symbol).message), "没有合约 42");
   host_.reset();
   EXPECT_EQ(IServiceRouter::instance()->getBaseService(), nullptr);
 }
