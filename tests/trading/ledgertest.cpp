@@ -46,6 +46,13 @@ TEST_F(LedgerTest, SelectorsChooseAndFlagsReturnWhoIsLoggedIn) {
   EXPECT_TRUE(available.empty());
   EXPECT_EQ(TradeUtils::getTradingAccountID(trade(), {99}).size(), 0U);
   EXPECT_EQ(TradeUtils::getAllOrder(trade(), {capital(3).id}).size(), 1U);
+  TradingAccountID unknown;
+  unknown.index = 99;
+  std::vector<CreditInfoRecord> credits;
+  EXPECT_EQ(utf8(trade()->queryCreditInfo(unknown, credits).message), "没有账户 99");
+  MarginRateResult rate;
+  EXPECT_EQ(utf8(trade()->queryMarginRate({unknown, positions().at({1, kSugar}).code}, rate).message),
+            "没有 SR701 的保证金率");
 }
 
 }  // namespace

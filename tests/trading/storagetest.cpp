@@ -4,8 +4,10 @@
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
+#include <sqlite3.h>
 
 #include "terminal/trading/database.h"
+#include "terminal/trading/storeerror.h"
 #include "tests/support/soak.h"
 #include "tests/trading/desktest.h"
 #include "tests/trading/faultvfs.h"
@@ -155,6 +157,23 @@ TEST_F(StorageTest, AcknowledgedMeansThereAndRefusedMeansNotThereWhateverFails) 
     place = (place + stride) % cases;
   }
   RecordProperty("tried", fmt::format("{} of {}", tried, cases));
+}
+
+TEST(StoreErrorTest, NamesTheReasonAndTheRemedy) {
+  const std::tuple<int, std::string, std::string> cases[] = {
+      {SQLITE_FULL, "free some space on its disk", "请释放磁盘空间"},
+      {SQLITE_READONLY, "make the file and its folder writable", "请使该文件及其目录可写"},
+      {SQLITE_IOERR, "check the disk", "请检查磁盘"},
+      {SQLITE_BUSY, "stop the program that uses it", "请停止正在使用它的程序"},
+      {SQLITE_CORRUPT, "move the file away, or name another folder with --data",
+       "请移走该文件, 或用 --data 指定其他目录"},
+  };
+  for (const auto& [code, english, chinese] : cases) {
+    const StoreError error("/d/terminal.db", SQLite::Exception("why", code), true);
+    EXPECT_EQ(error.what(), "cannot use the database /d/terminal.db: why; " + english);
+    EXPECT_EQ(error.refusal(), "数据库 /d/terminal.db 无法写入 (why), 未作任何更改: " + chinese);
+    EXPECT_EQ(error.unknownOutcome(), "数据库 /d/terminal.db 写入失败 (why), 结果未知: 请勿重新提交, 待恢复后查看列表");
+  }
 }
 
 TEST_F(StorageTest, AFullDiskIsServedAndTakesActionsAgain) {
