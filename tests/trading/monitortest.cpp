@@ -70,6 +70,18 @@ TEST_F(MonitorTest, DifferencesFlagsAndOrdersUnderEachRule) {
   }
 }
 
+TEST_F(MonitorTest, UnderTheNetRuleOnlyTheNetPositionMustMatch) {
+  const Key key{1, 4000001};
+  std::list<MonitorManualPosition> update(1);
+  update.front().account = capital(1).id;
+  update.front().code.hashCode = key.hashCode;
+  update.front().position = record(key).manual;
+  ++update.front().position.shortPos;  // as many as are missing on the long side
+  monitor().updateManualPositions(update);
+  EXPECT_EQ(record(key).isMatchLongShort, 0);
+  EXPECT_EQ(record(key).isMatchPosDif, 1);
+}
+
 TEST_F(MonitorTest, PlacedOrdersCloseTheDifference) {
   std::list<MonitorSyncOrder> orders = monitor().getSyncOrders(only({1, 2000002}));
   monitor().placeSyncOrders(orders);

@@ -113,6 +113,8 @@ TEST_F(TradingHostTest, TheTerminalAnswersItsOwnTopicsBothWays) {
     EXPECT_EQ(utf8(reply.message), message);
     EXPECT_EQ(reply.data, data);
   }
+  proxy.requestSync("quote.set", R"({"price":1})", reply);
+  EXPECT_EQ(utf8(reply.message), "quote.set 缺少整数 hashCode");
   proxy.requestAsync(6, "no.such", "");
   EXPECT_EQ(utf8(inbox_.next("no.such").message), "未知的功能: no.such");
 }
