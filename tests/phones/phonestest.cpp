@@ -175,6 +175,8 @@ TEST_F(PhonesTest, RefusesACrowdAndClosesAClientThatDoesNotStop) {
   EXPECT_FALSE(session->isClosing());
   for (size_t i = 0; i < 513; ++i) reply(i, "1");  // fewer than half are left: the client has waited
   for (int i = 0; i < 513 + 1023; ++i) ask();
+  for (size_t i = 513; i < 513 + 512; ++i) reply(i, "1");  // half is left, which is not enough
+  for (int i = 0; i < 512; ++i) ask();
   EXPECT_FALSE(session->isClosing());
   ask();
   EXPECT_EQ(session->closeCode(), CloseCode::TooMany);
