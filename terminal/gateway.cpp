@@ -1,5 +1,6 @@
 #include "terminal/gateway.h"
 
+#include <functional>
 #include <future>
 #include <memory>
 #include <utility>
@@ -10,6 +11,14 @@ namespace orvane::terminal {
 namespace {
 
 constexpr std::chrono::seconds kDrainTime{2};
+constexpr std::chrono::seconds kNoteTime{1};
+
+// Asks the disk's thread for something and waits for it. False if it is not done in time.
+bool await(std::chrono::seconds limit, const std::function<void(GatewayStore::Done)>& ask) {
+  const auto done = std::make_shared<std::promise<void>>();
+  ask([done](const std::string&) { done->set_value(); });
+  return done->get_future().wait_for(limit) == std::future_status::ready;
+}
 
 }  // namespace
 
@@ -42,10 +51,12 @@ void Gateway::drain() {
   }
 }
 
+void Gateway::noteUrl() {
+  await(kNoteTime, [this](const GatewayStore::Done& done) { store_.noteUrl(url(), done); });
+}
+
 bool Gateway::awaitDisk(std::chrono::seconds limit) {
-  const auto done = std::make_shared<std::promise<void>>();
-  store_.readTokens([done](const std::string&) { done->set_value(); });
-  return done->get_future().wait_for(limit) == std::future_status::ready;
+  return await(limit, [this](const GatewayStore::Done& done) { store_.readTokens(done); });
 }
 
 // Ends all sessions with 1001. The loop's thread ends with the last of them.

@@ -31,6 +31,10 @@ class Gateway {
   // the agent stops. Any thread but the loop's.
   void drain();
 
+  // Stores url() for the command `token`. If that takes more than a second, because a file is locked or the disk full,
+  // it is stored later. To be called after the start. Any thread but the loop's.
+  void noteUrl();
+
   // Waits until the disk's thread has done all work that was queued before; false if it takes longer than `limit`. Any
   // thread but the loop's.
   bool awaitDisk(std::chrono::seconds limit);

@@ -13,6 +13,7 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
+#include "terminal/databasecopy.h"
 #include "terminal/ownersfile.h"
 
 namespace orvane::terminal {
@@ -43,8 +44,15 @@ CREATE TABLE revocation (id INTEGER PRIMARY KEY AUTOINCREMENT, token INTEGER NOT
 )sql"};
 constexpr int kVersion = kVersions.size();
 
+void requireWritable(const std::filesystem::path& dir) {
+  if (access(dir.c_str(), W_OK | X_OK) == 0) return;
+  throw std::runtime_error(
+      fmt::format("cannot write to the folder {}: {}; choose another with --data", dir.string(), std::strerror(errno)));
+}
+
 // SQLite takes an empty file for a new database.
 void makeEmpty(const std::filesystem::path& file) {
+  requireWritable(file.parent_path());
   const int made = openOwnersFile(file, O_RDWR | O_CLOEXEC);
   if (made < 0) throw std::runtime_error(fmt::format("cannot make {}: {}", file.string(), std::strerror(errno)));
   close(made);
@@ -94,12 +102,6 @@ const char* remedyOf(int code) {
 
 }  // namespace
 
-void requireWritable(const std::filesystem::path& dir) {
-  if (access(dir.c_str(), W_OK | X_OK) == 0) return;
-  throw std::runtime_error(
-      fmt::format("cannot write to the folder {}: {}; choose another with --data", dir.string(), std::strerror(errno)));
-}
-
 SQLite::Database openGatewayDatabase(const std::filesystem::path& dataDir, IfMissing ifMissing) {
   const std::filesystem::path file = dataDir / "gateway.db";
   std::error_code unknown;
@@ -108,7 +110,6 @@ SQLite::Database openGatewayDatabase(const std::filesystem::path& dataDir, IfMis
     throw std::runtime_error(
         fmt::format("there is no {}: start the terminal once, or name its folder with --data", file.string()));
   }
-  requireWritable(dataDir);
   if (isMissing) makeEmpty(file);
   try {
     requireOwners(file);
@@ -116,9 +117,13 @@ SQLite::Database openGatewayDatabase(const std::filesystem::path& dataDir, IfMis
     const std::filesystem::path exact = std::filesystem::canonical(dataDir) / file.filename();
     SQLite::Database db(exact.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | SQLite::OPEN_NOFOLLOW);
     requirePrivate(file);
+    if (sqlite3_db_readonly(db.getHandle(), "main") == 1) {
+      throw SQLite::Exception("the file is read-only", SQLITE_READONLY);
+    }
     setUp(db);
     return db;
   } catch (const SQLite::Exception& error) {
+    if (isDiskFault(error.getErrorCode())) throw DiskFault(describeFault(file, error));
     throw std::runtime_error(describeFault(file, error));
   } catch (const std::runtime_error& error) {
     throw std::runtime_error(fmt::format("cannot use {}: {}", file.string(), error.what()));

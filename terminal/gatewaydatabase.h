@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 
 #include <SQLiteCpp/Database.h>
@@ -8,14 +9,17 @@
 
 namespace orvane::terminal {
 
-// Throws std::runtime_error with a clear message if no file can be created in the data folder.
-void requireWritable(const std::filesystem::path& dir);
+// The disk is full, read-only or failing. what() names file, reason and remedy, UTF-8.
+class DiskFault : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
 
 enum class IfMissing { Make, Fail };
 
 // Opens `gateway.db` in the data folder: the tokens, and the requests that change something. Only its owner can read
 // it. The running terminal and the commands share it, each through its own connection, which is not thread-safe.
-// Throws std::runtime_error with a clear message.
+// Throws DiskFault, or std::runtime_error with a clear message.
 SQLite::Database openGatewayDatabase(const std::filesystem::path& dataDir, IfMissing ifMissing = IfMissing::Make);
 
 // What failed, with the file's name and the remedy, UTF-8.

@@ -12,7 +12,6 @@
 #include "terminal/certificate.h"
 #include "terminal/client/call.h"
 #include "terminal/gateway.h"
-#include "terminal/gatewaydatabase.h"
 #include "terminal/logging.h"
 #include "terminal/settings.h"
 #include "terminal/tokencommand.h"
@@ -76,7 +75,16 @@ void makeDataDir(const std::filesystem::path& dir) {
     throw std::runtime_error(
         fmt::format("cannot make the folder {}: {}; choose another with --data", dir.string(), error.message()));
   }
-  requireWritable(dir);
+}
+
+void report(const std::string& fault) { std::fputs(fmt::format("pocket-terminal: {}\n", fault).c_str(), stderr); }
+
+// On a disk that cannot be written an old certificate will do.
+void keepCertificate(const Settings& settings) try {
+  keepOwnCertificate(*settings.tls, settings.address);
+} catch (const std::runtime_error& error) {
+  if (!std::filesystem::exists(settings.tls->certificate) || !std::filesystem::exists(settings.tls->key)) throw;
+  report(error.what());
 }
 
 // Old prices are only a warning, because clients can still list and cancel. Without writes no action works.
@@ -116,7 +124,7 @@ int serve(const Settings& settings) try {
   makeDataDir(settings.dataDir);
   const auto log = setUpLogging(settings.logFile, settings.logLevel);
   TradingHost host(settings.trading);
-  if (settings.keepsOwnCertificate) keepOwnCertificate(*settings.tls, settings.address);
+  if (settings.keepsOwnCertificate) keepCertificate(settings);
   NetLimits limits;
   limits.head = settings.loginTime;
   limits.idle = settings.idleTime;
@@ -133,13 +141,15 @@ int serve(const Settings& settings) try {
       {.loginTime = settings.loginTime, .probe = [&host, log] { return checkHost(host, *log); }, .figures = {}},
       [&host](auto answer) { host.whenStored(std::move(answer)); });
   const Running running(host, gateway);
+  gateway.noteUrl();
+  if (const std::string fault = host.health().storageFault; !fault.empty()) report(fault);
   printLink(settings, gateway.url());
   if (settings.tls) printFingerprint(fingerprint(settings.tls->certificate));
   std::fflush(stdout);
   stopSignals.wait();
   return EXIT_SUCCESS;
 } catch (const std::exception& error) {
-  std::fputs(fmt::format("pocket-terminal: {}\n", error.what()).c_str(), stderr);
+  report(error.what());
   return EXIT_FAILURE;
 }
 

@@ -31,6 +31,12 @@ std::string timeText(int64_t seconds) { return Timestamp{seconds * 1'000'000}.to
 
 std::string jsonRights(Rights rights) { return jsonString(fmt::format("{}", fmt::join(rights.names(), ","))); }
 
+void report(const Settings& settings, const std::exception& error) {
+  const auto* fault = dynamic_cast<const SQLite::Exception*>(&error);
+  const std::string text = fault == nullptr ? error.what() : describeFault(settings.dataDir / "gateway.db", *fault);
+  std::fputs(fmt::format("pocket-terminal: {}\n", text).c_str(), stderr);
+}
+
 // Repeats `isDone` until it is true. False if that does not happen within the limit.
 template <typename IsDone>
 bool await(std::chrono::milliseconds limit, const IsDone& isDone) {
@@ -74,15 +80,6 @@ void recordAdd(SQLite::Database& db, const Settings& settings, const std::string
 std::string lastUrl(SQLite::Database& db) {
   SQLite::Statement row(db, "SELECT link FROM address");
   return row.executeStep() ? row.getColumn(0).getString() : std::string();
-}
-
-void noteUrl(SQLite::Database& db, const std::string& url) {
-  SQLite::Transaction transaction(db, SQLite::TransactionBehavior::IMMEDIATE);
-  db.exec("DELETE FROM address");
-  SQLite::Statement statement(db, "INSERT INTO address VALUES (?)");
-  statement.bind(1, url);
-  statement.exec();
-  transaction.commit();
 }
 
 void add(const Settings& settings) {
@@ -135,21 +132,24 @@ int runToken(const Settings& settings) try {
   const Task task = settings.token->task;
   (task == Task::Add ? add : task == Task::List ? list : revoke)(settings);
   return EXIT_SUCCESS;
-} catch (const SQLite::Exception& error) {
-  std::fputs(fmt::format("pocket-terminal: {}\n", describeFault(settings.dataDir / "gateway.db", error)).c_str(),
-             stderr);
-  return EXIT_FAILURE;
 } catch (const std::exception& error) {
-  std::fputs(fmt::format("pocket-terminal: {}\n", error.what()).c_str(), stderr);
+  report(settings, error);
   return EXIT_FAILURE;
 }
 
 void printLink(const Settings& settings, const std::string& url) {
-  SQLite::Database db = openGatewayDatabase(settings.dataDir);
-  noteUrl(db, url);
-  if (!hadTokens(db)) {
-    fmt::print("{}/#token={}\n", url, addToken(db, kFirst, Rights::all()));
-    recordAdd(db, settings, kFirst, Rights::all());
+  std::string first;
+  try {
+    SQLite::Database db = openGatewayDatabase(settings.dataDir);
+    if (!hadTokens(db)) {
+      first = addToken(db, kFirst, Rights::all());
+      recordAdd(db, settings, kFirst, Rights::all());
+    }
+  } catch (const std::exception& error) {
+    report(settings, error);
+  }
+  if (!first.empty()) {
+    fmt::print("{}/#token={}\n", url, first);
   } else {
     fmt::print("{}/\nA phone needs a token: pocket-terminal token add NAME --rights see,cancel,trade --data {}\n", url,
                settings.dataDir.string());

@@ -2,8 +2,6 @@
 
 #include <string>
 
-#include <SQLiteCpp/Database.h>
-
 #include "terminal/settings.h"
 
 namespace orvane::terminal {
@@ -12,8 +10,8 @@ namespace orvane::terminal {
 // reason on standard error.
 int runToken(const Settings& settings);
 
-// Stores the starting terminal's link and prints it. The link of the very first start contains a token with all rights;
-// later starts print how to make a token. Throws std::runtime_error.
+// Prints the starting terminal's link. The link of the very first start contains a token with all rights; later starts,
+// and those that cannot write, print how to make a token.
 void printLink(const Settings& settings, const std::string& url);
 
 }  // namespace orvane::terminal

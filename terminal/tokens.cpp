@@ -129,7 +129,7 @@ bool hadTokens(SQLite::Database& db) {
 }
 
 // The blank makes the name differ from every name that a user can choose.
-OwnToken::OwnToken(const std::filesystem::path& dataDir)
+OwnToken::OwnToken(const std::filesystem::path& dataDir) try
     : db_(openGatewayDatabase(dataDir, IfMissing::Fail)), text_(makeText()) {
   const Digest hash = sha256(text_);
   name_ = fmt::format("call {:02x}{:02x}{:02x}{:02x}", hash[0], hash[1], hash[2], hash[3]);
@@ -137,6 +137,8 @@ OwnToken::OwnToken(const std::filesystem::path& dataDir)
   db_.exec(fmt::format("DELETE FROM token WHERE expires <= {}", now()));
   insert(db_, name_, Rights::all(), hash, now() + kOwnTokenSeconds);
   transaction.commit();
+} catch (const SQLite::Exception& error) {
+  throw std::runtime_error(describeFault(dataDir / "gateway.db", error));
 }
 
 OwnToken::~OwnToken() {

@@ -26,13 +26,13 @@ check terminal 'host/|terminal/|pocketagent/ipocketagent\.h'
 
 # What both sides of the terminal can see; the session is where they meet.
 text='terminal/(json|jsonmembers|utf8)\.h'
-base="terminal/(clocks|digest|gatewaydatabase|logging|ownersfile|plainname|rights|runmark|tokens)\.h|$text"
+base="terminal/(clocks|databasecopy|digest|gatewaydatabase|logging|ownersfile|plainname|rights|runmark|tokens)\.h|$text"
 meeting='terminal/(session|pages|eventloop)\.h'
 sockets='terminal/(tls|securestream|certificate)\.h'
 check terminal/net "terminal/(net|page)/|terminal/logging\.h|$meeting|$sockets"
 check terminal/phones "host/|terminal/phones/|$base|$meeting"
 check terminal/client "terminal/client/|terminal/(ownersfile|tokens)\.h|$text|$sockets"
-check terminal/trading "host/|terminal/trading/|$text|terminal/(logging|clocks)\.h"
+check terminal/trading "host/|terminal/trading/|$text|terminal/(logging|clocks|databasecopy)\.h"
 
 # Only net/ and what connects or makes certificates uses Asio and Beast; no header that phones/ includes may.
 boostSeenBy=$(grep -rlE '#include <boost/(asio|beast)' terminal --include='*.h' --include='*.cpp' |

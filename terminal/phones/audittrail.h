@@ -31,6 +31,9 @@ class AuditTrail {
   // Writes all added lines, or marks none as written; the caller keeps those.
   void flush();
 
+  // Looks whether the file could be written.
+  void probe() { tryAppend({}); }
+
   // Stores a line that is not written. Throws SQLite::Exception.
   void keep(const AuditLine& line) const;
 

@@ -1,6 +1,7 @@
 #include "terminal/phones/diskwork.h"
 
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 
 #include <SQLiteCpp/Transaction.h>
@@ -14,6 +15,7 @@ namespace {
 
 constexpr std::chrono::seconds kPatience{3};
 constexpr std::chrono::milliseconds kHurriedPatience{300};
+constexpr std::chrono::milliseconds kReportedPatience{500};  // a lock of a moment is nothing to report
 constexpr std::chrono::milliseconds kLockPause{10};
 constexpr std::chrono::milliseconds kIdlePause{100};
 constexpr std::chrono::milliseconds kFaultPause{500};
@@ -56,12 +58,11 @@ void DiskWork::takeNew() {
 }
 
 bool DiskWork::isOld(const DiskItem& item) const {
-  const BootTime limit = isHurried_ ? BootTime(kHurriedPatience) : BootTime(kPatience);
-  return clock_.bootTime() - item.since >= limit;
+  return ageOf(item) >= (isHurried_ ? BootTime(kHurriedPatience) : BootTime(kPatience));
 }
 
 std::chrono::milliseconds DiskWork::pause() const {
-  if (!reads_.empty() || (!writes_.empty() && isLocked_)) return kLockPause;
+  if (!reads_.empty() || (!writes_.empty() && (isLocked_ || isHurried_))) return kLockPause;
   return writes_.empty() ? kIdlePause : kFaultPause;
 }
 
@@ -87,7 +88,11 @@ void DiskWork::runWrites() {
   try {
     writeAll();
   } catch (const SQLite::Exception& error) {
-    return fail(error);
+    isLocked_ = isLocked(error);
+    return fail(describeFault(file_, error));
+  } catch (const std::runtime_error& error) {
+    isLocked_ = false;
+    return fail(error.what());
   }
   if (!fault_.empty()) TERMINAL_LOG(gatewayLogger(), Info, "gateway.db can be written again");
   fault_.clear();
@@ -96,6 +101,7 @@ void DiskWork::runWrites() {
 }
 
 void DiskWork::writeAll() {
+  open_();
   const bool isDurable = std::any_of(writes_.begin(), writes_.end(),
                                      [](const DiskItem& item) { return item.kind == DiskItem::Kind::Durable; });
   db_.exec(isDurable ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = NORMAL");
@@ -104,21 +110,18 @@ void DiskWork::writeAll() {
   transaction.commit();
 }
 
-void DiskWork::fail(const SQLite::Exception& error) {
-  const std::string fault = describeFault(file_, error);
+void DiskWork::fail(const std::string& fault) {
   std::deque<DiskItem> kept;
-  isLocked_ = isLocked(error);
   bool isReported = !isLocked_;
   for (DiskItem& item : writes_) {
     const bool waits = isLocked_ && !isOld(item);
-    isReported = isReported || !waits;
+    isReported = isReported || ageOf(item) >= kReportedPatience;
     if (waits || item.isPatient) {
       kept.push_back(std::move(item));
     } else {
       item.done(fault);
     }
   }
-  // A lock of a moment is nothing to report.
   if (isReported && fault_ != fault) {
     TERMINAL_LOG(gatewayLogger(), Error, "{}", fault);
     fault_ = fault;

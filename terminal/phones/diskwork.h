@@ -38,8 +38,10 @@ struct DiskItem {
 // another process is waited for by trying again, so that reads go on and the end is not held up.
 class DiskWork {
  public:
-  DiskWork(SQLite::Database& db, std::filesystem::path file, const IClock& clock)
-      : db_(db), file_(std::move(file)), clock_(clock) {}
+  // `open` is called before each transaction, and throws std::runtime_error with file and remedy while `db` is not open
+  // for writing.
+  DiskWork(SQLite::Database& db, std::filesystem::path file, const IClock& clock, std::function<void()> open)
+      : db_(db), file_(std::move(file)), clock_(clock), open_(std::move(open)) {}
 
   // Any thread.
   void add(DiskItem item);
@@ -56,7 +58,8 @@ class DiskWork {
   // How long to wait before the next call of turn(). The disk's thread.
   std::chrono::milliseconds pause() const;
 
-  // Why the last transaction failed, UTF-8; empty if it did not. The disk's thread.
+  // Why the last transaction failed, or waits for a lock for half a second, UTF-8; empty if it does not. The disk's
+  // thread.
   const std::string& fault() const { return fault_; }
 
  private:
@@ -64,12 +67,14 @@ class DiskWork {
   void runReads();
   void runWrites();
   void writeAll();
-  void fail(const SQLite::Exception& error);
+  void fail(const std::string& fault);
+  BootTime ageOf(const DiskItem& item) const { return clock_.bootTime() - item.since; }
   bool isOld(const DiskItem& item) const;
 
   SQLite::Database& db_;
   const std::filesystem::path file_;
   const IClock& clock_;
+  const std::function<void()> open_;
   std::mutex mutex_;  // guards the new items
   std::condition_variable added_;
   std::deque<DiskItem> new_;

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "terminal/databasecopy.h"
 #include "terminal/gatewaydatabase.h"
 #include "terminal/logging.h"
 #include "terminal/phones/audittext.h"
@@ -14,8 +15,10 @@ namespace {
 
 using Kind = DiskItem::Kind;
 
+constexpr const char* kFile = "gateway.db";
 constexpr std::chrono::milliseconds kWatchPeriod{100};
-constexpr std::chrono::seconds kTidyPeriod{1};
+constexpr std::chrono::milliseconds kTidyPeriod{500};
+constexpr std::chrono::seconds kProbePeriod{5};
 constexpr std::chrono::minutes kPrunePeriod{1};
 constexpr int64_t kReserveBytes = int64_t{16} * 1024 * 1024;  // beyond the limit: for replies, and what has no key
 constexpr int kLastTurns = 30;
@@ -28,11 +31,30 @@ SQLite::Database openDatabase(const StoreOptions& options) {
   return db;
 }
 
+// A transaction that changes nothing writes nothing, and an update that leaves its row as it is does not either. This
+// does, so it shows whether there is room.
+void probe(SQLite::Database& db) {
+  const int version = db.execAndGet("PRAGMA user_version").getInt();
+  db.exec(fmt::format("PRAGMA user_version = {}", version));
+}
+
 std::vector<Revocation> readRevocations(SQLite::Database& db) {
   SQLite::Statement row(db, "SELECT id, token FROM revocation");
   std::vector<Revocation> revocations;
   while (row.executeStep()) revocations.push_back({row.getColumn(0).getInt64(), row.getColumn(1).getInt64()});
   return revocations;
+}
+
+std::shared_ptr<const TokenSnapshot> readSnapshot(SQLite::Database& db) {
+  return std::make_shared<const TokenSnapshot>(TokenSnapshot{readTokens(db), readRevocations(db)});
+}
+
+std::shared_ptr<const TokenSnapshot> readCopy(const std::filesystem::path& dataDir, const DiskFault& fault) try {
+  const DatabaseCopy copy(dataDir / kFile);
+  SQLite::Database db = openGatewayDatabase(copy.dir(), IfMissing::Fail);
+  return readSnapshot(db);
+} catch (const std::runtime_error& copying) {
+  throw std::runtime_error(fmt::format("{}; nor can it be read: {}", fault.what(), copying.what()));
 }
 
 void logFault(const std::string& what, const std::string& fault) {
@@ -42,19 +64,32 @@ void logFault(const std::string& what, const std::string& fault) {
 }  // namespace
 
 GatewayStore::GatewayStore(const StoreOptions& options, const IClock& clock)
-    : clock_(clock),
+    : options_(options),
+      clock_(clock),
       watch_(clock),
       mark_(options.dataDir),
-      db_(openDatabase(options)),
+      db_(":memory:"),
       audit_(db_, AuditLog(options.dataDir, options.audit), clock),
       actions_(db_, clock, options.maxBytes),
-      work_(db_, options.dataDir / "gateway.db", clock) {
-  watchTokens();
-  work_.add({.kind = Kind::Write,
-             .isPatient = true,
-             .prepare = {},
-             .run = [this] { actions_.giveUp(ActionStore::Which::Earlier); },
-             .done = [](const std::string&) {}});
+      work_(db_, options.dataDir / kFile, clock, [this] { open(); }) {
+  try {
+    open();
+    watchTokens();
+  } catch (const DiskFault& fault) {
+    tokens_ = readCopy(options.dataDir, fault);
+  }
+  addPatientWrite(
+      [this] {
+        probe(db_);
+        actions_.giveUp(ActionStore::Which::Earlier);
+      },
+      [](const std::string&) {});
+}
+
+void GatewayStore::open() {
+  if (isOpen_) return;
+  db_ = openDatabase(options_);
+  isOpen_ = true;
 }
 
 void GatewayStore::watch(OnTokens onTokens, OnHealth onHealth) {
@@ -64,6 +99,10 @@ void GatewayStore::watch(OnTokens onTokens, OnHealth onHealth) {
 
 void GatewayStore::addWrite(std::function<void()> run, Done done) {
   work_.add({.kind = Kind::Write, .prepare = {}, .run = std::move(run), .done = std::move(done)});
+}
+
+void GatewayStore::addPatientWrite(std::function<void()> run, Done done) {
+  work_.add({.kind = Kind::Write, .isPatient = true, .prepare = {}, .run = std::move(run), .done = std::move(done)});
 }
 
 void GatewayStore::readTokens(Done done) {
@@ -128,6 +167,15 @@ void GatewayStore::touch(int64_t token) {
            [](const std::string& fault) { logFault("the use of a token is not stored", fault); });
 }
 
+void GatewayStore::noteUrl(const std::string& url, Done done) {
+  addPatientWrite(
+      [this, url] {
+        db_.exec("DELETE FROM address");
+        writeSql(db_, "INSERT INTO address VALUES (?)", url);
+      },
+      std::move(done));
+}
+
 void GatewayStore::confirm(int64_t revocation) {
   addWrite([this, revocation] { writeSql(db_, "DELETE FROM revocation WHERE id = ?", revocation); },
            [](const std::string& fault) { logFault("a revocation is not confirmed", fault); });
@@ -143,24 +191,25 @@ std::chrono::milliseconds GatewayStore::turn() {
 
 // data_version changes with each commit of another connection.
 void GatewayStore::watchTokens() {
+  if (!isOpen_) return;
   const int64_t version = db_.execAndGet("PRAGMA data_version").getInt64();
   if (version == version_) return;
-  tokens_ =
-      std::make_shared<const TokenSnapshot>(TokenSnapshot{::orvane::terminal::readTokens(db_), readRevocations(db_)});
+  tokens_ = readSnapshot(db_);
   version_ = version;
   audit_.expectKept();  // a command keeps its line if audit.log is locked
   if (onTokens_) onTokens_(tokens_);
 }
 
-// Writes at least nothing, which shows whether the database is locked; after a failure a real row, which shows whether
-// there is room again.
+// Writes at least nothing, which shows whether a file is locked; and at times something, which shows whether there is
+// room.
 void GatewayStore::tidy() {
   const bool isBehind = audit_.isBehind();
-  const bool isFaulty = !work_.fault().empty();
+  if (!isBehind) audit_.probe();
+  const bool isProbed = !work_.fault().empty() || isDue(probed_, kProbePeriod);
   const bool mayPrune = watch_.agrees() && isDue(pruned_, kPrunePeriod);
   addWrite(
-      [this, isBehind, isFaulty, mayPrune] {
-        if (isFaulty) writeSql(db_, "UPDATE boot SET id = id");
+      [this, isBehind, isProbed, mayPrune] {
+        if (isProbed) probe(db_);
         if (isBehind) audit_.writeKept();
         if (mayPrune && actions_.prune()) pruned_ = {};
       },
@@ -188,24 +237,23 @@ bool GatewayStore::isDue(BootTime& last, std::chrono::milliseconds period) const
 
 void GatewayStore::close() {
   hurry();
-  std::string fault = "it is locked";
-  work_.add({.kind = Kind::Write,
-             .isPatient = true,
-             .prepare = {},
-             .run =
-                 [this] {
-                   actions_.giveUp(ActionStore::Which::All);
-                   audit_.writeKept();
-                 },
-             .done = [&fault](const std::string&) { fault.clear(); }});
-  for (int turns = 0; turns < kLastTurns && !fault.empty(); ++turns) {
+  bool isStored = false;
+  addPatientWrite(
+      [this] {
+        actions_.giveUp(ActionStore::Which::All);
+        audit_.writeKept();
+      },
+      [&isStored](const std::string&) { isStored = true; });
+  for (int turns = 0; turns < kLastTurns && !isStored; ++turns) {
     if (turns > 0) {
       work_.wait(turn());
     } else {
       turn();
     }
   }
-  logFault("gateway.db lacks the last replies, which the next start takes for unknown", fault);
+  if (isStored) return;
+  logFault("gateway.db lacks the last replies, which the next start takes for unknown",
+           work_.fault().empty() ? "it is locked" : work_.fault());
 }
 
 }  // namespace orvane::terminal

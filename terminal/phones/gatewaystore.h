@@ -45,7 +45,9 @@ class GatewayStore {
   using OnHealth = std::function<void(const StoreHealth&)>;
   using OnVerdict = std::function<void(Verdict)>;
 
-  // Throws std::runtime_error if the database cannot be used. `clock` must outlive the store and be thread-safe.
+  // On a disk that is full, read-only or failing the tokens are read, and actions are refused until the database can be
+  // written. Throws std::runtime_error if the database cannot be used for another reason, or cannot be read. `clock`
+  // must outlive the store and be thread-safe.
   GatewayStore(const StoreOptions& options, const IClock& clock);
 
   // Callbacks for new tokens and for changes of health, on the disk's thread. Call it before the first turn.
@@ -73,6 +75,9 @@ class GatewayStore {
   // Stores that a token was used.
   void touch(int64_t token);
 
+  // Stores the terminal's address, which the command `token` shows, and then calls `done`.
+  void noteUrl(const std::string& url, Done done);
+
   // Confirms to the command that revoked a token that no further request of it begins.
   void confirm(int64_t revocation);
 
@@ -89,16 +94,20 @@ class GatewayStore {
   void close();
 
  private:
+  void open();
   void addWrite(std::function<void()> run, Done done);
+  void addPatientWrite(std::function<void()> run, Done done);
   void watchTokens();
   void tidy();
   void publishHealth();
   bool isDue(BootTime& last, std::chrono::milliseconds period) const;
 
+  const StoreOptions options_;
   const IClock& clock_;
   ClockWatch watch_;
   RunMark mark_;
-  SQLite::Database db_;
+  SQLite::Database db_;  // empty and in memory until the file can be opened for writing
+  bool isOpen_ = false;
   AuditTrail audit_;
   ActionStore actions_;
   DiskWork work_;
@@ -109,6 +118,7 @@ class GatewayStore {
   StoreHealth health_;
   BootTime watched_{};
   BootTime tidied_{};
+  BootTime probed_{};
   BootTime pruned_{};
 };
 

@@ -1,7 +1,5 @@
 #include "terminal/phones/replyhold.h"
 
-#include <chrono>
-#include <condition_variable>
 #include <mutex>
 #include <utility>
 
@@ -17,13 +15,10 @@ struct ReplyHold::Held {
     }
     const std::lock_guard lock(mutex);
     if (deliver) deliver(message);
-    if (--count == 0) released.notify_all();
   }
 
   std::mutex mutex;
-  std::condition_variable released;
   Deliver deliver;  // empty once closed
-  int64_t count = 0;
 };
 
 ReplyHold::ReplyHold(WhenStored whenStored, Deliver deliver)
@@ -32,20 +27,16 @@ ReplyHold::ReplyHold(WhenStored whenStored, Deliver deliver)
 ReplyHold::~ReplyHold() { close(); }
 
 void ReplyHold::send(const MobileMessage& message) {
-  {
+  if (message.requestId == kNoRequestId) {
     const std::lock_guard lock(held_->mutex);
-    if (message.requestId == kNoRequestId) {
-      if (held_->deliver) held_->deliver(message);
-      return;
-    }
-    ++held_->count;
+    if (held_->deliver) held_->deliver(message);
+    return;
   }
   whenStored_([held = held_, message](const std::string& failure) { held->release(message, failure); });
 }
 
 void ReplyHold::close() {
-  std::unique_lock lock(held_->mutex);
-  held_->released.wait_for(lock, std::chrono::seconds(2), [this] { return held_->count == 0; });
+  const std::lock_guard lock(held_->mutex);
   held_->deliver = nullptr;
 }
 

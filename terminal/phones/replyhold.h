@@ -26,7 +26,7 @@ class ReplyHold {
   // To be called on the thread that made the changes.
   void send(const MobileMessage& message);
 
-  // Waits for the replies that are held, at most two seconds. Nothing is delivered after it returns.
+  // Nothing is delivered after it returns, not even what is held.
   void close();
 
  private:

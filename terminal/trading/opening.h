@@ -9,7 +9,7 @@
 namespace orvane::terminal {
 
 struct OpenedBook {
-  std::unique_ptr<Database> database;  // null if the folder cannot be written
+  std::unique_ptr<Database> database;  // null if it cannot be opened for writing
   Book book;
   std::optional<StoreError> error;  // why it cannot be written
 };

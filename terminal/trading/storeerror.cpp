@@ -4,6 +4,8 @@
 #include <fmt/format.h>
 #include <sqlite3.h>
 
+#include "terminal/databasecopy.h"
+
 namespace orvane::terminal {
 namespace {
 
@@ -45,9 +47,7 @@ StoreError::StoreError(const std::filesystem::path& file, const std::exception& 
       // A write that found no room never completed the frame that commits.
       mayBeStored_(mayBeStored && code_ != SQLITE_FULL) {}
 
-bool StoreError::isOfDisk() const {
-  return code_ == SQLITE_FULL || code_ == SQLITE_READONLY || code_ == SQLITE_CANTOPEN || code_ == SQLITE_IOERR;
-}
+bool StoreError::isOfDisk() const { return isDiskFault(code_); }
 
 std::string StoreError::refusal() const {
   return fmt::format("数据库 {} 无法写入 ({}), 未作任何更改: {}", file_, reason_, remedyOf(code_).chinese);

@@ -14,7 +14,7 @@ class StoreError : public std::runtime_error {
 
   bool mayBeStored() const { return mayBeStored_; }
 
-  // True if the disk is full, read-only or failing; false if the file is locked, damaged or belongs to another program.
+  // See isDiskFault().
   bool isOfDisk() const;
 
   // For clients, UTF-8: nothing was changed, why, and the remedy; or that the outcome is not known.

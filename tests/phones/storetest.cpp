@@ -42,9 +42,12 @@ TEST_F(StoreTest, RefusesActionsWhileTheDatabaseIsLocked) {
   ASSERT_THAT(agent_->requests, SizeIs(1));
   reply(0, "1");
   EXPECT_THAT(other->take(), SizeIs(1));
-  advance(2900ms);
-  EXPECT_THAT(session->take(), IsEmpty());
+  advance(400ms);
   EXPECT_EQ(get("/health/ready").status, 200U);
+  advance(100ms);
+  EXPECT_EQ(get("/health/ready").status, 503U);
+  advance(2400ms);
+  EXPECT_THAT(session->take(), IsEmpty());
   advance(100ms);
   EXPECT_THAT(session->take(), ElementsAre(AllOf(HasSubstr(R"("id":1,)"), HasSubstr("so it is not carried out: "),
                                                  HasSubstr("gateway.db: database is locked; end the program"))));

@@ -35,8 +35,10 @@ std::string readAll(std::istream& stream) {
 
 }  // namespace
 
-TerminalProcess::TerminalProcess(const std::filesystem::path& dataDir, const std::vector<std::string>& options)
-    : process_(POCKET_TERMINAL, process::args(serveArguments(dataDir, options)), process::std_out > output_) {
+TerminalProcess::TerminalProcess(const std::filesystem::path& dataDir, const std::vector<std::string>& options,
+                                 const std::string& token)
+    : process_(POCKET_TERMINAL, process::args(serveArguments(dataDir, options)), process::std_out > output_),
+      token_(token) {
   std::string link;
   std::getline(output_, link);
   std::smatch parts;
@@ -45,6 +47,7 @@ TerminalProcess::TerminalProcess(const std::filesystem::path& dataDir, const std
     throw std::runtime_error("the terminal did not start; its first line is: " + link);
   }
   port_ = static_cast<uint16_t>(std::stoi(parts[1]));
+  if (!token_.empty()) return;
   token_ = parts[2].matched ? parts[3].str()
                             : makeToken(dataDir, "start-" + std::to_string(process_.id()), "see,cancel,trade");
 }

@@ -16,7 +16,9 @@ namespace orvane::test {
 // returns. The destructor kills it if it is still running.
 class TerminalProcess {
  public:
-  explicit TerminalProcess(const std::filesystem::path& dataDir, const std::vector<std::string>& options = {});
+  // Makes a token unless it is given one.
+  explicit TerminalProcess(const std::filesystem::path& dataDir, const std::vector<std::string>& options = {},
+                           const std::string& token = {});
   ~TerminalProcess();
   TerminalProcess(const TerminalProcess&) = delete;
   TerminalProcess& operator=(const TerminalProcess&) = delete;

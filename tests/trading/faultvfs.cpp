@@ -80,7 +80,7 @@ int closeFile(sqlite3_file* file) {
 int openFile(sqlite3_vfs* /*vfs*/, const char* name, sqlite3_file* file, int flags, int* outFlags) {
   const std::lock_guard lock(gDisk.mutex);
   const bool exists = name != nullptr && std::filesystem::exists(name);
-  const bool onDisk = name != nullptr && std::string(name).find("/book-") == std::string::npos;  // a copy in memory
+  const bool onDisk = name != nullptr && std::string(name).find("/database-") == std::string::npos;  // a copy in memory
   if (gDisk.readOnly && onDisk) {
     if (!exists) return SQLITE_CANTOPEN;
     flags = (flags & ~(SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE)) | SQLITE_OPEN_READONLY;

@@ -1,0 +1,148 @@
+// Starts of a terminal on a disk that cannot be written, or with a file that another program has locked.
+
+#include <cerrno>
+#include <functional>
+
+#include <SQLiteCpp/Database.h>
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/support/holdssoon.h"
+#include "tests/system/faultydisk.h"
+#include "tests/system/rawsocket.h"
+#include "tests/system/terminalprocess.h"
+
+namespace orvane::test {
+namespace {
+
+using terminal::Client;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr const char* kOrder =
+    R"({"orderList":[{"index":1,"hashCode":2000001,"side":1,"combOffset":1,"priceType":1,"price":2840,"offset":0,)"
+    R"("volume":1,"insertTimestamp":1,"source":"mine"}]})";
+
+std::string place(Client& phone) { return phone.request("order.new", kOrder).message; }
+
+bool isReady(const TerminalProcess& terminal) {
+  return httpGet(terminal.port(), "/health/ready").starts_with("HTTP/1.1 200 ");
+}
+
+// A terminal that was `ended` somehow is started while `fail` is in force, and goes on by itself after `mend`.
+void startThrough(const std::filesystem::path& dir, bool isKilled, const std::function<void()>& fail,
+                  const std::function<void()>& mend, const std::string& reason) {
+  std::string token;
+  {
+    TerminalProcess first(dir);
+    token = first.token();
+    EXPECT_EQ(place(*first.login()), "");
+    if (!isKilled) {
+      EXPECT_EQ(first.stop(), 0);
+    }
+  }
+  fail();
+  TerminalProcess terminal(dir, {}, token);
+  EXPECT_TRUE(holdsSoon([&] { return !isReady(terminal); }));
+  EXPECT_THAT(httpGet(terminal.port(), "/health"), AllOf(HasSubstr(R"("gateway:writes":[{"status":"fail")"),
+                                                         HasSubstr(R"("database:writes":[{"status":"fail")")));
+  const auto phone = terminal.login();
+  for (const char* topic : {"account.list", "capital.list", "position.list", "trader.list", "monitor.list"}) {
+    EXPECT_EQ(phone->request(topic, "[1]").message, "") << topic;
+  }
+  EXPECT_THAT(phone->request("order.list", "[1]").data, HasSubstr(R"("source":"mine")"));
+  EXPECT_THAT(place(*phone), AllOf(HasSubstr((dir / "gateway.db").string()), HasSubstr(reason)));
+  mend();
+  EXPECT_TRUE(holdsSoon([&] { return isReady(terminal); }));
+  EXPECT_EQ(place(*phone), "");
+  EXPECT_EQ(terminal.login(makeToken(dir, "late", "see"))->request("account.list").message, "");
+  EXPECT_EQ(terminal.stop(), 0);
+}
+
+TEST(StartFault, AFullDiskIsServedUntilThereIsRoom) {
+  for (const bool isKilled : {false, true}) {
+    SCOPED_TRACE(isKilled);
+    const TempDir dir;
+    const FaultyDisk disk;
+    startThrough(
+        dir.path(), isKilled, [&] { disk.begin("full"); }, [&] { disk.end("full"); }, "make room on its disk");
+  }
+}
+
+// A folder that can be read only: mounted so for root, whom permissions do not stop.
+class ReadOnlyFolder {
+ public:
+  explicit ReadOnlyFolder(std::filesystem::path dir) : dir_(std::move(dir)) {
+    if (geteuid() != 0) return;
+    isMounted_ = unshare(CLONE_NEWNS) == 0 && mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+                 mount(dir_.c_str(), dir_.c_str(), nullptr, MS_BIND, nullptr) == 0;
+  }
+  ~ReadOnlyFolder() {
+    set(false);
+    if (isMounted_) umount2(dir_.c_str(), MNT_DETACH);
+  }
+  ReadOnlyFolder(const ReadOnlyFolder&) = delete;
+  ReadOnlyFolder& operator=(const ReadOnlyFolder&) = delete;
+
+  bool isPossible() const { return isMounted_ || geteuid() != 0; }
+
+  void set(bool isReadOnly) const {
+    if (isMounted_) {
+      const unsigned long flags = isReadOnly ? MS_REMOUNT | MS_BIND | MS_RDONLY : MS_REMOUNT | MS_BIND;
+      EXPECT_EQ(mount(nullptr, dir_.c_str(), nullptr, flags, nullptr), 0) << errno;
+      return;
+    }
+    for (const auto& entry : std::filesystem::directory_iterator(dir_)) {
+      EXPECT_EQ(chmod(entry.path().c_str(), isReadOnly ? 0400 : 0600), 0);
+    }
+    EXPECT_EQ(chmod(dir_.c_str(), isReadOnly ? 0500 : 0700), 0);
+  }
+
+ private:
+  std::filesystem::path dir_;
+  bool isMounted_ = false;
+};
+
+TEST(StartFault, AReadOnlyFolderIsServedUntilItCanBeWritten) {
+  for (const bool isKilled : {false, true}) {
+    SCOPED_TRACE(isKilled);
+    const TempDir dir;
+    const ReadOnlyFolder folder(dir.path());
+    if (!folder.isPossible()) GTEST_SKIP() << "NOT TESTED: root may not mount here, and permissions do not stop root";
+    startThrough(
+        dir.path(), isKilled, [&] { folder.set(true); }, [&] { folder.set(false); },
+        "let its owner write to the file and its folder");
+  }
+}
+
+// The link is printed although it cannot be stored, which is done later.
+TEST(StartFault, ALockedDatabaseEndsNoStart) {
+  const TempDir dir;
+  std::string token;
+  {
+    TerminalProcess first(dir.path());
+    token = first.token();
+    EXPECT_EQ(first.stop(), 0);
+  }
+  SQLite::Database db(dir.path() / "gateway.db", SQLite::OPEN_READWRITE);
+  db.exec("BEGIN IMMEDIATE");
+  TerminalProcess terminal(dir.path(), {}, token);
+  EXPECT_EQ(terminal.login()->request("account.list").message, "");
+  EXPECT_TRUE(holdsSoon([&] { return !isReady(terminal); }));
+  const Outcome added = runTerminal({"token", "add", "x", "--rights", "see", "--data", dir.path().string()});
+  EXPECT_THAT(added.error, HasSubstr("gateway.db: database is locked; end the program that holds it"));
+  const Outcome called = runTerminal({"call", "--data", dir.path().string(), "account.list"});
+  EXPECT_THAT(called.error, HasSubstr("gateway.db: database is locked; end the program that holds it"));
+  db.exec("ROLLBACK");
+  EXPECT_TRUE(holdsSoon([&] { return isReady(terminal); }));
+  EXPECT_EQ(db.execAndGet("SELECT link FROM address").getString(), fmt::format("http://127.0.0.1:{}", terminal.port()));
+  EXPECT_EQ(terminal.stop(), 0);
+}
+
+}  // namespace
+}  // namespace orvane::test
