@@ -71,6 +71,8 @@ Verdict ActionStore::begin(int64_t requestId, const Action& action) {
   return Fresh{};
 }
 
+std::optional<Verdict> ActionStore::find(const Action& action) { return findKey(action, fingerprintOf(action)); }
+
 std::optional<Verdict> ActionStore::findKey(const Action& action, const std::string& fingerprint) {
   if (action.key.empty()) return std::nullopt;
   SQLite::Statement row(db_,

@@ -25,6 +25,9 @@ class ActionStore {
   // What to do with an action that would run as `requestId`. Fresh: it is stored.
   Verdict begin(int64_t requestId, const Action& action);
 
+  // The verdict on the action's key if an earlier request has used it. Only reads.
+  std::optional<Verdict> find(const Action& action);
+
   // The head of the action's audit line; empty if none is open as `requestId`.
   std::string openLine(int64_t requestId) const;
 

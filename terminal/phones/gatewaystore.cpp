@@ -112,18 +112,26 @@ void GatewayStore::readTokens(Done done) {
 void GatewayStore::begin(int64_t requestId, std::shared_ptr<const Action> action, OnVerdict answer) {
   const Kind kind = action->key.empty() ? Kind::Write : Kind::Durable;
   const auto verdict = std::make_shared<Verdict>();
-  work_.add(
-      {.kind = kind,
-       .prepare = {},
-       .run = [this, requestId, action = std::move(action), verdict] { *verdict = actions_.begin(requestId, *action); },
-       .done =
-           [this, requestId, verdict, answer = std::move(answer)](const std::string& fault) {
-             if (!fault.empty()) {
-               actions_.forget(requestId);
-               *verdict = Rejected{"the terminal cannot remember this request, so it is not carried out: " + fault};
-             }
-             answer(std::move(*verdict));
-           }});
+  work_.add({.kind = kind,
+             .prepare = {},
+             .run = [this, requestId, action, verdict] { *verdict = actions_.begin(requestId, *action); },
+             .done =
+                 [this, requestId, action, verdict, answer = std::move(answer)](const std::string& fault) {
+                   if (!fault.empty()) {
+                     actions_.forget(requestId);
+                     *verdict = refuse(*action, fault);
+                   }
+                   answer(std::move(*verdict));
+                 }});
+}
+
+// An action that was sent before may have run, so it is not called refused then.
+Verdict GatewayStore::refuse(const Action& action, const std::string& fault) try {
+  if (!action.key.empty() && !isOpen_) throw SQLite::Exception("gateway.db is not open");
+  if (auto known = actions_.find(action)) return std::move(*known);
+  return Rejected{"the terminal cannot remember this request, so it is not carried out: " + fault};
+} catch (const SQLite::Exception&) {
+  return Rejected{"the terminal cannot look up the key of this request, so it does nothing now: " + fault};
 }
 
 void GatewayStore::finish(int64_t requestId, const MobileMessage& reply) {

@@ -95,6 +95,7 @@ class GatewayStore {
 
  private:
   void open();
+  Verdict refuse(const Action& action, const std::string& fault);
   void addWrite(std::function<void()> run, Done done);
   void addPatientWrite(std::function<void()> run, Done done);
   void watchTokens();

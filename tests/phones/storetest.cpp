@@ -74,6 +74,25 @@ TEST_F(StoreTest, KeepsAReplyUntilTheLockEnds) {
   EXPECT_THAT(agent_->requests, SizeIs(1));
 }
 
+// A client whose reply was lost must not take its order for refused.
+TEST_F(StoreTest, AnswersAKeyThatWasUsedWhileNothingCanBeStored) {
+  const auto session = client(token_);
+  order(session, 1, "k1");
+  reply(0, "[7]");
+  order(session, 2, "k2");  // under way
+  session->take();
+  db_.exec("BEGIN IMMEDIATE");
+  for (const char* key : {"k1", "k2", "k3"}) order(session, 3, key);
+  advance(3s);
+  EXPECT_THAT(session->take(), ElementsAre(HasSubstr(R"({"id":3,"topic":"order.new","message":"","data":[7]})"),
+                                           HasSubstr("so it is not carried out: cannot use ")));
+  db_.exec("ROLLBACK");
+  reply(1, "[8]");
+  EXPECT_THAT(session->take(), ElementsAre(HasSubstr(R"("id":2,)"),
+                                           HasSubstr(R"({"id":3,"topic":"order.new","message":"","data":[8]})")));
+  EXPECT_THAT(agent_->requests, SizeIs(2));
+}
+
 TEST_F(StoreTest, KeepsAuditLinesWhileTheFileIsLocked) {
   const auto session = client(token_);
   order(session, 1, "k1");

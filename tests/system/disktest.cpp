@@ -1,15 +1,18 @@
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 
 #include <SQLiteCpp/Database.h>
-#include <fcntl.h>
 #include <fmt/format.h>
 #include <gmock/gmock.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "tests/support/holdssoon.h"
+#include "tests/system/orders.h"
+#include "tests/system/rawsocket.h"
 #include "tests/system/terminalprocess.h"
+#include "tests/system/trouble.h"
 
 namespace orvane::test {
 namespace {
@@ -20,13 +23,6 @@ using terminal::Client;
 using terminal::Reply;
 using testing::HasSubstr;
 
-std::string orderFrame(const std::string& key) {
-  return fmt::format(
-      R"({{"id":"{0}","topic":"order.new","key":"{0}","data":{{"orderList":[{{"index":1,"hashCode":2000001,"side":1,)"
-      R"("combOffset":1,"priceType":1,"price":2840,"offset":0,"volume":1,"insertTimestamp":1,"source":"{0}"}}]}}}})",
-      key);
-}
-
 // The answer to the request with this id.
 Reply await(Client& phone, const std::string& id) {
   Reply reply = phone.receive();
@@ -34,49 +30,21 @@ Reply await(Client& phone, const std::string& id) {
   return reply;
 }
 
-// What another process may hold.
-class Lock {
- public:
-  virtual ~Lock() = default;
-};
-
-class DatabaseLock : public Lock {
- public:
-  explicit DatabaseLock(const std::filesystem::path& dir) : db_(dir / "gateway.db", SQLite::OPEN_READWRITE) {
-    db_.setBusyTimeout(1000);
-    db_.exec("BEGIN IMMEDIATE");
-  }
-
- private:
-  SQLite::Database db_;
-};
-
-class AuditLock : public Lock {
- public:
-  explicit AuditLock(const std::filesystem::path& dir)
-      : file_(open((dir / "audit.log").c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0600)) {
-    flock(file_, LOCK_SH);
-  }
-  ~AuditLock() override { close(file_); }
-
- private:
-  int file_;
-};
-
 template <typename Held>
-std::unique_ptr<Lock> hold(const std::filesystem::path& dir) {
+std::unique_ptr<Trouble> hold(const std::filesystem::path& dir) {
   return std::make_unique<Held>(dir);
 }
 
 TEST(Disk, LocksHoldUpNobodyElseAndNotTheEnd) {
   struct Row {
-    std::unique_ptr<Lock> (*hold)(const std::filesystem::path&);
+    std::unique_ptr<Trouble> (*hold)(const std::filesystem::path&);
     std::string message;  // of the order
     std::string check;    // of the health
+    std::string status;
   };
   const std::vector<Row> rows{
-      {hold<DatabaseLock>, "gateway.db: database is locked; end the program that holds it", "gateway:writes"},
-      {hold<AuditLock>, "", "audit:writes"},
+      {hold<DatabaseLock>, "gateway.db: database is locked; end the program that holds it", "gateway:writes", "fail"},
+      {hold<AuditLock>, "", "audit:writes", "warn"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.check);
@@ -86,11 +54,15 @@ TEST(Disk, LocksHoldUpNobodyElseAndNotTheEnd) {
     const auto other = terminal.login();
     const auto lock = row.hold(dir.path());
     const auto start = Clock::now();
+    const std::string check = '"' + row.check + R"(":[{"status":")" + row.status;
+    EXPECT_TRUE(holdsSoon([&] { return httpGet(terminal.port(), "/health").find(check) != std::string::npos; }));
+    EXPECT_LT(Clock::now() - start, 2s) << "an idle terminal notices, too";
+    const auto sent = Clock::now();
     trader->send(orderFrame("k1"));
     EXPECT_EQ(other->request("account.list").message, "");
-    EXPECT_LT(Clock::now() - start, 1s);
+    EXPECT_LT(Clock::now() - sent, 1s);
     EXPECT_THAT(await(*trader, "\"k1\"").message, HasSubstr(row.message));
-    EXPECT_LT(Clock::now() - start, 5s);
+    EXPECT_LT(Clock::now() - sent, 5s);
     trader->send(orderFrame("k2"));
     const auto end = Clock::now();
     EXPECT_EQ(terminal.stop(), 0);
@@ -125,6 +97,24 @@ TEST(Disk, NothingOfARevokedTokenBegins) {
   makeToken(dir.path(), "lost", "trade");
   EXPECT_THAT(runTerminal({"token", "revoke", "lost", "--data", dir.path().string()}).output,
               HasSubstr("lost is revoked. No terminal runs on"));
+}
+
+// A stopped process holds its lock on the folder, and answers nothing.
+TEST(Disk, ARevocationIsNotCalledConfirmedByATerminalThatDoesNotAnswer) {
+  const TempDir dir;
+  TerminalProcess terminal(dir.path());
+  const auto thief = terminal.login(makeToken(dir.path(), "lost", "trade"));
+  ::kill(terminal.pid(), SIGSTOP);
+  const auto begin = Clock::now();
+  const Outcome revoked = runTerminal({"token", "revoke", "lost", "--data", dir.path().string()});
+  EXPECT_GE(Clock::now() - begin, 5s);
+  EXPECT_EQ(revoked.exitCode, 1);
+  EXPECT_EQ(revoked.error,
+            "pocket-terminal: lost is revoked, but the running terminal has not confirmed within 5 s that it begins no "
+            "further request of it: look at its log, or stop it\n");
+  ::kill(terminal.pid(), SIGCONT);
+  EXPECT_EQ(thief->waitClose(), 4403);
+  EXPECT_EQ(terminal.stop(), 0);
 }
 
 TEST(Disk, AStopLeavesNoOutcomeUnknown) {

@@ -5,6 +5,7 @@
 
 #include "tests/support/rawsocket.h"
 #include "tests/system/faultydisk.h"
+#include "tests/system/orders.h"
 #include "tests/system/terminalprocess.h"
 
 namespace orvane::test {
@@ -16,12 +17,7 @@ using terminal::Client;
 using testing::StartsWith;
 
 std::string placeOrder(Client& phone, const std::string& source) {
-  return phone
-      .request("order.new", fmt::format(R"({{"orderList":[{{"index":1,"hashCode":2000001,"side":1,"combOffset":1,)"
-                                        R"("priceType":1,"price":2840,"offset":0,"volume":1,"insertTimestamp":1,)"
-                                        R"("source":"{}"}}]}})",
-                                        source))
-      .message;
+  return phone.request("order.new", orderData(source)).message;
 }
 
 std::string after(int attempt) { return fmt::format("after-{}", attempt); }

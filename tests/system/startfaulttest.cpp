@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <functional>
+#include <memory>
 
 #include <SQLiteCpp/Database.h>
 #include <fmt/format.h>
@@ -13,8 +14,10 @@
 
 #include "tests/support/holdssoon.h"
 #include "tests/system/faultydisk.h"
+#include "tests/system/orders.h"
 #include "tests/system/rawsocket.h"
 #include "tests/system/terminalprocess.h"
+#include "tests/system/trouble.h"
 
 namespace orvane::test {
 namespace {
@@ -24,11 +27,7 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-constexpr const char* kOrder =
-    R"({"orderList":[{"index":1,"hashCode":2000001,"side":1,"combOffset":1,"priceType":1,"price":2840,"offset":0,)"
-    R"("volume":1,"insertTimestamp":1,"source":"mine"}]})";
-
-std::string place(Client& phone) { return phone.request("order.new", kOrder).message; }
+std::string place(Client& phone) { return phone.request("order.new", orderData("mine")).message; }
 
 bool isReady(const TerminalProcess& terminal) {
   return httpGet(terminal.port(), "/health/ready").starts_with("HTTP/1.1 200 ");
@@ -129,8 +128,7 @@ TEST(StartFault, ALockedDatabaseEndsNoStart) {
     token = first.token();
     EXPECT_EQ(first.stop(), 0);
   }
-  SQLite::Database db(dir.path() / "gateway.db", SQLite::OPEN_READWRITE);
-  db.exec("BEGIN IMMEDIATE");
+  auto lock = std::make_unique<DatabaseLock>(dir.path());
   TerminalProcess terminal(dir.path(), {}, token);
   EXPECT_EQ(terminal.login()->request("account.list").message, "");
   EXPECT_TRUE(holdsSoon([&] { return !isReady(terminal); }));
@@ -138,8 +136,9 @@ TEST(StartFault, ALockedDatabaseEndsNoStart) {
   EXPECT_THAT(added.error, HasSubstr("gateway.db: database is locked; end the program that holds it"));
   const Outcome called = runTerminal({"call", "--data", dir.path().string(), "account.list"});
   EXPECT_THAT(called.error, HasSubstr("gateway.db: database is locked; end the program that holds it"));
-  db.exec("ROLLBACK");
+  lock.reset();
   EXPECT_TRUE(holdsSoon([&] { return isReady(terminal); }));
+  SQLite::Database db(dir.path() / "gateway.db");
   EXPECT_EQ(db.execAndGet("SELECT link FROM address").getString(), fmt::format("http://127.0.0.1:{}", terminal.port()));
   EXPECT_EQ(terminal.stop(), 0);
 }

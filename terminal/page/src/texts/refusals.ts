@@ -60,6 +60,7 @@ const kRefusals: readonly (readonly [RegExp, string])[] = [
   [/^can not find code property by hashcode:(.*)$/, "没有编号为 {0} 的合约"],
   [/^(\d+) requests wait for their reply already$/, "未回复的请求过多（{0} 个），请稍后再试"],
   [/^the terminal cannot remember this request, so it is not carried out: (.*)$/, "终端无法记录该请求，没有执行：{0}"],
+  [/^the terminal cannot look up the key of this request, so it does nothing now: (.*)$/, "终端无法查询该请求的标识，现在不执行任何操作：{0}"],
   [/^the outcome of this request is not known.*$/, "该请求的结果未知，请先查看委托列表"],
   [/^the key (.*) belongs to another request$/, "编号 {0} 已用于另一请求"],
   [/^(.*) has more than (\d+) elements: ask in parts$/, "一次最多 {1} 条，请分批提交"],
