@@ -9,8 +9,8 @@
 #include <unistd.h>
 
 #include "tests/support/holdssoon.h"
+#include "tests/support/rawsocket.h"
 #include "tests/system/orders.h"
-#include "tests/system/rawsocket.h"
 #include "tests/system/terminalprocess.h"
 #include "tests/system/trouble.h"
 

@@ -18,10 +18,10 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/holdssoon.h"
+#include "tests/support/rawsocket.h"
 #include "tests/support/soak.h"
 #include "tests/system/faultydisk.h"
 #include "tests/system/orders.h"
-#include "tests/system/rawsocket.h"
 #include "tests/system/terminalprocess.h"
 #include "tests/system/trouble.h"
 
