@@ -7,7 +7,7 @@ namespace {
 
 constexpr size_t kMaxLists = 32;
 constexpr size_t kMaxListsOfToken = 2;           // beside others: one runs, the next is there when it ends
-constexpr size_t kMaxActions = 256;              // with 10 ms for a flush, thousands in a second
+constexpr size_t kMaxActions = 64;               // more would place more orders, but delay the next cancel
 constexpr size_t kMaxBytes = size_t{64} * 1024;  // at which no more are dispatched: long requests take long
 
 }  // namespace

@@ -16,7 +16,7 @@ constexpr size_t kMaxRefused = 1024;
 constexpr int64_t kNoticeTime = 10;
 constexpr int64_t kKeyTime = int64_t{7} * 24 * 3600;
 constexpr std::ptrdiff_t kMaxLists = 32;  // that the library has
-constexpr std::ptrdiff_t kMaxActions = 256;
+constexpr std::ptrdiff_t kMaxActions = 64;
 
 constexpr std::string_view kUnknown =
     "the outcome of this request is not known: look at order.list before sending it anew under another key";
