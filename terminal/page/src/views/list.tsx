@@ -104,7 +104,7 @@ export class List<Row extends OfAccount> extends Component<Props<Row>, {}> {
         </button>
       ));
     return (
-      <div class="row-pair">
+      <div class={actions === undefined ? "row-pair" : "row-pair acting"}>
         {main}
         {actions === undefined ? null : <span class="row-actions">{actions(row)}</span>}
       </div>

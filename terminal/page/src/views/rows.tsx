@@ -23,16 +23,17 @@ export class Rows<Row> extends Component<Props<Row>, { first: number; last: numb
   private tops: number[] = [0];
   private laidOut: readonly Row[] | null = null;
   private forWidth = "";
-  private readonly look = () => this.measure();
+  private isDropping = false;
+  private readonly look = () => this.measure(false);
 
   componentDidMount() {
     addEventListener("scroll", this.look, { passive: true });
     addEventListener("resize", this.look);
-    this.measure();
+    this.measure(true);
   }
 
   componentDidUpdate() {
-    this.measure();
+    if (!this.isDropping) this.measure(true);
   }
 
   componentWillUnmount() {
@@ -72,7 +73,8 @@ export class Rows<Row> extends Component<Props<Row>, { first: number; last: numb
     return low;
   }
 
-  private measure() {
+  // Rows that have just been drawn may need more height.
+  private measure(isDrawn: boolean) {
     const forWidth = `${innerWidth} ${width()}`;
     if (this.forWidth !== forWidth) {
       this.forWidth = forWidth;
@@ -81,14 +83,27 @@ export class Rows<Row> extends Component<Props<Row>, { first: number; last: numb
       this.laidOut = null;
       return this.setState({}); // what is there now was laid out for the old width
     }
-    const isHigher = this.grow();
+    const isHigher = isDrawn && this.grow();
     this.layOut();
     const above = -this.base.getBoundingClientRect().top;
     const first = Math.max(0, this.placeAt(above) - kBeyond);
     const last = this.placeAt(above + innerHeight) + kBeyond;
     if (isHigher || first !== this.state.first || last !== this.state.last) {
+      this.dropAbove(first);
       this.setState({ first, last });
     }
+  }
+
+  // Preact takes out one row at the top as it is, but if more leave at once, it moves all others, and each of them would
+  // be laid out again.
+  private dropAbove(first: number) {
+    if (first >= this.state.last) return; // none of the rows stays
+    this.isDropping = true;
+    while (this.state.first + 1 < first) {
+      this.state.first++;
+      this.forceUpdate();
+    }
+    this.isDropping = false;
   }
 
   // Whether a row in sight needs more than it has. The first row in sight stays in its place.
