@@ -5,7 +5,10 @@
 namespace orvane::terminal {
 
 void Outbox::start(Notify notify) {
-  open_ = true;
+  {
+    const std::lock_guard lock(mutex_);  // the committer may post already
+    open_ = true;
+  }
   thread_ = std::thread([this, notify = std::move(notify)] { run(notify); });
 }
 

@@ -199,15 +199,15 @@ TEST_F(StoreTest, DropsWhatWaitsOfARevokedToken) {
   const std::string token = addToken("lost", "trade");
   const auto session = client(token);
   for (int i = 0; i < 300; ++i) send(session, orderFrame(i, fmt::format("k{}", i)));
-  ASSERT_THAT(agent_->requests, SizeIs(256));
+  ASSERT_THAT(agent_->requests, SizeIs(64));
   const int64_t revocation = terminal::revokeToken(db_, "lost");
   advance(100ms);
   EXPECT_EQ(session->closeCode(), CloseCode::NotEntitled);
   send(session, orderFrame(300, "k300"));
   EXPECT_FALSE(terminal::isConfirmed(db_, revocation));
-  for (size_t i = 0; i < 256; ++i) reply(i, "1");
+  for (size_t i = 0; i < 64; ++i) reply(i, "1");
   EXPECT_TRUE(terminal::isConfirmed(db_, revocation));
-  EXPECT_THAT(agent_->requests, SizeIs(256));
+  EXPECT_THAT(agent_->requests, SizeIs(64));
   EXPECT_THAT(audit() + audit("audit.log.1") + audit("audit.log.2"), HasSubstr(R"("outcome":"answered")"));
   EXPECT_EQ(count("action WHERE line IS NOT NULL OR due IS NOT NULL"), 0);
 }
@@ -231,22 +231,22 @@ TEST_F(StoreTest, DropsAnActionWhoseTokenIsRevokedWhileItIsStored) {
 
 TEST_F(StoreTest, DrainsWithoutAnUnknownOutcome) {
   const auto session = client(token_);
-  for (int i = 0; i < 258; ++i) order(session, i, fmt::format("k{}", i));
+  for (int i = 0; i < 66; ++i) order(session, i, fmt::format("k{}", i));
   bool isDrained = false;
   phones_.drain([&] { isDrained = true; });
   settle();
   EXPECT_THAT(session->take(), SizeIs(2));  // not taken
   order(session, 300, "k300");
   EXPECT_THAT(session->take(), ElementsAre(HasSubstr("the terminal stops: this request was not taken")));
-  for (size_t i = 0; i < 256; ++i) {
+  for (size_t i = 0; i < 64; ++i) {
     EXPECT_FALSE(isDrained);
     reply(i, "1");
   }
   EXPECT_TRUE(isDrained);
-  EXPECT_THAT(session->take(), SizeIs(256));
+  EXPECT_THAT(session->take(), SizeIs(64));
   store_.close();
   EXPECT_EQ(count("action WHERE line IS NOT NULL OR due IS NOT NULL"), 0);
-  EXPECT_EQ(count("action WHERE reply_topic IS NOT NULL"), 256);
+  EXPECT_EQ(count("action WHERE reply_topic IS NOT NULL"), 64);
 }
 
 TEST_F(StoreTest, GivesUpALockedDatabaseAtTheEnd) {
