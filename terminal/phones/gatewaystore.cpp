@@ -116,7 +116,8 @@ void GatewayStore::begin(int64_t requestId, std::shared_ptr<const Action> action
              .prepare = {},
              .run = [this, requestId, action, verdict] { *verdict = actions_.begin(requestId, *action); },
              .done =
-                 [this, requestId, action, verdict, answer = std::move(answer)](const std::string& fault) {
+                 [this, requestId, action = std::move(action), verdict,
+                  answer = std::move(answer)](const std::string& fault) {
                    if (!fault.empty()) {
                      actions_.forget(requestId);
                      *verdict = refuse(*action, fault);
