@@ -283,25 +283,6 @@ TEST_F(StoreTest, HoldsFramesWhileTheTokensAreRead) {
   }
 }
 
-TEST_F(StoreTest, SendsNoticesToATraderThatMayHaveCausedThem) {
-  const auto trader = client(addToken("trader", "trade"));
-  const auto other = client(addToken("other", "trade"));
-  send(trader, R"({"id":1,"topic":"monitor.sync.order.new","data":[{}]})");
-  push("1", "terminal.notice");
-  push("1", "order.push");
-  EXPECT_THAT(trader->take(), ElementsAre(HasSubstr("terminal.notice")));
-  advance(11s);
-  push("1", "terminal.notice");
-  EXPECT_THAT(trader->take(), SizeIs(1));
-  reply(0, "1");
-  push("2", "terminal.notice");
-  EXPECT_THAT(trader->take(), SizeIs(2));
-  advance(10s);
-  push("3", "terminal.notice");
-  EXPECT_THAT(trader->take(), IsEmpty());
-  EXPECT_THAT(other->take(), IsEmpty());
-}
-
 TEST_F(StoreTest, CountsWrongBearersAsWrongLogins) {
   for (int i = 0; i < 10; ++i) EXPECT_EQ(get("/metrics", "Bearer guess", false).status, 401U) << i;
   EXPECT_EQ(get("/metrics", "Bearer guess", false).status, 429U);
