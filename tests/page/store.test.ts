@@ -36,6 +36,9 @@ test("a list in motion is not replaced under the finger, for a while", async () 
   assert.equal(asked(), before);
   scroll(2000);
   assert.equal(asked(), before + 1);
+  scroll(100);
+  terminal.store.show({ route: "orders", sheet: "" });
+  assert.equal(terminal.platform.socket.of("order.list").length, 1, "another view waits for no finger");
 });
 
 test("a push asks for the figures that it moves, once for all of a moment", async () => {

@@ -97,6 +97,11 @@ export class Asker {
     this.scrolledAt = now;
   }
 
+  // Another view is not under the finger yet.
+  viewChanged(): void {
+    this.scrolledAt = -kMostScrollMs;
+  }
+
   askDue(): void {
     if (this.connection.state !== "online" || this.isScrolling()) return;
     const now = this.platform.clock();

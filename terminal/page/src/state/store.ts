@@ -162,6 +162,7 @@ export class Store {
   show(place: Place): void {
     const isTicketNew = isTicket(place.sheet) && !isTicket(this.place.sheet);
     const isRowNew = isRow(place.sheet) && !isRow(this.place.sheet);
+    if (place.route !== this.place.route) this.asker.viewChanged();
     this.place = place;
     if (isTicketNew && this.drafts.current?.hashCode === 0) this.drafts.drop(this.drafts.index);
     if (isTicketNew) this.asker.makeDue(["capital"]);
