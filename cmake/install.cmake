@@ -36,14 +36,21 @@ install_configured(pocketagent.pc ${CMAKE_INSTALL_LIBDIR}/pkgconfig dev)
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
 
+# install_program(PROGRAM COMPONENT): with its man page and its systemd unit.
+function(install_program program component)
+  file(READ packaging/hardening.conf HARDENING)
+  install(TARGETS ${program} RUNTIME COMPONENT ${component})
+  install_gzipped(packaging/${program}.1.in ${program}.1 ${CMAKE_INSTALL_MANDIR}/man1 ${component})
+  install_configured(${program}.service lib/systemd/system ${component})
+endfunction()
+
 if(POCKETAGENT_TERMINAL)
   if(NOT system)  # the loader searches only the system's folders
     file(RELATIVE_PATH libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
     set_target_properties(pocket-terminal PROPERTIES INSTALL_RPATH $ORIGIN/${libraries})
   endif()
-  install(TARGETS pocket-terminal RUNTIME COMPONENT terminal)
-  install_gzipped(packaging/pocket-terminal.1.in pocket-terminal.1 ${CMAKE_INSTALL_MANDIR}/man1 terminal)
-  install_configured(pocket-terminal.service lib/systemd/system terminal)
+  install_program(pocket-terminal terminal)
+  install_program(pocket-relay relay)
 endif()
 
 if(system)

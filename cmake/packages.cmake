@@ -1,4 +1,4 @@
-# The two Debian packages, made by CPack: the library with its headers, and the terminal. See scripts/make-packages.
+# The three Debian packages, made by CPack: the library with its headers, the terminal, and the relay. See scripts/make-packages.
 set(POCKETAGENT_MAINTAINER "pocketagent maintainers <maintainers@pocketagent.invalid>" CACHE STRING
   "Name and address of the packages' maintainer")
 
@@ -20,10 +20,20 @@ function(install_documents PACKAGE component)
 endfunction()
 install_documents(pocketagent library)
 install_documents(pocket-terminal terminal)
-
-install(FILES packaging/pocket-terminal.toml DESTINATION /etc/pocket-terminal COMPONENT terminal)
+install_documents(pocket-relay relay)
 
 set(control ${PROJECT_SOURCE_DIR}/packaging/control)
+
+# make_service(SERVICE COMPONENT): its settings file and the scripts of its package, which are left in `scripts`.
+function(make_service SERVICE component)
+  set(folder ${CMAKE_CURRENT_BINARY_DIR}/packaging/control/${SERVICE})
+  foreach(name conffiles postinst prerm postrm)
+    configure_file(${control}/${name}.in ${folder}/${name} @ONLY)
+    list(APPEND scripts ${folder}/${name})
+  endforeach()
+  install(FILES packaging/${SERVICE}.toml DESTINATION /etc/${SERVICE} COMPONENT ${component})
+  set(scripts ${scripts} PARENT_SCOPE)
+endfunction()
 set(CPACK_GENERATOR DEB)
 set(CPACK_SET_DESTDIR ON)  # settings go to /etc
 set(CPACK_STRIP_FILES ON)
@@ -48,15 +58,26 @@ pkg-config file.")
 set(CPACK_DEBIAN_TERMINAL_PACKAGE_NAME pocket-terminal)
 set(CPACK_DEBIAN_TERMINAL_PACKAGE_SECTION misc)
 set(CPACK_DEBIAN_TERMINAL_PACKAGE_DEPENDS "pocketagent (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
-set(CPACK_DEBIAN_TERMINAL_PACKAGE_CONTROL_EXTRA
-  ${control}/conffiles ${control}/postinst ${control}/prerm ${control}/postrm)
+make_service(pocket-terminal terminal)
+set(CPACK_DEBIAN_TERMINAL_PACKAGE_CONTROL_EXTRA ${scripts})
+unset(scripts)
 set(CPACK_COMPONENT_TERMINAL_DESCRIPTION "paper-trading terminal that phones can see and work
 The reference host of the pocketagent library: a paper-trading terminal with
 an embedded database, and a WebSocket gateway for phones. It trades on paper
 only.")
+
+set(CPACK_DEBIAN_RELAY_PACKAGE_NAME pocket-relay)
+set(CPACK_DEBIAN_RELAY_PACKAGE_SECTION net)
+make_service(pocket-relay relay)
+set(CPACK_DEBIAN_RELAY_PACKAGE_CONTROL_EXTRA ${scripts})
+set(CPACK_COMPONENT_RELAY_DESCRIPTION "relay that connects phones with trading terminals
+Serves a web page and WebSockets to phones and passes their messages on to
+paper-trading terminals over a cluster of NATS servers, to which both connect.
+It keeps neither tokens nor messages.")
 
 include(CPack)
 cpack_add_component_group(agent)
 cpack_add_component(library GROUP agent)
 cpack_add_component(dev GROUP agent)
 cpack_add_component(terminal)
+cpack_add_component(relay)

@@ -20,6 +20,8 @@
 #include <openssl/x509v3.h>
 #include <unistd.h>
 
+#include "terminal/privatefile.h"
+
 namespace orvane::terminal {
 namespace {
 
@@ -86,52 +88,75 @@ void setSerial(X509& certificate) {
   require(ASN1_INTEGER_set_uint64(X509_get_serialNumber(&certificate), serial >> 1U) == 1);
 }
 
-void setNames(X509& certificate) {
+void setNames(X509& certificate, const std::string& subject) {
   X509_NAME* name = X509_get_subject_name(&certificate);
-  const auto* text = reinterpret_cast<const unsigned char*>("pocket-terminal");
+  const auto* text = reinterpret_cast<const unsigned char*>(subject.c_str());
   require(X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_UTF8, text, -1, -1, 0) == 1);
   require(X509_set_issuer_name(&certificate, name) == 1);
 }
 
-std::shared_ptr<X509> makeCertificate(EVP_PKEY& key, const std::string& address) {
+// What a certificate is for, in the form of OpenSSL's configuration.
+struct Purpose {
+  std::string subject;  // OpenSSL finds a trusted certificate by it, so no two in a list may have the same
+  std::string names;
+  std::string usage;
+};
+
+std::shared_ptr<X509> makeCertificate(EVP_PKEY& key, const Purpose& purpose) {
   std::shared_ptr<X509> made(X509_new(), X509_free);
   require(made != nullptr && X509_set_version(made.get(), X509_VERSION_3) == 1);
   setSerial(*made);
-  setNames(*made);
+  setNames(*made, purpose.subject);
   require(X509_gmtime_adj(X509_getm_notBefore(made.get()), -kDay) != nullptr);  // a phone's clock may be behind
   require(X509_gmtime_adj(X509_getm_notAfter(made.get()), kGoodFor - kDay) != nullptr);
   require(X509_set_pubkey(made.get(), &key) == 1);
   addExtension(*made, NID_basic_constraints, "critical,CA:FALSE");
   addExtension(*made, NID_key_usage, "critical,digitalSignature");
-  addExtension(*made, NID_ext_key_usage, "serverAuth");
-  addExtension(*made, NID_subject_alt_name, alternativeNames(address));
+  addExtension(*made, NID_ext_key_usage, purpose.usage);
+  addExtension(*made, NID_subject_alt_name, purpose.names);
   require(X509_sign(made.get(), &key, EVP_sha256()) != 0);
   return made;
 }
 
-// Written under another name and then renamed, so that a start that is killed leaves no partial file.
-void savePrivately(const std::filesystem::path& file, BIO& text) {
+std::string_view bytesOf(BIO& text) {
   char* bytes = nullptr;
   const auto size = static_cast<size_t>(BIO_get_mem_data(&text, &bytes));
-  const std::filesystem::path fresh = file.string() + ".new";
-  const int opened = open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, S_IRUSR | S_IWUSR);
-  const bool isWritten = opened >= 0 && write(opened, bytes, size) == static_cast<ssize_t>(size) && fsync(opened) == 0;
-  if (opened >= 0) close(opened);
-  if (!isWritten || std::rename(fresh.c_str(), file.c_str()) != 0) {
-    throw std::runtime_error(fmt::format("cannot write {}: {}", file.string(), std::strerror(errno)));
-  }
+  return {bytes, size};
 }
 
-// Whether key and certificate match, stay valid for another month, and were made for the address.
-bool areUsable(const TlsFiles& files, const std::string& address) {
+// Whether key and certificate match and stay valid for another month.
+bool areUsable(const TlsFiles& files) {
   if (!std::filesystem::exists(files.certificate) || !std::filesystem::exists(files.key)) return false;
   const auto certificate = readCertificate(files.certificate);
   const Text text = openText(files.key);
   const Key key(text ? PEM_read_bio_PrivateKey(text.get(), nullptr, nullptr, nullptr) : nullptr, EVP_PKEY_free);
   std::time_t soon = std::time(nullptr) + kRenewBefore;
   return key != nullptr && X509_check_private_key(certificate.get(), key.get()) == 1 &&
-         X509_cmp_time(X509_get0_notAfter(certificate.get()), &soon) > 0 &&
-         (isWildcard(address) || X509_check_ip_asc(certificate.get(), address.c_str(), 0) == 1);
+         X509_cmp_time(X509_get0_notAfter(certificate.get()), &soon) > 0;
+}
+
+bool isFor(const TlsFiles& files, const std::string& host) {
+  const auto certificate = readCertificate(files.certificate);
+  return X509_check_ip_asc(certificate.get(), host.c_str(), 0) == 1 ||
+         X509_check_host(certificate.get(), host.data(), host.size(), 0, nullptr) == 1;
+}
+
+bool isIpAddress(const std::string& host) {
+  const std::unique_ptr<ASN1_OCTET_STRING, decltype(&ASN1_OCTET_STRING_free)> address(a2i_IPADDRESS(host.c_str()),
+                                                                                      ASN1_OCTET_STRING_free);
+  return address != nullptr;
+}
+
+void makeFiles(const TlsFiles& files, const Purpose& purpose) {
+  const Key key(EVP_EC_gen("P-256"), EVP_PKEY_free);
+  require(key != nullptr);
+  const auto certificate = makeCertificate(*key, purpose);
+  const Text keyText(BIO_new(BIO_s_mem()), BIO_free);
+  const Text text(BIO_new(BIO_s_mem()), BIO_free);
+  require(PEM_write_bio_PKCS8PrivateKey(keyText.get(), key.get(), nullptr, nullptr, 0, nullptr, nullptr) == 1);
+  require(PEM_write_bio_X509(text.get(), certificate.get()) == 1);
+  savePrivately(files.key, bytesOf(*keyText));
+  savePrivately(files.certificate, bytesOf(*text));
 }
 
 }  // namespace
@@ -157,16 +182,13 @@ std::string fingerprint(const std::filesystem::path& certificate) {
 TlsFiles ownTlsFiles(const std::filesystem::path& dataDir) { return {dataDir / "tls.crt", dataDir / "tls.key"}; }
 
 void keepOwnCertificate(const TlsFiles& files, const std::string& address) {
-  if (areUsable(files, address)) return;
-  const Key key(EVP_EC_gen("P-256"), EVP_PKEY_free);
-  require(key != nullptr);
-  const auto certificate = makeCertificate(*key, address);
-  const Text keyText(BIO_new(BIO_s_mem()), BIO_free);
-  const Text text(BIO_new(BIO_s_mem()), BIO_free);
-  require(PEM_write_bio_PKCS8PrivateKey(keyText.get(), key.get(), nullptr, nullptr, 0, nullptr, nullptr) == 1);
-  require(PEM_write_bio_X509(text.get(), certificate.get()) == 1);
-  savePrivately(files.key, *keyText);
-  savePrivately(files.certificate, *text);
+  if (areUsable(files) && (isWildcard(address) || isFor(files, address))) return;
+  makeFiles(files, {"pocket-terminal", alternativeNames(address), "serverAuth"});
+}
+
+void keepPeerCertificate(const TlsFiles& files, const std::string& name, const std::string& host) {
+  if (areUsable(files) && isFor(files, host)) return;
+  makeFiles(files, {name, (isIpAddress(host) ? "IP:" : "DNS:") + host, "serverAuth,clientAuth"});
 }
 
 }  // namespace orvane::terminal

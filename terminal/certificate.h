@@ -26,4 +26,8 @@ TlsFiles ownTlsFiles(const std::filesystem::path& dataDir);
 // std::runtime_error if the files cannot be written, or the old ones cannot be read.
 void keepOwnCertificate(const TlsFiles& files, const std::string& address);
 
+// The same for the server `name` of a cluster, which `host`, a name or an IP address, leads to. It is a client of the
+// others too.
+void keepPeerCertificate(const TlsFiles& files, const std::string& name, const std::string& host);
+
 }  // namespace orvane::terminal

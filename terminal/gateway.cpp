@@ -22,23 +22,52 @@ bool await(std::chrono::seconds limit, const std::function<void(GatewayStore::Do
 
 }  // namespace
 
-Gateway::Gateway(AsioLoop& loop, ListenOptions listen, const StoreOptions& store, PhonesOptions phones,
+Gateway::Gateway(AsioLoop& loop, Entrances entrances, const StoreOptions& store, PhonesOptions phones,
                  WhenStored whenStored)
     : loop_(loop),
       store_(store, loop_),
       phones_(loop_, store_,
               [&] {
-                phones.figures = [this] { return listener_.figures(); };
+                phones.figures = [this] { return figures(); };
+                phones.probe = [this, probe = std::move(phones.probe)] { return check(probe); };
                 return std::move(phones);
               }()),
-      listener_(loop_.context(), std::move(listen), phones_, phones_),
       server_(
-          phones_, std::move(whenStored), [this] { start(); }, [this] { stop(); }) {}
+          phones_, std::move(whenStored), [this] { start(); }, [this] { stop(); }) {
+  if (entrances.listen) listener_.emplace(loop_.context(), std::move(*entrances.listen), phones_, phones_);
+  if (!entrances.relay) return;
+  RelayEntrance& relay = *entrances.relay;
+  name_ = relay.port.name;
+  relayUrl_ = relay.page.empty() ? relay.link.urls.front() : relay.page;
+  link_ = std::make_unique<relay::NatsLink>(loop_, std::move(relay.link));
+  port_ = std::make_unique<relay::TerminalPort>(loop_, *link_, phones_, std::move(relay.port));
+}
+
+std::string Gateway::url() const { return port_ != nullptr ? relayUrl_ : listener_->url(); }
+
+std::string Gateway::link() const { return port_ != nullptr ? relayUrl_ + "/#terminal=" + name_ : url() + '/'; }
+
+TransportFigures Gateway::figures() const {
+  TransportFigures all = listener_ ? listener_->figures() : TransportFigures{};
+  if (port_ != nullptr) all.connections += port_->figures().connections;
+  return all;
+}
+
+// Without its relays a terminal still serves direct connections.
+std::vector<HealthCheck> Gateway::check(const HealthProbe& probe) const {
+  std::vector<HealthCheck> checks = probe ? probe() : std::vector<HealthCheck>{};
+  if (port_ == nullptr) return checks;
+  HealthCheck connection{.name = "relay:connection", .output = port_->fault()};
+  if (!connection.output.empty()) connection.status = HealthStatus::Warn;
+  checks.push_back(std::move(connection));
+  return checks;
+}
 
 void Gateway::start() {
   disk_.start();
   phones_.start();
-  listener_.start();
+  if (listener_) listener_->start();
+  if (port_ != nullptr) port_->start();
   loop_.start();
 }
 
@@ -51,8 +80,8 @@ void Gateway::drain() {
   }
 }
 
-void Gateway::noteUrl() {
-  await(kNoteTime, [this](const GatewayStore::Done& done) { store_.noteUrl(url(), done); });
+void Gateway::noteLink() {
+  await(kNoteTime, [this](const GatewayStore::Done& done) { store_.noteLink(link(), done); });
 }
 
 bool Gateway::awaitDisk(std::chrono::seconds limit) {
@@ -64,9 +93,11 @@ void Gateway::stop() {
   if (!loop_.isStarted()) return;
   loop_.post([this] {
     phones_.stop();
-    listener_.stop();
+    if (listener_) listener_->stop();
+    if (port_ != nullptr) port_->stop();
   });
   loop_.join();
+  if (link_ != nullptr) link_->stop();
   disk_.stop();
   TERMINAL_LOG(gatewayLogger(), Info, "stopped");
 }

@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include "terminal/databasecopy.h"
+#include "terminal/datadir.h"
 #include "terminal/ownersfile.h"
 
 namespace orvane::terminal {
@@ -43,12 +44,6 @@ CREATE TABLE boot (id TEXT NOT NULL);
 CREATE TABLE revocation (id INTEGER PRIMARY KEY AUTOINCREMENT, token INTEGER NOT NULL);
 )sql"};
 constexpr int kVersion = kVersions.size();
-
-void requireWritable(const std::filesystem::path& dir) {
-  if (access(dir.c_str(), W_OK | X_OK) == 0) return;
-  throw std::runtime_error(
-      fmt::format("cannot write to the folder {}: {}; choose another with --data", dir.string(), std::strerror(errno)));
-}
 
 // SQLite takes an empty file for a new database.
 void makeEmpty(const std::filesystem::path& file) {

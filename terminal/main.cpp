@@ -1,51 +1,51 @@
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include <fmt/format.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "pocketagent/ipocketagent.h"
 #include "terminal/certificate.h"
 #include "terminal/client/call.h"
+#include "terminal/datadir.h"
 #include "terminal/gateway.h"
 #include "terminal/logging.h"
 #include "terminal/settings.h"
+#include "terminal/stopsignals.h"
 #include "terminal/tokencommand.h"
 #include "terminal/trading/tradinghost.h"
 
 namespace orvane::terminal {
 namespace {
 
-// Blocks SIGINT and SIGTERM in this thread and in all that it starts, and waits for them.
-class StopSignals {
+// Another terminal has this one's name. May be set on any thread; ends the program as SIGTERM does.
+class Refusal {
  public:
-  StopSignals() {
-    sigemptyset(&signals_);
-    sigaddset(&signals_, SIGINT);
-    sigaddset(&signals_, SIGTERM);
-    pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
+  void set() {
+    isSet_ = true;
+    kill(getpid(), SIGTERM);
   }
-  void wait() const {
-    int signal = 0;
-    sigwait(&signals_, &signal);
-  }
+  bool isSet() const { return isSet_; }
 
  private:
-  sigset_t signals_{};
+  std::atomic<bool> isSet_ = false;
 };
 
 // Starts the agent, then the host's own messages, and stops them in reverse order.
 class Running {
  public:
-  Running(TradingHost& host, Gateway& gateway) : host_(host), gateway_(gateway) {
+  Running(TradingHost& host, Gateway& gateway, const std::string& userid) : host_(host), gateway_(gateway) {
     IMobileSrv& server = gateway.mobileService();
     MobileSrvInfo info;
     info.url = gateway.url();
-    info.userid = "paper";
+    info.userid = userid;
     host_.setMobileServer(&server);
     agent_->start(info);
     if (!server.isRunning()) throw std::runtime_error("the agent did not start: see the log, with --log-level debug");
@@ -65,17 +65,6 @@ class Running {
   Gateway& gateway_;
   IPocketAgent* agent_ = IPocketAgent::getInstance();
 };
-
-void makeDataDir(const std::filesystem::path& dir) {
-  std::error_code error;
-  if (std::filesystem::create_directories(dir, error)) {
-    std::filesystem::permissions(dir, std::filesystem::perms::owner_all, error);
-  }
-  if (error) {
-    throw std::runtime_error(
-        fmt::format("cannot make the folder {}: {}; choose another with --data", dir.string(), error.message()));
-  }
-}
 
 void report(const std::string& fault) { std::fputs(fmt::format("pocket-terminal: {}\n", fault).c_str(), stderr); }
 
@@ -119,35 +108,61 @@ void printFingerprint(const std::string& sha256) {
   TERMINAL_LOG(gatewayLogger(), Info, "{}", text);
 }
 
+Entrances entrancesOf(const Settings& settings, Refusal& refusal) {
+  NetLimits limits;
+  limits.head = settings.loginTime;
+  limits.idle = settings.idleTime;
+  limits.maxBacklogBytes = settings.maxBacklogBytes;
+  Entrances entrances;
+  if (settings.listens) {
+    entrances.listen = {.address = settings.address,
+                        .port = settings.port,
+                        .tls = settings.tls,
+                        .allowedOrigins = settings.allowedOrigins,
+                        .limits = limits};
+  }
+  if (!settings.relay) return entrances;
+  const RelaySettings& relay = *settings.relay;
+  relay::Credentials credentials = relay::readCredentials(relay.credentials);
+  if (credentials.name != relay.name) {
+    throw std::runtime_error(fmt::format("the credentials {0} are those of {1}, so --name must be {1}",
+                                         relay.credentials.string(), credentials.name));
+  }
+  relay::PortOptions port;
+  port.name = relay.name;
+  port.limits.maxBacklogBytes = settings.maxBacklogBytes;
+  port.onRefused = [&refusal] { refusal.set(); };
+  relay::LinkOptions link{relay.urls, std::move(credentials)};
+  std::string page = relay.page;
+  entrances.relay.emplace(RelayEntrance{std::move(link), std::move(port), std::move(page)});
+  return entrances;
+}
+
 int serve(const Settings& settings) try {
   const StopSignals stopSignals;
   makeDataDir(settings.dataDir);
   const auto log = setUpLogging(settings.logFile, settings.logLevel);
   TradingHost host(settings.trading);
   if (settings.keepsOwnCertificate) keepCertificate(settings);
-  NetLimits limits;
-  limits.head = settings.loginTime;
-  limits.idle = settings.idleTime;
-  limits.maxBacklogBytes = settings.maxBacklogBytes;
+  Refusal refusal;
   AsioLoop loop;
   Gateway gateway(
-      loop,
-      {.address = settings.address,
-       .port = settings.port,
-       .tls = settings.tls,
-       .allowedOrigins = settings.allowedOrigins,
-       .limits = limits},
+      loop, entrancesOf(settings, refusal),
       {.dataDir = settings.dataDir, .audit = settings.audit, .maxBytes = settings.gatewayBytes},
       {.loginTime = settings.loginTime, .probe = [&host, log] { return checkHost(host, *log); }, .figures = {}},
       [&host](auto answer) { host.whenStored(std::move(answer)); });
-  const Running running(host, gateway);
-  gateway.noteUrl();
+  const Running running(host, gateway, settings.relay ? settings.relay->name : "paper");
+  gateway.noteLink();
   if (const std::string fault = host.health().storageFault; !fault.empty()) report(fault);
-  printLink(settings, gateway.url());
-  if (settings.tls) printFingerprint(fingerprint(settings.tls->certificate));
+  printLink(settings, gateway.link());
+  if (settings.tls && settings.listens) printFingerprint(fingerprint(settings.tls->certificate));
   std::fflush(stdout);
   stopSignals.wait();
-  return EXIT_SUCCESS;
+  if (!refusal.isSet()) return EXIT_SUCCESS;
+  throw std::runtime_error(
+      fmt::format("a terminal with the name {0} is present already: end it, or give this one another name with "
+                  "pocket-relay setup",
+                  settings.relay->name));
 } catch (const std::exception& error) {
   report(error.what());
   return EXIT_FAILURE;

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace orvane::terminal {
 
@@ -13,8 +14,11 @@ enum class CloseCode : uint16_t {
   GoingAway = 1001,
   UnsupportedData = 1003,
   Fault = 1011,
+  Restarted = 1012,  // the terminal behind a relay
+  TryLater = 1013,   // what carries the messages is broken or full
   NoLogin = 4401,
   NotEntitled = 4403,
+  NoTerminal = 4404,
   TooSlow = 4408,
   Replaced = 4409,
   TooMany = 4429,
@@ -29,7 +33,10 @@ class Session {
   virtual ~Session() = default;
 
   // Queues one text frame, which must be UTF-8. A client with too large a backlog is closed with TooSlow.
-  virtual void send(Text text) = 0;
+  void send(Text text) { sendPart(std::move(text), true); }
+
+  // Queues a part of a text frame; the frame ends with the part that is its last.
+  virtual void sendPart(Text text, bool isLast) = 0;
 
   // Sends what is queued, then the code. A client that does not answer in time is cut off.
   virtual void close(CloseCode code, std::string_view reason) = 0;
@@ -63,6 +70,9 @@ class ISessionOwner {
 
   // One text frame: UTF-8, untrusted, valid during the call.
   virtual void onFrame(Session& session, std::string_view text) = 0;
+
+  // So many bytes of what was sent have left for the client.
+  virtual void onSent(Session& /*session*/, size_t /*bytes*/) {}
 
   // The last call for this session.
   virtual void onClosed(Session& session) = 0;

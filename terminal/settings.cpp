@@ -2,39 +2,22 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <boost/asio/ip/address.hpp>
-#include <cerrno>
 #include <cstdlib>
-#include <cstring>
+#include <stdexcept>
 
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include "terminal/certificate.h"
+#include "terminal/commandline.h"
 #include "terminal/json.h"
+#include "terminal/relay/natslink.h"
+#include "terminal/relay/subjects.h"
 
 namespace orvane::terminal {
 namespace {
 
-constexpr int kUsageError = 2;
 constexpr int64_t kMebibyte = int64_t{1} << 20;
 constexpr const char* kMoreOptions = "\nThe terminal's own options, such as --data, may be given here too.";
-
-std::string environment(const char* name) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? "" : value;
-}
-
-// A path in the folder that a variable names, or in the home; empty if the environment has neither.
-std::filesystem::path userPlace(const char* variable, const char* belowHome, const char* name) {
-  const std::filesystem::path folder = environment(variable);
-  const std::filesystem::path home = environment("HOME");
-  if (folder.is_absolute()) return folder / name;
-  return home.empty() ? home : home / belowHome / name;
-}
-
-std::filesystem::path defaultDataDir() { return userPlace("XDG_DATA_HOME", ".local/share", "pocket-terminal"); }
-std::filesystem::path defaultConfig() { return userPlace("XDG_CONFIG_HOME", ".config", "pocket-terminal.toml"); }
 
 std::string checkData(const std::string& data) {
   const JsonResult result = checkJson(data);
@@ -50,75 +33,25 @@ std::string checkRights(const std::string& list) {
   }
 }
 
-std::string checkFinite(const std::string& number) {
-  return number.find_first_not_of("0123456789.eE+-") == std::string::npos ? "" : number + " is not a number";
-}
-
 std::string checkUnsigned(const std::string& number) { return number.starts_with('-') ? number + " is below 0" : ""; }
+
+std::string checkName(const std::string& name) {
+  return relay::isName(name) ? "" : fmt::format("{} is no name: {}", name, relay::kNameRule);
+}
 
 // Values of options that need more than a conversion.
 struct Arguments {
   std::string quotes = "walk";
-  double loginSeconds = 10;
-  double idleSeconds = 36;
-  size_t maxBacklog = 64;  // MiB
   int auditMebibytes = 64;
   int gatewayMebibytes = 1024;
-  TlsFiles tls;
   CallSettings call;
   bool json = false;
   TokenSettings token;
   std::string rights;
+  RelaySettings relay;
 };
 
-std::string checkAddress(const std::string& text) {
-  boost::system::error_code error;
-  boost::asio::ip::make_address(text, error);
-  return error ? text + " is not an IP address" : "";
-}
-
-std::string checkOrigin(const std::string& origin) {
-  const size_t host = origin.starts_with("https://") ? 8 : origin.starts_with("http://") ? 7 : origin.size();
-  const bool isOrigin = host < origin.size() && origin.find_first_of("/?#@ ", host) == std::string::npos;
-  return isOrigin ? "" : origin + " is not an origin such as https://trade.example.com:8443";
-}
-
-void addNetworkOptions(CLI::App& app, Settings& settings, Arguments& typed) {
-  app.option_defaults()->group("Network");
-  app.add_option("--listen", settings.address, "IP address to listen on; beyond loopback TLS is required")
-      ->check(CLI::Validator(checkAddress, "ADDRESS"))
-      ->capture_default_str();
-  app.add_option("--port", settings.port, "port; 0 is any free one")->capture_default_str();
-  CLI::Option* own = app.add_flag("--tls-self", settings.keepsOwnCertificate,
-                                  "TLS with a self-signed certificate, made and kept in the data folder");
-  CLI::Option* certificate =
-      app.add_option("--tls-cert", typed.tls.certificate, "TLS with the certificate of this file (PEM)")->excludes(own);
-  app.add_option("--tls-key", typed.tls.key, "the key of --tls-cert (PEM)")->needs(certificate);
-  app.add_option("--allow-origin", settings.allowedOrigins, "further origin whose pages may use the terminal")
-      ->check(CLI::Validator(checkOrigin, "ORIGIN"));
-}
-
-void addPhoneOptions(CLI::App& app, Arguments& typed) {
-  app.option_defaults()->group("Phones");
-  app.add_option("--login-timeout", typed.loginSeconds, "seconds within which a phone must log in")
-      ->check(CLI::Validator(checkFinite, "SECONDS") & CLI::Range(0.01, 3600.0))
-      ->capture_default_str();
-  app.add_option("--idle-timeout", typed.idleSeconds,
-                 "seconds after which a phone that is silent or reads nothing is dropped")
-      ->check(CLI::Validator(checkFinite, "SECONDS") & CLI::Range(0.01, 3600.0))
-      ->capture_default_str();
-  app.add_option("--max-backlog", typed.maxBacklog, "MiB of unsent messages, for all phones together")
-      ->check(CLI::Range(1, 65536))
-      ->capture_default_str();
-}
-
 void addFileOptions(CLI::App& app, Settings& settings, Arguments& typed) {
-  app.option_defaults()->group("Files");
-  app.set_config("--config", defaultConfig().string(), "settings file; its keys are these options without the dashes")
-      ->group("Files");
-  app.allow_config_extras(CLI::config_extras_mode::error);
-  app.add_option("--data", settings.dataDir, "folder of the databases, the audit and the log")
-      ->default_str(defaultDataDir().string());
   app.add_option("--audit-size", typed.auditMebibytes, "MiB at which audit.log becomes audit.log.1, and so on")
       ->check(CLI::Range(1, 65536))
       ->capture_default_str();
@@ -129,10 +62,22 @@ void addFileOptions(CLI::App& app, Settings& settings, Arguments& typed) {
                  "MiB of gateway.db above which requests with a key are refused")
       ->check(CLI::Range(1, 1048576))
       ->capture_default_str();
-  app.add_option("--log", settings.logFile, "log file")->default_str("terminal.log in the data folder");
-  app.add_option("--log-level", settings.logLevel, "lowest level that is logged")
-      ->check(CLI::IsMember({"trace", "debug", "info", "warn", "error", "off"}))
-      ->capture_default_str();
+}
+
+void addRelayOptions(CLI::App& app, Arguments& typed) {
+  app.option_defaults()->group("Relay");
+  CLI::Option* name = app.add_option("--name", typed.relay.name, "name of this terminal at its relays")
+                          ->check(CLI::Validator(checkName, "NAME"));
+  CLI::Option* credentials =
+      app.add_option("--relay-credentials", typed.relay.credentials, "this terminal's file of pocket-relay setup");
+  app.add_option("--relay", typed.relay.urls,
+                 "phones come in through relays; the cluster's servers, such as tls://one:4222,tls://two:4222. The "
+                 "terminal itself listens only if --listen or --port is given too")
+      ->delimiter(',')
+      ->needs(name)
+      ->needs(credentials);
+  app.add_option("--relay-page", typed.relay.page, "address of a relay's page, for the links that are printed")
+      ->check(CLI::Validator(checkOrigin, "URL"));
 }
 
 void addTradingOptions(CLI::App& app, Settings& settings, Arguments& typed) {
@@ -191,30 +136,12 @@ void setQuotes(TradingOptions& trading, const std::string& quotes) {
   if (!walk && !still) trading.quoteFile = quotes;
 }
 
-std::chrono::milliseconds milliseconds(double seconds) {
-  return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
-}
-
-void setTls(Settings& settings, const TlsFiles& typed, bool isCall) {
-  if (settings.keepsOwnCertificate) settings.tls = ownTlsFiles(settings.dataDir);
-  if (typed.certificate.empty()) return;
-  if (!isCall && typed.key.empty()) throw CLI::ValidationError("--tls-cert", "its key is missing: add --tls-key");
-  settings.tls = typed;
-}
-
 // Fills in what follows from the arguments.
 void complete(Settings& settings, const Arguments& typed, bool isCall, bool isToken) {
-  if (settings.dataDir.empty()) settings.dataDir = defaultDataDir();
-  if (settings.dataDir.empty()) throw CLI::ValidationError("--data", "name a folder: the environment has no HOME");
-  if (settings.logFile.empty()) settings.logFile = settings.dataDir / "terminal.log";
-  settings.loginTime = milliseconds(typed.loginSeconds);
-  settings.idleTime = milliseconds(typed.idleSeconds);
-  settings.maxBacklogBytes = typed.maxBacklog * 1024 * 1024;
   settings.audit.fileBytes = kMebibyte * typed.auditMebibytes;
   settings.gatewayBytes = kMebibyte * typed.gatewayMebibytes;
   settings.trading.dataDir = settings.dataDir;
   setQuotes(settings.trading, typed.quotes);
-  setTls(settings, typed.tls, isCall);
   if (isToken) {
     settings.token = typed.token;
     if (!typed.rights.empty()) settings.token->rights = Rights::read(typed.rights);
@@ -228,42 +155,15 @@ void complete(Settings& settings, const Arguments& typed, bool isCall, bool isTo
   settings.call->asTable = typed.call.asTable || (!typed.json && isatty(STDOUT_FILENO) == 1);
 }
 
-// A default file that exists but cannot be read is an error. CLI11 ignores it.
-void requireReadable(const std::string& config) {
-  if (access(config.c_str(), F_OK) != 0 || access(config.c_str(), R_OK) == 0) return;
-  throw CLI::FileError(fmt::format("cannot read the settings file {}: {}", config, std::strerror(errno)));
-}
-
-// CLI11 says "INI was not able to parse KEY", or "KEY: This option is not allowed ..."; a section's key ends in ".++".
-std::string unknownKey(const CLI::ConfigError& error) {
-  constexpr std::string_view kPrefix = "INI was not able to parse ";
-  const std::string text = error.what();
-  const size_t begin = text.starts_with(kPrefix) ? kPrefix.size() : 0;
-  return text.substr(begin, std::min(text.find(".++"), text.find(": ")) - begin);
-}
-
-// CLI11 does not report whether a wrong value was typed or is in the settings file.
-void nameSettingsFile(const CLI::App& app, const CLI::ParseError& error) {
-  const auto file = app.get_config_ptr()->as<std::string>();
-  if (error.get_exit_code() == 0 || access(file.c_str(), F_OK) != 0) return;
-  throw CLI::ValidationError(fmt::format("{} (the settings file {} is read too)", error.what(), file));
-}
-
-void parse(CLI::App& app, int argc, const char* const* argv) {
+void completeRelay(Settings& settings, const Arguments& typed, const CLI::App& app) {
+  if (typed.relay.urls.empty()) return;
   try {
-    app.parse(argc, argv);
-  } catch (const CLI::ConfigError& error) {
-    throw CLI::ConfigError(
-        fmt::format("the settings file {}: {} is not a setting; each is a long option of --help, "
-                    "without the dashes",
-                    app.get_config_ptr()->as<std::string>(), unknownKey(error)));
-  } catch (const CLI::FileError& error) {
-    throw CLI::FileError(fmt::format("the settings file {}", error.what()));
-  } catch (const CLI::ParseError& error) {
-    nameSettingsFile(app, error);
-    throw;
+    relay::checkUrls(typed.relay.urls);
+  } catch (const std::runtime_error& error) {
+    throw CLI::ValidationError("--relay", error.what());
   }
-  requireReadable(app.get_config_ptr()->as<std::string>());
+  settings.relay = typed.relay;
+  settings.listens = app.count("--listen") > 0 || app.count("--port") > 0;
 }
 
 }  // namespace
@@ -273,16 +173,22 @@ std::optional<Settings> readSettings(int argc, const char* const* argv, int& exi
   Arguments typed;
   CLI::App app("A paper-trading terminal that phones can see and work.", "pocket-terminal");
   app.set_version_flag("--version", "pocket-terminal " POCKETAGENT_VERSION);
-  addNetworkOptions(app, settings, typed);
-  addPhoneOptions(app, typed);
+  ServerOptions server(settings, "pocket-terminal", "terminal.log");
+  server.addNetwork(app);
+  server.addPhones(app);
+  addRelayOptions(app, typed);
+  server.addFolder(app, "folder of the databases, the audit and the log");
   addFileOptions(app, settings, typed);
+  server.addLog(app);
   addTradingOptions(app, settings, typed);
   const CLI::App& call = addCall(app, typed);
   const CLI::App& token = addToken(app, typed);
   app.require_subcommand(0, 1);
   try {
-    parse(app, argc, argv);
+    parseCommandLine(app, argc, argv);
+    server.complete(!call.parsed());
     complete(settings, typed, call.parsed(), token.parsed());
+    completeRelay(settings, typed, app);
   } catch (const CLI::ParseError& error) {
     exitCode = app.exit(error) == 0 ? EXIT_SUCCESS : kUsageError;
     return std::nullopt;

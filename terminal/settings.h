@@ -10,7 +10,7 @@
 #include "terminal/client/call.h"
 #include "terminal/phones/auditlog.h"
 #include "terminal/rights.h"
-#include "terminal/tls.h"
+#include "terminal/serversettings.h"
 #include "terminal/trading/tradingoptions.h"
 
 namespace orvane::terminal {
@@ -23,21 +23,20 @@ struct TokenSettings {
   Rights rights;
 };
 
-struct Settings {
-  std::string address = "127.0.0.1";
-  uint16_t port = 8700;
-  std::optional<TlsFiles> tls;
-  bool keepsOwnCertificate = false;  // the terminal makes the files of `tls`
-  std::vector<std::string> allowedOrigins;
-  std::filesystem::path dataDir;
-  std::filesystem::path logFile;
-  std::string logLevel = "info";
-  std::chrono::milliseconds loginTime{};  // limit of the TLS handshake and the HTTP head, and again of the first frame
-  std::chrono::milliseconds idleTime{};   // after which a client that is silent or reads nothing is dropped
-  size_t maxBacklogBytes = 0;             // of outgoing messages, for all clients together
+// Phones come in through relays too.
+struct RelaySettings {
+  std::vector<std::string> urls;      // of the cluster's servers
+  std::string name;                   // of this terminal
+  std::filesystem::path credentials;  // file
+  std::string page;                   // URL of a relay, for links; may be empty
+};
+
+struct Settings : ServerSettings {
   AuditLimits audit;
   int64_t gatewayBytes = 0;  // size of gateway.db above which requests with a key are refused
   TradingOptions trading;
+  std::optional<RelaySettings> relay;
+  bool listens = true;                 // takes direct connections
   std::optional<CallSettings> call;    // run as a client
   std::optional<TokenSettings> token;  // run the command `token`
 };

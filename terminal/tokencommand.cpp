@@ -77,18 +77,22 @@ void recordAdd(SQLite::Database& db, const Settings& settings, const std::string
 }
 
 // Empty if no terminal was ever started.
-std::string lastUrl(SQLite::Database& db) {
+std::string lastLink(SQLite::Database& db) {
   SQLite::Statement row(db, "SELECT link FROM address");
   return row.executeStep() ? row.getColumn(0).getString() : std::string();
+}
+
+std::string withToken(const std::string& link, const std::string& token) {
+  return link + (link.find('#') == std::string::npos ? "#token=" : "&token=") + token;
 }
 
 void add(const Settings& settings) {
   SQLite::Database db = openGatewayDatabase(settings.dataDir);
   const TokenSettings& asked = *settings.token;
   const std::string text = addToken(db, asked.name, asked.rights);
-  const std::string url = lastUrl(db);
+  const std::string link = lastLink(db);
   fmt::print("{}\n", text);
-  if (!url.empty()) fmt::print("{}/#token={}\n", url, text);
+  if (!link.empty()) fmt::print("{}\n", withToken(link, text));
   std::fputs("The token is shown only this once. Anyone who has it has its rights.\n", stderr);
   recordAdd(db, settings, asked.name, asked.rights);
 }
@@ -137,7 +141,7 @@ int runToken(const Settings& settings) try {
   return EXIT_FAILURE;
 }
 
-void printLink(const Settings& settings, const std::string& url) {
+void printLink(const Settings& settings, const std::string& link) {
   std::string first;
   try {
     SQLite::Database db = openGatewayDatabase(settings.dataDir);
@@ -149,9 +153,9 @@ void printLink(const Settings& settings, const std::string& url) {
     report(settings, error);
   }
   if (!first.empty()) {
-    fmt::print("{}/#token={}\n", url, first);
+    fmt::print("{}\n", withToken(link, first));
   } else {
-    fmt::print("{}/\nA phone needs a token: pocket-terminal token add NAME --rights see,cancel,trade --data {}\n", url,
+    fmt::print("{}\nA phone needs a token: pocket-terminal token add NAME --rights see,cancel,trade --data {}\n", link,
                settings.dataDir.string());
   }
   std::fflush(stdout);

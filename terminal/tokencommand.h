@@ -12,6 +12,6 @@ int runToken(const Settings& settings);
 
 // Prints the starting terminal's link. The link of the very first start contains a token with all rights; later starts,
 // and those that cannot write, print how to make a token.
-void printLink(const Settings& settings, const std::string& url);
+void printLink(const Settings& settings, const std::string& link);
 
 }  // namespace orvane::terminal

@@ -22,7 +22,6 @@ using boost::system::error_code;
 using ip::tcp;
 
 constexpr int kMaxUnsentBytes = 256 * 1024;
-constexpr size_t kMaxConnections = 256;
 constexpr std::chrono::milliseconds kAcceptPause{100};
 constexpr std::string_view kSocketPath = "/ws";
 
@@ -141,7 +140,7 @@ void Listener::retryAccept(const std::string& reason) {
 // If all places are taken, the oldest connection without a login gives way, so that idle connections cannot keep
 // clients out.
 bool Listener::makeRoom() {
-  if (connections_.size() < kMaxConnections) return true;
+  if (connections_.size() < options_.maxConnections) return true;
   const Entry* oldest = nullptr;
   for (const auto& [key, entry] : connections_) {
     if (!entry.connection->mayGiveWay()) continue;

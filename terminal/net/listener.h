@@ -21,11 +21,12 @@ struct ListenOptions {
   uint16_t port = 8700;               // 0: any free port
   std::optional<TlsFiles> tls;        // REQUIRED beyond loopback
   std::vector<std::string> allowedOrigins;
+  size_t maxConnections = 256;
   NetLimits limits;
 };
 
-// Accepts TCP connections and owns them: HTTP, pages and WebSocket sessions, at most 256 at once. Everything but the
-// constructor and url() belongs to the loop's thread.
+// Accepts TCP connections and owns them: HTTP, pages and WebSocket sessions. Everything but the constructor and url()
+// belongs to the loop's thread.
 class Listener : private IConnectionOwner {
  public:
   // Takes the port, but no connection yet. Throws std::runtime_error if the port is unavailable or a TLS file is

@@ -23,6 +23,12 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kCloseTime{3000};
 constexpr std::chrono::milliseconds kStopTime{500};  // shorter: the terminal's end waits for it
 
+// Of a text frame.
+struct Part {
+  Session::Text text;
+  bool isLast = true;
+};
+
 class WebSocketSession final : public Session,
                                public Connection,
                                public std::enable_shared_from_this<WebSocketSession> {
@@ -52,11 +58,11 @@ class WebSocketSession final : public Session,
     ws_.async_accept(request_, handler(&WebSocketSession::onAccept));
   }
 
-  void send(Text text) override {
+  void sendPart(Text text, bool isLast) override {
     if (closing_) return;
     if (waitingBytes() > limits_.maxQueuedBytes) return dropSlowClient();
     queuedBytes_ += text->size();
-    queue_.push_back(std::move(text));
+    queue_.push_back({std::move(text), isLast});
     if (queue_.size() == 1) write();
     account();
   }
@@ -132,16 +138,22 @@ class WebSocketSession final : public Session,
   void write() {
     writeBegan_ = Clock::now();
     ws_.text(true);
-    ws_.async_write(boost::asio::buffer(*queue_.front()), handler(&WebSocketSession::onWrite));
+    const Part& part = queue_.front();
+    ws_.async_write_some(part.isLast, boost::asio::buffer(*part.text), handler(&WebSocketSession::onWrite));
   }
 
   void onWrite(error_code error, size_t /*bytes*/) {
     if (error) return finish();
-    queuedBytes_ -= queue_.front()->size();
+    const size_t size = queue_.front().text->size();
+    queuedBytes_ -= size;
     queue_.pop_front();
     account();
-    if (!queue_.empty()) return write();
-    if (closing_) writeClose();
+    if (!queue_.empty()) {
+      write();
+    } else if (closing_) {
+      return writeClose();
+    }
+    if (!closing_) sessions_.onSent(*this, size);
   }
 
   // Reports the backlog, which may end this session.
@@ -181,7 +193,7 @@ class WebSocketSession final : public Session,
 
   // The frame that is being written does not count: it may be a long list, which takes even a fast client some time to
   // read.
-  size_t waitingBytes() const { return queue_.empty() ? 0 : queuedBytes_ - queue_.front()->size(); }
+  size_t waitingBytes() const { return queue_.empty() ? 0 : queuedBytes_ - queue_.front().text->size(); }
 
   void writeClose() { ws_.async_close(reason_, handler(&WebSocketSession::onCloseWritten)); }
 
@@ -193,7 +205,7 @@ class WebSocketSession final : public Session,
     TERMINAL_LOG(gatewayLogger(), Warn, "{} reads too slowly: {} messages with {} bytes wait", name(), queue_.size(),
                  queuedBytes_);
     queue_.resize(1);
-    queuedBytes_ = queue_.front()->size();
+    queuedBytes_ = queue_.front().text->size();
     account();
     close(CloseCode::TooSlow, "too slow");
   }
@@ -234,7 +246,7 @@ class WebSocketSession final : public Session,
   const NetLimits limits_;
   UpgradeRequest request_;
   beast::flat_buffer buffer_;
-  std::deque<Text> queue_;  // the first is being written
+  std::deque<Part> queue_;  // the first is being written
   size_t queuedBytes_ = 0;
   size_t accountedBytes_ = 0;  // that the owner knows of
   Clock::time_point writeBegan_;

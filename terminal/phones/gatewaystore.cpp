@@ -176,11 +176,11 @@ void GatewayStore::touch(int64_t token) {
            [](const std::string& fault) { logFault("the use of a token is not stored", fault); });
 }
 
-void GatewayStore::noteUrl(const std::string& url, Done done) {
+void GatewayStore::noteLink(const std::string& link, Done done) {
   addPatientWrite(
-      [this, url] {
+      [this, link] {
         db_.exec("DELETE FROM address");
-        writeSql(db_, "INSERT INTO address VALUES (?)", url);
+        writeSql(db_, "INSERT INTO address VALUES (?)", link);
       },
       std::move(done));
 }

@@ -75,8 +75,8 @@ class GatewayStore {
   // Stores that a token was used.
   void touch(int64_t token);
 
-  // Stores the terminal's address, which the command `token` shows, and then calls `done`.
-  void noteUrl(const std::string& url, Done done);
+  // Stores the terminal's link, which the command `token` shows, and then calls `done`.
+  void noteLink(const std::string& link, Done done);
 
   // Confirms to the command that revoked a token that no further request of it begins.
   void confirm(int64_t revocation);

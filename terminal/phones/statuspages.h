@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "terminal/health.h"
 #include "terminal/pages.h"
 #include "terminal/phones/agentcallback.h"
 #include "terminal/phones/gatekeeper.h"
-#include "terminal/phones/health.h"
 #include "terminal/phones/metrics.h"
 #include "terminal/phones/peers.h"
 #include "terminal/phones/requests.h"

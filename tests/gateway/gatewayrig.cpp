@@ -82,7 +82,10 @@ void GatewayRig::detachAgent() { gateway_->mobileService().unregisterSpi(handle_
 void GatewayRig::start() {
   loop_ = std::make_unique<MovableLoop>(time_);
   gateway_ = std::make_unique<terminal::Gateway>(
-      *loop_, terminal::ListenOptions{.port = 0, .tls = {}, .allowedOrigins = {}, .limits = limits_},
+      *loop_,
+      terminal::Entrances{
+          .listen = terminal::ListenOptions{.port = 0, .tls = {}, .allowedOrigins = {}, .limits = limits_},
+          .relay = {}},
       terminal::StoreOptions{.dataDir = dataDir(), .audit = {}}, terminal::PhonesOptions{.probe = {}, .figures = {}},
       [](auto answer) { answer(""); });
   const std::string url = gateway_->url();

@@ -1,5 +1,6 @@
 import assert from "node:assert/strict";
 import test from "node:test";
+import { accessText } from "../../terminal/page/src/access";
 import { backoff } from "../../terminal/page/src/backoff";
 import { order, FakeTerminal, settled } from "./fake";
 
@@ -34,6 +35,17 @@ test("each break starts with a short wait, and the network's return ends it", as
     assert.equal(terminal.platform.sockets.length, round);
     await terminal.open();
   }
+});
+
+test("the link of a relay names the terminal, and so does each login", async () => {
+  const link = "https://relay.example/#terminal=desk7&token=secret";
+  assert.equal(accessText(` ${link} `), "terminal=desk7&token=secret");
+  assert.equal(accessText("http://127.0.0.1:8700/#token=secret"), "secret");
+  const terminal = new FakeTerminal();
+  terminal.store.logIn(accessText(link));
+  terminal.platform.socket.onopen?.();
+  const [login] = terminal.platform.socket.of("login");
+  assert.deepEqual([login.terminal, login.token], ["desk7", "secret"]);
 });
 
 test("missed pushes that follow a resumed login are taken, and known ones are not taken twice", async () => {

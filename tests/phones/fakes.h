@@ -47,7 +47,7 @@ class FakeSession : public terminal::Session {
  public:
   explicit FakeSession(std::string address = "10.0.0.1") : address_(std::move(address)) {}
 
-  void send(Text text) override {
+  void sendPart(Text text, bool /*isLast*/) override {
     if (!isClosing()) sent.push_back(*text);
   }
   void close(terminal::CloseCode code, std::string_view /*reason*/) override {

@@ -1,3 +1,4 @@
+import { readAccess } from "./access";
 import { backoff } from "./backoff";
 import { Platform, Socket } from "./platform";
 import { isUnclear, readFrame } from "./wire/frames";
@@ -53,7 +54,7 @@ export class Connection {
   state: LinkState = "off";
   retryAt = 0; // by clock(), while "waiting"
   private socket: Socket | null = null;
-  private token = "";
+  private token = ""; // see Access
   private refusal = "";
   private attempts = 0;
   private lastId = 0;
@@ -164,7 +165,7 @@ export class Connection {
 
   private async login(): Promise<void> {
     const resume = this.epoch === undefined ? undefined : { epoch: this.epoch, seq: this.seq };
-    const reply = await this.send("login", { token: this.token, device: this.platform.device, resume });
+    const reply = await this.send("login", { ...readAccess(this.token), device: this.platform.device, resume });
     if (reply.kind === "failed") this.refusal = reply.message;
     if (reply.kind === "garbled") return this.onGone(0, "");
     if (reply.kind !== "done") return;

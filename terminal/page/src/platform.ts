@@ -1,3 +1,5 @@
+import { accessText } from "./access";
+
 // What the page needs of a browser. Tests put their own in its place.
 
 export interface Socket {
@@ -77,10 +79,10 @@ export function browserPlatform(): Platform {
   };
 }
 
-// The token of the link, removed from the address bar so that it is neither seen nor copied.
+// The access of the link, removed from the address bar so that it is neither seen nor copied.
 export function takeTokenFromLink(): string {
-  const found = /^#token=([\w-]+)/.exec(location.hash);
+  const found = /^#(terminal=[\w-]+&)?token=[\w-]+/.exec(location.hash);
   if (found === null) return "";
   history.replaceState(null, "", location.pathname + location.search);
-  return found[1];
+  return accessText(found[0]);
 }

@@ -1,4 +1,5 @@
 import { Component, h } from "preact";
+import { accessText } from "../access";
 import { store } from "../app";
 import { t } from "../texts/texts";
 import { LanguageSwitch } from "./settings";
@@ -9,7 +10,7 @@ export class LoginForm extends Component<{}, { typed: string }> {
 
   private submit(event: Event) {
     event.preventDefault();
-    const token = this.state.typed.trim().replace(/^.*#token=/, "");
+    const token = accessText(this.state.typed);
     if (token !== "") store.logIn(token);
   }
 

@@ -4,8 +4,8 @@ import { Shape } from "./check";
 
 export const kFrames: { readonly [name: string]: Shape } = {
   "request": { "id?": "any", topic: "text", "data?": "any", "terminalType?": "int", "key?": "text" },
-  "login": { "id?": "any", topic: "=login", token: "text", "device?": "text", "resume?": { epoch: "text", seq: "int" }
-  },
+  "login": { "id?": "any", topic: "=login", token: "text", "terminal?": "text", "device?": "text", "resume?": { epoch:
+  "text", seq: "int" } },
   "reply": { id: "any", topic: "text", message: "text", data: "any" },
   "failure": { id: "any", topic: "text", message: "text", data: "null" },
   "text": { id: "any", topic: "text", message: "text", data: "null", text: "text" },

@@ -5,7 +5,8 @@ export interface FrameRequest {
 }
 
 export interface FrameLogin {
-  id?: string | number; topic: "login"; token: string; device?: string; resume?: { epoch: string; seq: number };
+  id?: string | number; topic: "login"; token: string; terminal?: string; device?: string; resume?: { epoch: string;
+  seq: number };
 }
 
 export interface FrameReply {

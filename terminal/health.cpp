@@ -1,4 +1,4 @@
-#include "terminal/phones/health.h"
+#include "terminal/health.h"
 
 #include <algorithm>
 #include <array>

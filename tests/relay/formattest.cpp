@@ -1,0 +1,197 @@
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include "terminal/relay/credentials.h"
+#include "terminal/relay/message.h"
+#include "terminal/relay/natslink.h"
+#include "terminal/relay/subjects.h"
+#include "terminal/relay/window.h"
+#include "tests/support/tempdir.h"
+
+namespace orvane::test {
+namespace {
+
+using namespace terminal::relay;
+using testing::HasSubstr;
+using Text = terminal::Session::Text;
+
+Text text(size_t size) { return std::make_shared<const std::string>(size, 'x'); }
+
+std::string faultOf(const std::function<void()>& action) {
+  try {
+    action();
+    return {};
+  } catch (const std::runtime_error& error) {
+    return error.what();
+  }
+}
+
+TEST(RelayMessage, KeepsEachField) {
+  const Message sent{.kind = Kind::Close,
+                     .isLast = false,
+                     .value = 0xFEDCBA98,
+                     .channel = 0x8000000000000001,
+                     .number = 0x0123456789ABCDEF,
+                     .session = 0xFFFFFFFFFFFFFFFF,
+                     .payload = "reason"};
+  const std::string bytes = encode(sent);
+  EXPECT_EQ(bytes.size(), kHeadBytes + 6);
+  const auto read = decode(bytes);
+  ASSERT_TRUE(read);
+  EXPECT_EQ(read->kind, Kind::Close);
+  EXPECT_FALSE(read->isLast);
+  EXPECT_EQ(read->value, sent.value);
+  EXPECT_EQ(read->channel, sent.channel);
+  EXPECT_EQ(read->number, sent.number);
+  EXPECT_EQ(read->session, sent.session);
+  EXPECT_EQ(read->payload, "reason");
+}
+
+TEST(RelayMessage, RefusesWhatIsNone) {
+  const std::string good = encode({.kind = Kind::Data});
+  const auto with = [&](size_t at, char value) {
+    std::string bytes = good;
+    bytes[at] = value;
+    return bytes;
+  };
+  EXPECT_TRUE(decode(good));
+  for (size_t size = 0; size < good.size(); ++size) EXPECT_FALSE(decode(good.substr(0, size))) << size;
+  for (const std::string& bytes : {with(0, 0), with(0, 2), with(1, 0), with(1, static_cast<char>(Kind::kEnd)),
+                                   with(1, '\xFF'), with(2, 1), with(3, 2)}) {
+    EXPECT_FALSE(decode(bytes));
+  }
+}
+
+TEST(RelayMessage, RefusesWrongCastsAndOrigins) {
+  const std::vector<uint64_t> sessions{7, 8};
+  const std::string cast = writeCast(sessions, "hi");
+  EXPECT_EQ(readCast(cast)->sessions, sessions);
+  EXPECT_EQ(readCast(cast)->text, "hi");
+  for (size_t size = 0; size < cast.size() - 2; ++size) EXPECT_FALSE(readCast(cast.substr(0, size))) << size;
+  EXPECT_FALSE(readCast("\xFF\xFF\xFF\xFF"));
+
+  EXPECT_EQ(readOrigin(writeOrigin({"2001:db8::1", "2001:db8::/64"}))->network, "2001:db8::/64");
+  for (const std::string& wrong :
+       {std::string(), std::string(" "), std::string("1.2.3.4"), std::string("1.2.3.4 "), std::string("1.2.3.4 x\ny"),
+        std::string("1.2.3.4 5 6"), std::string(65, '1') + " 1"}) {
+    EXPECT_FALSE(readOrigin(wrong)) << wrong;
+  }
+}
+
+TEST(RelaySubjects, NameTheSender) {
+  const Party desk{"desk7", "e1"};
+  const Party relay{"r1", "e2"};
+  EXPECT_EQ(senderOf(upSubject(desk, relay)), relay);
+  EXPECT_EQ(senderOf(downSubject(relay, desk)), desk);
+  EXPECT_EQ(senderOf(presenceSubject("desk7")), (Party{"desk7", ""}));
+  for (const char* wrong : {"", "pocket", "pocket.here", "pocket.here.a.b", "pocket.up.a.b.c", "pocket.up.a.b.c.",
+                            "other.up.a.b.c.d", "pocket.in.a.b.c.d", "pocket.up.a.b.c d.e", "pocket.up.a.b.c.d.e"}) {
+    EXPECT_FALSE(senderOf(wrong)) << wrong;
+  }
+  EXPECT_FALSE(isName("desk.7"));
+  EXPECT_FALSE(isName("*"));
+  EXPECT_FALSE(isName(std::string(33, 'a')));
+}
+
+TEST(RelayWindow, CutsFramesAndWaitsForCredit) {
+  SendWindow out;
+  out.add(text(0));
+  out.add(text(kWindowBytes + 10));
+  out.add(text(5));
+  EXPECT_TRUE(out.next()->isLast);  // an empty frame needs no credit
+  size_t sent = 0;
+  while (const auto piece = out.next()) {
+    EXPECT_LE(piece->bytes.size(), kMaxPieceBytes);
+    EXPECT_FALSE(piece->isLast);
+    sent += piece->bytes.size();
+  }
+  EXPECT_EQ(sent, kWindowBytes);
+  EXPECT_EQ(out.waitingBytes(), 5U);
+  EXPECT_EQ(out.queuedBytes(), 15U);
+  EXPECT_FALSE(out.takeWhole(1));
+  out.grant(0xFFFFFFFF);
+  EXPECT_EQ(out.next()->bytes.size(), 10U);
+  EXPECT_EQ(out.next()->bytes.size(), 5U);
+  EXPECT_TRUE(out.isEmpty());
+  EXPECT_TRUE(out.takeWhole(kMaxPieceBytes));
+  EXPECT_FALSE(out.takeWhole(kMaxPieceBytes + 1));
+}
+
+// Whatever the sizes, sender and receiver never stop for good and never exceed the window.
+TEST(RelayWindow, KeepsGoing) {
+  SendWindow out;
+  ReceiveWindow in;
+  size_t wanted = 0;
+  for (const size_t size : {size_t{12'800'000}, size_t{1}, kWindowBytes, kMaxPieceBytes - 1, size_t{3}}) {
+    out.add(text(size));
+    wanted += size;
+  }
+  size_t got = 0;
+  while (const auto piece = out.next()) {
+    ASSERT_TRUE(in.take(piece->bytes.size()));
+    got += piece->bytes.size();
+    if (const uint32_t credit = in.release(piece->bytes.size()); credit > 0) out.grant(credit);
+  }
+  EXPECT_EQ(got, wanted);
+  EXPECT_FALSE(in.take(kWindowBytes + 1));
+}
+
+TEST(RelayCredentials, AreReadBackAndNotMistaken) {
+  const TempDir dir;
+  const auto file = dir.path() / "desk7.credentials";
+  const auto write = [&](const std::string& content, int mode = 0600) {
+    std::ofstream(file) << content;
+    chmod(file.c_str(), static_cast<mode_t>(mode));
+  };
+  const auto fault = [&] { return faultOf([&] { readCredentials(file); }); };
+  EXPECT_THAT(fault(), HasSubstr("No such file"));
+  const Credentials made{"desk7", NKey::make(), "-----BEGIN CERTIFICATE-----\nabc\n", {}};
+  const std::string good = writeCredentials(made);
+  write(good);
+  const Credentials read = readCredentials(file);
+  EXPECT_EQ(read.name, "desk7");
+  EXPECT_EQ(read.key.publicText(), made.key.publicText());
+  EXPECT_EQ(read.authority, made.authority);
+  write(good, 0604);
+  EXPECT_THAT(fault(), HasSubstr("chmod 600"));
+  write("seed: x\n");
+  EXPECT_THAT(fault(), HasSubstr("\"name:\" must be"));
+  std::string damaged = good;
+  char& letter = damaged[damaged.find("seed: ") + 20];
+  letter = letter == 'A' ? 'B' : 'A';
+  write(damaged);
+  EXPECT_THAT(fault(), HasSubstr("the seed is damaged"));
+}
+
+TEST(RelayKeys, AreThoseOfNats) {
+  const NKey made = NKey::make();
+  EXPECT_EQ(NKey::read(made.seed()).publicText(), made.publicText());
+  EXPECT_TRUE(made.seed().starts_with("SU"));
+  EXPECT_EQ(made.seed().size(), 58U);
+  EXPECT_TRUE(made.publicText().starts_with("U"));
+  EXPECT_EQ(made.publicText().size(), 56U);
+}
+
+TEST(RelayUrls, AreCheckedBeforeTheyAreUsed) {
+  for (const char* good :
+       {"nats://127.0.0.1:4222", "nats://localhost:1", "nats://[::1]:4222", "tls://one.example:4222"}) {
+    EXPECT_EQ(faultOf([&] { checkUrls({good}); }), "") << good;
+  }
+  EXPECT_THAT(faultOf([] { checkUrls({"nats://one.example:4222"}); }),
+              HasSubstr("with TLS only: tls://one.example:4222"));
+  EXPECT_THAT(faultOf([] { checkUrls({"nats://127.0.0.1.example:4222"}); }), HasSubstr("with TLS only"));
+  for (const char* wrong : {"", "one:4222", "tls://", "tls://:4222", "tls://one", "tls://one:", "tls://one:x",
+                            "tls://u@one:4222", "http://one:4222", "tls://one:4222/x"}) {
+    EXPECT_THAT(faultOf([&] { checkUrls({wrong}); }), HasSubstr("is not an address such as")) << wrong;
+  }
+}
+
+}  // namespace
+}  // namespace orvane::test
