@@ -113,9 +113,9 @@ void Switchboard::refuseAbsent(Phone& phone, std::string_view id, const std::str
                   "the relay has no connection");
   }
   if (entry != nullptr) {
-    return refuse(phone, id,
-                  fmt::format("the terminal {} is away; it was last seen at {}", name, timeText(entry->seen)),
-                  CloseCode::TryLater, "the terminal is away");
+    const std::string seen = timeText(entry->seen);
+    return refuse(phone, id, fmt::format("the terminal {} is away; it was last seen at {}", name, seen),
+                  CloseCode::TryLater, "the terminal is away", fmt::format(R"(,"seen":"{}")", seen));
   }
   if (loop_.bootTime() - upSince_ < kLearning) {
     return refuse(phone, id, "the relay has only just connected; try again", CloseCode::TryLater,
@@ -126,10 +126,10 @@ void Switchboard::refuseAbsent(Phone& phone, std::string_view id, const std::str
 }
 
 void Switchboard::refuse(Phone& phone, std::string_view id, const std::string& message, CloseCode code,
-                         std::string_view reason) {
+                         std::string_view reason, std::string_view members) {
   ++counts_.refused;
   phone.session->send(std::make_shared<const std::string>(
-      fmt::format(R"({{"id":{},"topic":"login","message":{},"data":null}})", id, jsonString(message))));
+      fmt::format(R"({{"id":{},"topic":"login","message":{},"data":null{}}})", id, jsonString(message), members)));
   phone.session->close(code, reason);
 }
 

@@ -49,7 +49,9 @@ class Switchboard : public ISessionOwner, public IBusOwner {
 
  private:
   void route(Phone& phone, std::string_view text);
-  void refuse(Phone& phone, std::string_view id, const std::string& message, CloseCode code, std::string_view reason);
+  // `members` are appended to the failure's own.
+  void refuse(Phone& phone, std::string_view id, const std::string& message, CloseCode code, std::string_view reason,
+              std::string_view members = {});
   void refuseAbsent(Phone& phone, std::string_view id, const std::string& name);
   TerminalLine& lineTo(const Party& terminal);
   void onTerminal(const Party& terminal, const Message& message);

@@ -139,7 +139,8 @@ TEST(StartFault, ALockedDatabaseEndsNoStart) {
   lock.reset();
   EXPECT_TRUE(holdsSoon([&] { return isReady(terminal); }));
   SQLite::Database db(dir.path() / "gateway.db");
-  EXPECT_EQ(db.execAndGet("SELECT link FROM address").getString(), fmt::format("http://127.0.0.1:{}/", terminal.port()));
+  EXPECT_EQ(db.execAndGet("SELECT link FROM address").getString(),
+            fmt::format("http://127.0.0.1:{}/", terminal.port()));
   EXPECT_EQ(terminal.stop(), 0);
 }
 

@@ -7,7 +7,7 @@ export const kFrames: { readonly [name: string]: Shape } = {
   "login": { "id?": "any", topic: "=login", token: "text", "terminal?": "text", "device?": "text", "resume?": { epoch:
   "text", seq: "int" } },
   "reply": { id: "any", topic: "text", message: "text", data: "any" },
-  "failure": { id: "any", topic: "text", message: "text", data: "null" },
+  "failure": { id: "any", topic: "text", message: "text", data: "null", "seen?": "text" },
   "text": { id: "any", topic: "text", message: "text", data: "null", text: "text" },
   "push": { seq: "int", topic: "text", message: "text", data: "any", "text?": "text" },
 };

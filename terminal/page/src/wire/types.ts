@@ -14,7 +14,7 @@ export interface FrameReply {
 }
 
 export interface FrameFailure {
-  id: string | number | null; topic: string; message: string; data: null;
+  id: string | number | null; topic: string; message: string; data: null; seen?: string;
 }
 
 export interface FrameText {
