@@ -117,19 +117,6 @@ TEST(Disk, ARevocationIsNotCalledConfirmedByATerminalThatDoesNotAnswer) {
   EXPECT_EQ(terminal.stop(), 0);
 }
 
-TEST(Disk, AStopLeavesNoOutcomeUnknown) {
-  const TempDir dir;
-  TerminalProcess terminal(dir.path());
-  const auto phone = terminal.login();
-  for (int i = 0; i < 300; ++i) phone->send(orderFrame(fmt::format("k{}", i)));
-  await(*phone, "\"k0\"");
-  EXPECT_EQ(terminal.stop(), 0);
-  SQLite::Database db(dir.path() / "gateway.db", SQLite::OPEN_READWRITE);
-  EXPECT_EQ(db.execAndGet("SELECT count(*) FROM action WHERE reply_topic IS NULL").getInt(), 0);
-  EXPECT_GT(db.execAndGet("SELECT count(*) FROM action WHERE reply_topic IS NOT NULL").getInt(), 0);
-  EXPECT_THAT(readFile(dir.path() / "audit.log"), testing::Not(HasSubstr("unknown")));
-}
-
 // Whoever owns the folder of another's service may not have root write elsewhere.
 TEST(Disk, CommandsOfRootFollowNoPlantedLink) {
   if (geteuid() != 0) GTEST_SKIP() << "only root acts as others";

@@ -1,5 +1,3 @@
-#include <array>
-#include <chrono>
 #include <fstream>
 #include <regex>
 
@@ -11,20 +9,15 @@
 #include <unistd.h>
 
 #include "tests/support/holdssoon.h"
+#include "tests/system/orders.h"
 #include "tests/system/terminalprocess.h"
 
 namespace orvane::test {
 namespace {
 
 using terminal::Client;
-using terminal::Reply;
 using testing::HasSubstr;
 using testing::MatchesRegex;
-using testing::StartsWith;
-
-constexpr const char* kOrder =
-    R"({"orderList":[{"index":1,"hashCode":2000001,"side":1,"combOffset":1,"priceType":1,"price":2840,"offset":0,)"
-    R"("volume":1,"insertTimestamp":1,"source":"x"}]})";
 
 class IdentityTest : public testing::Test {
  protected:
@@ -109,72 +102,6 @@ TEST(Token, IsLeftToTheFoldersOwner) {
   }
 }
 
-TEST_F(IdentityTest, LeavesRoomForOtherTokens) {
-  std::vector<std::unique_ptr<Client>> phones;
-  while (phones.size() < 85) phones.push_back(terminal_.login());
-  Client oneMore(terminal_.port());
-  EXPECT_THROW(oneMore.login(terminal_.token()), terminal::ClientError);
-  EXPECT_EQ(oneMore.waitClose(), 4429);
-  const auto other = terminal_.login(makeToken(data(), "other", "see"));
-  EXPECT_EQ(other->request("account.list").message, "");
-  EXPECT_EQ(phones.front()->request("account.list").message, "");
-}
-
-TEST_F(IdentityTest, HoldsWrongLoginsUp) {
-  using Clock = std::chrono::steady_clock;
-  const auto other = terminal_.login();
-  std::vector<std::unique_ptr<Client>> guesses;
-  const auto start = Clock::now();
-  for (int i = 0; i < 11; ++i) {
-    guesses.push_back(std::make_unique<Client>(terminal_.port()));
-    guesses.back()->send(R"({"id":1,"topic":"login","token":"guess"})");
-    guesses.back()->send(R"({"id":2,"topic":"login","token":")" + terminal_.token() + R"("})");
-  }
-  EXPECT_EQ(guesses.back()->receive().message, "too many wrong logins from 127.0.0.1: wait a minute");
-  EXPECT_EQ(guesses.back()->waitClose(), 4429);
-  EXPECT_EQ(other->request("account.list").message, "");
-  EXPECT_EQ(terminal_.login()->request("account.list").message, "");
-  EXPECT_LT(Clock::now() - start, std::chrono::seconds(1));
-  EXPECT_THAT(guesses.front()->receive().message, StartsWith("wrong token"));
-  EXPECT_GE(Clock::now() - start, std::chrono::seconds(1));
-  EXPECT_EQ(guesses.front()->waitClose(), 4401);
-}
-
-TEST_F(IdentityTest, LetsEachTokenDoWhatItMay) {
-  struct Row {
-    std::string topic;
-    std::string right;
-  };
-  const std::vector<Row> rows{
-      {"account.list", "see"},
-      {"monitor.sync.order.list", "see"},
-      {"no.such.topic", "see"},
-      {"order.cancel", "cancel"},
-      {"order.new", "trade"},
-      {"monitor.sync.order.new", "trade"},
-      {"monitor.manual.update", "trade"},
-      {"monitor.manual.clean", "trade"},
-      {"quote.set", "trade"},
-  };
-  for (const std::string right : {"see", "cancel", "trade"}) {
-    const auto phone = terminal_.login(makeToken(data(), right, right));
-    for (const Row& row : rows) {
-      const std::string refusal = fmt::format("this token may not {}: its rights are {}", row.right, right);
-      EXPECT_EQ(phone->request(row.topic, "{}").message == refusal, row.right != right) << row.topic << ' ' << right;
-    }
-  }
-}
-
-TEST_F(IdentityTest, PushesToThoseWhoMaySee) {
-  const auto seer = terminal_.login();
-  const auto trader = terminal_.login(makeToken(data(), "trader", "trade"));
-  trader->send(fmt::format(R"({{"id":1,"topic":"order.new","data":{}}})", kOrder));
-  seer->waitPush("order.push");
-  trader->send(R"({"id":2,"topic":"quote.set","data":{}})");
-  EXPECT_EQ(trader->receive().id, "1");
-  EXPECT_EQ(trader->receive().id, "2");
-}
-
 // "token topic outcome" of each line.
 std::vector<std::string> auditLines(const std::filesystem::path& file) {
   std::ifstream stream(file);
@@ -191,54 +118,19 @@ std::vector<std::string> auditLines(const std::filesystem::path& file) {
   return lines;
 }
 
-void awaitAudit(const std::filesystem::path& file, const std::vector<std::string>& lines) {
-  EXPECT_TRUE(holdsSoon([&] { return auditLines(file).size() >= lines.size(); }));
-  EXPECT_EQ(auditLines(file), lines);
-}
-
 TEST_F(IdentityTest, LeavesAnAuditLineForEachAction) {
   const std::filesystem::path file = data() / "audit.log";
-  const auto awaitLog = [this](const char* text) {
-    EXPECT_TRUE(holdsSoon([&] { return readFile(data() / "terminal.log").find(text) != std::string::npos; }));
-  };
   const auto phone = terminal_.login();
   phone->request("account.list");
-  EXPECT_EQ(phone->request("order.new", kOrder).message, "");
+  EXPECT_EQ(phone->request("order.new", orderData("x")).message, "");
   EXPECT_NE(phone->request("order.cancel", "[\n{ \"index\":\r\n1,\"\\u0000\":\"\\n\"}]").message, "");
   const auto reader = terminal_.login(makeToken(data(), "reader", "see"));
   reader->request("monitor.manual.clean", "[]");
-  std::vector<std::string> lines{"- token.add answered", "first order.new answered", "first order.cancel answered",
-                                 "- token.add answered", "reader monitor.manual.clean refused"};
-  awaitAudit(file, lines);
-
-  // A line that cannot be written is written later.
-  std::filesystem::rename(file, dir_.path() / "moved");
-  std::filesystem::create_directory(file);
-  EXPECT_EQ(phone->request("quote.set", R"({"hashCode":2000001,"price":2840})").message, "");
-  awaitLog("audit.log: Is a directory; remove it");
-  std::filesystem::remove(file);
-  std::filesystem::rename(dir_.path() / "moved", file);
-  awaitLog("audit.log can be written again");
-  lines.emplace_back("first quote.set answered");
-  awaitAudit(file, lines);
-
-  // The start after a kill records the open requests.
-  const std::string accounts = "[1" + [] {
-    std::string more;
-    for (int i = 0; i < 900; ++i) more += ",1";
-    return more;
-  }() + "]";
-  for (int i = 0; i < 20; ++i) phone->send(R"({"topic":"monitor.list","data":)" + accounts + "}");
-  phone->send(fmt::format(R"({{"id":1,"topic":"order.new","data":{}}})", kOrder));
-  SQLite::Database db(data() / "gateway.db");
-  EXPECT_TRUE(
-      holdsSoon([&db] { return db.execAndGet("SELECT count(*) FROM action WHERE line IS NOT NULL").getInt() == 1; }));
-  terminal_.kill();
-  const TerminalProcess again(data());
-  EXPECT_TRUE(holdsSoon([&file] {
-    const std::vector<std::string> all = auditLines(file);
-    return std::count(all.begin(), all.end(), "first order.new unknown") == 1;
-  }));
+  const std::vector<std::string> lines{"- token.add answered", "first order.new answered",
+                                       "first order.cancel answered", "- token.add answered",
+                                       "reader monitor.manual.clean refused"};
+  EXPECT_TRUE(holdsSoon([&] { return auditLines(file).size() >= lines.size(); }));
+  EXPECT_EQ(auditLines(file), lines);
 }
 
 TEST(SettingsFile, IsReadAndChecked) {

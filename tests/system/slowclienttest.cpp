@@ -86,5 +86,16 @@ TEST(SlowClient, LosesTheLargestBacklog) {
   EXPECT_EQ(terminal.stop(), 0);
 }
 
+// A client that does not answer the close frame delays the terminal's end by only half a second.
+TEST(SlowClient, DelaysTheEndLittle) {
+  const TempDir dir;
+  TerminalProcess terminal(dir.path());
+  RawSocket phone = openPhone(terminal);
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(terminal.stop(), 0);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+  EXPECT_THAT(phone.readToEnd(), HasSubstr(bigEndian(1001, 2)));
+}
+
 }  // namespace
 }  // namespace orvane::test

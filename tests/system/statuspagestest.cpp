@@ -43,31 +43,5 @@ TEST(Pages, AreServedToTheirOwnOrigin) {
   EXPECT_THAT(httpGet(terminal.port(), "/"), Not(HasSubstr("Strict-Transport-Security")));
 }
 
-TEST(Pages, TellHowTheTerminalFares) {
-  const TempDir dir;
-  const TerminalProcess terminal(dir.path());
-  const auto get = [&](const std::string& path) { return httpGet(terminal.port(), path); };
-  for (const std::string path : {"/health", "/health/live", "/health/ready"}) {
-    EXPECT_THAT(get(path), StartsWith("HTTP/1.1 200 "));
-    EXPECT_THAT(get(path), HasSubstr("\r\nContent-Type: application/health+json\r\n"));
-  }
-  EXPECT_THAT(get("/health"), HasSubstr(R"("checks":{"live":[{"status":"pass"}],"ready":[{"status":"pass"}],)"));
-  const auto phone = terminal.login();
-  for (const char* topic : {"account.list", "account.list", "capital.list", "evil\"} 1", "order.new"}) {
-    phone->request(topic, "[[]]");
-  }
-  const std::string metrics = get("/metrics");
-  for (const std::string line : {"build_info{version=\"0.1.0\"} 1", "requests_total{topic=\"account.list\"} 2",
-                                 "requests_total{topic=\"capital.list\"} 1", "requests_total{topic=\"other\"} 1",
-                                 "requests_total{topic=\"order.new\"} 0", "failures_total{topic=\"account.list\"} 0",
-                                 "failures_total{topic=\"capital.list\"} 1", "failures_total{topic=\"other\"} 1",
-                                 "request_seconds_bucket{topic=\"account.list\",le=\"+Inf\"} 2",
-                                 "request_seconds_count{topic=\"account.list\"} 2", "refusals_total{reason=\"body\"} 1",
-                                 "phones 1", "requests_waiting 0", "pushes_total 0", "closes_total{code=\"4408\"} 0"}) {
-    EXPECT_THAT(metrics, HasSubstr("\npocket_terminal_" + line + "\n"));
-  }
-  EXPECT_THAT(metrics, Not(HasSubstr("evil")));
-}
-
 }  // namespace
 }  // namespace orvane::test

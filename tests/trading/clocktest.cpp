@@ -47,27 +47,6 @@ class ClockTest : public DeskTest {
   TestClock time_;
 };
 
-TEST_F(ClockTest, TheDayChangesWhileTheTerminalRuns) {
-  EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3330, 2), "");
-  const double equity = capital(1).dynamicAmount;
-  advance(hours(24), hours(24));
-  EXPECT_EQ(orders().size(), 19U) << "nothing has happened yet in the new day";
-  EXPECT_EQ(act(), "");
-  ASSERT_EQ(orders().size(), 1U);
-  EXPECT_EQ(lastOrder().srcTimestamp, std::chrono::milliseconds(kNoon + hours(24)).count());
-  EXPECT_TRUE(fills().empty());
-  EXPECT_NEAR(capital(1).preBalance, equity, kCent);
-  EXPECT_EQ(positions().at({1, kRebar}).longYesterdayVolume, 14);
-  EXPECT_THAT(cancel(1, kSugar, 1006), HasSubstr("在该合约上没有委托 1006")) << "of the day before";
-  const TradingAccount running = capital(4);
-  const size_t rows = positions().size();
-  reopen();
-  EXPECT_EQ(orders().size(), 1U);
-  EXPECT_EQ(positions().size(), rows);
-  EXPECT_NEAR(capital(4).dynamicAmount, running.dynamicAmount, kCent);
-  EXPECT_NEAR(capital(4).available, running.available, kCent);
-}
-
 TEST_F(ClockTest, TheDayStaysWhileTheClocksDisagree) {
   struct Case {
     std::chrono::nanoseconds jump;

@@ -288,8 +288,8 @@ class RandomDays {
         if (chance(5)) *volume = oneOf(std::array<int64_t, 4>{-1, most, most + 1, 7});
       }
       if (book_->setManual(key, it.position.longPos, it.position.shortPos)) continue;
-      lists_->expectNotice(fmt::format("手工头寸无效 ({} {}): 多 {}, 空 {}", it.account.userCode, it.code.code,
-                                       it.position.longPos, it.position.shortPos));
+      lists_->expectNotice(fmt::format("手工头寸无效 ({} {}): 多 {}, 空 {}, 应在 0 至 {} 之间", it.account.userCode,
+                                       it.code.code, it.position.longPos, it.position.shortPos, most));
     }
     monitor.updateManualPositions(update);
     return "manual positions";

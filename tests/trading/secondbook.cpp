@@ -162,7 +162,8 @@ std::string SecondBook::cancel(const Key& key, int64_t id) {
   if (found == orders.end() || found->second.key() != key) return "账户";
   PlacedOrder& it = found->second;
   const std::string name = fmt::format("委托 {} ", id);
-  if (it.status != 1) return name + (it.status == 2 ? "已全部成交" : it.status == 3 ? "已撤单" : "是废单");
+  const char* const states[] = {"已全部成交", "已撤单", "是废单"};
+  if (it.status != 1) return name + states[it.status - 2] + ", 不能撤单";
   it.status = 3;
   it.note = "用户撤单";
   changed.push_back(it);

@@ -7,6 +7,7 @@
 #include <sqlite3.h>
 
 #include "terminal/trading/database.h"
+#include "terminal/trading/engine.h"
 #include "terminal/trading/storeerror.h"
 #include "tests/support/soak.h"
 #include "tests/trading/desktest.h"
@@ -197,6 +198,33 @@ TEST_F(StorageTest, AReadOnlyDiskIsServedWithItsWriteAheadLogAndTakesActionsAgai
   disk_.setReadOnly(true);
   open();
   expectOnlyLists(19, "the file is read-only", "请使该文件及其目录可写", mend);
+}
+
+TEST_F(StorageTest, AChangeThatCannotBeStoredIsUndone) {
+  reopen("CREATE TRIGGER full BEFORE INSERT ON fill BEGIN SELECT RAISE(ABORT, 'disk full'); END");
+  const double equity = capital(1).dynamicAmount;
+  const size_t count = orders().size();
+  EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3330, 2),
+            "数据库 " + (dir_ / "terminal.db").string() +
+                " 无法写入 (disk full), 未作任何更改: 请移走该文件, 或用 --data 指定其他目录");
+  EXPECT_EQ(orders().size(), count);
+  EXPECT_EQ(fills().size(), 8U);
+  EXPECT_EQ(capital(1).dynamicAmount, equity);
+  EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3300, 2), "") << "a resting order writes no fill";
+  EXPECT_THAT(setQuote(kSugar, "5450"), HasSubstr("disk full"));
+  EXPECT_EQ(positions().at({1, kSugar}).currentPrice, 5490) << "the bid at 5460 could not be filled";
+}
+
+TEST_F(StorageTest, APriceThatFillsAnOrderOnEntryIsStoredWithIt) {
+  {
+    Desk desk(dir_, systemClock());
+    Engine engine(desk);
+    engine.movePrices({{kRebar, 3400}, {kMaotai, 1500}}, false);
+    EXPECT_EQ(engine.insertOrder(item(1, kRebar, Side::Buy, Offset::Open, 3410, 1)).code, 0);
+  }
+  open();
+  EXPECT_EQ(positions().at({1, kRebar}).currentPrice, 3400);
+  EXPECT_EQ(positions().at({2, kMaotai}).currentPrice, 1475.20) << "stored by the next regular save";
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <random>
 
@@ -74,21 +75,6 @@ TEST_F(TradingHostTest, ReplayedQuotesFillTheOrdersTheyReach) {
   EXPECT_EQ(setQuote(kRebar, "3327"), "quote.set 只能在 --quotes still 方式下使用");
 }
 
-TEST_F(TradingHostTest, QuotesWalkOnTheTicksAndAreStored) {
-  EXPECT_FALSE(host_->health().quotesAge) << "quotes that need not move have no age";
-  host_.reset();
-  host_.emplace(TradingOptions{dir_, QuoteMode::Walk, {}, 7});
-  EXPECT_TRUE(host_->health().quotesAge);
-  EXPECT_EQ(order(1, kRebar, Side::Sell, Offset::Open, 3325, 1), "");  // one tick above the bid
-  host_->start([this](const MobileMessage& message) { inbox_.put(message); });
-  EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3325, 1), "");  // one tick below the ask
-  inbox_.next("trade.push");
-  host_->stop();
-  const double walked = positions().at({2, kMaotai}).currentPrice;
-  reopen();
-  EXPECT_EQ(positions().at({2, kMaotai}).currentPrice, walked);
-}
-
 TEST_F(TradingHostTest, TheTerminalAnswersItsOwnTopicsBothWays) {
   IUIProxyMgr& proxy = *IUIProxyMgr::getInstance();
   MobileMessage reply;
@@ -155,6 +141,64 @@ TEST_F(TradingHostTest, MasterDataIsGbkAtTheBoundary) {
   EXPECT_EQ(utf8(codes->getCodeByHash(42, symbol).message), "没有合约 42");
   host_.reset();
   EXPECT_EQ(IServiceRouter::instance()->getBaseService(), nullptr);
+}
+
+TEST_F(TradingHostTest, SampleFillsExplainTodaysVolumesAndCommission) {
+  std::map<Key, int64_t> opened;
+  for (const Order& it : orders()) {
+    const Key key{it.account.index, it.code.hashCode};
+    if (it.combOffset == static_cast<int32_t>(Offset::Open)) opened[key] += it.fillVolume;
+  }
+  for (const auto& [key, it] : positions()) EXPECT_EQ(it.longTodayVolume + it.shortTodayVolume, opened[key]);
+  SQLite::Database db((dir_ / "terminal.db").string());
+  host_.reset();
+  SQLite::Statement wrong(db,
+                          "SELECT idx FROM account WHERE abs(commission - (SELECT total(commission) FROM orders o"
+                          " JOIN fill f ON f.order_id = o.id WHERE o.account = idx)) > 0.0001");
+  EXPECT_FALSE(wrong.executeStep());
+}
+
+TEST_F(TradingHostTest, SelectorsChooseAndFlagsReturnWhoIsLoggedIn) {
+  std::vector<TradingAccount> accounts;
+  std::list<int32_t> available;
+  TradeUtils::getAllTradingAccount(trade(), std::list<int32_t>{4, 3, 99, 4}, 3, accounts, available);
+  ASSERT_EQ(accounts.size(), 2U);
+  EXPECT_EQ(accounts[0].id.index, 3);
+  EXPECT_EQ(available, std::list<int32_t>{4}) << "account 3 is not logged in";
+  available.clear();
+  TradeUtils::getAllTradingAccount(trade(), std::list<int32_t>{}, 1, accounts, available);
+  EXPECT_TRUE(available.empty());
+  EXPECT_EQ(TradeUtils::getTradingAccountID(trade(), {99}).size(), 0U);
+  EXPECT_EQ(TradeUtils::getAllOrder(trade(), {capital(3).id}).size(), 1U);
+  TradingAccountID unknown;
+  unknown.index = 99;
+  std::vector<CreditInfoRecord> credits;
+  EXPECT_EQ(utf8(trade()->queryCreditInfo(unknown, credits).message), "没有账户 99");
+  MarginRateResult rate;
+  EXPECT_EQ(utf8(trade()->queryMarginRate({unknown, positions().at({1, kSugar}).code}, rate).message),
+            "没有 SR701 的保证金率");
+}
+
+// The record's long and short side differ by as much.
+TEST_F(TradingHostTest, UnderTheNetRuleOnlyTheNetPositionMustMatch) {
+  constexpr Key kKey{1, 4000001};
+  IPositionMonitor& monitor = *IPositionMonitor::getInstance();
+  const auto record = [&] {
+    MonitorSnapshot snapshot;
+    monitor.getMonitorRecords(snapshot);
+    return *std::find_if(snapshot.records.begin(), snapshot.records.end(), [&](const PositionMonitorRecord& it) {
+      return Key{it.account.index, it.code.hashCode} == kKey;
+    });
+  };
+  MonitorManualPosition update;
+  update.account.index = kKey.account;
+  update.code.hashCode = kKey.hashCode;
+  update.position = record().manual;
+  ++update.position.shortPos;
+  std::list<MonitorManualPosition> updates{update};
+  monitor.updateManualPositions(updates);
+  EXPECT_EQ(record().isMatchLongShort, 0);
+  EXPECT_EQ(record().isMatchPosDif, 1);
 }
 
 TEST(CodeConvertTest, KeepsEveryCharacterAndReplacesInvalidBytes) {

@@ -10,7 +10,8 @@ namespace {
 using WalkTest = DeskTest;
 
 // Within limits of one tick a price can only stay or turn back.
-TEST_F(WalkTest, PricesStayOnTheTicksAndWithinTheLimits) {
+TEST_F(WalkTest, PricesStayOnTheTicksAndWithinTheLimitsAndAreStored) {
+  EXPECT_FALSE(host_->health().quotesAge) << "quotes that need not move have no age";
   host_.reset();
   SQLite::Database((dir_ / "terminal.db").string(), SQLite::OPEN_READWRITE)
       .exec(
@@ -34,6 +35,11 @@ TEST_F(WalkTest, PricesStayOnTheTicksAndWithinTheLimits) {
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
   EXPECT_TRUE(moved);
+  EXPECT_TRUE(host_->health().quotesAge);
+  host_->stop();
+  const double walked = positions().at({2, kMaotai}).currentPrice;
+  reopen();
+  EXPECT_EQ(positions().at({2, kMaotai}).currentPrice, walked);
 }
 
 }  // namespace
