@@ -2,8 +2,12 @@ import assert from "node:assert/strict";
 import test from "node:test";
 import { accessText } from "../../terminal/page/src/access";
 import { backoff } from "../../terminal/page/src/backoff";
-import { order, FakeTerminal, settled } from "./fake";
+import { Store } from "../../terminal/page/src/state/store";
+import { probe } from "../../terminal/page/src/state/terminals";
+import { kNoTicket, orderOf } from "../../terminal/page/src/ticket/ticket";
+import { order, quote, FakeSocket, FakeTerminal, settled } from "./fake";
 
+const kDraft = orderOf({ ...kNoTicket, index: 1, hashCode: 7, price: "3300", volume: "2" }, quote(), 0);
 const kOrders = { "order.list": [order()] };
 
 test("attempts are spread and no rarer than half a minute", () => {
@@ -37,15 +41,67 @@ test("each break starts with a short wait, and the network's return ends it", as
   }
 });
 
-test("the link of a relay names the terminal, and so does each login", async () => {
+test("a relay's link names the terminal; several are kept apart, and a tab stays with its own", async () => {
   const link = "https://relay.example/#terminal=desk7&token=secret";
   assert.equal(accessText(` ${link} `), "terminal=desk7&token=secret");
   assert.equal(accessText("http://127.0.0.1:8700/#token=secret"), "secret");
-  const terminal = new FakeTerminal();
-  terminal.store.logIn(accessText(link));
-  terminal.platform.socket.onopen?.();
-  const [login] = terminal.platform.socket.of("login");
-  assert.deepEqual([login.terminal, login.token], ["desk7", "secret"]);
+  const terminal = new FakeTerminal({ token: "terminal=desk1&token=one\nterminal=desk7&token=seven" });
+  const { store, platform } = terminal;
+  assert.equal(store.terminal, "desk1");
+  store.logIn(store.token);
+  await terminal.open();
+  const [login] = platform.socket.of("login");
+  assert.deepEqual([login.terminal, login.token], ["desk1", "one"]);
+  void store.desk.place(kDraft, "n");
+  assert.match(platform.recall("desk1/outgoing"), /web key/);
+
+  store.logIn(accessText(link));
+  assert.deepEqual([platform.reloads, platform.terminal], [1, "desk7"]);
+  const other = new Store(platform);
+  assert.deepEqual([other.token, other.desk.outgoing.length], ["terminal=desk7&token=secret", 0]);
+  platform.terminal = "desk1"; // as the first tab has it when it is loaded again
+  const again = new Store(platform);
+  assert.deepEqual([again.token, again.desk.outgoing.length], ["terminal=desk1&token=one", 1]);
+
+  again.forget();
+  assert.deepEqual([again.token, again.terminals.all()], ["", ["terminal=desk7&token=secret"]]);
+  again.logIn("terminal=desk7&token=secret");
+  assert.equal(platform.reloads, 2, "nothing of the forgotten terminal is left in memory");
+});
+
+test("who is away, and since when, is told by the banner's connection and by a login that only looks", async () => {
+  const seen = "2026-01-02T03:04:05Z";
+  const away = { id: 1, topic: "login", message: `the terminal desk1 is away; it was last seen at ${seen}`, data: null, seen };
+  const terminal = new FakeTerminal({ token: "terminal=desk1&token=one" });
+  const { store, platform } = terminal;
+  store.logIn(store.token);
+  platform.socket.onopen?.();
+  platform.socket.say(away);
+  await settled();
+  platform.socket.onclose?.({ code: 1013, reason: "" });
+  assert.deepEqual([store.link, store.connection.absence], ["waiting", { failure: away.message, seen: Date.parse(seen) }]);
+  platform.pass(1000);
+  await terminal.open();
+  assert.equal(store.connection.absence, null);
+
+  const looks = async (answer: (socket: FakeSocket) => void) => {
+    const looking = probe(platform, { terminal: "desk2", token: "two" });
+    const { socket } = platform;
+    socket.onopen?.();
+    const [login] = socket.of("login");
+    assert.deepEqual([login.terminal, login.token], ["desk2", "two"]);
+    assert(login.device !== platform.device, "would close the connection in use");
+    answer(socket);
+    const presence = await looking;
+    assert(socket.isClosed);
+    return presence;
+  };
+  assert.equal((await looks((socket) => socket.say(away)))?.seen, Date.parse(seen));
+  const welcome = { name: "n", rights: ["see"], epoch: "e", seq: 0, resumed: false };
+  const here = await looks((socket) => socket.say({ id: 1, topic: "login", message: "", data: welcome }));
+  assert.equal(here?.failure, "");
+  assert.equal(await looks(() => platform.pass(6000)), null);
+  assert.equal(store.link, "online");
 });
 
 test("missed pushes that follow a resumed login are taken, and known ones are not taken twice", async () => {

@@ -14,6 +14,9 @@ export class FakePlatform implements Platform {
   sockets: FakeSocket[] = [];
   stored = new Map<string, string>();
   device = "device";
+  terminal = "";
+  reloads = 0;
+  reload = () => void ++this.reloads;
   private texts = 0;
   private timers: { id: number; at: number; action: () => void }[] = [];
   private lastTimer = 0;

@@ -37,7 +37,7 @@ test("frames are read for what they are", () => {
   const row = { ...order(), price: "x" };
   for (const [frame, expected] of [
     [{ id: 1, topic: "order.list", message: "", data: [] }, { kind: "reply", id: 1, topic: "order.list", data: [] }],
-    [{ id: 1, topic: "x", message: "no", data: null }, { kind: "failure", id: 1, topic: "x", message: "no" }],
+    [{ id: 1, topic: "x", message: "no", data: null }, { kind: "failure", id: 1, topic: "x", message: "no", seen: undefined }],
     [{ id: 1, topic: "x", message: "", data: null, text: "[{,}]" }, { kind: "garbled", id: 1, text: "[{,}]" }],
     [{ id: 1, topic: "order.list", message: "", data: [row] }, { kind: "garbled", id: 1, text: "[0].price" }],
     [{ seq: 4, topic: "y", message: "m", data: null }, { kind: "push", seq: 4, topic: "y", message: "m", data: null, wrong: "" }],

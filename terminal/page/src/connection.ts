@@ -1,6 +1,7 @@
 import { readAccess } from "./access";
 import { backoff } from "./backoff";
 import { Platform, Socket } from "./platform";
+import { Presence, presenceOf } from "./state/terminals";
 import { isUnclear, readFrame } from "./wire/frames";
 import { Bodies, Login, Replies } from "./wire/values";
 
@@ -8,7 +9,7 @@ import { Bodies, Login, Replies } from "./wire/values";
 // "unsent": it was not done.
 export type Reply<Data = unknown> =
   | { kind: "done"; data: Data }
-  | { kind: "failed"; message: string }
+  | { kind: "failed"; message: string; seen?: string }
   | { kind: "unclear"; message: string }
   | { kind: "garbled"; text: string }
   | { kind: "lost" }
@@ -40,6 +41,7 @@ const kConnectMs = 10_000;
 const kProbe = "terminal.info"; // is answered quickly, and by any terminal
 const kNoLogin = 4401;
 const kNotEntitled = 4403;
+const kNoTerminal = 4404;
 const kReplaced = 4409;
 const kTooMany = 4429;
 const kLateAttempt = 5;
@@ -53,6 +55,7 @@ interface Waiting {
 export class Connection {
   state: LinkState = "off";
   retryAt = 0; // by clock(), while "waiting"
+  absence: Presence | null = null; // what the last login was answered instead
   private socket: Socket | null = null;
   private token = ""; // see Access
   private refusal = "";
@@ -166,10 +169,14 @@ export class Connection {
   private async login(): Promise<void> {
     const resume = this.epoch === undefined ? undefined : { epoch: this.epoch, seq: this.seq };
     const reply = await this.send("login", { ...readAccess(this.token), device: this.platform.device, resume });
-    if (reply.kind === "failed") this.refusal = reply.message;
+    if (reply.kind === "failed") {
+      this.refusal = reply.message;
+      this.absence = presenceOf(reply);
+    }
     if (reply.kind === "garbled") return this.onGone(0, "");
     if (reply.kind !== "done") return;
     this.attempts = 0;
+    this.absence = null;
     this.setState("online");
     this.events.onLogin(reply.data as Login);
   }
@@ -188,8 +195,8 @@ export class Connection {
     if (waiting === undefined) return frame.kind === "garbled" ? this.events.onGap() : undefined;
     this.waiting.delete(frame.id);
     if (frame.kind === "failure") {
-      const { message } = frame;
-      return waiting.settle({ kind: isUnclear(message) ? "unclear" : "failed", message });
+      const { message, seen } = frame;
+      return waiting.settle({ kind: isUnclear(message) ? "unclear" : "failed", message, seen });
     }
     if (frame.kind === "garbled") return waiting.settle({ kind: "garbled", text: frame.text });
     if (waiting.topic === "login") this.noteEpoch(frame.data as Login);
@@ -211,7 +218,7 @@ export class Connection {
       return this.events.onRefused(this.refusal || reason);
     }
     if (code === kReplaced) return this.setState("replaced");
-    if (code === kTooMany) this.attempts = Math.max(this.attempts, kLateAttempt);
+    if (code === kTooMany || code === kNoTerminal) this.attempts = Math.max(this.attempts, kLateAttempt);
     const wait = backoff(this.attempts++, this.platform.random());
     this.retryAt = this.platform.clock() + wait;
     this.timer = this.platform.later(() => this.open(), wait);

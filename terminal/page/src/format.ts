@@ -44,6 +44,13 @@ export function timeOfDay(milliseconds: number): string {
   return `${two(time.getHours())}:${two(time.getMinutes())}:${two(time.getSeconds())}`;
 }
 
+// The time of day, with the date if that is another day.
+export function moment(milliseconds: number, now: number): string {
+  const [day, today] = [new Date(milliseconds), new Date(now)];
+  const time = timeOfDay(milliseconds);
+  return day.toDateString() === today.toDateString() ? time : `${day.getMonth() + 1}/${day.getDate()} ${time}`;
+}
+
 // Seconds, then minutes, then hours, as a number and a unit.
 export function age(milliseconds: number): [number, "s" | "min" | "h"] {
   const seconds = Math.max(0, Math.floor(milliseconds / 1000));

@@ -24,12 +24,11 @@ function comeBack(): void {
 
 const language = store.platform.recall("language");
 useLanguage((language || navigator.language).startsWith("zh") ? "zh" : "en");
-const linkToken = takeTokenFromLink();
 nav.read();
 document.documentElement.lang = currentLanguage() === "zh" ? "zh-CN" : "en";
 watchWidth(() => store.update());
 render(<App />, document.body);
-if (linkToken !== "" || store.token !== "") store.logIn(linkToken || store.token);
+if (store.token !== "") store.logIn(store.token);
 addEventListener("popstate", onAddress);
 addEventListener("hashchange", onAddress);
 addEventListener("online", comeBack);

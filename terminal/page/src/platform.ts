@@ -22,6 +22,8 @@ export interface Platform {
   recall(name: string): string; // empty if nothing is stored
   remember(name: string, value: string): void; // an empty value removes it
   device: string; // names this tab
+  terminal: string; // with which this tab works, kept over reloads; empty without a relay
+  reload(): void;
 }
 
 let at = Date.now();
@@ -76,6 +78,13 @@ export function browserPlatform(): Platform {
     remember: (name, value) =>
       attempt(() => (value === "" ? localStorage.removeItem(name) : localStorage.setItem(name, value)), undefined),
     device: deviceName(),
+    get terminal() {
+      return attempt(() => sessionStorage.getItem("terminal"), null) ?? "";
+    },
+    set terminal(name) {
+      attempt(() => sessionStorage.setItem("terminal", name), undefined);
+    },
+    reload: () => location.reload(),
   };
 }
 

@@ -13,6 +13,7 @@ import { HeldLists, kAsking, kMovedByOrders, ListName } from "./lists";
 import { mergeFills, mergeOrders } from "./merge";
 import { Notices } from "./notices";
 import { Prefs, readPrefs, writePrefs } from "./prefs";
+import { keptFor, Terminals } from "./terminals";
 import { whyNot } from "./why";
 
 // The outcome of a request: why it failed, empty on success; and whether that is certain.
@@ -40,6 +41,8 @@ export class Store {
   account = 0; // whose rows are shown; 0: all
   prefs: Prefs;
   place: Place = { route: "assets", sheet: "" };
+  readonly terminals: Terminals;
+  readonly terminal: string; // by its name at the relay; empty without one
   readonly connection: Connection;
   readonly asker: Asker;
   readonly desk: Desk;
@@ -48,12 +51,20 @@ export class Store {
   private changed: () => void = () => undefined;
   private notify: (text: string, fill: string) => void = () => undefined;
 
-  constructor(readonly platform: Platform) {
+  // `link`: the access in the address that was opened; empty if it has none.
+  constructor(
+    readonly platform: Platform,
+    link = "",
+  ) {
     this.now = platform.clock();
-    this.token = platform.recall("token");
+    this.terminals = new Terminals(platform);
+    if (link !== "") this.terminals.keep(link);
+    this.token = this.terminals.current;
     this.prefs = readPrefs(platform);
-    this.drafts = new Drafts(platform);
-    this.notices = new Notices(platform, (text, fill) => {
+    this.terminal = this.terminals.name;
+    const kept = keptFor(platform, this.terminal);
+    this.drafts = new Drafts(kept);
+    this.notices = new Notices(kept, (text, fill) => {
       if (this.prefs.notifies && !platform.isSeen()) this.notify(text, fill);
     });
     this.connection = new Connection(platform, {
@@ -70,7 +81,7 @@ export class Store {
       changed: () => this.update(),
       why: whyNot,
     });
-    this.desk = new Desk(platform, {
+    this.desk = new Desk(kept, {
       request: (topic, body, key) => this.connection.request(topic, body, key),
       why: whyNot,
       changed: () => this.update(),
@@ -125,25 +136,31 @@ export class Store {
 
   // ---- what the page does
 
+  // Another terminal begins with a new page, so that nothing of one is taken for the other's.
   logIn(token: string): void {
+    this.terminals.keep(token);
+    if (this.terminals.name !== this.terminal) return this.platform.reload();
     this.token = token;
     this.loginFailure = "";
-    this.platform.remember("token", token);
     this.connection.start(token);
     this.update();
   }
 
   forget(): void {
     this.connection.stop();
-    this.token = "";
-    this.login = null;
+    this.loseToken();
     this.account = 0;
-    this.platform.remember("token", "");
     this.desk.clear();
     this.notices.clear();
     this.drafts.clear();
     this.asker.clear();
     this.update();
+  }
+
+  private loseToken(): void {
+    this.terminals.drop(this.token);
+    this.token = "";
+    this.login = null;
   }
 
   speak(language: Language): void {
@@ -300,9 +317,7 @@ export class Store {
   }
 
   private onRefused(message: string): void {
-    this.token = "";
-    this.login = null;
-    this.platform.remember("token", "");
+    this.loseToken();
     this.loginFailure = message === "" ? t("loggedOut") : explained(message);
     this.update();
   }

@@ -15,6 +15,7 @@ import { Positions } from "./positions";
 import { Settings } from "./settings";
 import { SyncOrders } from "./syncorders";
 import { showFill } from "./systemnotices";
+import { presenceText } from "./terminals";
 import { OrderTicket } from "./ticket";
 import { UnderWay } from "./underway";
 
@@ -86,7 +87,7 @@ function Header(props: { hasNotices: boolean }) {
       {props.hasNotices ? <Notices /> : null}
       <span class={`link ${state}`} role="status" data-link={state}>
         <i aria-hidden="true" />
-        {t(state)}
+        {state === "online" && store.terminal !== "" ? store.terminal : t(state)}
       </span>
       <a class="icon" href="#/settings" aria-label={t("settings")}>
         <Icon path={kIcons.settings} />
@@ -100,6 +101,8 @@ function Banner() {
   const { link, connection, now } = store;
   if (link === "off" || (link === "online" && !isSilent())) return null;
   const seconds = Math.max(0, Math.ceil((connection.retryAt - now) / 1000));
+  const { absence } = connection;
+  const why = absence === null ? "" : t("whyWaiting", store.terminal || t("terminal"), presenceText(absence));
   const texts = {
     online: t("silentLong"),
     waiting: t("waitingLong", seconds),
@@ -108,7 +111,7 @@ function Banner() {
   };
   return (
     <div class="banner">
-      <span>{texts[link]}</span>
+      <span>{`${link === "replaced" ? "" : why} ${texts[link]}`.trim()}</span>
       {link === "connecting" || link === "online" ? null : (
         <button onClick={() => connection.retryNow()}>{t(link === "replaced" ? "useHere" : "retryNow")}</button>
       )}

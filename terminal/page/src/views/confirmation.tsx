@@ -105,6 +105,7 @@ export class Confirmation extends Component<Props, State> {
       const { side, combOffset } = openingOf(ticket);
       lines.splice(4, 0, [t("secondOrder"), t("thenOpens", dealText(side, combOffset, quote), whole(volume))]);
     }
+    if (store.terminal !== "") lines.unshift([t("terminal"), store.terminal]);
     return lines;
   }
 

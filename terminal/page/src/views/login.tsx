@@ -4,6 +4,7 @@ import { store } from "../app";
 import { t } from "../texts/texts";
 import { LanguageSwitch } from "./settings";
 import { Note } from "./parts";
+import { TerminalList } from "./terminals";
 
 export class LoginForm extends Component<{}, { typed: string }> {
   state = { typed: "" };
@@ -35,6 +36,7 @@ export class LoginForm extends Component<{}, { typed: string }> {
           <button class="primary wide">{t("login")}</button>
           <p class="hint">{t("rememberHint")}</p>
         </form>
+        <TerminalList />
         <LanguageSwitch />
       </main>
     );

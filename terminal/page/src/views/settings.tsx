@@ -4,6 +4,7 @@ import { currentLanguage, Language, t, TextName } from "../texts/texts";
 import { isCount, moved, readNumber } from "../ticket/numbers";
 import { Choices, Stepper } from "./controls";
 import { allowSystemNotices } from "./systemnotices";
+import { TerminalList } from "./terminals";
 
 const kLanguages: readonly [Language, string][] = [
   ["zh", "中文"],
@@ -58,7 +59,7 @@ class Share extends Component<{}, { typed: string }> {
 
 function About() {
   const { login } = store;
-  const rows: [string, string][] = [[t("terminal"), location.host]];
+  const rows: [string, string][] = [[t("terminal"), `${store.terminal} ${location.host}`.trim()]];
   if (login !== null) {
     rows.push([t("tokenName"), login.name]);
     rows.push([t("rights"), login.rights.map((right) => t(`right_${right}` as TextName)).join(" · ")]);
@@ -78,6 +79,7 @@ function About() {
 export function Settings() {
   return (
     <div class="settings">
+      {store.terminal === "" ? null : <TerminalList />}
       <section class="card" aria-label={t("settings")}>
         <LanguageSwitch />
         <Choices
@@ -107,7 +109,7 @@ export function Settings() {
       <section class="card" aria-label={t("terminal")}>
         <About />
         <button class="wide danger" onClick={() => store.forget()}>
-          {t("forget")}
+          {store.terminals.all().length > 1 ? t("forgetOne", store.terminal) : t("forget")}
         </button>
         <p class="hint">{t("forgetHint")}</p>
       </section>

@@ -5,7 +5,7 @@ import { FrameFailure, FramePush, FrameReply, FrameText } from "./types";
 // What a frame of the terminal turned out to be.
 export type Frame =
   | { kind: "reply"; id: unknown; topic: string; data: unknown }
-  | { kind: "failure"; id: unknown; topic: string; message: string }
+  | { kind: "failure"; id: unknown; topic: string; message: string; seen?: string }
   | { kind: "garbled"; id: unknown; text: string } // the unreadable text, or the path to what breaks the contract
   | { kind: "push"; seq: number; topic: string; message: string; data: unknown; wrong: string };
 
@@ -44,7 +44,7 @@ export function readFrame(text: string, asked: (id: unknown) => string | undefin
   const wrong = misfit(frame, kFrames.reply);
   if (wrong !== "") return { kind: "garbled", id, text: `${wrong}: ${text}` };
   const { topic, data, message } = frame as FrameReply | FrameFailure;
-  if (message !== "") return { kind: "failure", id, topic, message };
+  if (message !== "") return { kind: "failure", id, topic, message, seen: (frame as FrameFailure).seen };
   const shape = kReplies[asked(id) ?? ""];
   const misfitting = shape === undefined ? "" : misfit(data, shape);
   if (misfitting !== "") return { kind: "garbled", id, text: misfitting };
