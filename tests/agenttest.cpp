@@ -27,10 +27,12 @@ TEST(Agent, StartsWorkerServiceCallbackAndStopsCallbackWorkerService) {
   host.spi->onRequest(5, 8, "account.list", "");
   ASSERT_TRUE(host.waitForCall("checkUser(account.list)"));
   // The callback goes while the worker still runs a task; the service goes after the worker.
-  std::thread stopper([&] { agent.stop(); });
+  const auto stopper = std::async(std::launch::async, [&] { agent.stop(); });
   EXPECT_TRUE(host.waitForCall("unregisterSpi"));
+  EXPECT_EQ(stopper.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+  EXPECT_EQ(host.calls().back(), "unregisterSpi(77)");
   host.release();
-  stopper.join();
+  stopper.wait();
   EXPECT_EQ(host.sent().at(0).requestId, 5);
   EXPECT_THAT(host.calls(), ElementsAre(kStart, "registerSpi", "checkUser(account.list)", "unregisterSpi(77)",
                                         "getAllTradingAccount(ids [],3)", "send", "stop"));

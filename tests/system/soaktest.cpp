@@ -2,9 +2,6 @@
 // add up at all times, and nothing may be left of a client that has gone.
 
 #include <atomic>
-#include <boost/asio/io_context.hpp>
-#include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/write.hpp>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -18,6 +15,7 @@
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
 
+#include "tests/support/rawsocket.h"
 #include "tests/support/soak.h"
 #include "tests/system/terminalprocess.h"
 
@@ -137,14 +135,8 @@ class TerminalSoak {
 
   // A connection that is cut anywhere; the next one is accepted.
   void dropOff(Random& random) {
-    const std::string handshake =
-        "GET /ws HTTP/1.1\r\nHost: 127.0.0.1\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
-        "Sec-WebSocket-Version: 13\r\nSec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n\r\n\x81\xFE\x7F";
-    boost::asio::io_context io;
-    boost::asio::ip::tcp::socket socket(io);
-    boost::system::error_code ignored;
-    socket.connect({boost::asio::ip::address_v4::loopback(), terminal_.port()}, ignored);
-    boost::asio::write(socket, boost::asio::buffer(handshake, random() % (handshake.size() + 1)), ignored);
+    const std::string bytes = kUpgrade + "\x81\xFE\x7F";
+    RawSocket(terminal_.port()) << bytes.substr(0, random() % (bytes.size() + 1));
     login();
   }
 

@@ -1,10 +1,10 @@
-#include <atomic>
 #include <fstream>
 #include <sstream>
 
 #include <SQLiteCpp/Statement.h>
 #include <gmock/gmock.h>
 
+#include "tests/support/faketime.h"
 #include "tests/trading/desktest.h"
 
 namespace orvane::terminal::testing {
@@ -14,42 +14,31 @@ using std::chrono::hours;
 using std::chrono::minutes;
 using ::testing::HasSubstr;
 
-constexpr std::chrono::hours kNoon{20778 * 24 + 12};  // of 21 November 2026, UTC
-
 // Both of its clocks move only when the test says so.
 class TestClock : public IClock {
  public:
-  WallTime wallTime() const override { return WallTime(wall_.load()); }
-  BootTime bootTime() const override { return boot_.load(); }
+  WallTime wallTime() const override { return time.wallTime(); }
+  BootTime bootTime() const override { return time.bootTime(); }
 
-  void advance(std::chrono::nanoseconds wall, std::chrono::nanoseconds boot) {
-    wall_ = wall_.load() + wall;
-    boot_ = boot_.load() + boot;
-  }
-
- private:
-  std::atomic<std::chrono::nanoseconds> wall_{kNoon};
-  std::atomic<std::chrono::nanoseconds> boot_{hours(5)};
+  test::FakeTime time;
 };
 
 class ClockTest : public DeskTest {
  protected:
   ClockTest() {
-    clock_ = &time_;
-    reopen("UPDATE trading_day SET day = 20778; UPDATE orders SET day = 20778");
+    clock_ = &movable_;
+    reopen("UPDATE trading_day SET day = 20717; UPDATE orders SET day = 20717");  // 21 September 2026
   }
   ~ClockTest() override { host_.reset(); }
 
-  void advance(std::chrono::nanoseconds wall, std::chrono::nanoseconds boot) { time_.advance(wall, boot); }
-
   std::string act() { return order(1, kRebar, Side::Buy, Offset::Open, 3300, 1); }
 
-  TestClock time_;
+  TestClock movable_;
 };
 
 TEST_F(ClockTest, TheDayStaysWhileTheClocksDisagree) {
   struct Case {
-    std::chrono::nanoseconds jump;
+    std::chrono::seconds jump;
     const char* fault;
   };
   const Case cases[] = {
@@ -61,18 +50,18 @@ TEST_F(ClockTest, TheDayStaysWhileTheClocksDisagree) {
   };
   const double debt = credit().debtInterest;
   for (const Case& it : cases) {
-    advance(it.jump, {});
+    movable_.time.jump(it.jump);
     EXPECT_EQ(act(), "") << "orders work all the same";
     EXPECT_EQ(cancel(1, kRebar, lastOrder().localOrderId), "");
     EXPECT_THAT(host_->health().clockFault, HasSubstr(it.fault));
     EXPECT_EQ(host_->health().clockFault.empty(), it.fault[0] == '\0');
-    EXPECT_EQ(lastOrder().srcTimestamp / 1000, std::chrono::system_clock::to_time_t(time_.wallTime()));
+    EXPECT_EQ(lastOrder().srcTimestamp / 1000, std::chrono::system_clock::to_time_t(movable_.wallTime()));
     EXPECT_GE(orders().size(), 18U) << "the day's orders are still there";
-    advance(-it.jump, {});
+    movable_.time.jump(-it.jump);
     EXPECT_EQ(host_->health().clockFault, "");
   }
   EXPECT_EQ(credit().debtInterest, debt);
-  advance(hours(12), hours(12));
+  movable_.time.advance(hours(12));
   EXPECT_EQ(act(), "");
   EXPECT_EQ(orders().size(), 1U) << "both clocks are past midnight";
 }

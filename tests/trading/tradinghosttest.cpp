@@ -179,28 +179,6 @@ TEST_F(TradingHostTest, SelectorsChooseAndFlagsReturnWhoIsLoggedIn) {
             "没有 SR701 的保证金率");
 }
 
-// The record's long and short side differ by as much.
-TEST_F(TradingHostTest, UnderTheNetRuleOnlyTheNetPositionMustMatch) {
-  constexpr Key kKey{1, 4000001};
-  IPositionMonitor& monitor = *IPositionMonitor::getInstance();
-  const auto record = [&] {
-    MonitorSnapshot snapshot;
-    monitor.getMonitorRecords(snapshot);
-    return *std::find_if(snapshot.records.begin(), snapshot.records.end(), [&](const PositionMonitorRecord& it) {
-      return Key{it.account.index, it.code.hashCode} == kKey;
-    });
-  };
-  MonitorManualPosition update;
-  update.account.index = kKey.account;
-  update.code.hashCode = kKey.hashCode;
-  update.position = record().manual;
-  ++update.position.shortPos;
-  std::list<MonitorManualPosition> updates{update};
-  monitor.updateManualPositions(updates);
-  EXPECT_EQ(record().isMatchLongShort, 0);
-  EXPECT_EQ(record().isMatchPosDif, 1);
-}
-
 TEST(CodeConvertTest, KeepsEveryCharacterAndReplacesInvalidBytes) {
   EXPECT_EQ(CodeConvert::utf8_to_gbk("\xE8\x9E\xBA"), "\xC2\xDD");
   const std::string mixed = "多空 €𠮷😀 abc";
