@@ -204,23 +204,27 @@ std::vector<MobileMessage> ListCheck::takeMessages() {
   return std::exchange(messages_, {});
 }
 
-// Each order that changed is pushed once, and before its fill.
+// Each order that changed is pushed once, and before its fill and the notice of its refusal.
 void ListCheck::comparePushes() {
   std::map<std::string, std::vector<Row>> pushed;
+  const std::vector<Row>& orders = pushed["order.push"];
+  const auto isRefused = [](const Row& order) { return order.at("status") == "4.0000"; };
   std::vector<std::string> notices;
+  std::ptrdiff_t refusals = 0;
   for (const MobileMessage& it : takeMessages()) {
     EXPECT_EQ(it.requestId, kNoRequestId);
     if (it.topic == "terminal.notice") {
-      notices.push_back(toUtf8(it.message));
+      if (notices.emplace_back(toUtf8(it.message)).find("委托被拒绝") != std::string::npos) ++refusals;
+      EXPECT_LE(refusals, std::count_if(orders.begin(), orders.end(), isRefused)) << "a notice came first";
       continue;
     }
     for (const Row& row : rowsOf(it)) {
       pushed[it.topic].push_back(row);
       const auto isIts = [&](const Row& order) { return order.at("localOrderId") == row.at("localOrderId"); };
-      EXPECT_TRUE(std::any_of(pushed["order.push"].begin(), pushed["order.push"].end(), isIts)) << "a fill came first";
+      EXPECT_TRUE(std::any_of(orders.begin(), orders.end(), isIts)) << "a fill came first";
     }
   }
-  std::map<std::string, std::vector<Row>> expected;
+  std::map<std::string, std::vector<Row>> expected{{"order.push", {}}};
   size_t filled = 0;
   for (const PlacedOrder& it : book_.changed) {
     const auto listed = book_.orders.find(it.localOrderId);

@@ -53,6 +53,8 @@ TEST_F(TradingHostTest, BadQuoteFilesNameTheLine) {
       {"0,rb0000.SHFE,3326\n", "line 1: unknown instrument rb0000.SHFE"},
       {"0,rb2701.SHFE,3326x\n", "line 1: bad price: 3326x"},
       {"0,rb2701.SHFE,nan\n", "line 1: price nan is outside 3077 to 3539"},
+      {"0,rb2701.SHFE,3077\n0,rb2701.SHFE,3076\n", "line 2: price 3076 is outside 3077 to 3539"},
+      {"0,rb2701.SHFE,3539\n0,rb2701.SHFE,3540\n", "line 2: price 3540 is outside 3077 to 3539"},
       {"5,rb2701.SHFE,3326\n4,rb2701.SHFE,3327\n", "line 2: times must not go back"},
   };
   host_.reset();
