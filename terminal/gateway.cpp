@@ -38,14 +38,14 @@ Gateway::Gateway(AsioLoop& loop, Entrances entrances, const StoreOptions& store,
   if (!entrances.relay) return;
   RelayEntrance& relay = *entrances.relay;
   name_ = relay.port.name;
-  relayUrl_ = relay.page.empty() ? relay.link.urls.front() : relay.page;
+  page_ = relay.link.credentials.page;
   link_ = std::make_unique<relay::NatsLink>(loop_, std::move(relay.link));
   port_ = std::make_unique<relay::TerminalPort>(loop_, *link_, phones_, std::move(relay.port));
 }
 
-std::string Gateway::url() const { return port_ != nullptr ? relayUrl_ : listener_->url(); }
+std::string Gateway::url() const { return port_ != nullptr ? page_ : listener_->url(); }
 
-std::string Gateway::link() const { return port_ != nullptr ? relayUrl_ + "/#terminal=" + name_ : url() + '/'; }
+std::string Gateway::link() const { return port_ != nullptr ? page_ + "/#terminal=" + name_ : url() + '/'; }
 
 TransportFigures Gateway::figures() const {
   TransportFigures all = listener_ ? listener_->figures() : TransportFigures{};

@@ -21,7 +21,6 @@ namespace orvane::terminal {
 struct RelayEntrance {
   relay::LinkOptions link;
   relay::PortOptions port;
-  std::string page;  // URL of a relay, for links; may be empty
 };
 
 // How clients come in. REQUIRES: at least one way.
@@ -72,7 +71,7 @@ class Gateway {
   DiskThread disk_{store_};
   Phones phones_;
   std::optional<Listener> listener_;
-  std::string relayUrl_;
+  std::string page_;  // of the relays
   std::string name_;  // at the relays
   std::unique_ptr<relay::NatsLink> link_;
   std::unique_ptr<relay::TerminalPort> port_;

@@ -119,6 +119,7 @@ Entrances entrancesOf(const Settings& settings, Refusal& refusal) {
                         .port = settings.port,
                         .tls = settings.tls,
                         .allowedOrigins = settings.allowedOrigins,
+                        .maxConnections = settings.maxConnections,
                         .limits = limits};
   }
   if (!settings.relay) return entrances;
@@ -131,10 +132,9 @@ Entrances entrancesOf(const Settings& settings, Refusal& refusal) {
   relay::PortOptions port;
   port.name = relay.name;
   port.limits.maxBacklogBytes = settings.maxBacklogBytes;
+  port.limits.maxSessions = settings.maxConnections;
   port.onRefused = [&refusal] { refusal.set(); };
-  relay::LinkOptions link{relay.urls, std::move(credentials)};
-  std::string page = relay.page;
-  entrances.relay.emplace(RelayEntrance{std::move(link), std::move(port), std::move(page)});
+  entrances.relay.emplace(RelayEntrance{{relay.urls, std::move(credentials)}, std::move(port)});
   return entrances;
 }
 
@@ -146,11 +146,13 @@ int serve(const Settings& settings) try {
   if (settings.keepsOwnCertificate) keepCertificate(settings);
   Refusal refusal;
   AsioLoop loop;
-  Gateway gateway(
-      loop, entrancesOf(settings, refusal),
-      {.dataDir = settings.dataDir, .audit = settings.audit, .maxBytes = settings.gatewayBytes},
-      {.loginTime = settings.loginTime, .probe = [&host, log] { return checkHost(host, *log); }, .figures = {}},
-      [&host](auto answer) { host.whenStored(std::move(answer)); });
+  Gateway gateway(loop, entrancesOf(settings, refusal),
+                  {.dataDir = settings.dataDir, .audit = settings.audit, .maxBytes = settings.gatewayBytes},
+                  {.loginTime = settings.loginTime,
+                   .maxOfToken = settings.maxConnections / 3,
+                   .probe = [&host, log] { return checkHost(host, *log); },
+                   .figures = {}},
+                  [&host](auto answer) { host.whenStored(std::move(answer)); });
   const Running running(host, gateway, settings.relay ? settings.relay->name : "paper");
   gateway.noteLink();
   if (const std::string fault = host.health().storageFault; !fault.empty()) report(fault);

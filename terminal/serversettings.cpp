@@ -51,6 +51,9 @@ void ServerOptions::addPhones(CLI::App& app) {
                  "seconds after which a phone that is silent or reads nothing is dropped")
       ->check(CLI::Validator(checkFinite, "SECONDS") & CLI::Range(0.01, 3600.0))
       ->capture_default_str();
+  app.add_option("--max-connections", settings_.maxConnections, "phones that are connected at once")
+      ->check(CLI::Range(3, 1'000'000))
+      ->capture_default_str();
   app.add_option("--max-backlog", maxBacklog_, "MiB of unsent messages, for all phones together")
       ->check(CLI::Range(1, 65536))
       ->capture_default_str();

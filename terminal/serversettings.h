@@ -25,6 +25,7 @@ struct ServerSettings {
   std::chrono::milliseconds loginTime{};  // limit of the TLS handshake and the HTTP head, and again of the first frame
   std::chrono::milliseconds idleTime{};   // after which a client that is silent or reads nothing is dropped
   size_t maxBacklogBytes = 0;             // of outgoing messages, for all clients together
+  size_t maxConnections = 256;            // that are open at once
 };
 
 // For CLI::Validator: what is wrong with an origin such as "https://trade.example.com:8443".

@@ -76,8 +76,6 @@ void addRelayOptions(CLI::App& app, Arguments& typed) {
       ->delimiter(',')
       ->needs(name)
       ->needs(credentials);
-  app.add_option("--relay-page", typed.relay.page, "address of a relay's page, for the links that are printed")
-      ->check(CLI::Validator(checkOrigin, "URL"));
 }
 
 void addTradingOptions(CLI::App& app, Settings& settings, Arguments& typed) {

@@ -28,7 +28,6 @@ struct RelaySettings {
   std::vector<std::string> urls;      // of the cluster's servers
   std::string name;                   // of this terminal
   std::filesystem::path credentials;  // file
-  std::string page;                   // URL of a relay, for links; may be empty
 };
 
 struct Settings : ServerSettings {

@@ -7,20 +7,25 @@
 namespace orvane::terminal {
 namespace {
 
-constexpr size_t kMaxOfToken = 85;  // a third of the transport's 256 connections
-constexpr size_t kMaxHeld = 256;    // frames
+constexpr size_t kMaxHeld = 256;  // frames
 constexpr size_t kMaxHeldBytes = size_t{256} * 1024;
 constexpr std::chrono::seconds kPenalty{1};
 
 }  // namespace
 
-Login::Login(IEventLoop& loop, std::chrono::milliseconds limit, Gatekeeper& keeper, Peers& peers, PushLog& pushes,
+Login::Login(IEventLoop& loop, const LoginLimits& limits, Gatekeeper& keeper, Peers& peers, PushLog& pushes,
              Answers& answers, ISessionOwner& frames)
-    : loop_(loop), limit_(limit), keeper_(keeper), peers_(peers), pushes_(pushes), answers_(answers), frames_(frames) {}
+    : loop_(loop),
+      limits_(limits),
+      keeper_(keeper),
+      peers_(peers),
+      pushes_(pushes),
+      answers_(answers),
+      frames_(frames) {}
 
 void Login::expect(Peer& peer) {
   peer.timer =
-      loop_.after(limit_, [&session = *peer.session] { session.close(CloseCode::NoLogin, "no login in time"); });
+      loop_.after(limits_.time, [&session = *peer.session] { session.close(CloseCode::NoLogin, "no login in time"); });
 }
 
 void Login::onFrame(Peer& peer, const Frame& frame) {
@@ -82,8 +87,8 @@ void Login::admit(Peer& peer, const Attempt& attempt, const Visitor& visitor) {
   peer.visitor = visitor;
   peer.device = attempt.device;
   peers_.closeOlder(peer);
-  if (peers_.countOfToken(visitor.token) > kMaxOfToken) {
-    return refuse(attempt, fmt::format("{} connections with this token are open already", kMaxOfToken),
+  if (peers_.countOfToken(visitor.token) > limits_.maxOfToken) {
+    return refuse(attempt, fmt::format("{} connections with this token are open already", limits_.maxOfToken),
                   CloseCode::TooMany, "too many connections with this token");
   }
   TERMINAL_LOG(gatewayLogger(), Info, "{} is logged in as {} from {}", session.name(), visitor.name, session.address());

@@ -17,10 +17,15 @@ namespace orvane::terminal {
 
 inline constexpr std::string_view kLoginTopic = "login";
 
+struct LoginLimits {
+  std::chrono::milliseconds time;  // for a client's first frame
+  size_t maxOfToken;               // connections that are logged in with one token
+};
+
 // Logs clients in: the time limit of a login, wrong tokens, and the pushes that a client has missed. One thread.
 class Login {
  public:
-  Login(IEventLoop& loop, std::chrono::milliseconds limit, Gatekeeper& keeper, Peers& peers, PushLog& pushes,
+  Login(IEventLoop& loop, const LoginLimits& limits, Gatekeeper& keeper, Peers& peers, PushLog& pushes,
         Answers& answers, ISessionOwner& frames);
 
   // Starts the time limit of a new client.
@@ -45,7 +50,7 @@ class Login {
   void admit(Peer& peer, const Attempt& attempt, const Visitor& visitor);
 
   IEventLoop& loop_;
-  const std::chrono::milliseconds limit_;
+  const LoginLimits limits_;
   Gatekeeper& keeper_;
   Peers& peers_;
   PushLog& pushes_;

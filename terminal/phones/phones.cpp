@@ -18,7 +18,7 @@ Phones::Phones(IEventLoop& loop, GatewayStore& store, PhonesOptions options)
     : loop_(loop),
       keeper_(loop, store, [this] { onTokens(); }),
       requests_(loop, peers_, keeper_, metrics_, answers_, agent_),
-      login_(loop, options.loginTime, keeper_, peers_, pushes_, answers_, *this),
+      login_(loop, {options.loginTime, options.maxOfToken}, keeper_, peers_, pushes_, answers_, *this),
       pages_(std::move(options.probe), std::move(options.figures), peers_, requests_, agent_, keeper_, metrics_) {}
 
 void Phones::start() {

@@ -23,6 +23,7 @@ namespace orvane::terminal {
 
 struct PhonesOptions {
   std::chrono::milliseconds loginTime{10'000};  // for a client's first frame
+  size_t maxOfToken = 85;                       // connections that are open at once
   HealthProbe probe;                            // the host's checks for the health page; called on the loop's thread
   StatusPages::FiguresProbe figures;            // REQUIRED; the same thread
 };

@@ -18,6 +18,7 @@ namespace {
 constexpr std::string_view kFirstLine = "# Credentials for the cluster. Keep this file private.\n";
 constexpr std::string_view kNameLine = "name: ";
 constexpr std::string_view kSeedLine = "seed: ";
+constexpr std::string_view kPageLine = "page: ";
 
 [[noreturn]] void fail(const std::filesystem::path& file, std::string_view why) {
   throw std::runtime_error(fmt::format("cannot use the credentials {}: {}", file.string(), why));
@@ -34,8 +35,8 @@ std::string_view valueOf(std::string_view text, std::string_view key) {
 }  // namespace
 
 std::string writeCredentials(const Credentials& credentials) {
-  return fmt::format("{}{}{}\n{}{}\n{}", kFirstLine, kNameLine, credentials.name, kSeedLine, credentials.key.seed(),
-                     credentials.authority);
+  return fmt::format("{}{}{}\n{}{}\n{}{}\n{}", kFirstLine, kNameLine, credentials.name, kSeedLine,
+                     credentials.key.seed(), kPageLine, credentials.page, credentials.authority);
 }
 
 Credentials readCredentials(const std::filesystem::path& file) {
@@ -49,9 +50,13 @@ Credentials readCredentials(const std::filesystem::path& file) {
   if (stream.bad() || !stream.is_open()) fail(file, std::strerror(errno));
   const std::string_view name = valueOf(text, kNameLine);
   if (!isName(name)) fail(file, fmt::format("its line \"name:\" must be {}", kNameRule));
+  const std::string page(valueOf(text, kPageLine));
+  if (!page.starts_with("http://") && !page.starts_with("https://")) {
+    fail(file, "its line \"page:\" must be the address that phones open, such as https://relay.example");
+  }
   const size_t authority = text.find("-----BEGIN CERTIFICATE-----");
   try {
-    return {std::string(name), NKey::read(valueOf(text, kSeedLine)),
+    return {std::string(name), NKey::read(valueOf(text, kSeedLine)), page,
             authority == std::string::npos ? std::string() : text.substr(authority), file};
   } catch (const std::runtime_error& error) {
     fail(file, error.what());

@@ -11,6 +11,7 @@ namespace orvane::terminal::relay {
 struct Credentials {
   std::string name;  // of the terminal or relay that they are for
   NKey key;
+  std::string page;              // the address that phones open, such as "https://relay.example"
   std::string authority;         // the servers' certificates, PEM; empty if they have no TLS
   std::filesystem::path file{};  // that they were read from
 };

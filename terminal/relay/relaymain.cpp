@@ -1,6 +1,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 #include <sys/stat.h>
@@ -19,15 +22,17 @@
 namespace orvane::terminal::relay {
 namespace {
 
-ListenOptions listenOptions(const RelayServerSettings& settings) {
+ListenOptions listenOptions(const RelayServerSettings& settings, const std::string& page) {
   NetLimits limits;
   limits.head = settings.loginTime;
   limits.idle = settings.idleTime;
   limits.maxBacklogBytes = settings.maxBacklogBytes;
+  std::vector<std::string> origins = settings.allowedOrigins;
+  origins.push_back(page);
   return {.address = settings.address,
           .port = settings.port,
           .tls = settings.tls,
-          .allowedOrigins = settings.allowedOrigins,
+          .allowedOrigins = std::move(origins),
           .maxConnections = settings.maxConnections,
           .limits = limits};
 }
@@ -54,7 +59,7 @@ class Relay {
       : link_(loop_, {settings.servers, credentials}),
         board_(loop_, link_, credentials.name, settings.loginTime),
         pages_(board_, [this] { return listener_.figures(); }),
-        listener_(loop_.context(), listenOptions(settings), board_, pages_) {
+        listener_(loop_.context(), listenOptions(settings, credentials.page), board_, pages_) {
     listener_.start();
     board_.start();
     loop_.start();

@@ -43,6 +43,11 @@ CLI::App& addSetup(CLI::App& app, SetupOptions& setup) {
   command.add_option("--servers", setup.servers, "the servers as HOST:PORT; routes use the port plus 2000")
       ->delimiter(',')
       ->capture_default_str();
+  command
+      .add_option("--page", setup.page,
+                  "the address that phones open, such as https://relay.example, for links and for the relays' "
+                  "check of origins; http://127.0.0.1:8800 if all servers are on loopback")
+      ->check(CLI::Validator(checkOrigin, "URL"));
   command.add_flag("--tls", setup.wantsTls, "TLS even if all servers are on loopback");
   return command;
 }
@@ -62,15 +67,13 @@ void requireCluster(const RelayServerSettings& settings) {
 std::optional<RelayServerSettings> readRelaySettings(int argc, const char* const* argv, int& exitCode) {
   RelayServerSettings settings;
   settings.port = 8800;
+  settings.maxConnections = 10'000;
   SetupOptions setup;
   CLI::App app("A relay that connects phones with terminals over a NATS cluster.", "pocket-relay");
   app.set_version_flag("--version", "pocket-relay " POCKETAGENT_VERSION);
   ServerOptions server(settings, "pocket-relay", "relay.log");
   server.addNetwork(app);
   server.addPhones(app);
-  app.add_option("--max-connections", settings.maxConnections, "connections that are open at once")
-      ->check(CLI::Range(1, 1'000'000))
-      ->capture_default_str();
   addCluster(app, settings);
   server.addFolder(app, "folder of the log and of the certificate of --tls-self");
   server.addLog(app);

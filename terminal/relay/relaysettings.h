@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -14,7 +13,6 @@ namespace orvane::terminal::relay {
 struct RelayServerSettings : ServerSettings {
   std::vector<std::string> servers;   // URLs of the cluster's servers
   std::filesystem::path credentials;  // file
-  size_t maxConnections = 10'000;
   std::optional<SetupOptions> setup;  // run the command `setup`
 };
 

@@ -19,6 +19,7 @@ namespace orvane::terminal::relay {
 namespace {
 
 constexpr const char* kExtension = ".credentials";
+constexpr const char* kOwnPage = "http://127.0.0.1:8800";  // of a relay with default settings on this machine
 
 std::string readText(const std::filesystem::path& file) {
   std::ifstream stream(file, std::ios::binary);
@@ -32,10 +33,13 @@ std::vector<ServerPlace> readPlaces(const std::vector<std::string>& servers) {
   return places;
 }
 
+bool areOnLoopback(const std::vector<ServerPlace>& places) {
+  return std::all_of(places.begin(), places.end(), [](const ServerPlace& each) { return each.isLoopback(); });
+}
+
 // The servers' certificates, made if they are missing; empty without TLS.
 std::string keepCertificates(const SetupOptions& options, const std::vector<ServerPlace>& places) {
-  const auto isLoopback = [](const ServerPlace& each) { return each.isLoopback(); };
-  if (!options.wantsTls && std::all_of(places.begin(), places.end(), isLoopback)) return {};
+  if (!options.wantsTls && areOnLoopback(places)) return {};
   std::string all;
   for (size_t i = 0; i < places.size(); ++i) {
     const TlsFiles files = ownTlsFiles(options.dir / serverName(i));
@@ -59,17 +63,29 @@ std::set<std::string> allNames(const std::filesystem::path& dir, const std::vect
   return names;
 }
 
+// `common` has what all of them share.
 std::vector<ServerUser> keepCredentials(const std::filesystem::path& dir, const std::vector<std::string>& asked,
-                                        const std::string& authority, ServerUser::Kind kind) {
+                                        Credentials common, ServerUser::Kind kind) {
   makeDataDir(dir);
   std::vector<ServerUser> users;
   for (const std::string& name : allNames(dir, asked)) {
     const std::filesystem::path file = dir / (name + kExtension);
-    const Credentials credentials{name, keyOf(file), authority, file};
-    savePrivately(file, writeCredentials(credentials));
-    users.push_back({kind, name, credentials.key.publicText()});
+    common.name = name;
+    common.key = keyOf(file);
+    savePrivately(file, writeCredentials(common));
+    users.push_back({kind, name, common.key.publicText()});
   }
   return users;
+}
+
+std::string keepPage(const SetupOptions& options, const std::vector<ServerPlace>& places) {
+  const std::filesystem::path file = options.dir / "page";
+  std::string page = options.page;
+  if (page.empty() && std::filesystem::exists(file)) std::getline(std::ifstream(file), page);
+  if (page.empty() && areOnLoopback(places)) page = kOwnPage;
+  if (page.empty()) throw std::runtime_error("add --page: the address that phones open, such as https://relay.example");
+  savePrivately(file, page);
+  return page;
 }
 
 // What the servers show each other.
@@ -84,10 +100,12 @@ void setUpCluster(const SetupOptions& options) {
   const std::vector<ServerPlace> places = readPlaces(options.servers);
   makeDataDir(options.dir);
   for (size_t i = 0; i < places.size(); ++i) makeDataDir(options.dir / serverName(i));
+  const std::string page = keepPage(options, places);
   const std::string authority = keepCertificates(options, places);
+  const Credentials common{{}, NKey::make(), page, authority};
   std::vector<ServerUser> users =
-      keepCredentials(options.dir / "terminals", options.terminals, authority, ServerUser::Kind::Terminal);
-  for (ServerUser& each : keepCredentials(options.dir / "relays", options.relays, authority, ServerUser::Kind::Relay)) {
+      keepCredentials(options.dir / "terminals", options.terminals, common, ServerUser::Kind::Terminal);
+  for (ServerUser& each : keepCredentials(options.dir / "relays", options.relays, common, ServerUser::Kind::Relay)) {
     users.push_back(std::move(each));
   }
   const std::string secret = keepSecret(options.dir / "routes.secret");
@@ -102,8 +120,9 @@ void setUpCluster(const SetupOptions& options) {
       "In {0}: nats.conf of each server, credentials of each terminal and relay.\n"
       "Start a server in its folder: cd {0}/server1 && nats-server -c nats.conf\n"
       "Start a relay: pocket-relay --servers {1} --credentials {0}/relays/{2}.credentials\n"
-      "Start a terminal: pocket-terminal --relay {1} --name {3} --relay-credentials {0}/terminals/{3}.credentials\n",
-      options.dir.string(), fmt::join(urls, ","), options.relays.front(), options.terminals.front());
+      "Start a terminal: pocket-terminal --relay {1} --name {3} --relay-credentials {0}/terminals/{3}.credentials\n"
+      "Phones open: {4}\n",
+      options.dir.string(), fmt::join(urls, ","), options.relays.front(), options.terminals.front(), page);
 }
 
 }  // namespace orvane::terminal::relay

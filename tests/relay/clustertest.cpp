@@ -1,3 +1,4 @@
+#include <array>
 #include <chrono>
 #include <csignal>
 #include <memory>
@@ -44,13 +45,16 @@ class RelayCluster : public testing::Test {
     relay1_ = std::make_unique<RelayProcess>(*cluster_, "r1");
     relay2_ = std::make_unique<RelayProcess>(*cluster_, "r2");
     desk_ = std::make_unique<FarTerminal>(*cluster_, "t1");
+    others_ = {std::make_unique<FarTerminal>(*cluster_, "t2"), std::make_unique<FarTerminal>(*cluster_, "t3")};
     loginThrough(relay1_->port(), "t1", desk_->token());
     loginThrough(relay2_->port(), "t1", desk_->token());
   }
   static void TearDownTestSuite() {
     EXPECT_EQ(desk_->program().end(SIGTERM), 0);
+    for (auto& each : others_) EXPECT_EQ(each->program().end(SIGTERM), 0);
     EXPECT_EQ(relay1_->program().end(SIGTERM), 0);
     desk_.reset();
+    others_ = {};
     relay1_.reset();
     relay2_.reset();
     cluster_.reset();
@@ -70,6 +74,7 @@ class RelayCluster : public testing::Test {
   static inline std::unique_ptr<RelayProcess> relay1_;
   static inline std::unique_ptr<RelayProcess> relay2_;
   static inline std::unique_ptr<FarTerminal> desk_;
+  static inline std::array<std::unique_ptr<FarTerminal>, 2> others_;
 };
 
 // An order placed through one relay is pushed to a phone at the other, and a phone may come back through either.
@@ -88,6 +93,41 @@ TEST_F(RelayCluster, ServesPhonesThroughAnyRelay) {
   again.send(loginFrame("t1", desk_->token(), resumeFrom(epoch, std::stoi(seq) - 1)));
   EXPECT_THAT(again.receive().data, HasSubstr("\"resumed\":true"));
   EXPECT_EQ(again.receive().seq, seq);
+}
+
+// Three terminals with a phone at each relay: an order, a push, a token and an end concern one terminal alone.
+TEST_F(RelayCluster, KeepsEachPhoneToItsOwnTerminal) {
+  struct Pair {
+    FarTerminal& desk;
+    std::unique_ptr<Client> first;
+    std::unique_ptr<Client> second;
+  };
+  std::vector<Pair> pairs;
+  for (FarTerminal* desk : {desk_.get(), others_[0].get(), others_[1].get()}) {
+    pairs.push_back({*desk, loginThrough(relay1_->port(), desk->name(), desk->token()),
+                     loginThrough(relay2_->port(), desk->name(), desk->token())});
+  }
+  const std::string before = pairs[0].first->request("order.list", "[1]").data;
+  EXPECT_EQ(pairs[1].first->request("order.new", kOrder).message, "");
+  EXPECT_THAT(pairs[1].second->waitPush("order.push").data, HasSubstr("\"price\":3300"));
+  for (const size_t stranger : {size_t{0}, size_t{2}}) {
+    for (Client* phone : {pairs[stranger].first.get(), pairs[stranger].second.get()}) {
+      phone->send(R"({"id":7,"topic":"account.list","data":null})");
+      EXPECT_EQ(phone->receive().id, "7");  // no push came first
+    }
+  }
+  EXPECT_EQ(pairs[0].first->request("order.list", "[1]").data, before);
+  EXPECT_EQ(tryLogin(relay1_->port(), "t2", pairs[0].desk.token()).code, 4401);
+
+  pairs[2].desk.program().end(SIGKILL);
+  pairs[2].desk.restart(*cluster_);
+  EXPECT_THAT(pairs[2].first->waitClose(), AnyOf(1012, 1013));
+  EXPECT_THAT(pairs[2].second->waitClose(), AnyOf(1012, 1013));
+  for (const size_t other : {size_t{0}, size_t{1}}) {
+    EXPECT_EQ(pairs[other].first->request("account.list").message, "");
+    EXPECT_EQ(pairs[other].second->request("account.list").message, "");
+  }
+  EXPECT_EQ(loginThrough(relay2_->port(), "t3", pairs[2].desk.token())->request("account.list").message, "");
 }
 
 TEST_F(RelayCluster, RefusesWrongTokensAndNames) {
@@ -113,13 +153,13 @@ TEST_F(RelayCluster, LocksOutOnlyThePhoneThatGuesses) {
 }
 
 TEST_F(RelayCluster, CarriesLongRepliesPastASlowPhone) {
-  const EchoHost host(*cluster_, "t3");
-  loginThrough(relay1_->port(), "t3", "t");
+  const EchoHost host(*cluster_, "t4");
+  loginThrough(relay1_->port(), "t4", "t");
   Client slow(relay1_->port());
-  slow.send(loginFrame("t3", "t", R"(,"size":40000000)"));
+  slow.send(loginFrame("t4", "t", R"(,"size":40000000)"));
   Client fast(relay1_->port());
   const auto begin = std::chrono::steady_clock::now();
-  fast.send(loginFrame("t3", "t"));
+  fast.send(loginFrame("t4", "t"));
   EXPECT_EQ(fast.receive().data, "\"\"");
   fast.send(R"({"size":12800000})");
   EXPECT_EQ(fast.receive().data.size(), 12'800'002U);
@@ -172,9 +212,9 @@ TEST_F(RelayCluster, RefusesClientsWithoutItsCredentials) {
   const auto failsWith = [](Listening& link, const char* why) {
     return holdsSoon([&] { return link.fault().find(why) != std::string::npos; });
   };
-  Listening stranger(cluster_->urlList(), {"t1", NKey::make(), good.authority, good.file}, {});
+  Listening stranger(cluster_->urlList(), {"t1", NKey::make(), good.page, good.authority, good.file}, {});
   EXPECT_TRUE(failsWith(stranger, "refuses the credentials")) << stranger.fault();
-  Listening distrustful(cluster_->urlList(), {"t1", good.key, {}, {}}, {});
+  Listening distrustful(cluster_->urlList(), {"t1", good.key, good.page, {}, {}}, {});
   EXPECT_TRUE(failsWith(distrustful, "ertificate")) << distrustful.fault();
 }
 

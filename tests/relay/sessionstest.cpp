@@ -159,9 +159,9 @@ TEST_F(RelaySessions, SeeWhoIsAwaySinceWhen) {
   pass(6s);
   EXPECT_EQ(session->closeCode(), CloseCode::TryLater);
   const auto late = phone("desk7");
-  EXPECT_THAT(late->take(), ElementsAre(MatchesRegex(
-                                R"(.*the terminal desk7 is away; it was last seen at 2026-09-21T[0-9:]{8}Z",)"
-                                R"("data":null,"seen":"2026-09-21T[0-9:]{8}Z"\})")));
+  EXPECT_THAT(late->take(),
+              ElementsAre(MatchesRegex(R"(.*the terminal desk7 is away; it was last seen at 2026-09-21T[0-9:]{8}Z",)"
+                                       R"("data":null,"seen":"2026-09-21T[0-9:]{8}Z"\})")));
   EXPECT_EQ(late->closeCode(), CloseCode::TryLater);
 }
 
