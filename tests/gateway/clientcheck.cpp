@@ -252,6 +252,7 @@ void ClientCheck::compare(int client) try {
     const WireClient::Message got = wire.receive();
     EXPECT_EQ(got.text, "") << "client " << client;
     EXPECT_EQ(got.closeCode, state.closeCode) << "client " << client;
+    EXPECT_EQ(got.closeReason, state.closeReason) << "client " << client;
   } else {
     EXPECT_FALSE(wire.sync()) << "client " << client << " got " << wire.receive().text;
   }

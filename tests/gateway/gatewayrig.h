@@ -66,10 +66,7 @@ class ScriptedAgent : public IMobileSrvSpi {
 class GatewayRig {
  public:
   // A long run reads from a client only now and then, so none is taken for silent.
-  explicit GatewayRig(terminal::NetLimits limits = {}) : limits_(limits) {
-    limits_.idle = std::chrono::hours(1);
-    start();
-  }
+  explicit GatewayRig(terminal::NetLimits limits = {.idle = std::chrono::hours(1)}) : limits_(limits) { start(); }
   ~GatewayRig() { stop(); }
   GatewayRig(const GatewayRig&) = delete;
   GatewayRig& operator=(const GatewayRig&) = delete;

@@ -1,3 +1,5 @@
+#include <boost/asio/ip/host_name.hpp>
+
 #include <gmock/gmock.h>
 
 #include "tests/gateway/gatewayrig.h"
@@ -7,8 +9,12 @@
 namespace orvane::test {
 namespace {
 
+using testing::AllOf;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
+
+constexpr std::chrono::milliseconds kIdle{1000};
 
 class HostileTest : public testing::Test {
  protected:
@@ -35,25 +41,38 @@ class HostileTest : public testing::Test {
     EXPECT_TRUE(holdsSoon([this] { return descriptors() <= descriptors_; }));
   }
 
-  GatewayRig rig_{{.head = std::chrono::milliseconds(500)}};
+  GatewayRig rig_{{.head = std::chrono::milliseconds(500), .idle = kIdle}};
   const std::string token_ = rig_.addToken("first", 7);
   const uint16_t port_ = rig_.port();
   const size_t descriptors_ = descriptors();
 };
 
-TEST_F(HostileTest, NoHttp) {
-  const std::vector<std::pair<std::string, std::string>> rows{
-      {"\x16\x03\x01\x02\x01" + std::string(100, '\0'), "HTTP/1.1 400 "},
-      {"GET / HTTP/9.9\r\n\r\n", "HTTP/1.1 400 "},
-      {"GET / HTTP/1.1\r\nX: " + std::string(9000, 'x') + "\r\n\r\n", "HTTP/1.1 400 "},
-      {"POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 3\r\n\r\nabc", "HTTP/1.1 405 "},
-      {"GET /../etc/passwd HTTP/1.1\r\nHost: localhost\r\n\r\n", "HTTP/1.1 404 "},
-      {"GET / HTTP/1.1\r\nHost: local", ""},  // the rest never comes, and the time for the head ends
-      {"", ""},
+TEST_F(HostileTest, HttpRequests) {
+  const std::string own = boost::asio::ip::host_name();
+  const std::string get = "GET / HTTP/1.1\r\nHost: ";
+  const std::vector<std::tuple<std::string, std::string, std::string>> rows{
+      {"\x16\x03\x01\x02\x01" + std::string(100, '\0'), "400", "This is no HTTP request: bad method.\n"},
+      {"GET / HTTP/9.9\r\n\r\n", "400", "This is no HTTP request: bad version.\n"},
+      {"GET / HTTP/1.1\r\nX: " + std::string(9000, 'x'), "400", "This is no HTTP request: header limit exceeded.\n"},
+      {"POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 3\r\n\r\nabc", "405", "Only GET is served here.\n"},
+      {"GET /../etc/passwd HTTP/1.1\r\nHost: localhost\r\n\r\n", "404", "There is no such page.\n"},
+      {"GET /ws HTTP/1.1\r\nHost: localhost\r\n\r\n", "426", "This address takes WebSocket connections only.\n"},
+      {get + own + "\r\n\r\n", "200", "<!doctype html>"},
+      {get + own + ".local:80\r\n\r\n", "200", "<!doctype html>"},
+      {get + own + ".evil\r\n\r\n", "403", "This terminal does not answer to the name"},
+      {get + "localhost\r\nOrigin: http://evil\r\n\r\n", "403", "Pages of http://evil may not use this terminal."},
   };
-  for (const auto& [bytes, answer] : rows) {
-    SCOPED_TRACE(bytes.substr(0, 30));
-    EXPECT_THAT((RawSocket(port_) << bytes).readToEnd(), StartsWith(answer));
+  for (const auto& [bytes, status, body] : rows) {
+    SCOPED_TRACE(bytes.substr(0, 60));
+    const std::string page = (RawSocket(port_) << bytes).readToEnd();
+    EXPECT_THAT(page,
+                AllOf(StartsWith("HTTP/1.1 " + status), HasSubstr("\r\n\r\n" + body),
+                      HasSubstr("\r\nCache-Control: no-store\r\n"), HasSubstr("\r\nReferrer-Policy: no-referrer\r\n"),
+                      HasSubstr("\r\nX-Content-Type-Options: nosniff\r\n")));
+  }
+  // The second's rest never comes, and the time for the head ends.
+  for (const char* bytes : {"", "GET / HTTP/1.1\r\nHost: local"}) {
+    EXPECT_EQ((RawSocket(port_) << bytes).readToEnd(), "");
   }
   expectUnharmed();
 }
@@ -83,6 +102,24 @@ TEST_F(HostileTest, BadFrames) {
     EXPECT_THAT((openWebSocket(port_) << login() + frames).readToEnd(), HasSubstr(bigEndian(code, 2)));
   }
   expectUnharmed();
+}
+
+// A client that only answers pings stays.
+TEST_F(HostileTest, Silence) {
+  RawSocket silent = openWebSocket(port_);
+  RawSocket alive = openWebSocket(port_);
+  silent << login();
+  alive << login();
+  const std::string ping("\x89\0", 2);
+  const auto begin = std::chrono::steady_clock::now();
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_TRUE(alive.readUntil(ping).ends_with(ping));
+    alive << frame("", '\x8A');
+  }
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, kIdle * 5 / 4);  // three times half of it, but for the login
+  alive << frame(std::string("\x03\xE8", 2), '\x88');
+  expectUnharmed();
+  EXPECT_THAT(silent.readToEnd(), EndsWith(ping));  // cut off without a close frame
 }
 
 // A client that got its page and does not close.

@@ -4,6 +4,7 @@
 #include "tests/gateway/gatewayrig.h"
 #include "tests/gateway/wireclient.h"
 #include "tests/support/holdssoon.h"
+#include "tests/support/rawsocket.h"
 #include "tests/trading/faultvfs.h"
 
 namespace orvane::test {
@@ -106,15 +107,25 @@ TEST_F(LimitsTest, HoldEightMebibytesOfATokensRequests) {
 
 // With all 256 places taken, the longest without a login gives way, and neither a younger one nor a client.
 TEST_F(LimitsTest, LetTheOldestWithoutALoginGiveWay) {
-  const Phone client = login(token_);
+  std::deque<Phone> clients;
+  clients.push_back(login(token_));
+  RawSocket idle(rig_.port());
   std::deque<WireClient> silent;
   while (silent.size() < 255) silent.emplace_back(rig_.port(), "127.0.0.1");
-  WireClient(rig_.port(), "127.0.0.1").sync();
+  EXPECT_THAT(get(rig_.port(), "/metrics"), HasSubstr("refusals_total{reason=\"connection\"} 2\n"));
+  EXPECT_EQ(idle.readToEnd(), "");
   EXPECT_THROW(silent[0].receive(), std::runtime_error);
   EXPECT_FALSE(silent[1].sync());
   EXPECT_FALSE(silent.back().sync());
-  EXPECT_FALSE(client->sync());
-  EXPECT_THAT(get(rig_.port(), "/health/live?from=here"), StartsWith("HTTP/1.1 200 "));
+  EXPECT_FALSE(clients[0]->sync());
+
+  silent.clear();
+  for (std::string token = token_; clients.size() < 256; clients.push_back(login(token))) {
+    if (clients.size() % 85 == 0) token = rig_.addToken(fmt::format("t{}", clients.size()), 1);
+  }
+  EXPECT_EQ(get(rig_.port(), "/health/live?from=here"), "");
+  clients.pop_front();
+  EXPECT_TRUE(holdsSoon([this] { return get(rig_.port(), "/health/live?from=here").starts_with("HTTP/1.1 200 "); }));
 }
 
 // A client that is closed gets first what was queued for it.

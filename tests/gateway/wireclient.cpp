@@ -119,7 +119,7 @@ bool WireClient::keep(Frame frame) {
   } else if (frame.head == kClose) {
     isClosed_ = true;
     write(frameOf(kClose, frame.payload.substr(0, 2)));
-    kept_.push_back({{}, static_cast<uint16_t>(number(frame.payload.substr(0, 2)))});
+    kept_.push_back({{}, static_cast<uint16_t>(number(frame.payload.substr(0, 2))), frame.payload.erase(0, 2)});
   } else {
     throw std::runtime_error("an unexpected frame came");
   }

@@ -15,6 +15,7 @@ class WireClient {
   struct Message {
     std::string text;
     uint16_t closeCode = 0;  // 0 for a text frame
+    std::string closeReason = {};
   };
 
   // Connects from an address of the network 127.0.0.0/8 and becomes a WebSocket.

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <deque>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -48,6 +49,7 @@ class FakeSession : public terminal::Session {
   explicit FakeSession(std::string address = "10.0.0.1") : address_(std::move(address)) {}
 
   void sendPart(Text text, bool /*isLast*/) override {
+    if (isBroken) throw std::runtime_error("no memory");
     if (!isClosing()) sent.push_back(*text);
   }
   void close(terminal::CloseCode code, std::string_view /*reason*/) override {
@@ -65,6 +67,7 @@ class FakeSession : public terminal::Session {
 
   std::vector<std::string> sent;
   bool isAdmitted = false;
+  bool isBroken = false;
 
  private:
   std::string name_ = "phone";

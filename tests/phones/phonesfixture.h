@@ -110,6 +110,11 @@ class PhonesTest : public testing::Test {
     return made;
   }
 
+  std::vector<terminal::HealthCheck> probe() const {
+    if (failsInside_) throw std::runtime_error("no memory");
+    return {};
+  }
+
   std::string addToken(const std::string& name, const std::string& rights) {
     return terminal::addToken(db_, name, terminal::Rights::read(rights));
   }
@@ -122,7 +127,9 @@ class PhonesTest : public testing::Test {
   const std::string token_ = terminal::addToken(db_, "first", terminal::Rights::all());
   terminal::GatewayStore store_{
       {.dataDir = dir_.path(), .audit = {.fileBytes = 2000, .oldFiles = 2}, .maxBytes = 1024 * 1024}, loop_};
-  terminal::Phones phones_{loop_, store_, {.probe = {}, .figures = [] { return terminal::TransportFigures{}; }}};
+  bool failsInside_ = false;
+  terminal::Phones phones_{
+      loop_, store_, {.probe = [this] { return probe(); }, .figures = [] { return terminal::TransportFigures{}; }}};
 };
 
 }  // namespace orvane::test

@@ -73,9 +73,12 @@ TEST_F(PhonesTest, LimitsWrongTokensOfOneNetworkForAMinute) {
 TEST_F(PhonesTest, ReplacesTheOlderSessionOfADevice) {
   const auto older = login(token_, R"(,"device":"a1")");
   const auto other = login(token_, R"(,"device":"a2")");
+  for (int i = 0; i < 40; ++i) send(older, R"({"topic":"account.list"})");
   const auto newer = login(token_, R"(,"device":"a1")");
   EXPECT_EQ(older->closeCode(), CloseCode::Replaced);
   EXPECT_FALSE(other->isClosing() || newer->isClosing());
+  reply(0, "1");
+  EXPECT_THAT(agent_->requests, SizeIs(32));  // those that wait are dropped
 }
 
 TEST_F(PhonesTest, LimitsTheConnectionsOfAToken) {
@@ -249,6 +252,7 @@ TEST_F(PhonesTest, ShowsMetricsElsewhereOnlyToATokenThatMaySee) {
   EXPECT_EQ(status("Bearer guess"), 401U);
   EXPECT_EQ(status("Bearer " + addToken("trader", "trade")), 401U);
   EXPECT_EQ(status("Bearer " + token_), 200U);
+  EXPECT_THAT(get("/metrics", "", false).body, HasSubstr("send the header Authorization: Bearer TOKEN.\n"));
 }
 
 // A scraper refuses a page with a sample that has no type, or a histogram that does not add up.
@@ -294,6 +298,18 @@ TEST_F(PhonesTest, WritesMetricsThatAScraperReads) {
     }
   }
   EXPECT_THAT(get("/metrics").body, HasSubstr("request_seconds_count{topic=\"account.list\"} 4\n"));
+}
+
+// Neither waits for an answer forever.
+TEST_F(PhonesTest, EndsClientAndPageThatFailInside) {
+  const auto session = client(token_);
+  send(session, R"({"topic":"account.list"})");
+  session->isBroken = true;
+  reply(0, "1");
+  EXPECT_EQ(session->closeCode(), CloseCode::Fault);
+  failsInside_ = true;
+  EXPECT_EQ(get("/health").status, 500U);
+  EXPECT_THAT(get("/metrics").body, HasSubstr("refusals_total{reason=\"fault\"} 2\n"));
 }
 
 TEST_F(PhonesTest, SendsNoticesToATraderThatMayHaveCausedThem) {

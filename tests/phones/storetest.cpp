@@ -15,6 +15,7 @@ namespace {
 using namespace std::chrono_literals;
 using terminal::CloseCode;
 using testing::AllOf;
+using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -156,6 +157,13 @@ TEST_F(StoreTest, KeepsAsManyAuditFilesAsItMay) {
   EXPECT_THAT(audit("audit.log.1"), HasSubstr("k10"));
   EXPECT_THAT(audit("audit.log.2"), HasSubstr("k9"));
   EXPECT_FALSE(std::filesystem::exists(dir_.path() / "audit.log.3"));
+
+  std::filesystem::remove(dir_.path() / "audit.log.1");
+  std::filesystem::create_directory(dir_.path() / "audit.log.1");
+  order(session, 12, "k12", data);
+  reply(12, "1");
+  EXPECT_THAT(get("/health").body, HasSubstr("audit.log: Not a directory; "));
+  EXPECT_THAT(audit(), HasSubstr("k11"));
 }
 
 TEST_F(StoreTest, TakesNoKeysBeyondTheLimit) {
@@ -190,6 +198,13 @@ TEST_F(StoreTest, KeepsKeysAfterAJumpOfTheClock) {
   terminal::GatewayStore again({.dataDir = dir_.path(), .audit = {}}, loop_);
   again.turn();
   EXPECT_EQ(count("action"), 1);
+
+  // After a start of the machine it does not.
+  EXPECT_THAT(db_.execAndGet("SELECT id FROM boot").getString(), SizeIs(36));
+  db_.exec("UPDATE boot SET id = 'earlier'");
+  terminal::GatewayStore afterBoot({.dataDir = dir_.path(), .audit = {}}, loop_);
+  afterBoot.turn();
+  EXPECT_EQ(count("action"), 0);
   loop_.jump(-24h * 8);
   advance(1s);
   EXPECT_THAT(get("/health").body, HasSubstr(R"("clock:keys":[{"status":"pass"}])"));
@@ -200,9 +215,12 @@ TEST_F(StoreTest, DropsWhatWaitsOfARevokedToken) {
   const auto session = client(token);
   for (int i = 0; i < 300; ++i) send(session, orderFrame(i, fmt::format("k{}", i)));
   ASSERT_THAT(agent_->requests, SizeIs(64));
+  addToken("idle", "trade");
   const int64_t revocation = terminal::revokeToken(db_, "lost");
+  const int64_t idle = terminal::revokeToken(db_, "idle");
   advance(100ms);
   EXPECT_EQ(session->closeCode(), CloseCode::NotEntitled);
+  EXPECT_TRUE(terminal::isConfirmed(db_, idle));
   send(session, orderFrame(300, "k300"));
   EXPECT_FALSE(terminal::isConfirmed(db_, revocation));
   for (size_t i = 0; i < 64; ++i) reply(i, "1");
@@ -237,7 +255,8 @@ TEST_F(StoreTest, DrainsWithoutAnUnknownOutcome) {
   settle();
   EXPECT_THAT(session->take(), SizeIs(2));  // not taken
   order(session, 300, "k300");
-  EXPECT_THAT(session->take(), ElementsAre(HasSubstr("the terminal stops: this request was not taken")));
+  send(session, R"({"id":301,"topic":"account.list"})");
+  EXPECT_THAT(session->take(), AllOf(SizeIs(2), Each(HasSubstr("the terminal stops: this request was not taken"))));
   for (size_t i = 0; i < 64; ++i) {
     EXPECT_FALSE(isDrained);
     reply(i, "1");
@@ -300,8 +319,12 @@ TEST_F(StoreTest, RefusesTopicsThatNobodyCanRead) {
                 ElementsAre(HasSubstr(R"("topic":"","message":"the frame's \"topic\" must be 1 to 64)")))
         << topic;
   }
-  EXPECT_THAT(agent_->requests, IsEmpty());
   EXPECT_THAT(get("/metrics").body, HasSubstr("refusals_total{reason=\"frame\"} 4\n"));
+  EXPECT_THAT(agent_->requests, IsEmpty());
+  for (const std::string& topic : {std::string(64, 'x'), std::string(" ~")}) {
+    send(session, fmt::format(R"({{"id":1,"topic":"{}","data":{{}}}})", topic));
+    EXPECT_EQ(agent_->requests.back().topic, topic);
+  }
 }
 
 // The schema of version 0.1.0.

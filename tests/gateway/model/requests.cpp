@@ -34,7 +34,7 @@ void Requests::request(int client, const Request& request) {
   if (!world_.isOpen(client) || self.isPunished) return;
   if (self.token < 0) {
     refuse(client, request, "login", R"(log in first: {"topic": "login", "token": ...})");
-    return world_.close(client, 4401);
+    return world_.close(client, 4401, kNoLogin);
   }
   if (!passesGates(client, request)) return;
   begin(self, request.topic);
@@ -74,7 +74,7 @@ bool Requests::passesGates(int client, const Request& request) {
   refuse(client, request, "crowd",
          isCrowd ? fmt::format("{} requests wait for their reply already", kMaxWaiting)
                  : "requests of this token with 8 MiB wait already");
-  if (++self.refused == kMaxRefused) world_.close(client, 4429);
+  if (++self.refused == kMaxRefused) world_.close(client, 4429, "too many requests wait for their reply");
   return false;
 }
 

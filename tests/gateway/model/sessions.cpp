@@ -15,6 +15,7 @@ constexpr int64_t kWrongWindow = 60;
 constexpr int kMaxWrong = 10;
 constexpr size_t kMaxOfToken = 85;
 constexpr size_t kKeptPushes = 1024;
+constexpr const char* kRevoked = "the token was revoked";
 
 }  // namespace
 
@@ -26,7 +27,7 @@ void Sessions::connect(int client, const std::string& address) {
 void Sessions::badFrame(int client, const std::string& id, const std::string& topic, const std::string& message) {
   if (!world_.isOpen(client) || world_.clients[client].isPunished) return;
   world_.refuse(client, "frame", id, topic, message);
-  if (world_.clients[client].token < 0) world_.close(client, 4401);
+  if (world_.clients[client].token < 0) world_.close(client, 4401, kNoLogin);
 }
 
 void Sessions::login(int client, const Login& login) {
@@ -35,7 +36,7 @@ void Sessions::login(int client, const Login& login) {
     if (token.text != login.token || !token.isValid || (token.expires && *token.expires <= world_.now)) continue;
     if (token.rights != 0) return admit(client, login, number);
     world_.refuse(client, "login", login.id, "login", "this token has no rights: make another");
-    return world_.close(client, 4403);
+    return world_.close(client, 4403, "no rights");
   }
   refuseToken(client, login);
 }
@@ -50,7 +51,7 @@ void Sessions::refuseToken(int client, const Login& login) {
   if (++count > kMaxWrong) {
     world_.refuse(client, "login", login.id, "login",
                   fmt::format("too many wrong logins from {}: wait a minute", self.address));
-    return world_.close(client, 4429);
+    return world_.close(client, 4429, "too many wrong logins");
   }
   self.isPunished = true;
   self.loginId = login.id;
@@ -63,13 +64,13 @@ void Sessions::admit(int client, const Login& login, int token) {
   self.device = login.device;
   for (const auto& [number, other] : world_.clients) {
     if (number != client && other.token == token && other.device == login.device && !login.device.empty()) {
-      world_.close(number, 4409);
+      world_.close(number, 4409, "the same device has logged in anew");
     }
   }
   if (countOfToken(token) > kMaxOfToken) {
     world_.refuse(client, "login", login.id, "login",
                   fmt::format("{} connections with this token are open already", kMaxOfToken));
-    return world_.close(client, 4429);
+    return world_.close(client, 4429, "too many connections with this token");
   }
   self.due.reset();
   const Token& known = world_.tokens.at(token);
@@ -112,23 +113,23 @@ void Sessions::closeDue() {
         world_.refuse(number, "login", client.loginId, "login",
                       "wrong token: take one that pocket-terminal token add printed");
       }
-      world_.close(number, 4401);
+      world_.close(number, 4401, client.isPunished ? "wrong token" : "no login in time");
     }
     if (client.token < 0) continue;
     const Token& token = world_.tokens.at(client.token);
-    if (token.expires && *token.expires <= world_.now) world_.close(number, 4403);
+    if (token.expires && *token.expires <= world_.now) world_.close(number, 4403, kRevoked);
   }
 }
 
 void Sessions::revoke(int token) {
   world_.tokens.at(token).isValid = false;
   for (const auto& [number, client] : world_.clients) {
-    if (client.token == token) world_.close(number, 4403);
+    if (client.token == token) world_.close(number, 4403, kRevoked);
   }
 }
 
 void Sessions::restart() {
-  for (const auto& [number, client] : world_.clients) world_.close(number, 1001);
+  for (const auto& [number, client] : world_.clients) world_.close(number, 1001, "the terminal stops");
   pushes_.clear();
   wrong_.clear();
 }

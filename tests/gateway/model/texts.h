@@ -7,6 +7,8 @@
 
 namespace orvane::test::model {
 
+inline constexpr const char* kNoLogin = "the first message must be a login";
+
 // The right that a topic needs.
 Right rightFor(const std::string& topic);
 bool isAction(const std::string& topic);

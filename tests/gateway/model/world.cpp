@@ -11,9 +11,10 @@ bool World::isOpen(int client) const {
   return found != clients.end() && found->second.closeCode == 0;
 }
 
-void World::close(int client, uint16_t code) {
+void World::close(int client, uint16_t code, const std::string& reason) {
   if (!isOpen(client)) return;
   clients[client].closeCode = code;
+  clients[client].closeReason = reason;
   clients[client].due.reset();
   ++counts[fmt::format("closes_total{{code=\"{}\"}}", code)];
 }

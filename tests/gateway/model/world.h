@@ -32,6 +32,7 @@ struct Client {
   int64_t noticesUntil = 0;       // when their time ends that began with the last reply
   std::deque<std::string> inbox;  // frames that it must get, in order
   uint16_t closeCode = 0;         // comes behind them, if not 0
+  std::string closeReason = {};
 };
 
 struct Login {
@@ -71,7 +72,7 @@ struct World {
   bool isOpen(int client) const;
 
   // Does nothing if the client is closed.
-  void close(int client, uint16_t code);
+  void close(int client, uint16_t code, const std::string& reason);
 
   void refuse(int client, const std::string& reason, const std::string& id, const std::string& topic,
               const std::string& message);
