@@ -33,6 +33,8 @@ def dump(value):
 
 
 STEADY = {"srcTimestamp": Number("1767225600000"), "exchTimestamp": Number("1767225600000"),
+          "time": Number("1767225600000"), "start": Number("1767225600000"), "day": Number("20454"),
+          "minutes": [Number("0"), Number("1")], "prices": [Number("3325.0"), Number("3325.0")],
           "epoch": "5f0c9a3e7b21d468", "token": "Sx8siio4VC-9CiYm0FAKuPIG4c0PGjzOpzSECqptimM"}
 
 

@@ -15,7 +15,7 @@ def value_schema(contract, shape):
         schema = {"type": shape["types"] if len(shape["types"]) > 1 else shape["types"][0]} if shape["types"] else {}
     else:
         schema = copy.deepcopy(contract.kinds[shape["kind"]]["schema"])
-    schema.update({key: shape[key] for key in ("enum", "pattern", "minLength", "minimum") if key in shape})
+    schema.update({key: shape[key] for key in ("enum", "pattern", "minLength", "minimum", "maximum") if key in shape})
     return {"description": shape["means"], **schema}
 
 

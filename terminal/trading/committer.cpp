@@ -12,9 +12,12 @@ constexpr std::chrono::milliseconds kRetry{100};
 
 }  // namespace
 
-Committer::Committer(std::filesystem::path dir, std::unique_ptr<Database> database, std::optional<StoreError> error,
-                     Hooks hooks)
-    : dir_(std::move(dir)), database_(std::move(database)), hooks_(std::move(hooks)), error_(std::move(error)) {
+Committer::Committer(const std::filesystem::path& dir, OpenedBook opened, Hooks hooks)
+    : dir_(dir),
+      database_(std::move(opened.database)),
+      copy_(std::move(opened.copy)),
+      hooks_(std::move(hooks)),
+      error_(std::move(opened.error)) {
   thread_ = std::thread([this] { run(); });
 }
 
@@ -79,18 +82,38 @@ void Committer::whenStored(Answer answer) {
   answer(failure);
 }
 
+void Committer::post(Job job) {
+  {
+    const std::lock_guard lock(mutex_);
+    jobs_.push_back(std::move(job));
+  }
+  changed_.notify_one();
+}
+
+void Committer::runJob(std::unique_lock<std::mutex>& lock) {
+  if (jobs_.empty()) return;
+  Job job = std::move(jobs_.front());
+  jobs_.pop_front();
+  lock.unlock();
+  const bool goesOn = job(database_ ? *database_ : copy_->database);
+  lock.lock();
+  if (goesOn) jobs_.push_front(std::move(job));
+}
+
 void Committer::run() {
   std::unique_lock lock(mutex_);
   while (true) {
+    runJob(lock);
     if (error_) {
-      changed_.wait_for(lock, kRetry, [this] { return isStopping_; });
+      changed_.wait_for(lock, kRetry, [this] { return isStopping_ || !jobs_.empty(); });
       if (isStopping_) return;
       lock.unlock();
       if (recover()) hooks_.notice("数据库已恢复写入: 此前结果未知的更改均未执行");
       lock.lock();
       continue;
     }
-    changed_.wait(lock, [this] { return isStopping_ || !next_.empty(); });
+    changed_.wait(lock, [this] { return isStopping_ || !next_.empty() || !jobs_.empty(); });
+    if (next_.empty() && !jobs_.empty()) continue;
     if (next_.empty()) return;
     current_ = std::exchange(next_, {});
     isWriting_ = true;
@@ -142,6 +165,7 @@ bool Committer::recover() {
   try {
     if (database_ == nullptr) {
       database_ = std::make_unique<Database>(dir_);
+      copy_.reset();
       isRestored_ = false;
     }
     if (!isRestored_) hooks_.restore(database_->load());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <deque>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -33,8 +34,11 @@ class Committer {
     std::function<void(const std::string& text)> notice;  // the database fails, or works again; UTF-8
   };
 
-  Committer(std::filesystem::path dir, std::unique_ptr<Database> database, std::optional<StoreError> error,
-            Hooks hooks);
+  // A piece of work that is not part of the book. Must not throw. Returns true to be called once more, after the
+  // changes that were queued meanwhile. `database` may be a copy that is thrown away, if fault() is not empty.
+  using Job = std::function<bool(Database& database)>;
+
+  Committer(const std::filesystem::path& dir, OpenedBook opened, Hooks hooks);
 
   // Stores all changes that were added.
   ~Committer();
@@ -57,6 +61,9 @@ class Committer {
   // committer's thread.
   void whenStored(Answer answer);
 
+  // Runs the jobs in turn on the committer's thread, between commits. Changes wait for one call of one job at most.
+  void post(Job job);
+
  private:
   struct Group {
     Rows rows;
@@ -72,10 +79,12 @@ class Committer {
   void commit();
   void finish(const std::string& failure);
   bool recover();
+  void runJob(std::unique_lock<std::mutex>& lock);
 
   std::filesystem::path dir_;
   bool isRestored_ = true;  // the book in memory is the one on the disk; committer's thread only
   std::unique_ptr<Database> database_;
+  std::unique_ptr<ReadingCopy> copy_;  // only while there is no database
   Hooks hooks_;
 
   mutable std::mutex mutex_;
@@ -83,6 +92,7 @@ class Committer {
   Group next_;     // gathering
   Group current_;  // being written, or its fate being decided
   bool isWriting_ = false;
+  std::deque<Job> jobs_;
   std::optional<StoreError> error_;                  // changes are refused
   std::map<std::thread::id, std::string> failures_;  // for the next whenStored() of the thread
   bool isStopping_ = false;

@@ -14,11 +14,28 @@ namespace orvane::terminal {
 namespace {
 
 // The step at place N, counted from 1, upgrades a database of version N to the next version.
-constexpr std::array<const char*, 1> kUpgrades{R"sql(
+constexpr std::array kUpgrades{
+    R"sql(
 CREATE INDEX orders_by_day ON orders (day);
 CREATE INDEX fill_by_order ON fill (order_id);
 CREATE TABLE overwritten (count INTEGER NOT NULL) STRICT;
 INSERT INTO overwritten VALUES (0);
+)sql",
+    // History: one row a minute for 30 days, before that the last row of each day. time is the start of the minute, day
+    // the trading day, profit today's, deposit and withdraw the day's so far.
+    R"sql(
+CREATE TABLE equity (
+  account   INTEGER NOT NULL REFERENCES account,
+  time      INTEGER NOT NULL,
+  day       INTEGER NOT NULL,
+  equity    REAL NOT NULL,
+  available REAL NOT NULL,
+  margin    REAL NOT NULL,
+  profit    REAL NOT NULL,
+  deposit   REAL NOT NULL,
+  withdraw  REAL NOT NULL,
+  PRIMARY KEY (account, time)
+) STRICT, WITHOUT ROWID;
 )sql"};
 constexpr int kVersion = 1 + static_cast<int>(kUpgrades.size());
 
@@ -47,17 +64,20 @@ void setUp(SQLite::Database& db) {
   db.exec("PRAGMA foreign_keys = ON");
   SQLite::Transaction transaction(db, SQLite::TransactionBehavior::IMMEDIATE);
   int version = db.execAndGet("PRAGMA user_version").getInt();
-  if (version == 0 && db.execAndGet("SELECT count(*) FROM sqlite_schema").getInt() == 0) {
+  const bool isNew = version == 0 && db.execAndGet("SELECT count(*) FROM sqlite_schema").getInt() == 0;
+  if (isNew) {
     for (const char* script : kSampleScripts) db.exec(script);
     version = 1;
   }
   if (version != kVersion) bringToVersion(db, version);
+  if (isNew) db.exec(kSampleHistory);
   transaction.commit();
 }
 
 }  // namespace
 
-Database::Database(const std::filesystem::path& dir) : file_(dir / "terminal.db"), db_(openFile(file_)), writer_(db_) {
+Database::Database(const std::filesystem::path& dir)
+    : file_(dir / "terminal.db"), db_(openFile(file_)), writer_(db_), equity_(db_) {
   try {
     if (sqlite3_db_readonly(db_.getHandle(), "main") == 1) {
       throw SQLite::Exception("the file is read-only", SQLITE_READONLY);
@@ -74,6 +94,16 @@ Book Database::load() try { return readBook(db_); } catch (const std::exception&
 
 void Database::save(const Rows& rows) {
   transact([&] { writer_.write(rows); });
+}
+
+void Database::save(const std::vector<EquityRow>& rows) {
+  transact([&] { equity_.write(rows); });
+}
+
+void Database::readEquity(const EquityRange& range, size_t limit, std::vector<EquityRow>& rows) try {
+  equity_.read(range, limit, rows);
+} catch (const std::exception& e) {
+  throw StoreError(file_, e);
 }
 
 void Database::overwriteFailed() {

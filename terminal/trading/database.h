@@ -1,11 +1,12 @@
 #pragma once
 
 #include <filesystem>
-#include <optional>
+#include <vector>
 
 #include <SQLiteCpp/Database.h>
 
 #include "terminal/trading/change.h"
+#include "terminal/trading/equitytable.h"
 #include "terminal/trading/rowwriter.h"
 #include "terminal/trading/storeerror.h"
 
@@ -26,6 +27,12 @@ class Database {
   // overwriteFailed() has succeeded.
   void save(const Rows& rows);
 
+  // Adds rows of history, and prunes it, in one transaction of its own. Throws StoreError.
+  void save(const std::vector<EquityRow>& rows);
+
+  // See EquityTable::read. Throws StoreError.
+  void readEquity(const EquityRange& range, size_t limit, std::vector<EquityRow>& rows);
+
   // Commits a transaction of its own, whose frames take the place of those of a failed commit in the write-ahead log.
   // Throws StoreError.
   void overwriteFailed();
@@ -37,6 +44,7 @@ class Database {
   std::filesystem::path file_;
   SQLite::Database db_;
   RowWriter writer_;
+  EquityTable equity_;
 };
 
 }  // namespace orvane::terminal

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
@@ -18,6 +19,13 @@ class JsonText {
     key(name).String(value.data(), static_cast<rapidjson::SizeType>(value.size()));
   }
 
+  template <typename Value>
+  void member(const char* name, const std::vector<Value>& values) {
+    key(name).StartArray();
+    for (const Value value : values) element(value);
+    endArray();
+  }
+
   void beginObject() { writer_.StartObject(); }
   void endObject() { writer_.EndObject(); }
   void beginArray() { writer_.StartArray(); }
@@ -25,6 +33,8 @@ class JsonText {
   std::string text() const { return {buffer_.GetString(), buffer_.GetSize()}; }
 
  private:
+  void element(int64_t value) { writer_.Int64(value); }
+  void element(double value) { writer_.Double(value); }
   rapidjson::Writer<rapidjson::StringBuffer>& key(const char* name) {
     writer_.Key(name);
     return writer_;

@@ -3,17 +3,10 @@
 #include <string>
 #include <system_error>
 
-#include "terminal/databasecopy.h"
-
 namespace orvane::terminal {
 namespace {
 
 constexpr const char* kFile = "terminal.db";
-
-Book readCopy(const std::filesystem::path& dir) {
-  const DatabaseCopy copy(dir / kFile);
-  return Database(copy.dir()).load();
-}
 
 bool isThere(const std::filesystem::path& file) {
   std::error_code error;
@@ -35,11 +28,13 @@ OpenedBook openBook(const std::filesystem::path& dir) {
     auto database = std::make_unique<Database>(dir);
     Book book = database->load();
     std::optional<StoreError> error = tryWriting(*database);
-    return {std::move(database), std::move(book), std::move(error)};
+    return {std::move(database), nullptr, std::move(book), std::move(error)};
   } catch (const StoreError& error) {
     if (!error.isOfDisk() || !isThere(dir / kFile)) throw;
     try {
-      return {nullptr, readCopy(dir), error};
+      auto copy = std::make_unique<ReadingCopy>(dir / kFile);
+      Book book = copy->database.load();
+      return {nullptr, std::move(copy), std::move(book), error};
     } catch (const std::exception& copying) {
       throw StoreError(dir / kFile,
                        std::runtime_error(std::string(error.what()) + "; nor can it be read: " + copying.what()));

@@ -98,8 +98,8 @@ bool AuthAgent::hasPrivilege(const TradingAccountID& account, AccountPrivilege p
   });
 }
 
-Services::Services(Desk& desk, Engine& engine, QuoteMode mode)
-    : code_(desk), trade_(desk, engine), auth_(desk), monitor_(desk, engine), proxy_(desk, engine, mode) {
+Services::Services(Desk& desk, Engine& engine, const QuoteCurves& curves, QuoteMode mode)
+    : code_(desk), trade_(desk, engine), auth_(desk), monitor_(desk, engine), proxy_(desk, engine, curves, mode) {
   Services* none = nullptr;
   if (!gServices.compare_exchange_strong(none, this)) {
     throw std::runtime_error("there can only be one trading host in a process");

@@ -56,7 +56,7 @@ class AuthAgent : public IAuthAgent {
 class Services : public IBaseService {
  public:
   // Throws std::runtime_error if there is an instance already.
-  Services(Desk& desk, Engine& engine, QuoteMode mode);
+  Services(Desk& desk, Engine& engine, const QuoteCurves& curves, QuoteMode mode);
   ~Services() override;
   Services(const Services&) = delete;
   Services& operator=(const Services&) = delete;

@@ -53,6 +53,14 @@ std::string StoreError::refusal() const {
   return fmt::format("数据库 {} 无法写入 ({}), 未作任何更改: {}", file_, reason_, remedyOf(code_).chinese);
 }
 
+std::string StoreError::lostHistory() const {
+  return fmt::format("数据库 {} 写入失败 ({}), 权益历史暂停记录: {}", file_, reason_, remedyOf(code_).chinese);
+}
+
+std::string StoreError::unreadable() const {
+  return fmt::format("数据库 {} 读取失败 ({}): {}", file_, reason_, remedyOf(code_).chinese);
+}
+
 std::string StoreError::unknownOutcome() const {
   return fmt::format("数据库 {} 写入失败 ({}), 结果未知: 请勿重新提交, 待恢复后查看列表", file_, reason_);
 }

@@ -21,6 +21,10 @@ class StoreError : public std::runtime_error {
   std::string refusal() const;
   std::string unknownOutcome() const;
 
+  // For clients, UTF-8: rows of history are not written, or cannot be read.
+  std::string lostHistory() const;
+  std::string unreadable() const;
+
  private:
   std::string file_;
   std::string reason_;

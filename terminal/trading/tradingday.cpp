@@ -6,13 +6,29 @@
 #include <fmt/format.h>
 
 namespace orvane::terminal {
+namespace {
+
+constexpr int64_t kDay = 86400;
+
+// Seconds by which local time is ahead at `time`.
+int64_t aheadOfUtc(std::time_t time) {
+  std::tm local{};
+  localtime_r(&time, &local);
+  return local.tm_gmtoff;
+}
+
+}  // namespace
 
 std::optional<int64_t> TradingDay::today() const {
   if (!watch_.agrees()) return std::nullopt;
   const std::time_t now = std::chrono::system_clock::to_time_t(watch_.wall());
-  std::tm local{};
-  localtime_r(&now, &local);
-  return (now + local.tm_gmtoff) / 86400;
+  return (now + aheadOfUtc(now)) / kDay;
+}
+
+int64_t TradingDay::lastMinute(int64_t day) {
+  const std::time_t local = (day + 1) * kDay - 60;
+  const std::time_t near = local - aheadOfUtc(local);
+  return (local - aheadOfUtc(near)) * 1000;
 }
 
 int64_t TradingDay::now() const {

@@ -21,6 +21,9 @@ class TradingDay {
   // Milliseconds since 1970.
   int64_t now() const;
 
+  // The start of the last minute of a trading day, in milliseconds since 1970.
+  static int64_t lastMinute(int64_t day);
+
   // Why the day does not change at present, English; empty if it does.
   std::string fault() const;
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "terminal/trading/quotefeed.h"
+#include "terminal/trading/recorder.h"
 #include "terminal/trading/services.h"
 
 namespace orvane::terminal {
@@ -11,13 +12,16 @@ struct TradingHost::Parts {
   Parts(const TradingOptions& options, const IClock& clock)
       : desk(options.dataDir, clock),
         engine(desk),
-        services(desk, engine, options.quotes),
-        feed(desk, engine, options) {}
+        services(desk, engine, curves, options.quotes),
+        feed(desk, engine, options),
+        recorder(desk, curves) {}
 
   Desk desk;
+  QuoteCurves curves;
   Engine engine;
   Services services;
   QuoteFeed feed;
+  Recorder recorder;
 };
 
 TradingHost::TradingHost(const TradingOptions& options, const IClock& clock)
@@ -29,11 +33,13 @@ void TradingHost::setMobileServer(IMobileSrv* server) { parts_->services.setMobi
 
 void TradingHost::start(Notify notify) {
   parts_->desk.outbox().start(std::move(notify));
+  parts_->recorder.start();
   parts_->feed.start();
 }
 
 void TradingHost::stop() {
   parts_->feed.stop();
+  parts_->recorder.stop();
   parts_->desk.outbox().stop();
 }
 

@@ -1,17 +1,22 @@
 #include "terminal/trading/uiproxy.h"
 
 #include <cmath>
+#include <future>
+#include <utility>
 
 #include <fmt/format.h>
-#include <rapidjson/document.h>
 
 #include "host/common.h"
 #include "terminal/trading/codetypeledger.h"
+#include "terminal/trading/equitylist.h"
 #include "terminal/trading/jsontext.h"
 #include "terminal/trading/ledger.h"
+#include "terminal/trading/objectbody.h"
 
 namespace orvane::terminal {
 namespace {
+
+constexpr std::string_view kEquityList = "equity.list";
 
 const char* modeName(QuoteMode mode) {
   switch (mode) {
@@ -76,7 +81,7 @@ std::string quoteFault(const Instrument* instrument, int64_t hashCode, double pr
 }  // namespace
 
 // The dispatch table of the terminal's own topics.
-const std::array<UiProxy::Topic, 4> UiProxy::kTopics{{
+const std::array<UiProxy::Topic, 6> UiProxy::kTopics{{
     {"terminal.info",
      [](UiProxy& proxy, const std::string& /*body*/) {
        return Answer{"", proxy.terminalInfo()};
@@ -85,6 +90,12 @@ const std::array<UiProxy::Topic, 4> UiProxy::kTopics{{
      [](UiProxy& proxy, const std::string& /*body*/) {
        return Answer{"", proxy.quoteList()};
      }},
+    {"quote.curve",
+     [](UiProxy& proxy, const std::string& body) {
+       const QuoteCurves::Answer made = proxy.curves_.answer(proxy.desk_, body);
+       return Answer{made.fault, made.text};
+     }},
+    {kEquityList, [](UiProxy& proxy, const std::string& body) { return proxy.equityList(body); }},
     {"order.rates", [](UiProxy& proxy, const std::string& body) { return proxy.rates(body); }},
     {"quote.set",
      [](UiProxy& proxy, const std::string& body) {
@@ -100,16 +111,21 @@ std::vector<std::string_view> UiProxy::topics() {
 }
 
 void UiProxy::requestSync(const std::string& topic, const std::string& data, MobileMessage& reply) {
-  const Answer made = answer(topic, data);
   reply.topic = topic;
-  reply.message = CodeConvert::utf8_to_gbk(made.message);
-  reply.data = CodeConvert::utf8_to_gbk(made.data);
+  put(answer(topic, data), reply);
 }
 
 void UiProxy::requestAsync(int64_t requestId, const std::string& topic, const std::string& data) {
   MobileMessage reply;
   reply.requestId = requestId;
-  requestSync(topic, data, reply);
+  reply.topic = topic;
+  if (topic == kEquityList) {  // it shows nothing that is not stored
+    return readEquity(data, [this, reply = std::move(reply)](const Answer& made) mutable {
+      put(made, reply);
+      desk_.outbox().post(std::move(reply));
+    });
+  }
+  put(answer(topic, data), reply);
   desk_.whenStored([this, reply = std::move(reply)](const std::string& failure) mutable {
     if (!failure.empty()) {
       reply.message = CodeConvert::utf8_to_gbk(failure);
@@ -117,6 +133,11 @@ void UiProxy::requestAsync(int64_t requestId, const std::string& topic, const st
     }
     desk_.outbox().post(std::move(reply));
   });
+}
+
+void UiProxy::put(const Answer& made, MobileMessage& reply) {
+  reply.message = CodeConvert::utf8_to_gbk(made.message);
+  reply.data = CodeConvert::utf8_to_gbk(made.data);
 }
 
 UiProxy::Answer UiProxy::answer(const std::string& topic, const std::string& body) {
@@ -147,15 +168,9 @@ std::string UiProxy::quoteList() {
 }
 
 UiProxy::Answer UiProxy::rates(const std::string& body) {
-  rapidjson::Document root;
-  root.Parse<rapidjson::kParseIterativeFlag>(body.c_str());
-  if (root.HasParseError() || !root.IsObject()) return {R"(order.rates 需要 {"index": 整数, "hashCode": 整数})", ""};
-  const rapidjson::Value& object = root;
-  const auto index = object.FindMember("index");
-  const auto hashCode = object.FindMember("hashCode");
-  if (index == object.MemberEnd() || !index->value.IsInt()) return {"order.rates 缺少整数 index", ""};
-  if (hashCode == object.MemberEnd() || !hashCode->value.IsInt64()) return {"order.rates 缺少整数 hashCode", ""};
-  const Key key{index->value.GetInt(), hashCode->value.GetInt64()};
+  ObjectBody object("order.rates", body, R"({"index": 整数, "hashCode": 整数})");
+  const Key key{object.int32("index"), object.int64("hashCode")};
+  if (!object.fault().empty()) return {object.fault(), ""};
   return desk_.read([&](const Book& book) -> Answer {
     if (!book.accounts.contains(key.account)) return {fmt::format("没有账户 {}", key.account), ""};
     if (book.instrument(key.hashCode) == nullptr) return {fmt::format("没有合约 {}", key.hashCode), ""};
@@ -163,17 +178,31 @@ UiProxy::Answer UiProxy::rates(const std::string& body) {
   });
 }
 
+UiProxy::Answer UiProxy::equityList(const std::string& body) {
+  std::promise<Answer> made;
+  readEquity(body, [&](const Answer& answer) { made.set_value(answer); });
+  return made.get_future().get();
+}
+
+void UiProxy::readEquity(const std::string& body, std::function<void(const Answer&)> deliver) {
+  EquityQuery query;
+  std::string fault = readEquityQuery(body, query);
+  const int32_t index = query.range.account;
+  if (fault.empty() && desk_.read([&](const Book& book) { return book.account(index) == nullptr; })) {
+    fault = fmt::format("没有账户 {}", index);
+  }
+  if (!fault.empty()) return deliver({fault, ""});
+  desk_.readEquity(query.range, [points = query.points, deliver = std::move(deliver)](std::vector<EquityRow> rows,
+                                                                                      const StoreError* error) {
+    deliver(error != nullptr ? Answer{error->unreadable(), ""} : Answer{"", equityText(std::move(rows), points)});
+  });
+}
+
 std::string UiProxy::setQuote(const std::string& body) {
   if (mode_ != QuoteMode::Still) return "quote.set 只能在 --quotes still 方式下使用";
-  rapidjson::Document root;
-  root.Parse<rapidjson::kParseIterativeFlag>(body.c_str());
-  if (root.HasParseError() || !root.IsObject()) return R"(quote.set 需要 {"hashCode": 整数, "price": 数})";
-  const rapidjson::Value& object = root;
-  const auto hashCode = object.FindMember("hashCode");
-  const auto price = object.FindMember("price");
-  if (hashCode == object.MemberEnd() || !hashCode->value.IsInt64()) return "quote.set 缺少整数 hashCode";
-  if (price == object.MemberEnd() || !price->value.IsNumber()) return "quote.set 缺少数值 price";
-  const Price wanted{hashCode->value.GetInt64(), price->value.GetDouble()};
+  ObjectBody object("quote.set", body, R"({"hashCode": 整数, "price": 数})");
+  const Price wanted{object.int64("hashCode"), object.number("price")};
+  if (!object.fault().empty()) return object.fault();
   std::string fault = desk_.read(
       [&](const Book& book) { return quoteFault(book.instrument(wanted.first), wanted.first, wanted.second); });
   if (!fault.empty()) return fault;

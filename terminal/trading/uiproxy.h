@@ -1,21 +1,23 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "host/uiproxymgr.h"
 #include "terminal/trading/engine.h"
+#include "terminal/trading/quotecurves.h"
 #include "terminal/trading/tradingoptions.h"
 
 namespace orvane::terminal {
 
-// Answers the terminal's own topics: "terminal.info", "quote.list", and "quote.set" under QuoteMode::Still.
-// Thread-safe.
+// Answers the terminal's own topics, which docs/topics.md describes. Thread-safe.
 class UiProxy : public IUIProxyMgr {
  public:
-  UiProxy(Desk& desk, Engine& engine, QuoteMode mode) : desk_(desk), engine_(engine), mode_(mode) {}
+  UiProxy(Desk& desk, Engine& engine, const QuoteCurves& curves, QuoteMode mode)
+      : desk_(desk), engine_(engine), curves_(curves), mode_(mode) {}
 
   // The names of the terminal's own topics.
   static std::vector<std::string_view> topics();
@@ -37,16 +39,23 @@ class UiProxy : public IUIProxyMgr {
     std::string_view name;
     Answer (*answer)(UiProxy& proxy, const std::string& body);
   };
-  static const std::array<Topic, 4> kTopics;
+  static const std::array<Topic, 6> kTopics;
 
   Answer answer(const std::string& topic, const std::string& body);
   std::string terminalInfo();
   std::string quoteList();
   Answer rates(const std::string& body);
   std::string setQuote(const std::string& body);
+  Answer equityList(const std::string& body);
+
+  // Calls `deliver` once, here or on the committer's thread.
+  void readEquity(const std::string& body, std::function<void(const Answer&)> deliver);
+
+  static void put(const Answer& made, MobileMessage& reply);
 
   Desk& desk_;
   Engine& engine_;
+  const QuoteCurves& curves_;
   QuoteMode mode_;
 };
 

@@ -4,8 +4,8 @@
 #include <SQLiteCpp/Statement.h>
 #include <gmock/gmock.h>
 
-#include "tests/support/faketime.h"
 #include "tests/trading/desktest.h"
+#include "tests/trading/testclock.h"
 
 namespace orvane::terminal::testing {
 namespace {
@@ -13,15 +13,6 @@ namespace {
 using std::chrono::hours;
 using std::chrono::minutes;
 using ::testing::HasSubstr;
-
-// Both of its clocks move only when the test says so.
-class TestClock : public IClock {
- public:
-  WallTime wallTime() const override { return time.wallTime(); }
-  BootTime bootTime() const override { return time.bootTime(); }
-
-  test::FakeTime time;
-};
 
 class ClockTest : public DeskTest {
  protected:
@@ -66,24 +57,28 @@ TEST_F(ClockTest, TheDayStaysWhileTheClocksDisagree) {
   EXPECT_EQ(orders().size(), 1U) << "both clocks are past midnight";
 }
 
-TEST_F(ClockTest, ADatabaseOfVersion1IsUpgraded) {
+TEST_F(ClockTest, ADatabaseOfEachEarlierVersionIsUpgraded) {
   host_.reset();
-  std::filesystem::remove_all(dir_);
-  std::filesystem::create_directories(dir_);
   std::stringstream script;
-  script << std::ifstream(OLD_DATABASE).rdbuf();
-  const std::string file = (dir_ / "terminal.db").string();
-  SQLite::Database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE).exec(script.str());
-  open();
-  EXPECT_EQ(orders().size(), 2U);
-  EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3330, 2), "");
-  reopen();
-  EXPECT_EQ(fills().size(), 2U);
-  EXPECT_EQ(positions().at({1, kRebar}).longTodayVolume, 6);
-  host_.reset();
-  SQLite::Database db(file);
-  EXPECT_EQ(db.execAndGet("PRAGMA user_version").getInt(), 2);
-  EXPECT_EQ(db.execAndGet("PRAGMA integrity_check").getString(), "ok");
+  for (const char* version : {"version1.sql", "version2.sql"}) {  // each adds to the one before
+    SCOPED_TRACE(version);
+    std::filesystem::remove_all(dir_);
+    std::filesystem::create_directories(dir_);
+    script << std::ifstream(std::filesystem::path(OLD_DATABASES) / version).rdbuf();
+    const std::string file = (dir_ / "terminal.db").string();
+    SQLite::Database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE).exec(script.str());
+    open();
+    EXPECT_EQ(orders().size(), 2U);
+    EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3330, 2), "");
+    reopen();
+    EXPECT_EQ(fills().size(), 2U);
+    EXPECT_EQ(positions().at({1, kRebar}).longTodayVolume, 6);
+    host_.reset();
+    SQLite::Database db(file);
+    EXPECT_EQ(db.execAndGet("PRAGMA user_version").getInt(), 3);
+    EXPECT_EQ(db.execAndGet("PRAGMA integrity_check").getString(), "ok");
+    EXPECT_EQ(db.execAndGet("SELECT count(*) FROM equity").getInt(), 1) << "history begins with the first start";
+  }
 }
 
 }  // namespace

@@ -74,6 +74,9 @@ export const kReplies: { readonly [name: string]: Shape } = {
   "quote.list": [{ hashCode: "int", codeExch: "text", codeName: "text", codeClass: "int", lastPrice: "number",
   bidPrice: "number", askPrice: "number", preClosePrice: "number", preSettlementPrice: "number", lowerLimit: "number",
   upperLimit: "number", priceTick: "number", volumeStep: "int", maxVolume: "int", multiplier: "int" }],
+  "quote.curve": [{ hashCode: "int", start: "int", minutes: ["int"], prices: ["number"] }],
+  "equity.list": [{ time: "int", day: "int", equity: "number", available: "number", margin: "number", profit:
+  "number", deposit: "number", withdraw: "number" }],
   "order.rates": { longByMoney: "number", longByVolume: "number", shortByMoney: "number", shortByVolume: "number",
   commissionByMoney: "number", commissionByVolume: "number", commissionMinimum: "number", saleTax: "number" },
   "quote.set": "null",

@@ -154,6 +154,23 @@ export interface QuoteListRow {
   priceTick: number; volumeStep: number; maxVolume: number; multiplier: number;
 }
 
+export interface QuoteCurveBody {
+  hashCodes: number[]; points: number;
+}
+
+export interface QuoteCurveRow {
+  hashCode: number; start: number; minutes: number[]; prices: number[];
+}
+
+export interface EquityListBody {
+  index: number; from: number; to: number; points: number;
+}
+
+export interface EquityListRow {
+  time: number; day: number; equity: number; available: number; margin: number; profit: number; deposit: number;
+  withdraw: number;
+}
+
 export interface OrderRatesBody {
   index: number; hashCode: number;
 }
@@ -200,6 +217,8 @@ export interface Bodies {
   "creditinfo.list": number[];
   "terminal.info": unknown;
   "quote.list": unknown;
+  "quote.curve": QuoteCurveBody;
+  "equity.list": EquityListBody;
   "order.rates": OrderRatesBody;
   "quote.set": QuoteSetBody;
 }
@@ -225,6 +244,8 @@ export interface Replies {
   "creditinfo.list": CreditinfoListRow[];
   "terminal.info": TerminalInfo;
   "quote.list": QuoteListRow[];
+  "quote.curve": QuoteCurveRow[];
+  "equity.list": EquityListRow[];
   "order.rates": OrderRates;
   "quote.set": null;
 }
