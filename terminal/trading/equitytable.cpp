@@ -29,10 +29,11 @@ void EquityTable::write(const std::vector<EquityRow>& rows) {
 
 // A row goes if the account's next row is of the same day: the last one of each day stays. Returns how many went.
 int EquityTable::prune(int64_t now) {
-  SQLite::Statement old(db_,
-                        "DELETE FROM equity WHERE (account, time) IN (SELECT account, time FROM account a JOIN equity e"
-                        " ON e.account = a.idx WHERE e.time < ? AND e.day = (SELECT day FROM equity AS next"
-                        " WHERE next.account = e.account AND next.time > e.time ORDER BY next.time LIMIT 1) LIMIT ?)");
+  SQLite::Statement old(
+      db_,
+      "DELETE FROM equity WHERE (account, time) IN (SELECT account, time FROM account a CROSS JOIN equity e"
+      " ON e.account = a.idx WHERE e.time < ? AND e.day = (SELECT day FROM equity AS next"
+      " WHERE next.account = e.account AND next.time > e.time ORDER BY next.time LIMIT 1) LIMIT ?)");
   SQLite::bind(old, now - kMinutesKept, kDeletedAtOnce);
   return old.exec();
 }
