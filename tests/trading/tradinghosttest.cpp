@@ -36,7 +36,7 @@ TEST_F(TradingHostTest, ADatabaseThatCannotBeUsedIsLeftAlone) {
   EXPECT_EQ(faultOf({dir_, QuoteMode::Still, {}, 1}), file + "no such table: sync_rule" + advice);
   SQLite::Database((dir_ / "terminal.db").string(), SQLite::OPEN_READWRITE).exec("PRAGMA user_version = 7");
   EXPECT_THAT(faultOf({dir_, QuoteMode::Still, {}, 1}),
-              HasSubstr("its version is 7, this program reads versions 1 to 2" + advice));
+              HasSubstr("its version is 7, this program reads versions 1 to 3" + advice));
   std::ofstream(dir_ / "terminal.db", std::ios::trunc) << "not a database, and longer than the header of one hundred"
                                                           " bytes, because a shorter file counts as empty";
   EXPECT_EQ(faultOf({dir_, QuoteMode::Still, {}, 1}), file + "file is not a database" + advice);
