@@ -47,11 +47,6 @@ ip::address addressOf(const tcp::socket& socket) {
   return ip::make_address_v4(ip::v4_mapped, address.to_v6());
 }
 
-std::string networkOf(const ip::address& address) {
-  if (address.is_v4()) return address.to_string();
-  return ip::network_v6(address.to_v6(), 64).canonical().to_string();
-}
-
 std::string_view adviceFor(const error_code& error) {
   using boost::system::errc::address_not_available;
   if (error == asio::error::address_in_use) {
@@ -67,6 +62,11 @@ OriginPolicy::IsOwnName certifiedNames(const std::shared_ptr<asio::ssl::context>
 }
 
 }  // namespace
+
+std::string networkOf(const ip::address& address) {
+  if (address.is_v4()) return address.to_string();
+  return ip::network_v6(address.to_v6(), 64).canonical().to_string();
+}
 
 Listener::Listener(asio::io_context& context, ListenOptions options, ISessionOwner& sessions, IPageOwner& pages)
     : options_(std::move(options)),

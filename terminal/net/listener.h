@@ -25,6 +25,9 @@ struct ListenOptions {
   NetLimits limits;
 };
 
+// The rate-limit key of a client at this address: an IPv6 client owns its whole /64.
+std::string networkOf(const boost::asio::ip::address& address);
+
 // Accepts TCP connections and owns them: HTTP, pages and WebSocket sessions. Everything but the constructor and url()
 // belongs to the loop's thread.
 class Listener : private IConnectionOwner {

@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
+#include "terminal/net/listener.h"
 #include "tests/gateway/gatewayrig.h"
 #include "tests/gateway/wireclient.h"
 #include "tests/support/holdssoon.h"
@@ -146,6 +147,13 @@ TEST_F(LimitsTest, SendWhatIsQueuedBeforeTheCloseFrame) {
   newer.send(login + "}");
   for (int i = 1; i <= kPushes; ++i) ASSERT_THAT(older.receive().text, StartsWith(fmt::format("{{\"seq\":{},", i)));
   EXPECT_EQ(older.receive().closeCode, 4409);
+}
+
+// An IPv6 client may choose among all addresses of its network.
+TEST(Network, OfAnIpv6ClientIsWhole) {
+  const auto network = [](const char* text) { return terminal::networkOf(boost::asio::ip::make_address(text)); };
+  EXPECT_EQ(network("10.0.0.1"), "10.0.0.1");
+  EXPECT_EQ(network("2001:db8:0:1:2:3:4:5"), "2001:db8:0:1::/64");
 }
 
 // Before the library runs it, a key is on the disk.
