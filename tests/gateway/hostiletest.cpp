@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "terminal/net/originpolicy.h"
 #include "tests/gateway/gatewayrig.h"
 #include "tests/support/holdssoon.h"
 #include "tests/support/rawsocket.h"
@@ -54,13 +55,16 @@ TEST_F(HostileTest, HttpRequests) {
       {"\x16\x03\x01\x02\x01" + std::string(100, '\0'), "400", "This is no HTTP request: bad method.\n"},
       {"GET / HTTP/9.9\r\n\r\n", "400", "This is no HTTP request: bad version.\n"},
       {"GET / HTTP/1.1\r\nX: " + std::string(9000, 'x'), "400", "This is no HTTP request: header limit exceeded.\n"},
-      {"POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 3\r\n\r\nabc", "405", "Only GET is served here.\n"},
+      {"POST /health/live HTTP/1.1\r\nHost: localhost\r\nContent-Length: 3\r\n\r\nabc", "405",
+       "Only GET is served here.\n"},
       {"GET /../etc/passwd HTTP/1.1\r\nHost: localhost\r\n\r\n", "404", "There is no such page.\n"},
       {"GET /ws HTTP/1.1\r\nHost: localhost\r\n\r\n", "426", "This address takes WebSocket connections only.\n"},
       {get + own + "\r\n\r\n", "200", "<!doctype html>"},
       {get + own + ".local:80\r\n\r\n", "200", "<!doctype html>"},
-      {get + own + ".evil\r\n\r\n", "403", "This terminal does not answer to the name"},
-      {get + "localhost\r\nOrigin: http://evil\r\n\r\n", "403", "Pages of http://evil may not use this terminal."},
+      {get + own + ".evil\r\n\r\n", "403",
+       "This terminal does not answer to the name \"" + own + ".evil\". If it should, start it with --allow-origin.\n"},
+      {get + "localhost\r\nOrigin: http://evil\r\n\r\n", "403",
+       "Pages of http://evil may not use this terminal. If they should, start it with --allow-origin.\n"},
   };
   for (const auto& [bytes, status, body] : rows) {
     SCOPED_TRACE(bytes.substr(0, 60));
@@ -70,6 +74,7 @@ TEST_F(HostileTest, HttpRequests) {
                       HasSubstr("\r\nCache-Control: no-store\r\n"), HasSubstr("\r\nReferrer-Policy: no-referrer\r\n"),
                       HasSubstr("\r\nX-Content-Type-Options: nosniff\r\n")));
   }
+  EXPECT_EQ(terminal::OriginPolicy(true, {}, {}).findFault("127.0.0.1:1", "https://127.0.0.1:1"), "");
   // The second's rest never comes, and the time for the head ends.
   for (const char* bytes : {"", "GET / HTTP/1.1\r\nHost: local"}) {
     EXPECT_EQ((RawSocket(port_) << bytes).readToEnd(), "");
@@ -101,6 +106,8 @@ TEST_F(HostileTest, BadFrames) {
     SCOPED_TRACE(testing::PrintToString(frames.substr(0, 20)));
     EXPECT_THAT((openWebSocket(port_) << login() + frames).readToEnd(), HasSubstr(bigEndian(code, 2)));
   }
+  EXPECT_THAT((openWebSocket(port_) << login() + frame("x", '\x82')).readToEnd(),
+              HasSubstr(bigEndian(1003, 2) + "only text frames are taken"));
   expectUnharmed();
 }
 

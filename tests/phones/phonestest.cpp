@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include "terminal/phones/mobileserver.h"
 #include "tests/phones/phonesfixture.h"
 
 namespace orvane::test {
@@ -10,6 +11,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using terminal::CloseCode;
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -226,6 +228,8 @@ TEST_F(PhonesTest, RefusesWithoutAnAgent) {
   const auto session = client(token_);
   order(session, 1, "a17");
   EXPECT_THAT(session->sent, ElementsAre(HasSubstr("this one was not taken")));
+  EXPECT_THAT(get("/health").body, AllOf(HasSubstr(R"("ready":[{"status":"fail"}])"),
+                                         HasSubstr(R"("status":"fail","output":"the agent takes no requests"})")));
   phones_.agent().attach(agent_, &handle_);
   order(session, 2, "a17");
   EXPECT_THAT(agent_->requests, SizeIs(1));
@@ -239,6 +243,17 @@ TEST_F(PhonesTest, ClosesTheClientsOfARevokedTokenAtOnce) {
   advance(100ms);
   EXPECT_EQ(session->closeCode(), CloseCode::NotEntitled);
   EXPECT_FALSE(kept->isClosing());
+}
+
+TEST_F(PhonesTest, SendsOnlyWhileItsServerRuns) {
+  terminal::MobileServer server(
+      phones_, [](const auto& stored) { stored(""); }, [] {}, [] {});
+  EXPECT_EQ(server.send({}).code, -1);
+  EXPECT_EQ(server.start({}).code, 0);
+  EXPECT_EQ(server.start({}).code, -1);
+  EXPECT_EQ(server.send({}).code, 0);
+  server.stop();
+  EXPECT_EQ(server.send({}).code, -1);
 }
 
 TEST_F(PhonesTest, ReportsAnAgentThatDoesNotAnswer) {
@@ -261,6 +276,7 @@ TEST_F(PhonesTest, ShowsMetricsElsewhereOnlyToATokenThatMaySee) {
   EXPECT_EQ(status("Bearer guess"), 401U);
   EXPECT_EQ(status("Bearer " + addToken("trader", "trade")), 401U);
   EXPECT_EQ(status("Bearer " + token_), 200U);
+  EXPECT_STREQ(get("/metrics").contentType, "text/plain; version=0.0.4");
   EXPECT_THAT(get("/metrics", "", false).body, HasSubstr("send the header Authorization: Bearer TOKEN.\n"));
 }
 
@@ -269,7 +285,7 @@ TEST_F(PhonesTest, WritesMetricsThatAScraperReads) {
   const std::regex help("# HELP (pocket_terminal_[a-z_]+) [A-Z].*\\.");
   const std::regex type("# TYPE (pocket_terminal_[a-z_]+) (gauge|counter|histogram)");
   const std::regex sample(
-      R"re((pocket_terminal_[a-z_]+)(\{(topic|reason|code|version)="[^"]+"(,le="([0-9.]+|\+Inf)")?\})? ([0-9.]+))re");
+      R"re((pocket_terminal_[a-z_]+)(\{(topic|reason|code|version)="[a-z0-9.]+"(,le="([0-9.]+|\+Inf)")?\})? ([0-9.]+))re");
   const auto session = client(token_);
   const std::vector<std::chrono::milliseconds> times{0ms, 1ms, 30ms, 11s};
   for (size_t i = 0; i < times.size(); ++i) {

@@ -102,13 +102,16 @@ TEST_F(StoreTest, KeepsAuditLinesWhileTheFileIsLocked) {
   ASSERT_EQ(flock(file, LOCK_SH), 0);
   order(session, 2, "k2");
   reply(1, "2");
-  EXPECT_THAT(session->take(), SizeIs(2));
+  send(session, R"({"id":3,"topic":"order.new","data":{"x":"no key"}})");
+  reply(2, "3");
+  EXPECT_THAT(session->take(), SizeIs(3));
   EXPECT_THAT(get("/health").body, HasSubstr(R"("audit:writes":[{"status":"warn","output":"cannot write)"));
   EXPECT_EQ(get("/health/ready").status, 200U);
   EXPECT_THAT(audit(), Not(HasSubstr(R"("k2")")));
   close(file);
   advance(1s);
-  EXPECT_THAT(audit(), HasSubstr(R"("key":"k2","outcome":"answered")"));
+  EXPECT_THAT(audit(), AllOf(HasSubstr(R"("key":"k2","outcome":"answered")"), HasSubstr("no key")));
+  EXPECT_EQ(count("action"), 2);
   EXPECT_EQ(get("/health").status, 200U);
 }
 
@@ -162,7 +165,7 @@ TEST_F(StoreTest, KeepsAsManyAuditFilesAsItMay) {
   std::filesystem::create_directory(dir_.path() / "audit.log.1");
   order(session, 12, "k12", data);
   reply(12, "1");
-  EXPECT_THAT(get("/health").body, HasSubstr("audit.log: Not a directory; "));
+  EXPECT_THAT(get("/health").body, HasSubstr("audit.log: Not a directory; let the folder's owner write to it\""));
   EXPECT_THAT(audit(), HasSubstr("k11"));
 }
 
@@ -189,8 +192,10 @@ TEST_F(StoreTest, KeepsKeysAfterAJumpOfTheClock) {
   reply(0, "1");
   loop_.jump(24h * 8);
   advance(2min);
-  EXPECT_THAT(get("/health").body,
-              HasSubstr(R"("clock:keys":[{"status":"warn","output":"the wall clock jumped by 11520)"));
+  EXPECT_THAT(
+      get("/health").body,
+      HasSubstr(R"("clock:keys":[{"status":"warn","output":"the wall clock jumped by 11520 minutes: keys are not )"
+                "deleted until it is set right or the terminal is restarted"));
   order(session, 2, "k1");
   EXPECT_THAT(agent_->requests, SizeIs(1));
 
@@ -291,6 +296,12 @@ TEST_F(StoreTest, HoldsFramesWhileTheTokensAreRead) {
   settle();
   EXPECT_THAT(session->sent, ElementsAre(HasSubstr(R"("name":"new")")));
   EXPECT_THAT(agent_->requests, SizeIs(1));
+
+  const auto gone = connect();
+  phones_.onFrame(*gone, R"({"id":1,"topic":"login","token":"guess"})");
+  hangUp(gone);
+  settle();
+  EXPECT_THAT(gone->sent, IsEmpty());
 
   for (const auto& [frames, bytes, isKept] :
        {std::tuple(256, 1, true), {257, 1, false}, {4, 64 * 1024, true}, {4, 64 * 1024 + 1, false}}) {
