@@ -155,15 +155,6 @@ TEST_F(PhonesTest, DoesNotUseUpTheKeyOfARefusedRequest) {
   EXPECT_THAT(agent_->requests, SizeIs(1));
 }
 
-TEST_F(PhonesTest, RunsNoListOfAClientThatIsBeingClosed) {
-  const auto older = login(token_, R"(,"device":"a1")");
-  for (int i = 0; i < 40; ++i) send(older, R"({"topic":"account.list"})");
-  login(token_, R"(,"device":"a1")");
-  ASSERT_EQ(older->closeCode(), CloseCode::Replaced);
-  reply(0, "1");
-  EXPECT_THAT(agent_->requests, SizeIs(32));
-}
-
 TEST_F(PhonesTest, RunsAnActionWhoseClientHasGone) {
   const auto session = client(token_);
   for (int i = 0; i < 40; ++i) send(session, R"({"topic":"account.list"})");
