@@ -1,9 +1,6 @@
-#include <chrono>
 #include <memory>
-#include <optional>
-#include <stop_token>
-#include <thread>
 
+#include "bench/asker.h"
 #include "bench/figure.h"
 #include "bench/paperdesk.h"
 #include "bench/servers.h"
@@ -12,26 +9,6 @@ namespace orvane::bench {
 namespace {
 
 constexpr size_t kOthers = 20;
-constexpr double kOthersPerSecond = 200;
-constexpr size_t kSamples = 1000;  // of one slice: the 99.9th percentile is the second largest
-
-// One client that waits for each reply and then for 0.2 ms, so that the server is asleep when the next request arrives.
-struct Asker {
-  Clients client;
-  Clients others;
-
-  // The value at `part` of the round trips' order.
-  double measure(double part, bool isBusy) {
-    std::optional<std::jthread> load;
-    if (isBusy) load.emplace([this](const std::stop_token& stop) { others.pace(kOthersPerSecond, stop); });
-    std::vector<double> samples;
-    while (samples.size() < kSamples) {
-      std::this_thread::sleep_for(std::chrono::microseconds(200));
-      samples.push_back(client.load(1));
-    }
-    return quantile(samples, part);
-  }
-};
 
 struct Bench {
   Desk desk{20};

@@ -14,6 +14,9 @@
 
 namespace orvane::bench {
 
+// Nanoseconds, of all threads of a process since its start.
+double processorTime(int pid);
+
 // A server in a process of its own, whose first line of output names its port. Killed with the object.
 class Server {
  public:
@@ -25,7 +28,7 @@ class Server {
 
   uint16_t port() const { return port_; }
   double residentBytes() const;
-  double processorTime() const;  // nanoseconds, of all its threads since the start
+  double processorTime() const { return bench::processorTime(process_.id()); }
 
  private:
   boost::process::ipstream output_;

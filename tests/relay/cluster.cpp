@@ -55,10 +55,12 @@ int Program::end(int signal) {
   return WIFSIGNALED(process_.native_exit_code()) ? -1 : process_.exit_code();
 }
 
-Cluster::Cluster(bool hasTls)
+Cluster::Cluster(bool hasTls, size_t terminals)
     : host_(fmt::format("127.{}.{}.1", 1 + getpid() / 250 % 250, getpid() % 250)), hasTls_(hasTls) {
+  std::string names = "t1";
+  for (size_t i = 2; i <= terminals; ++i) names += fmt::format(",t{}", i);
   std::vector<std::string> arguments{"setup",       (dir_.path() / "c").string(),
-                                     "--terminals", "t1,t2,t3,t4",
+                                     "--terminals", names,
                                      "--relays",    "r1,r2",
                                      "--servers",   fmt::format("{},{},{}", place(0), place(1), place(2))};
   if (hasTls) arguments.emplace_back("--tls");
@@ -110,11 +112,12 @@ std::string loginFrame(const std::string& terminal, const std::string& token, co
   return fmt::format(R"({{"id":1,"topic":"login","terminal":"{}","token":"{}"{}}})", terminal, token, more);
 }
 
-std::unique_ptr<terminal::Client> loginThrough(uint16_t port, const std::string& terminal, const std::string& token) {
+std::unique_ptr<terminal::Client> loginThrough(uint16_t port, const std::string& terminal, const std::string& token,
+                                               const terminal::ClientOptions& options) {
   std::string last;
   for (int i = 0; i < 150; ++i) {
     try {
-      auto client = std::make_unique<terminal::Client>(port);
+      auto client = std::make_unique<terminal::Client>(port, options);
       client->send(loginFrame(terminal, token));
       const terminal::Reply reply = client->receive();
       if (reply.message.empty()) return client;

@@ -29,6 +29,7 @@ class Program {
   // By a signal; the exit code once it has ended, -1 if it was killed or does not end.
   int end(int signal);
   void send(int signal);
+  int pid() const { return process_.id(); }
 
  private:
   boost::process::ipstream output_;
@@ -36,10 +37,12 @@ class Program {
 };
 
 // Three nats-servers as a cluster on an address of 127.0.0.0/8 that is this process's own, set up by pocket-relay, and
-// the credentials of the relays r1 and r2 and of the terminals t1 to t4.
+// the credentials of the relays r1 and r2 and of the terminals t1, t2, and so on.
 class Cluster {
  public:
-  explicit Cluster(bool hasTls);
+  static constexpr size_t kServers = 3;
+
+  explicit Cluster(bool hasTls, size_t terminals = 4);
 
   // All servers, comma-separated.
   std::string urls() const;
@@ -50,6 +53,7 @@ class Cluster {
   void killServer(size_t index) { servers_.at(index).reset(); }
   void startServer(size_t index);
   Program& server(size_t index) { return *servers_.at(index); }
+  int pidOfServer(size_t index) const { return servers_.at(index)->pid(); }
 
  private:
   std::string place(size_t index) const;
@@ -58,7 +62,7 @@ class Cluster {
   TempDir dir_;
   const std::string host_;
   const bool hasTls_;
-  std::array<std::unique_ptr<Program>, 3> servers_;
+  std::array<std::unique_ptr<Program>, kServers> servers_;
 };
 
 // pocket-relay on any free port.
@@ -97,7 +101,8 @@ class FarTerminal {
 std::string loginFrame(const std::string& terminal, const std::string& token, const std::string& more = {});
 
 // Logs in, and tries again for a while as long as the terminal is not there. Throws if it stays out.
-std::unique_ptr<terminal::Client> loginThrough(uint16_t port, const std::string& terminal, const std::string& token);
+std::unique_ptr<terminal::Client> loginThrough(uint16_t port, const std::string& terminal, const std::string& token,
+                                               const terminal::ClientOptions& options = {});
 
 // How a login ends: the failure's text and the close code.
 struct Refusal {

@@ -15,9 +15,9 @@ namespace orvane::test {
 // A terminal in the test's own process that answers each frame with as many bytes as the number after its "size":.
 class EchoHost : public terminal::ISessionOwner {
  public:
-  EchoHost(const Cluster& cluster, const std::string& name)
+  EchoHost(const Cluster& cluster, const std::string& name, size_t maxSessions = 256)
       : link_(loop_, {cluster.urlList(), terminal::relay::readCredentials(cluster.credentials(name))}),
-        port_(loop_, link_, *this, {.name = name, .onRefused = [] {}}) {
+        port_(loop_, link_, *this, {.name = name, .limits = {.maxSessions = maxSessions}, .onRefused = [] {}}) {
     port_.start();
     loop_.start();
   }

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "bench/servers.h"
+#include "tests/relay/cluster.h"
+
+namespace orvane::bench {
+
+// Starts pocket-relay with the credentials of `name`.
+Server startRelay(const test::Cluster& cluster, const std::string& name, const std::filesystem::path& folder,
+                  const std::vector<std::string>& options = {});
+
+// Two terminals with the same rows: one that clients reach directly, and one behind a relay and three NATS servers.
+class RelayDesk {
+ public:
+  RelayDesk();
+
+  const test::Cluster& cluster() const { return cluster_; }
+
+  // Throws std::runtime_error unless both terminals give the same reply.
+  Exchange exchange(std::string_view topic, std::string_view body) const;
+
+  Clients direct(size_t count, const Exchange& exchange) const;
+  Clients relayed(size_t count, const Exchange& exchange) const;
+
+ private:
+  test::Cluster cluster_{false};
+  test::TempDir folder_;
+  Desk nearDesk_{20};
+  Desk farDesk_{20};
+  Server near_;
+  Server relay_;
+  Server far_;
+  std::string farLogin_;
+};
+
+}  // namespace orvane::bench
