@@ -1,19 +1,18 @@
 #include <array>
-#include <cstdlib>
-#include <random>
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
 #include "tests/gateway/clientcheck.h"
+#include "tests/support/randomsteps.h"
 
 namespace orvane::test {
 namespace {
 
 // Clients that do random things, each with what the model expects of it.
-class RandomClients {
+class RandomClients : RandomSteps {
  public:
-  explicit RandomClients(uint32_t seed) : random_(seed) {
+  explicit RandomClients(uint32_t seed) : RandomSteps(seed) {
     check_.addToken(7);
     check_.start();
     for (int i = 0; i < 4; ++i) check_.addToken(static_cast<int>(pick(0, 7)));
@@ -33,12 +32,6 @@ class RandomClients {
   }
 
  private:
-  int64_t pick(int64_t low, int64_t high) { return std::uniform_int_distribution<int64_t>(low, high)(random_); }
-  bool chance(int percent) { return pick(1, 100) <= percent; }
-  template <typename Range>
-  auto oneOf(const Range& range) {
-    return *std::next(std::begin(range), pick(0, static_cast<int64_t>(std::size(range)) - 1));
-  }
   std::string nextId() { return chance(50) ? std::to_string(++lastId_) : fmt::format("\"i{}\"", ++lastId_); }
   model::World& world() { return check_.world(); }
 
@@ -257,25 +250,13 @@ class RandomClients {
     return "87 clients of one token";
   }
 
-  std::mt19937 random_;
   ClientCheck check_;
   std::deque<std::pair<int, model::Request>> sent_;  // with a key, by token
   int64_t lastId_ = 100;
 };
 
-int64_t fromEnvironment(const char* name, int64_t otherwise) {
-  const char* text = std::getenv(name);
-  return text == nullptr ? otherwise : std::atoll(text);
-}
-
-// RANDOM_CLIENTS is the number of seeds, RANDOM_CLIENTS_FROM the first.
 TEST(RandomClientsTest, GetWhatTheModelSays) {
-  const int64_t from = fromEnvironment("RANDOM_CLIENTS_FROM", 1);
-  const int64_t end = from + fromEnvironment("RANDOM_CLIENTS", 4);
-  for (int64_t seed = from; seed < end && !HasFailure(); ++seed) {
-    SCOPED_TRACE(fmt::format("RANDOM_CLIENTS_FROM={} RANDOM_CLIENTS=1", seed));
-    RandomClients(static_cast<uint32_t>(seed)).run(250);
-  }
+  runSeeds("RANDOM_CLIENTS", 4, [](uint32_t seed) { RandomClients(seed).run(250); });
 }
 
 }  // namespace

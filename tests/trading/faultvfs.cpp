@@ -116,6 +116,8 @@ FaultyDisk::FaultyDisk() {
 }
 
 FaultyDisk::~FaultyDisk() {
+  heal();
+  setReadOnly(false);
   sqlite3_vfs_unregister(&gDisk.vfs);
   sqlite3_reset_auto_extension();
 }

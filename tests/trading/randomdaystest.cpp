@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <ctime>
 #include <optional>
-#include <random>
 
 #include <SQLiteCpp/Database.h>
 #include <fmt/format.h>
@@ -15,6 +14,7 @@
 #include "host/servicerouter.h"
 #include "host/tradeservice.h"
 #include "terminal/trading/tradinghost.h"
+#include "tests/support/randomsteps.h"
 #include "tests/trading/listcheck.h"
 
 namespace orvane::terminal::testing {
@@ -38,9 +38,9 @@ std::filesystem::path folder() {
 }
 
 // A host and the second book side by side, through random steps; after each, everything is compared.
-class RandomDays {
+class RandomDays : test::RandomSteps {
  public:
-  explicit RandomDays(uint32_t seed) : random_(seed) {
+  explicit RandomDays(uint32_t seed) : RandomSteps(seed) {
     remove_all(dir_);
     setLocalDay(localDay_);
     { const TradingHost created(TradingOptions{dir_, QuoteMode::Still, {}, 1}); }
@@ -76,14 +76,6 @@ class RandomDays {
   }
 
  private:
-  int64_t pick(int64_t low, int64_t high) { return std::uniform_int_distribution<int64_t>(low, high)(random_); }
-  bool chance(int percent) { return pick(1, 100) <= percent; }
-  template <typename Range>
-  auto oneOf(const Range& range) {
-    return *std::next(std::begin(range), pick(0, static_cast<int64_t>(std::size(range)) - 1));
-  }
-  int32_t oneOf(std::initializer_list<int32_t> values) { return oneOf<std::initializer_list<int32_t>>(values); }
-
   static ITradeService* trade() { return IServiceRouter::instance()->getTradeService(); }
 
   void open() {
@@ -295,7 +287,6 @@ class RandomDays {
     return "manual positions";
   }
 
-  std::mt19937 random_;
   std::filesystem::path dir_ = folder();
   int localDay_ = -1;
   std::optional<second::SecondBook> book_;
@@ -303,19 +294,8 @@ class RandomDays {
   std::optional<TradingHost> host_;
 };
 
-int64_t fromEnvironment(const char* name, int64_t otherwise) {
-  const char* text = std::getenv(name);
-  return text == nullptr ? otherwise : std::atoll(text);
-}
-
-// RANDOM_DAYS is the number of seeds, RANDOM_DAYS_FROM the first.
 TEST(RandomDaysTest, EveryFigureOfEveryListIsThatOfTheSecondBook) {
-  const int64_t from = fromEnvironment("RANDOM_DAYS_FROM", 1);
-  const int64_t end = from + fromEnvironment("RANDOM_DAYS", 10);
-  for (int64_t seed = from; seed < end && !HasFailure(); ++seed) {
-    SCOPED_TRACE(fmt::format("RANDOM_DAYS_FROM={} RANDOM_DAYS=1", seed));
-    RandomDays(static_cast<uint32_t>(seed)).run(80);
-  }
+  test::runSeeds("RANDOM_DAYS", 10, [](uint32_t seed) { RandomDays(seed).run(80); });
 }
 
 }  // namespace

@@ -164,16 +164,6 @@ TEST_F(RefusalsTest, BuyingBackHoldsTheProceedsFirst) {
   EXPECT_NEAR(capital(4).available, dearer - (139'000 * 1.0003 - 128'300), 0.005);
 }
 
-TEST_F(RefusalsTest, ClientsSeeThePrivilegesAndRatesThatAreChecked) {
-  begin("UPDATE account SET ordinary_orders = 0 WHERE idx = 1");
-  EXPECT_TRUE(IAuthAgent::getInstance()->hasPrivilege(capital(1).id, AccountPrivilege::TriggerOrder));
-  EXPECT_FALSE(IAuthAgent::getInstance()->hasPrivilege(capital(1).id, AccountPrivilege::OrdinaryOrder));
-  MobileMessage reply;
-  IUIProxyMgr::getInstance()->requestSync("order.rates", R"({"index":3,"hashCode":5100001})", reply);
-  EXPECT_EQ(reply.data, R"({"longByMoney":1.0,"longByVolume":0.0,"shortByMoney":0.0,"shortByVolume":4200.0,)"
-                        R"("commissionByMoney":0.0,"commissionByVolume":1.6,"commissionMinimum":0.0,"saleTax":0.0})");
-}
-
 TEST_F(RefusalsTest, MoneyIsEnoughToTheCent) {
   enum class From { Available, CashForReturns, Margin };
   struct Case {

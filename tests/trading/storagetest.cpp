@@ -200,21 +200,6 @@ TEST_F(StorageTest, AReadOnlyDiskIsServedWithItsWriteAheadLogAndTakesActionsAgai
   expectOnlyLists(19, "the file is read-only", "请使该文件及其目录可写", mend);
 }
 
-TEST_F(StorageTest, AChangeThatCannotBeStoredIsUndone) {
-  reopen("CREATE TRIGGER full BEFORE INSERT ON fill BEGIN SELECT RAISE(ABORT, 'disk full'); END");
-  const double equity = capital(1).dynamicAmount;
-  const size_t count = orders().size();
-  EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3330, 2),
-            "数据库 " + (dir_ / "terminal.db").string() +
-                " 无法写入 (disk full), 未作任何更改: 请移走该文件, 或用 --data 指定其他目录");
-  EXPECT_EQ(orders().size(), count);
-  EXPECT_EQ(fills().size(), 8U);
-  EXPECT_EQ(capital(1).dynamicAmount, equity);
-  EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3300, 2), "") << "a resting order writes no fill";
-  EXPECT_THAT(setQuote(kSugar, "5450"), HasSubstr("disk full"));
-  EXPECT_EQ(positions().at({1, kSugar}).currentPrice, 5490) << "the bid at 5460 could not be filled";
-}
-
 TEST_F(StorageTest, APriceThatFillsAnOrderOnEntryIsStoredWithIt) {
   {
     Desk desk(dir_, systemClock());

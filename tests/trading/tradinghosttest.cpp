@@ -93,6 +93,9 @@ TEST_F(TradingHostTest, TheTerminalAnswersItsOwnTopicsBothWays) {
            {R"({"index":1,"hashCode":1000002})", "",
             R"({"longByMoney":0.14,"longByVolume":0.0,"shortByMoney":0.14,"shortByVolume":0.0,)"
             R"("commissionByMoney":0.0,"commissionByVolume":10.0,"commissionMinimum":0.0,"saleTax":0.0})"},
+           {R"({"index":3,"hashCode":5100001})", "",
+            R"({"longByMoney":1.0,"longByVolume":0.0,"shortByMoney":0.0,"shortByVolume":4200.0,)"
+            R"("commissionByMoney":0.0,"commissionByVolume":1.6,"commissionMinimum":0.0,"saleTax":0.0})"},
            {R"({"index":9,"hashCode":1000002})", "没有账户 9", ""},
            {R"({"index":1,"hashCode":9})", "没有合约 9", ""},
            {R"({"index":1})", "order.rates 缺少整数 hashCode", ""},
@@ -120,8 +123,12 @@ TEST_F(TradingHostTest, EntitlementsComeFromTheDatabase) {
   EXPECT_EQ(auth->checkUser("order.new").code, 0);
   EXPECT_TRUE(auth->hasPrivilege(capital(1).id, AccountPrivilege::TriggerOrder));
   EXPECT_FALSE(auth->hasPrivilege(capital(2).id, AccountPrivilege::TriggerOrder));
-  reopen("INSERT INTO refused_function VALUES ('order.new', NULL, '只读用户'), ('order.cancel', 2, '账户冻结')");
+  reopen(
+      "UPDATE account SET ordinary_orders = 0 WHERE idx = 1;"
+      "INSERT INTO refused_function VALUES ('order.new', NULL, '只读用户'), ('order.cancel', 2, '账户冻结')");
   auth = IAuthAgent::getInstance();
+  EXPECT_TRUE(auth->hasPrivilege(capital(1).id, AccountPrivilege::TriggerOrder));
+  EXPECT_FALSE(auth->hasPrivilege(capital(1).id, AccountPrivilege::OrdinaryOrder));
   EXPECT_EQ(utf8(auth->checkUser("order.new").message), "只读用户");
   EXPECT_EQ(auth->checkUser("order.cancel").code, 0);
   EXPECT_EQ(utf8(auth->checkAccount("order.cancel", capital(2).id).message), "账户冻结");
