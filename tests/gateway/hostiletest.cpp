@@ -4,6 +4,7 @@
 
 #include "terminal/net/originpolicy.h"
 #include "tests/gateway/gatewayrig.h"
+#include "tests/support/gatewaylog.h"
 #include "tests/support/holdssoon.h"
 #include "tests/support/rawsocket.h"
 
@@ -13,6 +14,7 @@ namespace {
 using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 constexpr std::chrono::milliseconds kIdle{1000};
@@ -42,6 +44,7 @@ class HostileTest : public testing::Test {
     EXPECT_TRUE(holdsSoon([this] { return descriptors() <= descriptors_; }));
   }
 
+  GatewayLog log_;
   GatewayRig rig_{{.head = std::chrono::milliseconds(500), .idle = kIdle}};
   const std::string token_ = rig_.addToken("first", 7);
   const uint16_t port_ = rig_.port();
@@ -87,6 +90,7 @@ TEST_F(HostileTest, CutAtEachByte) {
   const std::string frames = login() + frame(R"({"id":1,"topic":"account.list"})");
   for (size_t size = 0; size < frames.size(); ++size) openWebSocket(port_) << frames.substr(0, size);
   expectUnharmed();
+  EXPECT_NE(log_.text().find(" is dropped: End of file\n"), std::string::npos);
 }
 
 TEST_F(HostileTest, BadFrames) {
@@ -114,19 +118,25 @@ TEST_F(HostileTest, BadFrames) {
 // A client that only answers pings stays.
 TEST_F(HostileTest, Silence) {
   RawSocket silent = openWebSocket(port_);
-  RawSocket alive = openWebSocket(port_);
   silent << login();
-  alive << login();
   const std::string ping("\x89\0", 2);
-  const auto begin = std::chrono::steady_clock::now();
-  for (int i = 0; i < 3; ++i) {
-    EXPECT_TRUE(alive.readUntil(ping).ends_with(ping));
-    alive << frame("", '\x8A');
+  const std::string close("\x03\xE8", 2);
+  {
+    RawSocket alive = openWebSocket(port_);
+    alive << login();
+    const auto begin = std::chrono::steady_clock::now();
+    for (int i = 0; i < 3; ++i) {
+      EXPECT_TRUE(alive.readUntil(ping).ends_with(ping));
+      alive << frame("", '\x8A');
+    }
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, kIdle * 5 / 4);  // three times half of it, but for the login
+    alive << frame(close, '\x88');
+    alive.readUntil(close);
   }
-  EXPECT_GE(std::chrono::steady_clock::now() - begin, kIdle * 5 / 4);  // three times half of it, but for the login
-  alive << frame(std::string("\x03\xE8", 2), '\x88');
   expectUnharmed();
   EXPECT_THAT(silent.readToEnd(), EndsWith(ping));  // cut off without a close frame
+  EXPECT_THAT(log_.text(), AllOf(HasSubstr("[INFO] Gateway phone 1 is cut off: it is silent\n"),
+                                 Not(HasSubstr("phone 2 is dropped")), Not(HasSubstr("phone 2 is cut off"))));
 }
 
 // A client that got its page and does not close.

@@ -156,6 +156,18 @@ TEST(Network, OfAnIpv6ClientIsWhole) {
   EXPECT_EQ(network("2001:db8:0:1:2:3:4:5"), "2001:db8:0:1::/64");
 }
 
+// An idle gateway writes every five seconds, so it sees a full disk, and its end.
+TEST_F(LimitsTest, SeeAFullDisk) {
+  const auto isReady = [this] { return get(rig_.port(), "/health/ready").starts_with("HTTP/1.1 200 "); };
+  EXPECT_TRUE(isReady());
+  disk_.arm({.name = "full", .lasts = true, .full = true, .share = 0}, 1);
+  rig_.advance(std::chrono::seconds(6));
+  EXPECT_TRUE(holdsSoon([&] { return !isReady(); }));
+  disk_.heal();
+  rig_.advance(std::chrono::seconds(1));
+  EXPECT_TRUE(holdsSoon(isReady));
+}
+
 // Before the library runs it, a key is on the disk.
 TEST_F(LimitsTest, LetNoKeyBeLostWithThePower) {
   const Phone phone = login(token_);

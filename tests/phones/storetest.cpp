@@ -8,6 +8,7 @@
 
 #include "terminal/phones/sql.h"
 #include "tests/phones/phonesfixture.h"
+#include "tests/support/gatewaylog.h"
 
 namespace orvane::test {
 namespace {
@@ -15,6 +16,7 @@ namespace {
 using namespace std::chrono_literals;
 using terminal::CloseCode;
 using testing::AllOf;
+using testing::ContainsRegex;
 using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -30,7 +32,17 @@ class StoreTest : public PhonesTest {
     return {std::istreambuf_iterator<char>(file), {}};
   }
 
+  // How often this was logged.
+  size_t logged(const std::string& text) const {
+    size_t count = 0;
+    const std::string log = log_.text();
+    for (size_t at = log.find(text); at != std::string::npos; at = log.find(text, at + 1)) ++count;
+    return count;
+  }
+
   int count(const std::string& table) { return db_.execAndGet("SELECT count(*) FROM " + table).getInt(); }
+
+  GatewayLog log_;
 };
 
 TEST_F(StoreTest, RefusesActionsWhileTheDatabaseIsLocked) {
@@ -59,6 +71,8 @@ TEST_F(StoreTest, RefusesActionsWhileTheDatabaseIsLocked) {
   EXPECT_EQ(get("/health/ready").status, 200U);
   order(session, 4, "k1");
   EXPECT_EQ(agent_->requests.back().topic, "order.new");
+  EXPECT_EQ(logged("gateway.db: database is locked; end the program"), 1U);
+  EXPECT_EQ(logged("gateway.db can be written again\n"), 1U);
 }
 
 TEST_F(StoreTest, KeepsAReplyUntilTheLockEnds) {
@@ -110,9 +124,27 @@ TEST_F(StoreTest, KeepsAuditLinesWhileTheFileIsLocked) {
   EXPECT_THAT(audit(), Not(HasSubstr(R"("k2")")));
   close(file);
   advance(1s);
+  EXPECT_EQ(logged("; the lines are kept in gateway.db meanwhile\n"), 1U);
+  EXPECT_EQ(logged("audit.log can be written again\n"), 1U);
   EXPECT_THAT(audit(), AllOf(HasSubstr(R"("key":"k2","outcome":"answered")"), HasSubstr("no key")));
   EXPECT_EQ(count("action"), 2);
   EXPECT_EQ(get("/health").status, 200U);
+}
+
+TEST_F(StoreTest, LogsWhatItCannotKeep) {
+  const auto reader = client(addToken("reader", "see"));
+  for (const char* end : {"xx", "xxx"}) order(reader, 1, "k1", "[\"" + std::string(1018, 'x') + end + "\"]");
+  EXPECT_THAT(audit(), AllOf(HasSubstr(R"("body":["xxx)"), HasSubstr(R"("body":null)")));
+  const int file = open((dir_.path() / "audit.log").c_str(), O_RDONLY);
+  ASSERT_EQ(flock(file, LOCK_SH), 0);
+  db_.exec("BEGIN IMMEDIATE");
+  order(reader, 2, "k2");
+  login(token_);
+  advance(3s);
+  close(file);
+  EXPECT_THAT(log_.text(),
+              ContainsRegex("the audit lacks \\{.*\"key\":\"k2\".*: cannot use .*gateway.db: database is locked"));
+  EXPECT_EQ(logged("the use of a token is not stored: cannot use "), 1U);
 }
 
 TEST_F(StoreTest, SumsUpRefusals) {
@@ -279,6 +311,7 @@ TEST_F(StoreTest, GivesUpALockedDatabaseAtTheEnd) {
   db_.exec("BEGIN IMMEDIATE");
   reply(0, "1");
   store_.close();  // returns
+  EXPECT_EQ(logged("gateway.db lacks the last replies, which the next start takes for unknown: "), 1U);
   db_.exec("ROLLBACK");
   terminal::GatewayStore again({.dataDir = dir_.path(), .audit = {}}, loop_);
   again.turn();
