@@ -10,7 +10,7 @@
 namespace orvane::terminal {
 namespace {
 
-constexpr std::chrono::seconds kDrainTime{2};
+constexpr std::chrono::milliseconds kDrainTime{1500};
 constexpr std::chrono::seconds kNoteTime{1};
 
 // Asks the disk's thread for something and waits for it. False if it is not done in time.

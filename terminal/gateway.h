@@ -48,7 +48,7 @@ class Gateway {
 
   IMobileSrv& mobileService() { return server_; }
 
-  // Takes no more requests, and waits at most two seconds for the replies to those that the agent has. Call it before
+  // Takes no more requests, and waits at most 1.5 seconds for the replies to those that the agent has. Call it before
   // the agent stops. Any thread but the loop's.
   void drain();
 

@@ -17,22 +17,28 @@ namespace {
 constexpr size_t kMaxFileBytes = size_t{16} * 1024 * 1024;
 constexpr int kOldFiles = 4;
 
-// log4cxx's own appenders throw out of the log call when the disk is full.
+// log4cxx's own appenders throw out of the log call when the disk is full, and wait for it. Lines that come after the
+// file's end are dropped.
 class LogFileAppender : public log4cxx::AppenderSkeleton {
  public:
-  explicit LogFileAppender(std::shared_ptr<LogFile> file) : file_(std::move(file)) {}
+  explicit LogFileAppender(const std::shared_ptr<LogFile>& file) : file_(file) {}
   void close() override {}
   bool requiresLayout() const override { return false; }
 
  protected:
-  void append(const log4cxx::spi::LoggingEventPtr& event, log4cxx::helpers::Pool& /*pool*/) override try {
-    file_->write(logLine(event->getMessage()));
-  } catch (const std::exception&) {
-    file_->lose(ENOMEM);  // the line could not be made
+  void append(const log4cxx::spi::LoggingEventPtr& event, log4cxx::helpers::Pool& /*pool*/) override {
+    const std::shared_ptr<LogFile> file = file_.lock();
+    if (file != nullptr) writeTo(*file, *event);
   }
 
  private:
-  const std::shared_ptr<LogFile> file_;
+  static void writeTo(LogFile& file, const log4cxx::spi::LoggingEvent& event) try {
+    file.write(logLine(event.getMessage()));
+  } catch (const std::exception&) {
+    file.lose(ENOMEM);  // the line could not be made
+  }
+
+  const std::weak_ptr<LogFile> file_;
 };
 
 }  // namespace

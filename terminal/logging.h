@@ -13,7 +13,8 @@ namespace orvane::terminal {
 
 // Appends the lines of all loggers, the library's "PocketAgent" included, to `file`. At 16 MiB it is renamed to FILE.1
 // and a new one begins; FILE.4 is the oldest that is kept. `level` is one of log4cxx's names, such as "info".
-// Lines that cannot be written are lost, see LogFile; no log call throws for that. Call once, before any thread starts.
+// Lines that cannot be written are lost, see LogFile; no log call throws for that. Call once, before any thread logs.
+// Destroying the result writes what is queued and closes the file.
 std::shared_ptr<const LogFile> setUpLogging(const std::filesystem::path& file, const std::string& level);
 
 // The logger of `net/` and `phones/`.

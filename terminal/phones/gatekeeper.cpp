@@ -69,6 +69,12 @@ void Gatekeeper::begin(int64_t requestId, std::shared_ptr<const Action> action, 
   });
 }
 
+StoreHealth Gatekeeper::health() const {
+  StoreHealth health = health_;
+  if (health.database.empty()) health.database = store_.hang();
+  return health;
+}
+
 void Gatekeeper::tick() {
   for (const RefusalLimit::Sum& sum : refusals_.takeSums()) {
     store_.note(auditSummary(sum.name, sum.count, loop_.wallTime()));

@@ -56,7 +56,7 @@ class Gatekeeper {
   void abandon(int64_t requestId, const std::string& refusal) { store_.abandon(requestId, refusal); }
 
   // What is wrong with the files.
-  const StoreHealth& health() const { return health_; }
+  StoreHealth health() const;
 
   // To be called every second.
   void tick();

@@ -65,13 +65,14 @@ void logFault(const std::string& what, const std::string& fault) {
 
 GatewayStore::GatewayStore(const StoreOptions& options, const IClock& clock)
     : options_(options),
+      file_(options.dataDir / kFile),
       clock_(clock),
       watch_(clock),
       mark_(options.dataDir),
       db_(":memory:"),
       audit_(db_, AuditLog(options.dataDir, options.audit), clock),
       actions_(db_, clock, options.maxBytes),
-      work_(db_, options.dataDir / kFile, clock, [this] { open(); }) {
+      work_(db_, file_, clock, [this] { open(); }) {
   try {
     open();
     watchTokens();
@@ -191,6 +192,7 @@ void GatewayStore::confirm(int64_t revocation) {
 }
 
 std::chrono::milliseconds GatewayStore::turn() {
+  const WriteTimer::Write write(timer_);
   if (isDue(watched_, kWatchPeriod)) readTokens([](const std::string& fault) { logFault("tokens", fault); });
   if (isDue(tidied_, kTidyPeriod)) tidy();
   work_.turn([this] { audit_.flush(); });

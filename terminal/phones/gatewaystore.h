@@ -17,6 +17,7 @@
 #include "terminal/phones/diskwork.h"
 #include "terminal/phones/tokensnapshot.h"
 #include "terminal/runmark.h"
+#include "terminal/writetimer.h"
 
 namespace orvane::terminal {
 
@@ -52,6 +53,9 @@ class GatewayStore {
 
   // Callbacks for new tokens and for changes of health, on the disk's thread. Call it before the first turn.
   void watch(OnTokens onTokens, OnHealth onHealth);
+
+  // That a write of the disk's thread hangs, which is why it reports nothing itself; empty if none does. UTF-8.
+  std::string hang() const { return timer_.fault(file_); }
 
   // The tokens at the start.
   std::shared_ptr<const TokenSnapshot> tokens() const { return tokens_; }
@@ -104,6 +108,8 @@ class GatewayStore {
   bool isDue(BootTime& last, std::chrono::milliseconds period) const;
 
   const StoreOptions options_;
+  const std::filesystem::path file_;
+  WriteTimer timer_;
   const IClock& clock_;
   ClockWatch watch_;
   RunMark mark_;

@@ -66,7 +66,7 @@ std::vector<HealthCheck> StatusPages::readiness() const {
   std::vector<HealthCheck> checks = probe_ ? probe_() : std::vector<HealthCheck>{};
   checks.push_back(std::move(agent));
   checks.push_back(std::move(answers));
-  const StoreHealth& store = keeper_.health();
+  const StoreHealth store = keeper_.health();
   checks.push_back(fileCheck("gateway:writes", HealthStatus::Fail, store.database));
   checks.push_back(fileCheck("audit:writes", HealthStatus::Warn, store.audit));
   checks.push_back(fileCheck("clock:keys", HealthStatus::Warn, store.clock));

@@ -37,7 +37,7 @@ void Committer::requireOpen() const {
 
 std::string Committer::fault() const {
   const std::lock_guard lock(mutex_);
-  return error_ ? error_->what() : "";
+  return error_ ? error_->what() : timer_.fault(dir_ / "terminal.db");
 }
 
 void Committer::add(const Book& book, const Change& change, std::vector<MobileMessage> pushes) {
@@ -124,6 +124,7 @@ void Committer::run() {
 }
 
 void Committer::commit() {
+  const WriteTimer::Write write(timer_);
   try {
     if (!current_.rows.empty) database_->save(current_.rows);
   } catch (const StoreError& error) {

@@ -15,6 +15,7 @@
 
 #include "host/mobilemessage.h"
 #include "terminal/trading/opening.h"
+#include "terminal/writetimer.h"
 
 namespace orvane::terminal {
 
@@ -46,7 +47,7 @@ class Committer {
   // Throws StoreError while changes are refused.
   void requireOpen() const;
 
-  // Why changes are refused, UTF-8, English; empty if they are not.
+  // Why changes are refused, or that a write hangs, UTF-8, English; empty if neither.
   std::string fault() const;
 
   // Queues the change that the calling thread has made to `book`, and the messages to be pushed once it is stored. The
@@ -82,6 +83,7 @@ class Committer {
   void runJob(std::unique_lock<std::mutex>& lock);
 
   std::filesystem::path dir_;
+  WriteTimer timer_;
   bool isRestored_ = true;  // the book in memory is the one on the disk; committer's thread only
   std::unique_ptr<Database> database_;
   std::unique_ptr<ReadingCopy> copy_;  // only while there is no database

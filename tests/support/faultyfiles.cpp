@@ -2,6 +2,7 @@
 // FAULTY_FILES names a folder. While it holds a file
 //   "full", nothing is written to any file of the same file system;
 //   "flush", no flush of such a file succeeds;
+//   "hang", writes and flushes of such files wait;
 //   "clock", the wall clock is eight days ahead.
 // SLOW_FLUSH_MS makes each flush take that many milliseconds longer, as on a disk without a cache.
 
@@ -43,6 +44,7 @@ Result callReal(const char* function, Arguments... arguments) {
 
 template <typename Result, typename... Arguments>
 Result callUnless(const char* fault, int error, const char* function, int descriptor, Arguments... arguments) {
+  while (isFaulty(descriptor, "hang")) std::this_thread::sleep_for(std::chrono::milliseconds(1));
   if (isFaulty(descriptor, fault)) {
     errno = error;
     return -1;

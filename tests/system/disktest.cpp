@@ -10,6 +10,7 @@
 
 #include "tests/support/holdssoon.h"
 #include "tests/support/rawsocket.h"
+#include "tests/system/faultydisk.h"
 #include "tests/system/orders.h"
 #include "tests/system/terminalprocess.h"
 #include "tests/system/trouble.h"
@@ -22,6 +23,7 @@ using Clock = std::chrono::steady_clock;
 using terminal::Client;
 using terminal::Reply;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 // The answer to the request with this id.
 Reply await(Client& phone, const std::string& id) {
@@ -68,6 +70,30 @@ TEST(Disk, LocksHoldUpNobodyElseAndNotTheEnd) {
     EXPECT_EQ(terminal.stop(), 0);
     EXPECT_LT(Clock::now() - end, 3s);
   }
+}
+
+// A disk that answers no write: lists are served, and the terminal ends in time without it.
+TEST(Disk, ThatHangsHoldsUpNoListAndNotTheEnd) {
+  const TempDir dir;
+  const FaultyDisk disk;
+  TerminalProcess terminal(dir.path(), {"--log-level", "trace"});
+  const auto trader = terminal.login();
+  const auto other = terminal.login();
+  ASSERT_EQ(trader->request("order.new", orderData("before")).message, "");
+  disk.begin("hang");
+  trader->send(orderFrame("meanwhile"));
+  for (int i = 0; i < 50; ++i) EXPECT_EQ(other->request("account.list").message, "");
+  EXPECT_TRUE(holdsSoon([&] {
+    const std::string health = httpGet(terminal.port(), "/health");
+    return health.find(R"("gateway:writes":[{"status":"fail","output":"a write to )") != std::string::npos &&
+           health.find(R"("log:writes":[{"status":"warn","output":"a write to )") != std::string::npos;
+  }));
+  const auto begin = Clock::now();
+  EXPECT_EQ(terminal.stop(), 1);
+  EXPECT_LT(Clock::now() - begin, 3s);
+  disk.end("hang");
+  const TerminalProcess again(dir.path(), {}, terminal.token());
+  EXPECT_THAT(again.login()->request("order.list", "[1]").data, HasSubstr(R"("before")"));
 }
 
 // A token that was revoked orders as fast as it can.

@@ -23,7 +23,7 @@ class FaultyDisk {
   FaultyDisk(const FaultyDisk&) = delete;
   FaultyDisk& operator=(const FaultyDisk&) = delete;
 
-  // `fault` is "full", "flush" or "clock".
+  // `fault` is "full", "flush", "hang" or "clock".
   void begin(const char* fault) const { std::ofstream(control_.path() / fault).put('x'); }
   void end(const char* fault) const { std::filesystem::remove(control_.path() / fault); }
 

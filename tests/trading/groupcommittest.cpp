@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 
 #include "terminal/phones/replyhold.h"
+#include "tests/support/holdssoon.h"
 #include "tests/trading/desktest.h"
 
 namespace orvane::terminal::testing {
@@ -91,6 +92,18 @@ TEST_F(GroupCommitTest, RepliesWaitForTheFlushAndReportAFailedOne) {
   const MobileMessage failed = delivered.get_future().get();
   EXPECT_THAT(failed.message, ::testing::HasSubstr("(disk full), 未作任何更改"));
   EXPECT_EQ(failed.data, "");
+}
+
+// A disk that hangs reports no error.
+TEST_F(GroupCommitTest, AWriteThatTakesLongIsAFault) {
+  setenv("SLOW_FLUSH_MS", "3500", 1);
+  place();
+  const auto fault = [this] { return host_->health().storageFault; };
+  EXPECT_TRUE(test::holdsSoon([&] { return !fault().empty(); }));
+  EXPECT_THAT(fault(), ::testing::HasSubstr("terminal.db has taken 3 s so far: check its disk"));
+  setenv("SLOW_FLUSH_MS", "0", 1);
+  EXPECT_EQ(stored(), "");
+  EXPECT_TRUE(test::holdsSoon([&] { return fault().empty(); }));
 }
 
 }  // namespace
