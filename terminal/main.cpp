@@ -8,6 +8,7 @@
 #include <utility>
 
 #include <fmt/format.h>
+#include <malloc.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -173,7 +174,11 @@ int serve(const Settings& settings) try {
 }  // namespace
 }  // namespace orvane::terminal
 
+// glibc would stop mapping long replies alone after the first, and keep the memory of the backlog of slow readers.
+constexpr int kMappedBytes = 1024 * 1024;
+
 int main(int argc, char** argv) {
+  mallopt(M_MMAP_THRESHOLD, kMappedBytes);
   int exitCode = EXIT_SUCCESS;
   const auto settings = orvane::terminal::readSettings(argc, argv, exitCode);
   if (!settings) return exitCode;

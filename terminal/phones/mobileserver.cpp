@@ -6,7 +6,7 @@ namespace orvane::terminal {
 
 MobileServer::MobileServer(Phones& phones, WhenStored whenStored, Step open, Step close)
     : phones_(phones),
-      hold_(std::move(whenStored), [&phones](const MobileMessage& message) { phones.deliver(message); }),
+      hold_(std::move(whenStored), [&phones](auto message) { phones.deliver(std::move(message)); }),
       open_(std::move(open)),
       close_(std::move(close)) {}
 

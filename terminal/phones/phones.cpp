@@ -61,10 +61,10 @@ void Phones::drain(std::function<void()> done) {
   requests_.close(std::move(done));
 }
 
-void Phones::deliver(const MobileMessage& message) {
-  loop_.post([this, message] {
-    if (message.requestId == kNoRequestId) return push(message);
-    requests_.onReply(message);
+void Phones::deliver(std::shared_ptr<const MobileMessage> message) {
+  loop_.post([this, message = std::move(message)] {
+    if (message->requestId == kNoRequestId) return push(*message);
+    requests_.onReply(*message);
     confirmRevocations();
   });
 }

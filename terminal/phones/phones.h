@@ -46,7 +46,7 @@ class Phones : public ISessionOwner, public IPageOwner {
   AgentCallback& agent() { return agent_; }
 
   // Sends a message, all texts UTF-8, to the client that waits for it, or to all if it is a push. Any thread.
-  void deliver(const MobileMessage& message);
+  void deliver(std::shared_ptr<const MobileMessage> message);
 
   void onOpened(std::shared_ptr<Session> session) override;
   void onFrame(Session& session, std::string_view text) override;

@@ -8,18 +8,26 @@ namespace orvane::terminal {
 struct ReplyHold::Held {
   explicit Held(Deliver to) : deliver(std::move(to)) {}
 
-  void release(MobileMessage message, const std::string& failure) {
-    if (!failure.empty()) {
-      message.message = failure;
-      message.data.clear();
-    }
+  void release(std::shared_ptr<const MobileMessage> message) {
     const std::lock_guard lock(mutex);
-    if (deliver) deliver(message);
+    if (deliver) deliver(std::move(message));
   }
 
   std::mutex mutex;
   Deliver deliver;  // empty once closed
 };
+
+namespace {
+
+std::shared_ptr<const MobileMessage> failed(const MobileMessage& reply, const std::string& failure) {
+  auto message = std::make_shared<MobileMessage>();
+  message->requestId = reply.requestId;
+  message->topic = reply.topic;
+  message->message = failure;
+  return message;
+}
+
+}  // namespace
 
 ReplyHold::ReplyHold(WhenStored whenStored, Deliver deliver)
     : whenStored_(std::move(whenStored)), held_(std::make_shared<Held>(std::move(deliver))) {}
@@ -27,12 +35,11 @@ ReplyHold::ReplyHold(WhenStored whenStored, Deliver deliver)
 ReplyHold::~ReplyHold() { close(); }
 
 void ReplyHold::send(const MobileMessage& message) {
-  if (message.requestId == kNoRequestId) {
-    const std::lock_guard lock(held_->mutex);
-    if (held_->deliver) held_->deliver(message);
-    return;
-  }
-  whenStored_([held = held_, message](const std::string& failure) { held->release(message, failure); });
+  auto shared = std::make_shared<const MobileMessage>(message);
+  if (shared->requestId == kNoRequestId) return held_->release(std::move(shared));
+  whenStored_([held = held_, shared = std::move(shared)](const std::string& failure) {
+    held->release(failure.empty() ? shared : failed(*shared, failure));
+  });
 }
 
 void ReplyHold::close() {

@@ -16,7 +16,8 @@ using WhenStored = std::function<void(std::function<void(const std::string& fail
 // Messages that answer no request pass at once: the host sends them only when their contents are stored.
 class ReplyHold {
  public:
-  using Deliver = std::function<void(const MobileMessage&)>;
+  // Long replies are shared, not copied.
+  using Deliver = std::function<void(std::shared_ptr<const MobileMessage>)>;
 
   ReplyHold(WhenStored whenStored, Deliver deliver);
   ~ReplyHold();

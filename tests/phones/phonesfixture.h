@@ -77,7 +77,7 @@ class PhonesTest : public testing::Test {
   }
 
   void deliver(const MobileMessage& message) {
-    phones_.deliver(message);
+    phones_.deliver(std::make_shared<const MobileMessage>(message));
     settle();
   }
 

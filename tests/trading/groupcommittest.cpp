@@ -74,7 +74,7 @@ TEST_F(GroupCommitTest, RepliesWaitForTheFlushAndReportAFailedOne) {
   reply.data = "{}";
   std::promise<MobileMessage> delivered;
   ReplyHold hold([this](auto answer) { host_->whenStored(std::move(answer)); },
-                 [&](const MobileMessage& message) { delivered.set_value(message); });
+                 [&](const auto& message) { delivered.set_value(*message); });
   place();
   std::future<MobileMessage> first = delivered.get_future();
   hold.send(reply);
