@@ -80,6 +80,7 @@ class WebSocketSession final : public Session,
 
   void stop() override {
     constexpr std::string_view kReason = "the terminal stops";
+    if (closing_ && !finished_) return finishAfter(kStopTime);
     opened_ ? close(CloseCode::GoingAway, kReason) : cut(kReason);
   }
 

@@ -100,5 +100,17 @@ TEST(SlowClient, DelaysTheEndLittle) {
   EXPECT_THAT(phone.readToEnd(), HasSubstr(bigEndian(1001, 2)));
 }
 
+// The terminal waits less for its answer to a close frame when it stops.
+TEST(SlowClient, ThatIsBeingClosedHoldsUpNoEnd) {
+  const TempDir dir;
+  TerminalProcess terminal(dir.path());
+  RawSocket phone = openPhone(terminal);
+  phone << frame("x", '\x82');  // binary
+  EXPECT_TRUE(phone.readUntil("\x03\xEB").ends_with("\x03\xEB")) << "close code 1003";
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(terminal.stop(), 0);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+}
+
 }  // namespace
 }  // namespace orvane::test
