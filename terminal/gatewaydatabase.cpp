@@ -20,6 +20,7 @@
 namespace orvane::terminal {
 namespace {
 
+constexpr const char* kFile = "gateway.db";
 constexpr int kBusyMilliseconds = 1000;  // how long to wait for another process's lock
 
 // The steps of the schema: each adds a version to the one before. Times are seconds since 1970. A token's id is never
@@ -98,7 +99,7 @@ const char* remedyOf(int code) {
 }  // namespace
 
 SQLite::Database openGatewayDatabase(const std::filesystem::path& dataDir, IfMissing ifMissing) {
-  const std::filesystem::path file = dataDir / "gateway.db";
+  const std::filesystem::path file = dataDir / kFile;
   std::error_code unknown;
   const bool isMissing = std::filesystem::status(file, unknown).type() == std::filesystem::file_type::not_found;
   if (isMissing && ifMissing == IfMissing::Fail) {
@@ -123,6 +124,15 @@ SQLite::Database openGatewayDatabase(const std::filesystem::path& dataDir, IfMis
   } catch (const std::runtime_error& error) {
     throw std::runtime_error(fmt::format("cannot use {}: {}", file.string(), error.what()));
   }
+}
+
+void readGatewayCopy(const std::filesystem::path& dataDir, const DiskFault& fault,
+                     const std::function<void(SQLite::Database& db)>& read) try {
+  const DatabaseCopy copy(dataDir / kFile);
+  SQLite::Database db = openGatewayDatabase(copy.dir(), IfMissing::Fail);
+  read(db);
+} catch (const std::runtime_error& copying) {
+  throw std::runtime_error(fmt::format("{}; nor can it be read: {}", fault.what(), copying.what()));
 }
 
 std::string describeFault(const std::filesystem::path& file, const SQLite::Exception& error) {

@@ -18,7 +18,9 @@ int openMark(const std::filesystem::path& dataDir) {
 }  // namespace
 
 // A command that looks for the mark may hold the lock for a moment.
-RunMark::RunMark(const std::filesystem::path& dataDir) : file_(openMark(dataDir)) {
+void RunMark::set() {
+  if (file_ >= 0) return;
+  file_ = openMark(dataDir_);
   constexpr int kTries = 100;
   for (int i = 0; i < kTries && file_ >= 0 && flock(file_, LOCK_SH | LOCK_NB) != 0; ++i) usleep(1000);
 }

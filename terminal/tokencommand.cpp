@@ -97,10 +97,22 @@ void add(const Settings& settings) {
   recordAdd(db, settings, asked.name, asked.rights);
 }
 
+// Also of a folder that cannot be written.
+std::vector<Token> readList(const std::filesystem::path& dataDir) {
+  std::vector<Token> tokens;
+  const auto read = [&tokens](SQLite::Database& db) { tokens = listTokens(db); };
+  try {
+    SQLite::Database db = openGatewayDatabase(dataDir, IfMissing::Fail);
+    read(db);
+  } catch (const DiskFault& fault) {
+    readGatewayCopy(dataDir, fault, read);
+  }
+  return tokens;
+}
+
 void list(const Settings& settings) {
-  SQLite::Database db = openGatewayDatabase(settings.dataDir, IfMissing::Fail);
   std::string rows;
-  for (const Token& token : listTokens(db)) {
+  for (const Token& token : readList(settings.dataDir)) {
     rows += fmt::format(R"({}{{"name":{},"rights":{},"made":"{}","lastUsed":"{}"}})", rows.empty() ? "" : ",",
                         jsonString(token.name), jsonRights(token.rights), timeText(token.made),
                         token.lastUsed ? timeText(*token.lastUsed) : "never");

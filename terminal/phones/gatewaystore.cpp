@@ -4,7 +4,6 @@
 
 #include <fmt/format.h>
 
-#include "terminal/databasecopy.h"
 #include "terminal/gatewaydatabase.h"
 #include "terminal/logging.h"
 #include "terminal/phones/audittext.h"
@@ -49,14 +48,6 @@ std::shared_ptr<const TokenSnapshot> readSnapshot(SQLite::Database& db) {
   return std::make_shared<const TokenSnapshot>(TokenSnapshot{readTokens(db), readRevocations(db)});
 }
 
-std::shared_ptr<const TokenSnapshot> readCopy(const std::filesystem::path& dataDir, const DiskFault& fault) try {
-  const DatabaseCopy copy(dataDir / kFile);
-  SQLite::Database db = openGatewayDatabase(copy.dir(), IfMissing::Fail);
-  return readSnapshot(db);
-} catch (const std::runtime_error& copying) {
-  throw std::runtime_error(fmt::format("{}; nor can it be read: {}", fault.what(), copying.what()));
-}
-
 void logFault(const std::string& what, const std::string& fault) {
   if (!fault.empty()) TERMINAL_LOG(gatewayLogger(), Error, "{}: {}", what, fault);
 }
@@ -73,11 +64,12 @@ GatewayStore::GatewayStore(const StoreOptions& options, const IClock& clock)
       audit_(db_, AuditLog(options.dataDir, options.audit), clock),
       actions_(db_, clock, options.maxBytes),
       work_(db_, file_, clock, [this] { open(); }) {
+  mark_.set();
   try {
     open();
     watchTokens();
   } catch (const DiskFault& fault) {
-    tokens_ = readCopy(options.dataDir, fault);
+    readGatewayCopy(options.dataDir, fault, [this](SQLite::Database& copy) { tokens_ = readSnapshot(copy); });
   }
   addPatientWrite(
       [this] {
@@ -193,6 +185,7 @@ void GatewayStore::confirm(int64_t revocation) {
 
 std::chrono::milliseconds GatewayStore::turn() {
   const WriteTimer::Write write(timer_);
+  mark_.set();  // at the start the folder may have been read-only
   if (isDue(watched_, kWatchPeriod)) readTokens([](const std::string& fault) { logFault("tokens", fault); });
   if (isDue(tidied_, kTidyPeriod)) tidy();
   work_.turn([this] { audit_.flush(); });

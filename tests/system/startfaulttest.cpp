@@ -29,6 +29,14 @@ using testing::StartsWith;
 
 std::string place(Client& phone) { return phone.request("order.new", orderData("mine")).message; }
 
+// The same order each time, under a key.
+std::string placeKeyed(Client& phone) {
+  phone.send(orderFrame("keyed"));
+  terminal::Reply reply = phone.receive();
+  while (reply.id != "\"keyed\"") reply = phone.receive();
+  return reply.message;
+}
+
 bool isReady(const TerminalProcess& terminal) {
   return httpGet(terminal.port(), "/health/ready").starts_with("HTTP/1.1 200 ");
 }
@@ -41,10 +49,12 @@ void startThrough(const std::filesystem::path& dir, bool isKilled, const std::fu
     TerminalProcess first(dir);
     token = first.token();
     EXPECT_EQ(place(*first.login()), "");
+    EXPECT_EQ(placeKeyed(*first.login()), "");
     if (!isKilled) {
       EXPECT_EQ(first.stop(), 0);
     }
   }
+  std::filesystem::remove(dir / "terminal.lock");  // as version 0.1.0 leaves a folder
   fail();
   TerminalProcess terminal(dir, {}, token);
   EXPECT_TRUE(holdsSoon([&] { return !isReady(terminal); }));
@@ -56,10 +66,19 @@ void startThrough(const std::filesystem::path& dir, bool isKilled, const std::fu
   }
   EXPECT_THAT(phone->request("order.list", "[1]").data, HasSubstr(R"("source":"mine")"));
   EXPECT_THAT(place(*phone), AllOf(HasSubstr((dir / "gateway.db").string()), HasSubstr(reason)));
+  EXPECT_THAT(placeKeyed(*phone), StartsWith("the terminal cannot look up the key of this request, so it does nothing "
+                                             "now: cannot use " +
+                                             (dir / "gateway.db").string()));
+  EXPECT_THAT(runTerminal({"token", "list", "--data", dir.string()}).output, HasSubstr("first  see,cancel,trade"));
   mend();
   EXPECT_TRUE(holdsSoon([&] { return isReady(terminal); }));
   EXPECT_EQ(place(*phone), "");
+  EXPECT_EQ(placeKeyed(*phone), "") << "the reply of the first time";
+  const std::string orders = phone->request("order.list", "[1]").data;
+  EXPECT_EQ(orders.find(R"("keyed")"), orders.rfind(R"("keyed")"));
   EXPECT_EQ(terminal.login(makeToken(dir, "late", "see"))->request("account.list").message, "");
+  EXPECT_THAT(runTerminal({"token", "revoke", "late", "--data", dir.string()}).output,
+              HasSubstr("The running terminal begins no further request of it"));
   EXPECT_EQ(terminal.stop(), 0);
 }
 
