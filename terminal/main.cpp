@@ -18,6 +18,7 @@
 #include "terminal/datadir.h"
 #include "terminal/gateway.h"
 #include "terminal/logging.h"
+#include "terminal/ownersfile.h"
 #include "terminal/settings.h"
 #include "terminal/stopsignals.h"
 #include "terminal/tokencommand.h"
@@ -142,6 +143,7 @@ Entrances entrancesOf(const Settings& settings, Refusal& refusal) {
 int serve(const Settings& settings) try {
   const StopSignals stopSignals;
   makeDataDir(settings.dataDir);
+  actAsOwner(settings.dataDir);
   const auto log = setUpLogging(settings.logFile, settings.logLevel);
   TradingHost host(settings.trading);
   if (settings.keepsOwnCertificate) keepCertificate(settings);

@@ -63,7 +63,7 @@ void actAsOwner(const std::filesystem::path& folder) {
   struct stat found {};
   if (geteuid() != 0 || stat(folder.c_str(), &found) != 0 || found.st_uid == 0) return;
   const gid_t group = found.st_gid;
-  if (setgroups(1, &group) == 0 && setegid(group) == 0 && seteuid(found.st_uid) == 0) return;
+  if (setgroups(1, &group) == 0 && setgid(group) == 0 && setuid(found.st_uid) == 0) return;
   throw std::runtime_error("cannot act as the owner of " + folder.string() + ": " + std::strerror(errno));
 }
 

@@ -166,5 +166,27 @@ TEST(Disk, CommandsOfRootFollowNoPlantedLink) {
   }
 }
 
+// Nor may a terminal that root starts on it.
+TEST(Disk, ATerminalOfRootFollowsNoPlantedLink) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root acts as others";
+  const NoLeakCheck noLeakCheck;
+  constexpr uid_t kService = 65534;
+  const TempDir dir;
+  const TempDir secret;
+  ASSERT_EQ(chown(dir.path().c_str(), kService, kService), 0);
+  for (const char* name : {"terminal.log", "terminal.db", "tls.key.new"}) {
+    std::filesystem::create_symlink(secret.path() / name, dir.path() / name);
+  }
+  const Outcome started = runTerminal({"--port", "0", "--tls-self", "--data", dir.path().string()});
+  EXPECT_THAT(started.error, HasSubstr("terminal.db"));
+  EXPECT_TRUE(std::filesystem::is_empty(secret.path()));
+  std::filesystem::remove(dir.path() / "terminal.db");
+  TerminalProcess terminal(dir.path());
+  struct stat made {};
+  ASSERT_EQ(stat((dir.path() / "terminal.db").c_str(), &made), 0);
+  EXPECT_EQ(made.st_uid, kService);
+  EXPECT_EQ(terminal.stop(), 0);
+}
+
 }  // namespace
 }  // namespace orvane::test
