@@ -44,7 +44,7 @@ class Connection {
   // Ends the connection at once, with what is queued.
   virtual void cut(std::string_view reason) = 0;
 
-  // True unless a client is logged in on it or it is ending.
+  // True unless a client is logged in on it or it was cut. One that waits for the answer to a close frame gives way.
   virtual bool mayGiveWay() const = 0;
 
   // Bytes of the frames that the client has not taken yet; 0 once they are given up.

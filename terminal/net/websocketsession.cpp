@@ -85,7 +85,7 @@ class WebSocketSession final : public Session,
   }
 
   void cut(std::string_view reason) override {
-    if (closing_) return;
+    if (abandoned_) return;
     TERMINAL_LOG(gatewayLogger(), Info, "{} is cut off: {}", name(), reason);
     abandon();
   }
@@ -102,7 +102,7 @@ class WebSocketSession final : public Session,
   size_t backlogBytes() const override { return accountedBytes_; }
 
   void admit() override { admitted_ = true; }
-  bool mayGiveWay() const override { return !admitted_ && !closing_; }
+  bool mayGiveWay() const override { return !abandoned_ && (!admitted_ || closing_); }
   bool isClosing() const override { return closing_; }
   std::optional<CloseCode> closeCode() const override { return closeCode_; }
   const std::string& name() const override { return remote_.name; }

@@ -1,3 +1,5 @@
+#include <deque>
+
 #include <gmock/gmock.h>
 
 #include "tests/support/holdssoon.h"
@@ -110,6 +112,18 @@ TEST(SlowClient, ThatIsBeingClosedHoldsUpNoEnd) {
   const auto begin = std::chrono::steady_clock::now();
   EXPECT_EQ(terminal.stop(), 0);
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+}
+
+// Clients that let their connections be closed, and do not answer that, cannot keep others out.
+TEST(SlowClient, ThatIsBeingClosedGivesWay) {
+  const TempDir dir;
+  const TerminalProcess terminal(dir.path());
+  std::deque<RawSocket> phones;
+  for (int i = 0; i < 256; ++i) {
+    phones.emplace_back(terminal.port()) << kUpgrade << frame("x", '\x82');  // binary
+    phones.back().readUntil("\x03\xEB");                                     // close code 1003
+  }
+  EXPECT_EQ(terminal.login()->request("account.list").message, "");
 }
 
 }  // namespace
