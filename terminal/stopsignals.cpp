@@ -29,7 +29,7 @@ StopSignals::~StopSignals() {
     isEnded_ = true;
   }
   ended_.notify_one();
-  pthread_kill(thread_.native_handle(), SIGTERM);  // it may still wait for one
+  pthread_kill(thread_.native_handle(), SIGINT);  // it may still wait for one
   thread_.join();
 }
 

@@ -120,8 +120,10 @@ TEST(SlowClient, ThatIsBeingClosedGivesWay) {
   const TerminalProcess terminal(dir.path());
   std::deque<RawSocket> phones;
   for (int i = 0; i < 256; ++i) {
-    phones.emplace_back(terminal.port()) << kUpgrade << frame("x", '\x82');  // binary
-    phones.back().readUntil("\x03\xEB");                                     // close code 1003
+    RawSocket& phone = phones.emplace_back(terminal.port()) << kUpgrade;
+    phone.readUntil("\r\n\r\n");
+    phone << frame("x", '\x82');  // binary
+    phone.readUntil("\x03\xEB");  // close code 1003
   }
   EXPECT_EQ(terminal.login()->request("account.list").message, "");
 }
