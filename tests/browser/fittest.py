@@ -45,8 +45,9 @@ const dialog = async (name, open) => {
 const show = (view) => {
     location.hash = "#/" + view;
     const name = view === "assets" ? "capital" : view.split("/").pop();
+    const picture = {positions: ".spark", "assets/classes": ".bars"}[view];
     return until(() => view === "settings" ? find(".settings")
-        : find(`[data-list=${name}]:not(.stale) :is(.row, .card)`) && !find(".stale-mark"));
+        : find(`[data-list=${name}]:not(.stale) :is(.row, .card)`) && !find(".stale-mark") && (!picture || find(picture)));
 };
 (async () => {
     for (const view of views) {

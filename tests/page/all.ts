@@ -2,6 +2,7 @@ import { useLanguage } from "../../terminal/page/src/texts/texts";
 import "./connection.test";
 import "./format.test";
 import "./orders.test";
+import "./pictures.test";
 import "./store.test";
 import "./ticket.test";
 import "./wire.test";

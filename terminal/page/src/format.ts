@@ -40,7 +40,6 @@ export function decimalsOf(tick: number): number {
 
 export function timeOfDay(milliseconds: number): string {
   const time = new Date(milliseconds);
-  const two = (value: number) => String(value).padStart(2, "0");
   return `${two(time.getHours())}:${two(time.getMinutes())}:${two(time.getSeconds())}`;
 }
 
@@ -49,6 +48,17 @@ export function moment(milliseconds: number, now: number): string {
   const [day, today] = [new Date(milliseconds), new Date(now)];
   const time = timeOfDay(milliseconds);
   return day.toDateString() === today.toDateString() ? time : `${day.getMonth() + 1}/${day.getDate()} ${time}`;
+}
+
+const two = (value: number): string => String(value).padStart(2, "0");
+
+export function timeOfMinute(milliseconds: number): string {
+  return timeOfDay(milliseconds).slice(0, 5);
+}
+
+export function dateOf(milliseconds: number): string {
+  const date = new Date(milliseconds);
+  return `${date.getFullYear()}-${two(date.getMonth() + 1)}-${two(date.getDate())}`;
 }
 
 // Seconds, then minutes, then hours, as a number and a unit.

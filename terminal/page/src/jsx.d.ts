@@ -5,5 +5,9 @@ declare namespace JSX {
   }
   interface DOMAttributes {
     onCancel?: GenericEventHandler; // of a dialog
+    onToggle?: GenericEventHandler; // of details
+    onPointerMove?: (event: PointerEvent) => void;
+    onPointerDown?: (event: PointerEvent) => void;
+    onPointerLeave?: (event: PointerEvent) => void;
   }
 }

@@ -5,6 +5,7 @@ import { TextName } from "./texts/texts";
 
 export type Route =
   | "assets"
+  | "assets/equity"
   | "assets/classes"
   | "assets/credit"
   | "assets/margin"
@@ -18,10 +19,11 @@ export type Route =
 
 export const kRoutes: { [Name in Route]: { title: TextName; lists: ListName[] } } = {
   assets: { title: "accounts", lists: ["capital"] },
-  "assets/classes": { title: "classes", lists: ["classes"] },
+  "assets/equity": { title: "equity", lists: ["equity"] },
+  "assets/classes": { title: "exposure", lists: ["positions", "classes"] },
   "assets/credit": { title: "credit", lists: ["credit"] },
   "assets/margin": { title: "margin", lists: ["margin"] },
-  positions: { title: "positions", lists: ["positions", "capital"] },
+  positions: { title: "positions", lists: ["positions", "capital", "curves"] },
   orders: { title: "orders", lists: ["orders"] },
   "orders/fills": { title: "fills", lists: ["fills"] },
   monitor: { title: "differences", lists: ["monitor"] },

@@ -1,7 +1,7 @@
 import { Connection, Reply } from "../connection";
 import { Platform } from "../platform";
 import { OfAccount, Position, Quote, Rates, Replies } from "../wire/values";
-import { emptyLists, Held, HeldLists, kAsking, ListName, Lists } from "./lists";
+import { emptyLists, Held, HeldLists, kAsking, ListName, Lists, Wish } from "./lists";
 
 const kSlowMs = 5000;
 const kScrollMs = 250; // no new rows while a list is moving under the finger ...
@@ -17,6 +17,7 @@ export interface Pair {
 export interface AskerEvents {
   wanted(): Map<ListName, number>; // the lists in sight, and how often each is requested; Infinity: only when due
   pair(): Pair | null; // whose rates are wanted
+  wish(): Wish;
   before(name: ListName): () => void; // called as a list is requested; what it returns, once the rows are there
   changed(): void;
   why(reply: Reply): string;
@@ -87,6 +88,11 @@ export class Asker {
     this.rates = null;
   }
 
+  // The rows are of something else: none are shown until those that are wanted now have come.
+  drop(name: ListName): void {
+    Object.assign(this.lists[name], { rows: [], at: 0, dueAt: 0 });
+  }
+
   makeDue(names: readonly ListName[], at = 0): void {
     for (const name of names) this.lists[name].dueAt = Math.min(this.lists[name].dueAt, at);
   }
@@ -120,7 +126,7 @@ export class Asker {
   private async ask(name: ListName): Promise<void> {
     const { topic, body } = kAsking[name];
     const list = this.lists[name];
-    const data = body === undefined ? [] : body(this.lists);
+    const data = body === undefined ? [] : body(this.lists, this.events.wish());
     if (data === null) return;
     const done = this.events.before(name);
     list.isAsked = true;

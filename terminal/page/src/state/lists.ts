@@ -1,3 +1,5 @@
+import { codesOf } from "../exposure";
+import { Period, rangeOf } from "../history";
 import * as wire from "../wire/values";
 
 // The lists that the page keeps, and how each is requested.
@@ -15,6 +17,15 @@ export interface Lists {
   sync: wire.SyncOrder[];
   manual: wire.ManualPosition[];
   quotes: wire.Quote[];
+  equity: wire.EquityPoint[];
+  curves: wire.QuoteCurve[];
+}
+
+// What the user has picked that a request depends on.
+export interface Wish {
+  account: number; // whose history is shown; 0: not known yet
+  period: Period;
+  now: number; // milliseconds since 1970
 }
 
 export type ListName = keyof Lists;
@@ -33,7 +44,7 @@ export type HeldLists = { [Name in ListName]: Held<Lists[Name]> };
 interface Asking {
   topic: keyof wire.Bodies & keyof wire.Replies;
   every: number; // milliseconds; short if no push brings the changes
-  body?: (held: HeldLists) => unknown[] | null; // null: not yet. Without it: all accounts
+  body?: (held: HeldLists, wish: Wish) => object | null; // null: not yet. Without it: all accounts
 }
 
 function creditAccounts(held: HeldLists): unknown[] | null {
@@ -48,6 +59,17 @@ function marginQueries(held: HeldLists): unknown[] | null {
   return accounts.map((account) => ({ index: account.index, hashCodes: futures.map((quote) => quote.hashCode) }));
 }
 
+function equityQuery(_: HeldLists, { account, period, now }: Wish): object | null {
+  return account === 0 ? null : { index: account, ...rangeOf(period, now), points: kHistoryPoints };
+}
+
+function curveQuery(held: HeldLists): object | null {
+  return held.positions.at === 0 ? null : { hashCodes: codesOf(held.positions.rows), points: kCurvePoints };
+}
+
+const kHistoryPoints = 240;
+const kCurvePoints = 48;
+
 export const kAsking: { [Name in ListName]: Asking } = {
   accounts: { topic: "account.list", every: 30_000 },
   capital: { topic: "capital.list", every: 3000 },
@@ -61,6 +83,8 @@ export const kAsking: { [Name in ListName]: Asking } = {
   sync: { topic: "monitor.sync.order.list", every: 5000 },
   manual: { topic: "monitor.manual.list", every: 10_000 },
   quotes: { topic: "quote.list", every: 30_000 },
+  equity: { topic: "equity.list", every: 60_000, body: equityQuery },
+  curves: { topic: "quote.curve", every: 300_000, body: curveQuery }, // they end at the position's price meanwhile
 };
 
 // The lists that an order or a fill changes beside its own.

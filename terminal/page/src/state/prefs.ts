@@ -1,3 +1,4 @@
+import { Period } from "../history";
 import { Platform } from "../platform";
 
 // What the user has chosen, kept on the device.
@@ -5,9 +6,10 @@ export interface Prefs {
   rise: "red" | "green"; // the colour of gains and purchases
   share: number; // of equity, in percent: an order that takes more needs a second tap
   notifies: boolean; // fills are shown by the system while the page is hidden
+  period: Period; // of the history
 }
 
-const kDefaults: Prefs = { rise: "red", share: 25, notifies: false };
+const kDefaults: Prefs = { rise: "red", share: 25, notifies: false, period: Period.Day };
 
 export function readPrefs(platform: Platform): Prefs {
   try {

@@ -5,11 +5,11 @@ import { isRow, isTicket, kRoutes, Route } from "../route";
 import { explained } from "../texts/refusals";
 import { Language, t, useLanguage } from "../texts/texts";
 import { Ticket } from "../ticket/ticket";
-import { Account, Bodies, Fill, Login, Order, Quote, Replies, Right, Status } from "../wire/values";
+import { Account, Bodies, Fill, Login, Market, Order, Quote, Replies, Right, Status } from "../wire/values";
 import { Asker, Pair } from "./asker";
 import { Desk } from "./desk";
 import { Drafts } from "./drafts";
-import { HeldLists, kAsking, kMovedByOrders, ListName } from "./lists";
+import { HeldLists, kAsking, kMovedByOrders, ListName, Wish } from "./lists";
 import { mergeFills, mergeOrders } from "./merge";
 import { Notices } from "./notices";
 import { Prefs, readPrefs, writePrefs } from "./prefs";
@@ -77,6 +77,7 @@ export class Store {
     this.asker = new Asker(platform, this.connection, {
       wanted: () => this.wanted(),
       pair: () => this.pair(),
+      wish: () => this.wish(),
       before: (name) => this.before(name),
       changed: () => this.update(),
       why: whyNot,
@@ -170,9 +171,10 @@ export class Store {
   }
 
   prefer(change: Partial<Prefs>): void {
+    const before = this.wish();
     this.prefs = { ...this.prefs, ...change };
     writePrefs(this.platform, this.prefs);
-    this.update();
+    this.wishChanged(before);
   }
 
   // The address has changed.
@@ -191,8 +193,9 @@ export class Store {
   }
 
   pickAccount(index: number): void {
+    const before = this.wish();
     this.account = index;
-    this.update();
+    this.wishChanged(before);
   }
 
   // The ticket as it is filled in now.
@@ -268,9 +271,26 @@ export class Store {
       if (this.lists.credit.askedAt === 0 || this.lists.credit.rows.length > 0) wanted.set("credit", 5000);
       if (this.drafts.current?.amends) wanted.set("orders", kAsking.orders.every);
     }
+    if (this.place.route === "assets" && this.hasCredit()) wanted.set("credit", kAsking.credit.every); // its meters
     if (isRow(this.place.sheet)) wanted.set("positions", kAsking.positions.every); // its buttons close what is held
     if (this.desk.isWaiting) wanted.set("orders", kOrdersWhileUnknown);
     return wanted;
+  }
+
+  private hasCredit(): boolean {
+    return this.lists.accounts.rows.some((account) => account.marketType === Market.Credit);
+  }
+
+  private wish(): Wish {
+    const account = this.account || (this.lists.accounts.rows[0]?.index ?? 0);
+    return { account, period: this.prefs.period, now: this.platform.now() };
+  }
+
+  private wishChanged(before: Wish): void {
+    const { account, period } = this.wish();
+    if (before.account !== account || before.period !== period) this.asker.drop("equity");
+    this.asker.askDue();
+    this.update();
   }
 
   private pair(): Pair | null {
@@ -283,6 +303,8 @@ export class Store {
     const unknown = this.desk.unknownKeys();
     if (name === "orders") return () => this.desk.see(this.lists.orders.rows, unknown);
     if (name === "fills") return () => this.seeFills();
+    const asked = this.wish();
+    if (name === "equity") return () => this.wishChanged(asked); // it may be the answer to the one before
     return () => undefined;
   }
 

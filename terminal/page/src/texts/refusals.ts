@@ -35,6 +35,11 @@ const kRefusals: readonly (readonly [RegExp, string])[] = [
     /^数据库 (.*) 写入失败 \((.*)\), 结果未知: 请勿重新提交, 待恢复后查看列表$/,
     "Writing to {0} failed ({1}) and the outcome is not known: do not send it again, look at the lists later",
   ],
+  [
+    /^数据库 (.*) 写入失败 \((.*)\), 权益历史暂停记录: (.*)$/,
+    "Writing to {0} failed ({1}), so the history has a gap: {2}",
+  ],
+  [/^数据库 (.*) 读取失败 \((.*)\): (.*)$/, "The terminal cannot read {0} ({1}): {2}"],
   [/^数据库已恢复写入: 此前结果未知的更改均未执行$/, "The terminal can write again: no change of unknown outcome was made"],
   [/^请释放磁盘空间$/, "free some space on its disk"],
   [/^请使该文件及其目录可写$/, "make the file and its folder writable"],

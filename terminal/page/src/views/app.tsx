@@ -3,7 +3,9 @@ import { Component, h } from "preact";
 import { nav, store } from "../app";
 import { isTicket, kRoutes, Route, Section, sectionOf, siblingsOf } from "../route";
 import { currentLanguage, t } from "../texts/texts";
-import { Accounts, Classes, Credit, Margin } from "./assets";
+import { Accounts, Credit, Margin } from "./assets";
+import { Equity } from "./equity";
+import { Exposures } from "./exposure";
 import { Fills } from "./fills";
 import { LoginForm } from "./login";
 import { Manual } from "./manual";
@@ -21,7 +23,8 @@ import { UnderWay } from "./underway";
 
 const kViews: { [Name in Route]: () => JSX.Element } = {
   assets: () => <Accounts />,
-  "assets/classes": () => <Classes />,
+  "assets/equity": () => <Equity />,
+  "assets/classes": () => <Exposures />,
   "assets/credit": () => <Credit />,
   "assets/margin": () => <Margin />,
   positions: () => <Positions />,

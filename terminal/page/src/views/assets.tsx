@@ -2,9 +2,10 @@ import { h } from "preact";
 import { store } from "../app";
 import { profitToday, returnToday, startMoney, sumOf } from "../figures";
 import { money, percent } from "../format";
-import { fieldName, kCapitalFields, kClassFields, kCreditFields, kRisk } from "../texts/fields";
+import { kCapitalFields, kCreditFields } from "../texts/fields";
 import { named, t } from "../texts/texts";
 import { Capital } from "../wire/values";
+import { LimitMeter } from "./limitmeter";
 import { ListFrame } from "./list";
 import { FieldList, Gain } from "./parts";
 
@@ -33,19 +34,13 @@ function Today(props: { profit: number; ratio: number }) {
 
 function AccountCard(props: { capital: Capital }) {
   const { capital } = props;
-  const risk = Math.min(1, Math.max(0, capital.risk || 0));
   return (
     <article class="card">
       <AccountTitle index={capital.index} />
       <p class="equity num">{money(capital.dynamicAmount)}</p>
       <Today profit={profitToday(capital)} ratio={returnToday(capital)} />
       <FieldList fields={kCapitalFields.slice(1, kHeadline)} row={capital} />
-      <p class="risk">
-        <span>
-          {fieldName(kRisk)} <b class="num">{percent(capital.risk)}</b>
-        </span>
-        <meter min="0" max="1" value={String(risk)} aria-label={fieldName(kRisk)} />
-      </p>
+      <LimitMeter capital={capital} />
       <details>
         <summary aria-label={`${capital.userCode}: ${t("details")}`}>{t("details")}</summary>
         <FieldList fields={kCapitalFields.slice(kHeadline)} row={capital} />
@@ -71,22 +66,6 @@ export function Accounts() {
       <div class="cards">
         {rows.map((capital) => (
           <AccountCard key={capital.index} capital={capital} />
-        ))}
-      </div>
-    </ListFrame>
-  );
-}
-
-export function Classes() {
-  const { rows } = store.lists.classes;
-  return (
-    <ListFrame name="classes" title={t("classes")} count={rows.length}>
-      <div class="cards">
-        {rows.map((row) => (
-          <article class="card" key={row.codeType}>
-            <h3>{row.codeType}</h3>
-            <FieldList fields={kClassFields} row={row} />
-          </article>
         ))}
       </div>
     </ListFrame>

@@ -207,6 +207,7 @@ export function ListFrame(props: {
   name: ListName;
   title: string;
   count: number;
+  isPicture?: boolean; // whose points nobody counts
   tools?: unknown;
   total?: unknown;
   caption?: string;
@@ -217,7 +218,7 @@ export function ListFrame(props: {
   const isStale = store.isStale(props.name);
   const age = (
     <span class="age">
-      {list.at === 0 ? t("notLoaded") : `${t("rows", props.count)} · ${ageText(list.at, store.now)}`}
+      {list.at === 0 ? t("notLoaded") : `${props.isPicture ? "" : `${t("rows", props.count)} · `}${ageText(list.at, store.now)}`}
       {isStale && list.at > 0 ? <b class="stale-mark"> · {t("stale")}</b> : null}
     </span>
   );

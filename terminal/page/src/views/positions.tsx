@@ -12,6 +12,7 @@ import { Column, List, rowsOfAccount } from "./list";
 import { CodeName, codeText, FieldList, Gain, ownerText, quoteOf } from "./parts";
 import { PositionActions } from "./positionactions";
 import { Sheet } from "./sheet";
+import { DayCurve, Spark } from "./spark";
 
 const nameOfRow = (row: Position): string => `${row.index}:${row.hashCode}`;
 
@@ -51,6 +52,7 @@ function card(row: Position) {
       <span class="code">
         <b>{nameOf(row, quoteOf(row))}</b> <small>{codeText(row)}</small>
       </span>
+      <Spark row={row} />
       <Gain value={row.floatPorfit} class="strong" />
     </span>,
     ...legs.map((name, place) => (
@@ -74,9 +76,14 @@ const kColumns: readonly Column<Position>[] = [
   { name: "held", cell: (row) => legsOf(row).map((name) => <Leg key={name} row={row} name={name} />), share: 1.95 },
   {
     name: "last",
-    cell: (row) => <span class="num">{priceText(row.currentPrice, quoteOf(row))}</span>,
+    cell: (row) => (
+      <span class="with-spark">
+        <Spark row={row} />
+        <span class="num">{priceText(row.currentPrice, quoteOf(row))}</span>
+      </span>
+    ),
     isNumber: true,
-    share: 0.85,
+    share: 1.5,
   },
   {
     name: "floating",
@@ -141,6 +148,7 @@ export function Positions() {
     >
       {open === undefined ? null : (
         <Sheet title={`${nameOf(open, quoteOf(open))} · ${open.userCode}`}>
+          <DayCurve row={open} />
           <FieldList fields={kPositionFields} row={open} />
           <PositionActions pair={open} />
         </Sheet>
