@@ -12,8 +12,8 @@ constexpr std::chrono::milliseconds kRetry{100};
 
 }  // namespace
 
-Committer::Committer(const std::filesystem::path& dir, OpenedBook opened, Hooks hooks)
-    : dir_(dir),
+Committer::Committer(std::filesystem::path dir, OpenedBook opened, Hooks hooks)
+    : dir_(std::move(dir)),
       database_(std::move(opened.database)),
       copy_(std::move(opened.copy)),
       hooks_(std::move(hooks)),

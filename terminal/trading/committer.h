@@ -39,7 +39,7 @@ class Committer {
   // changes that were queued meanwhile. `database` may be a copy that is thrown away, if fault() is not empty.
   using Job = std::function<bool(Database& database)>;
 
-  Committer(const std::filesystem::path& dir, OpenedBook opened, Hooks hooks);
+  Committer(std::filesystem::path dir, OpenedBook opened, Hooks hooks);
 
   // Stores all changes that were added.
   ~Committer();
