@@ -6,7 +6,9 @@
 namespace orvane::test {
 namespace {
 
+using terminal::CloseCode;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
@@ -112,6 +114,47 @@ TEST_F(PhonesTest, RefusesBodiesWithTheReason) {
     session->take();
   }
   EXPECT_THAT(agent_->requests, SizeIs(harmless.size()));
+}
+
+TEST_F(PhonesTest, HoldsFramesWhileTheTokensAreRead) {
+  const auto session = connect();
+  phones_.onFrame(*session, fmt::format(R"({{"id":1,"topic":"login","token":"{}"}})", addToken("new", "see")));
+  phones_.onFrame(*session, R"({"id":2,"topic":"account.list"})");
+  EXPECT_THAT(session->sent, IsEmpty());
+  settle();
+  EXPECT_THAT(session->sent, ElementsAre(HasSubstr(R"("name":"new")")));
+  EXPECT_THAT(agent_->requests, SizeIs(1));
+
+  const auto gone = connect();
+  phones_.onFrame(*gone, R"({"id":1,"topic":"login","token":"guess"})");
+  hangUp(gone);
+  settle();
+  EXPECT_THAT(gone->sent, IsEmpty());
+
+  for (const auto& [frames, bytes, isKept] :
+       {std::tuple(256, 1, true), {257, 1, false}, {4, 64 * 1024, true}, {4, 64 * 1024 + 1, false}}) {
+    const auto busy = connect();
+    phones_.onFrame(*busy, R"({"id":1,"topic":"login","token":"guess"})");
+    for (int i = 0; i < frames; ++i) phones_.onFrame(*busy, std::string(static_cast<size_t>(bytes), ' '));
+    EXPECT_EQ(busy->closeCode() == CloseCode::TooMany, !isKept) << frames << " frames of " << bytes;
+    settle();
+  }
+}
+
+TEST_F(PhonesTest, RefusesTopicsThatNobodyCanRead) {
+  const auto session = client(token_);
+  for (const std::string& topic : {std::string(65, 'x'), std::string(), std::string("a\\u0000b"), std::string("中")}) {
+    send(session, fmt::format(R"({{"id":1,"topic":"{}","data":{{}}}})", topic));
+    EXPECT_THAT(session->take(),
+                ElementsAre(HasSubstr(R"("topic":"","message":"the frame's \"topic\" must be 1 to 64)")))
+        << topic;
+  }
+  EXPECT_THAT(get("/metrics").body, HasSubstr("refusals_total{reason=\"frame\"} 4\n"));
+  EXPECT_THAT(agent_->requests, IsEmpty());
+  for (const std::string& topic : {std::string(64, 'x'), std::string(" ~")}) {
+    send(session, fmt::format(R"({{"id":1,"topic":"{}","data":{{}}}})", topic));
+    EXPECT_EQ(agent_->requests.back().topic, topic);
+  }
 }
 
 }  // namespace
