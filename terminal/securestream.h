@@ -2,7 +2,7 @@
 
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/ssl/context.hpp>
-#include <boost/asio/ssl/stream.hpp>
+#include <boost/asio/ssl/stream_base.hpp>
 #include <boost/beast/core/role.hpp>
 #include <boost/beast/core/tcp_stream.hpp>
 #include <boost/container/static_vector.hpp>
@@ -13,10 +13,12 @@
 #include <type_traits>
 #include <utility>
 
+#include "terminal/tlslayer.h"
+
 namespace orvane::terminal {
 
-// A TCP connection with or without TLS. Deadlines are set on next_layer(). Asio and Beast call it with many types of
-// buffers and handlers; it converts them to one, so that the layers below are compiled once.
+// A TCP connection with or without TLS. It has no deadlines: close next_layer() to end its operations. Asio and Beast
+// call it with many types of buffers and handlers; it converts them to one, so that the layers below are compiled once.
 class SecureStream {
   using Clock = std::chrono::steady_clock;
 
@@ -80,7 +82,8 @@ class SecureStream {
     Buffers<Buffer> first;
     const auto end = boost::asio::buffer_sequence_end(sequence);
     for (auto each = boost::asio::buffer_sequence_begin(sequence); each != end; ++each) {
-      if (first.size() < first.capacity()) first.push_back(*each);
+      const Buffer buffer(*each);
+      if (buffer.size() > 0 && first.size() < first.capacity()) first.push_back(buffer);
     }
     return first;
   }
@@ -89,7 +92,7 @@ class SecureStream {
   void writeSome(const Buffers<boost::asio::const_buffer>& buffers, Completion<size_t> done);
 
   next_layer_type tcp_;
-  std::optional<boost::asio::ssl::stream<next_layer_type&>> tls_;
+  std::optional<TlsLayer> tls_;
   Clock::time_point lastRead_ = Clock::now();
   Clock::time_point lastWritten_ = lastRead_;
 };

@@ -38,7 +38,7 @@ check terminal/trading "host/|terminal/trading/|$text|terminal/(logging|clocks|d
 
 # Only net/ and what connects or makes certificates uses Asio and Beast; no header that phones/ includes may.
 boostSeenBy=$(grep -rlE '#include <boost/(asio|beast)' terminal --include='*.h' --include='*.cpp' |
-  grep -vE '^terminal/(net|client)/|^terminal/(certificate|securestream|serversettings|tls)\.' || true)
+  grep -vE '^terminal/(net|client)/|^terminal/(certificate|securestream|serversettings|tls|tlslayer)\.' || true)
 if [ -n "$boostSeenBy" ]; then
   echo "Asio or Beast is seen by: $boostSeenBy"
   failed=1

@@ -61,7 +61,7 @@ class HttpConnection final : public Connection, public std::enable_shared_from_t
         limits_(limits) {}
 
   void start() {
-    tcp().expires_after(limits_.head);
+    limit(limits_.head);
     if (!stream_->isSecure()) return readRequest();
     stream_->handshake(boost::asio::ssl::stream_base::server, handler(&HttpConnection::onHandshake));
   }
@@ -80,7 +80,13 @@ class HttpConnection final : public Connection, public std::enable_shared_from_t
   void cutBacklog() override {}
 
  private:
-  beast::tcp_stream& tcp() { return stream_->next_layer(); }
+  // Ends the connection then, unless the timer is cancelled or another limit set before.
+  void limit(std::chrono::milliseconds time) {
+    timer_.expires_after(time);
+    timer_.async_wait([self = shared_from_this()](const error_code& cancelled) {
+      if (!cancelled && self->stream_ != nullptr) self->finish();
+    });
+  }
 
   void onHandshake(error_code error) {
     if (!error) return readRequest();
@@ -92,6 +98,7 @@ class HttpConnection final : public Connection, public std::enable_shared_from_t
 
   void onRequest(error_code error, size_t /*bytes*/) {
     if (ending_) return finish();
+    timer_.cancel();
     if (error && error != http::error::unexpected_body) return onBadRequest(error);
     HttpRequest head = headOf(request_.get());
     head.isUpgrade = !error && beast::websocket::is_upgrade(request_.get());
@@ -104,7 +111,6 @@ class HttpConnection final : public Connection, public std::enable_shared_from_t
     if (ending_) return;  // cut off while the answer was made
     if (page) return writePage(*page);
     ending_ = true;
-    tcp().expires_never();
     owner_.onUpgrade(*this, std::move(stream_), request_.release());
   }
 
@@ -122,17 +128,13 @@ class HttpConnection final : public Connection, public std::enable_shared_from_t
     response.keep_alive(false);
     response.body() = page.body;
     response.prepare_payload();
-    tcp().expires_after(limits_.head);
+    limit(limits_.head);
     http::async_write(*stream_, response, handler(&HttpConnection::onPage));
   }
 
-  // The stream's own deadline ends with the last byte written, so the shutdown needs a timer.
   void onPage(error_code error, size_t /*bytes*/) {
     if (error || ending_) return finish();
-    timer_.expires_after(kShutdownTime);
-    timer_.async_wait([self = shared_from_this()](const error_code& cancelled) {
-      if (!cancelled) self->finish();
-    });
+    limit(kShutdownTime);
     stream_->shutdown(beast::role_type::server, handler(&HttpConnection::onShutdown));
   }
 
@@ -144,7 +146,7 @@ class HttpConnection final : public Connection, public std::enable_shared_from_t
     finished_ = true;
     ending_ = true;
     timer_.cancel();
-    tcp().close();
+    stream_->next_layer().close();
     owner_.onEnded(*this);
   }
 

@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include <SQLiteCpp/Database.h>
 #include <fmt/format.h>
 #include <unistd.h>
 
@@ -97,10 +98,20 @@ RelayProcess::RelayProcess(const Cluster& cluster, const std::string& name, uint
   port_ = static_cast<uint16_t>(std::stoi(line.substr(colon + 1)));
 }
 
-FarTerminal::FarTerminal(const Cluster& cluster, const std::string& name) : name_(name) { restart(cluster); }
+FarTerminal::FarTerminal(const Cluster& cluster, const std::string& name, std::vector<std::string> options)
+    : name_(name), options_(std::move(options)) {
+  restart(cluster);
+}
+
+void FarTerminal::giveFunds() const {
+  SQLite::Database(dir_.path() / "terminal.db", SQLite::OPEN_READWRITE)
+      .exec("UPDATE account SET pre_balance = 1e12 WHERE idx = 1");
+}
 
 void FarTerminal::restart(const Cluster& cluster) {
-  program_ = std::make_unique<Program>(POCKET_TERMINAL, terminalArguments(cluster, name_, dir_.path()));
+  std::vector<std::string> arguments = terminalArguments(cluster, name_, dir_.path());
+  arguments.insert(arguments.end(), options_.begin(), options_.end());
+  program_ = std::make_unique<Program>(POCKET_TERMINAL, arguments);
   const std::string line = program_->readLine();
   const std::string start = fmt::format("/#terminal={}", name_);
   const size_t token = line.find("&token=");

@@ -82,7 +82,7 @@ class RelayProcess {
 // pocket-terminal behind the relays, which listens nowhere.
 class FarTerminal {
  public:
-  FarTerminal(const Cluster& cluster, const std::string& name);
+  FarTerminal(const Cluster& cluster, const std::string& name, std::vector<std::string> options = {});
 
   const std::string& name() const { return name_; }
   const std::string& token() const { return token_; }  // with all rights
@@ -91,9 +91,13 @@ class FarTerminal {
   // Starts it again, after its end.
   void restart(const Cluster& cluster);
 
+  // Money for any number of orders of account 1. REQUIRES: it does not run.
+  void giveFunds() const;
+
  private:
   TempDir dir_;
   const std::string name_;
+  const std::vector<std::string> options_;
   std::string token_;
   std::unique_ptr<Program> program_;
 };
