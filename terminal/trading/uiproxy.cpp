@@ -120,18 +120,18 @@ void UiProxy::requestAsync(int64_t requestId, const std::string& topic, const st
   reply.requestId = requestId;
   reply.topic = topic;
   if (topic == kEquityList) {  // it shows nothing that is not stored
-    return readEquity(data, [this, reply = std::move(reply)](const Answer& made) mutable {
+    return readEquity(data, [&desk = desk_, reply = std::move(reply)](const Answer& made) mutable {
       put(made, reply);
-      desk_.outbox().post(std::move(reply));
+      desk.outbox().post(std::move(reply));
     });
   }
   put(answer(topic, data), reply);
-  desk_.whenStored([this, reply = std::move(reply)](const std::string& failure) mutable {
+  desk_.whenStored([&desk = desk_, reply = std::move(reply)](const std::string& failure) mutable {
     if (!failure.empty()) {
       reply.message = CodeConvert::utf8_to_gbk(failure);
       reply.data.clear();
     }
-    desk_.outbox().post(std::move(reply));
+    desk.outbox().post(std::move(reply));
   });
 }
 

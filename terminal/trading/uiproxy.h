@@ -13,7 +13,8 @@
 
 namespace orvane::terminal {
 
-// Answers the terminal's own topics, which docs/topics.md describes. Thread-safe.
+// Answers the terminal's own topics, which docs/topics.md describes. Thread-safe. "equity.list" is the only one that
+// reads the disk: requestSync() waits for it.
 class UiProxy : public IUIProxyMgr {
  public:
   UiProxy(Desk& desk, Engine& engine, const QuoteCurves& curves, QuoteMode mode)
@@ -48,7 +49,7 @@ class UiProxy : public IUIProxyMgr {
   std::string setQuote(const std::string& body);
   Answer equityList(const std::string& body);
 
-  // Calls `deliver` once, here or on the committer's thread.
+  // Calls `deliver` once, here or on the committer's thread, which may be after the proxy's end.
   void readEquity(const std::string& body, std::function<void(const Answer&)> deliver);
 
   static void put(const Answer& made, MobileMessage& reply);

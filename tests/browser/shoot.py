@@ -26,6 +26,9 @@ class Camera(PageTest):
         self.open()
         for view in VIEWS:
             self.view(view)
+            if view == "assets/equity":
+                self.see(".periods label:nth-child(4)").click()
+                self.wait(lambda: len(self.found(".plot .paid")) > 1, "no year")
             self.shoot(f"{view.replace('/', '-')}-{language}")
         self.view("positions")
         self.found(".row-main")[2].click()
