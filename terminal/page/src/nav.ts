@@ -1,5 +1,5 @@
-import { addressOf, readAddress, Route } from "./route";
-import { Place, Store } from "./state/store";
+import { addressOf, Place, readAddress, Route } from "./route";
+import { Store } from "./state/store";
 
 // The address and the browser's history. Each dialog is an entry of its own, so that the back gesture closes it. An
 // entry knows which dialogs are open below it.

@@ -32,6 +32,12 @@ export const kRoutes: { [Name in Route]: { title: TextName; lists: ListName[] } 
   settings: { title: "settings", lists: [] },
 };
 
+// What the views need of the address.
+export interface Place {
+  route: Route;
+  sheet: string; // the dialog that is open, "trade" for one; empty if none
+}
+
 export const isTicket = (sheet: string): boolean => sheet === "trade" || sheet === "review";
 export const isRow = (sheet: string): boolean => sheet.startsWith("row=");
 

@@ -1,35 +1,22 @@
-import { Connection, isKnown, LinkState, Push } from "../connection";
+import { Connection, LinkState, Push } from "../connection";
 import { fillText } from "../describe";
 import { Platform } from "../platform";
-import { isRow, isTicket, kRoutes, Route } from "../route";
+import { isRow, isTicket, Place } from "../route";
 import { explained } from "../texts/refusals";
 import { Language, t, useLanguage } from "../texts/texts";
 import { Ticket } from "../ticket/ticket";
-import { Account, Bodies, Fill, Login, Market, Order, Quote, Replies, Right, Status } from "../wire/values";
+import { Account, Bodies, Fill, Login, Order, Quote, Replies, Right, Status } from "../wire/values";
 import { Asker, Pair } from "./asker";
 import { Desk } from "./desk";
 import { Drafts } from "./drafts";
-import { HeldLists, kAsking, kMovedByOrders, ListName, Wish } from "./lists";
+import { HeldLists, kMovedByOrders, ListName, Wish } from "./lists";
 import { mergeFills, mergeOrders } from "./merge";
 import { Notices } from "./notices";
 import { Prefs, readPrefs, writePrefs } from "./prefs";
 import { keptFor, Terminals } from "./terminals";
-import { whyNot } from "./why";
+import { wantedLists } from "./wanted";
+import { Outcome, outcomeOf, whyNot } from "./why";
 
-// The outcome of a request: why it failed, empty on success; and whether that is certain.
-export interface Outcome {
-  failure: string;
-  isKnown: boolean;
-}
-
-// What the views need of the address.
-export interface Place {
-  route: Route;
-  sheet: string; // the dialog that is open, "trade" for one; empty if none
-}
-
-const kWhileTrading: { [Name in ListName]?: number } = { quotes: 2000, capital: 3000, positions: 3000 };
-const kOrdersWhileUnknown = 3000;
 const kAfterPushMs = 300; // one request for the pushes of one moment
 
 // All that the page knows and does; the views read it and call it.
@@ -245,7 +232,7 @@ export class Store {
     const reply = await this.connection.request(topic, body, this.platform.randomText(16));
     this.asker.makeDue(touched);
     this.asker.askDue();
-    return { failure: whyNot(reply), isKnown: isKnown(reply) };
+    return outcomeOf(reply);
   }
 
   // Cancels each by a request of its own: in a common one, the first refusal would keep the rest.
@@ -260,25 +247,10 @@ export class Store {
   // ---- the lists
 
   private wanted(): Map<ListName, number> {
-    const wanted = new Map<ListName, number>();
-    if (!this.may("see")) return wanted;
-    if (!this.platform.isSeen()) return this.prefs.notifies ? wanted.set("fills", Infinity) : wanted;
-    for (const name of ["accounts", "quotes", "fills", ...kRoutes[this.place.route].lists] as ListName[]) {
-      wanted.set(name, kAsking[name].every);
-    }
-    if (isTicket(this.place.sheet)) {
-      for (const [name, every] of Object.entries(kWhileTrading)) wanted.set(name as ListName, every);
-      if (this.lists.credit.askedAt === 0 || this.lists.credit.rows.length > 0) wanted.set("credit", 5000);
-      if (this.drafts.current?.amends) wanted.set("orders", kAsking.orders.every);
-    }
-    if (this.place.route === "assets" && this.hasCredit()) wanted.set("credit", kAsking.credit.every); // its meters
-    if (isRow(this.place.sheet)) wanted.set("positions", kAsking.positions.every); // its buttons close what is held
-    if (this.desk.isWaiting) wanted.set("orders", kOrdersWhileUnknown);
-    return wanted;
-  }
-
-  private hasCredit(): boolean {
-    return this.lists.accounts.rows.some((account) => account.marketType === Market.Credit);
+    const { desk, drafts, platform } = this;
+    if (!this.may("see")) return new Map();
+    if (!platform.isSeen()) return new Map(this.prefs.notifies ? [["fills", Infinity]] : []);
+    return wantedLists(this.place, this.lists, (drafts.current?.amends ?? "") !== "", desk.isWaiting);
   }
 
   private wish(): Wish {

@@ -1,0 +1,24 @@
+import { isRow, isTicket, kRoutes, Place } from "../route";
+import { Market } from "../wire/values";
+import { HeldLists, kAsking, ListName } from "./lists";
+
+const kWhileTrading: { [Name in ListName]?: number } = { quotes: 2000, capital: 3000, positions: 3000 };
+const kOrdersWhileUnknown = 3000;
+
+// The lists that are in sight, and how often each is requested. `isWaiting`: the list of orders is needed soon.
+export function wantedLists(place: Place, lists: HeldLists, isAmending: boolean, isWaiting: boolean): Map<ListName, number> {
+  const wanted = new Map<ListName, number>();
+  for (const name of ["accounts", "quotes", "fills", ...kRoutes[place.route].lists] as ListName[]) {
+    wanted.set(name, kAsking[name].every);
+  }
+  const hasCredit = lists.accounts.rows.some((account) => account.marketType === Market.Credit);
+  if (place.route === "assets" && hasCredit) wanted.set("credit", kAsking.credit.every); // for its meters
+  if (isTicket(place.sheet)) {
+    for (const [name, every] of Object.entries(kWhileTrading)) wanted.set(name as ListName, every);
+    if (lists.credit.askedAt === 0 || lists.credit.rows.length > 0) wanted.set("credit", 5000);
+    if (isAmending) wanted.set("orders", kAsking.orders.every);
+  }
+  if (isRow(place.sheet)) wanted.set("positions", kAsking.positions.every); // its buttons close what is held
+  if (isWaiting) wanted.set("orders", kOrdersWhileUnknown);
+  return wanted;
+}
