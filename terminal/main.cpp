@@ -154,7 +154,8 @@ int serve(const Settings& settings) try {
                   {.loginTime = settings.loginTime,
                    .maxOfToken = settings.maxConnections / 3,
                    .probe = [&host, log] { return checkHost(host, *log); },
-                   .figures = {}},
+                   .figures = {},
+                   .prices = &host.prices()},
                   [&host](auto answer) { host.whenStored(std::move(answer)); });
   const Running running(host, gateway, settings.relay ? settings.relay->name : "paper");
   gateway.noteLink();

@@ -50,6 +50,9 @@ class Session {
   // Empty unless this side closed it.
   virtual std::optional<CloseCode> closeCode() const = 0;
 
+  // Bytes that were sent and have not left for the client yet.
+  virtual size_t backlogBytes() const = 0;
+
   // Its name in the log.
   virtual const std::string& name() const = 0;
 

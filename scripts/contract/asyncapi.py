@@ -56,7 +56,7 @@ def messages(contract, examples):
         yield frame, message(contract.frames[frame]["title"], schema_ref(f"frame.{frame}"))
     for push in contract.pushes:
         name = push["name"]
-        body = payload(contract, "push", name, f"{name}.push")
+        body = payload(contract, push.get("frame", "push"), name, f"{name}.push")
         yield name, message(name, body, examples["pushes"].get(name), correlated=False)
 
 

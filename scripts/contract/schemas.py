@@ -39,6 +39,8 @@ def body_schema(contract, topic):
         return {}
     if body == "selector":
         return {"type": "array", "items": copy.deepcopy(contract.kinds["int"]["schema"]), "maxItems": 1000}
+    if body == "codes":
+        return {"type": "array", "items": copy.deepcopy(contract.kinds["long"]["schema"]), "maxItems": 200}
     if "items" in body:
         return {**rows_schema(contract, body["items"]), "maxItems": 1000}
     return object_schema(contract, body["object"])

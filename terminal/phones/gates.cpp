@@ -24,6 +24,7 @@ void Gates::onRequest(Peer& peer, const Frame& frame) {
     if (fault->reason == RefusalReason::Crowd) requests_.countOverrun(peer);
     return;
   }
+  if (request.topic.isWatch) return watch_.onRequest(*peer.session, frame);
   requests_.add(peer, frame, request.topic);
 }
 

@@ -6,6 +6,7 @@
 #include "terminal/phones/frame.h"
 #include "terminal/phones/gatekeeper.h"
 #include "terminal/phones/peers.h"
+#include "terminal/phones/quotewatch.h"
 #include "terminal/phones/requests.h"
 #include "terminal/phones/topics.h"
 
@@ -15,8 +16,8 @@ namespace orvane::terminal {
 // crowd. The key itself is begun after the last, so that a request refused here does not use it up. One thread.
 class Gates {
  public:
-  Gates(Gatekeeper& keeper, Requests& requests, Answers& answers)
-      : keeper_(keeper), requests_(requests), answers_(answers) {}
+  Gates(Gatekeeper& keeper, Requests& requests, Answers& answers, QuoteWatch& watch)
+      : keeper_(keeper), requests_(requests), answers_(answers), watch_(watch) {}
 
   // Queues the request, or answers it.
   void onRequest(Peer& peer, const Frame& frame);
@@ -37,6 +38,7 @@ class Gates {
   Gatekeeper& keeper_;
   Requests& requests_;
   Answers& answers_;
+  QuoteWatch& watch_;
 };
 
 }  // namespace orvane::terminal

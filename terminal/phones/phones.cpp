@@ -18,6 +18,7 @@ Phones::Phones(IEventLoop& loop, GatewayStore& store, PhonesOptions options)
     : loop_(loop),
       keeper_(loop, store, [this] { onTokens(); }),
       requests_(loop, peers_, keeper_, metrics_, answers_, agent_),
+      watch_(loop, options.prices, metrics_, answers_),
       login_(loop, {options.loginTime, options.maxOfToken}, keeper_, peers_, pushes_, answers_, *this),
       pages_(std::move(options.probe), std::move(options.figures), peers_, requests_, agent_, keeper_, metrics_) {}
 
@@ -28,6 +29,7 @@ void Phones::start() {
 // The audit still lacks the refusals of the last second.
 void Phones::stop() {
   tick_.reset();
+  watch_.stop();
   keeper_.tick();
 }
 
@@ -94,7 +96,10 @@ void Phones::read(Peer& peer, std::string_view text) {
   if (peer.isAwaited) return Login::hold(peer, text);
   const auto result = readFrame(text);
   const auto* frame = std::get_if<Frame>(&result);
-  if (frame != nullptr && frame->topic == kLoginTopic) return login_.onFrame(peer, *frame);
+  if (frame != nullptr && frame->topic == kLoginTopic) {
+    watch_.forget(session);
+    return login_.onFrame(peer, *frame);
+  }
   if (frame != nullptr && peer.isLoggedIn) return gates_.onRequest(peer, *frame);
   if (const auto* error = std::get_if<FrameError>(&result)) {
     answers_.refuse(session, error->id, error->topic, {RefusalReason::Frame, error->message});
@@ -108,6 +113,7 @@ void Phones::read(Peer& peer, std::string_view text) {
 void Phones::onClosed(Session& session) {
   TERMINAL_LOG(gatewayLogger(), Debug, "{} is gone", session.name());
   if (const auto code = session.closeCode()) metrics_.countClose(*code);
+  watch_.forget(session);
   requests_.onClosed(session);
   peers_.remove(session);
 }

@@ -6,6 +6,7 @@
 
 #include "host/mobilemessage.h"
 #include "terminal/eventloop.h"
+#include "terminal/liveprices.h"
 #include "terminal/pages.h"
 #include "terminal/phones/agentcallback.h"
 #include "terminal/phones/answers.h"
@@ -15,6 +16,7 @@
 #include "terminal/phones/metrics.h"
 #include "terminal/phones/peers.h"
 #include "terminal/phones/pushlog.h"
+#include "terminal/phones/quotewatch.h"
 #include "terminal/phones/requests.h"
 #include "terminal/phones/statuspages.h"
 #include "terminal/session.h"
@@ -26,6 +28,7 @@ struct PhonesOptions {
   size_t maxOfToken = 85;                       // connections that are open at once
   HealthProbe probe;                            // the host's checks for the health page; called on the loop's thread
   StatusPages::FiguresProbe figures;            // REQUIRED; the same thread
+  const ILivePrices* prices = nullptr;          // what can be watched, if anything; must outlive the object
 };
 
 // What clients may say to this terminal, over whatever transport. Each request gets an id of its own, and each reply
@@ -69,7 +72,8 @@ class Phones : public ISessionOwner, public IPageOwner {
   Peers peers_;
   PushLog pushes_;
   Requests requests_;
-  Gates gates_{keeper_, requests_, answers_};
+  QuoteWatch watch_;
+  Gates gates_{keeper_, requests_, answers_, watch_};
   Login login_;
   StatusPages pages_;
   std::unique_ptr<Timer> tick_;

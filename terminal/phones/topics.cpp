@@ -34,6 +34,7 @@ constexpr std::array kTopics = std::to_array<Topic>({
     {"quote.curve"},
     {"quote.list"},
     {"quote.set", Trade},
+    {"quote.watch", See, List, false, false, true},
     {"terminal.info"},
     {"trader.list"},
     {"other"},

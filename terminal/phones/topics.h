@@ -20,6 +20,7 @@ struct Topic {
   BodyShape shape = BodyShape::List;
   bool hasObjects = false;  // the library asserts that the list's elements are objects
   bool hasNotices = false;  // the host refuses such a request by a notice
+  bool isWatch = false;     // answered here; neither library nor host sees it
 
   // Such a request may carry a key and leaves a line in the audit.
   bool changesSomething() const { return right != Right::See; }

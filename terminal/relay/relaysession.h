@@ -56,7 +56,7 @@ class RelaySession final : public Session, public std::enable_shared_from_this<R
   void end();
 
   bool mayGiveWay() const { return !admitted_ && !closing_; }
-  size_t backlogBytes() const { return accountedBytes_; }
+  size_t backlogBytes() const override { return accountedBytes_; }
 
   // Gives up the backlog because all of them together are too large.
   void cutBacklog();

@@ -44,9 +44,9 @@ Desk::Desk(const std::filesystem::path& dir, const IClock& clock, OpenedBook ope
                  {[this](Book book) { restore(std::move(book)); },
                   [this](MobileMessage message) { outbox_.post(std::move(message)); },
                   [this](const std::string& text) { outbox_.post(noticeOf(text)); }}) {
-  if (!committer_.fault().empty()) return;
   const std::lock_guard lock(mutex_);
-  changeDay();
+  prices_.showAll(book_);
+  if (committer_.fault().empty()) changeDay();
 }
 
 void Desk::apply(const std::function<void(Book&, Change&, int64_t now)>& work) {
@@ -114,6 +114,7 @@ void Desk::readEquity(const EquityRange& range, EquityReader done) {
 void Desk::restore(Book book) {
   const std::lock_guard lock(mutex_);
   std::swap(book_, book);
+  prices_.showAll(book_);
 }
 
 }  // namespace orvane::terminal

@@ -9,6 +9,7 @@
 
 #include "terminal/trading/committer.h"
 #include "terminal/trading/outbox.h"
+#include "terminal/trading/priceboard.h"
 #include "terminal/trading/tradingday.h"
 
 namespace orvane::terminal {
@@ -54,6 +55,9 @@ class Desk {
 
   Outbox& outbox() { return outbox_; }
 
+  // Who moves a price in the book shows it here too.
+  PriceBoard& prices() { return prices_; }
+
   // English; empty if changes are stored, and if the trading day changes in time.
   std::string storageFault() const { return committer_.fault(); }
   std::string clockFault() const { return day_.fault(); }
@@ -70,7 +74,8 @@ class Desk {
   Book book_;
   Outbox outbox_;
   bool isKeeping_ = true;  // the last row of history was written; committer's thread only
-  Committer committer_;    // last: its thread uses the others
+  PriceBoard prices_;
+  Committer committer_;  // last: its thread uses the others
 };
 
 }  // namespace orvane::terminal

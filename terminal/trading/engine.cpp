@@ -120,7 +120,9 @@ ResultStatus Engine::cancelOrder(const CancelOrderRequest& request) {
 void Engine::movePrices(const std::vector<Price>& prices, bool store) {
   desk_.apply([&](Book& book, Change& change, int64_t now) {
     for (const auto& [hashCode, price] : prices) {
-      book.instruments.at(hashCode).last = price;
+      Instrument& instrument = book.instruments.at(hashCode);
+      instrument.last = price;
+      desk_.prices().show(instrument);
       if (store) change.quotes.insert(hashCode);
     }
     match(book, change, prices, now);

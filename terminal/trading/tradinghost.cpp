@@ -47,6 +47,8 @@ void TradingHost::whenStored(std::function<void(const std::string& failure)> ans
   parts_->desk.whenStored(std::move(answer));
 }
 
+const ILivePrices& TradingHost::prices() const { return parts_->desk.prices(); }
+
 TradingHealth TradingHost::health() const {
   return {parts_->desk.storageFault(), parts_->desk.clockFault(), parts_->feed.age()};
 }

@@ -9,6 +9,7 @@
 #include "host/mobilemessage.h"
 #include "host/mobilesrv.h"
 #include "terminal/clocks.h"
+#include "terminal/liveprices.h"
 #include "terminal/trading/tradingoptions.h"
 
 namespace orvane::terminal {
@@ -53,6 +54,9 @@ class TradingHost {
 
   // Any thread.
   TradingHealth health() const;
+
+  // Valid as long as the host.
+  const ILivePrices& prices() const;
 
  private:
   struct Parts;

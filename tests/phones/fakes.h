@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <deque>
+#include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -10,6 +11,7 @@
 
 #include "host/mobilesrv.h"
 #include "terminal/eventloop.h"
+#include "terminal/liveprices.h"
 #include "terminal/session.h"
 #include "tests/support/faketime.h"
 
@@ -58,6 +60,7 @@ class FakeSession : public terminal::Session {
   void admit() override { isAdmitted = true; }
   bool isClosing() const override { return code_.has_value(); }
   std::optional<terminal::CloseCode> closeCode() const override { return code_; }
+  size_t backlogBytes() const override { return backlog; }
   const std::string& name() const override { return name_; }
   const std::string& address() const override { return address_; }
   const std::string& network() const override { return address_; }
@@ -68,11 +71,32 @@ class FakeSession : public terminal::Session {
   std::vector<std::string> sent;
   bool isAdmitted = false;
   bool isBroken = false;
+  size_t backlog = 0;
 
  private:
   std::string name_ = "phone";
   std::string address_;
   std::optional<terminal::CloseCode> code_;
+};
+
+// Instruments whose prices a test sets; bid and ask are one below and above.
+class FakePrices : public terminal::ILivePrices {
+ public:
+  void set(int64_t hashCode, double last) { prices_[hashCode] = {hashCode, last, last - 1, last + 1, ++version_}; }
+
+  std::vector<terminal::LivePrice> changedSince(uint64_t version,
+                                                const std::vector<int64_t>& hashCodes) const override {
+    std::vector<terminal::LivePrice> changed;
+    for (const int64_t hashCode : hashCodes) {
+      const auto found = prices_.find(hashCode);
+      if (found != prices_.end() && found->second.version > version) changed.push_back(found->second);
+    }
+    return changed;
+  }
+
+ private:
+  std::map<int64_t, terminal::LivePrice> prices_;
+  uint64_t version_ = 0;
 };
 
 // The agent's callback, which keeps what it gets.

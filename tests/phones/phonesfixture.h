@@ -128,8 +128,12 @@ class PhonesTest : public testing::Test {
   terminal::GatewayStore store_{
       {.dataDir = dir_.path(), .audit = {.fileBytes = 2000, .oldFiles = 2}, .maxBytes = 1024 * 1024}, loop_};
   bool failsInside_ = false;
-  terminal::Phones phones_{
-      loop_, store_, {.probe = [this] { return probe(); }, .figures = [] { return terminal::TransportFigures{}; }}};
+  FakePrices prices_;
+  terminal::Phones phones_{loop_,
+                           store_,
+                           {.probe = [this] { return probe(); },
+                            .figures = [] { return terminal::TransportFigures{}; },
+                            .prices = &prices_}};
 };
 
 }  // namespace orvane::test

@@ -14,13 +14,14 @@ namespace {
 
 using testing::HasSubstr;
 
-// The library's topics, also those that are added to it later, and the host's own.
+// The library's topics, also those that are added to it later, the host's own, and what the gateway answers itself.
 std::set<std::string> requestTopics() {
   std::set<std::string> topics;
   for (int32_t value = kTopicUnknown + 1; topicFromName(topicName(value)) == value; ++value) {
     topics.insert(topicName(value));
   }
   for (const std::string_view own : terminal::UiProxy::topics()) topics.emplace(own);
+  topics.insert("quote.watch");
   return topics;
 }
 

@@ -80,6 +80,7 @@ export const kReplies: { readonly [name: string]: Shape } = {
   "order.rates": { longByMoney: "number", longByVolume: "number", shortByMoney: "number", shortByVolume: "number",
   commissionByMoney: "number", commissionByVolume: "number", commissionMinimum: "number", saleTax: "number" },
   "quote.set": "null",
+  "quote.watch": [{ hashCode: "int", lastPrice: "number", bidPrice: "number", askPrice: "number" }],
 };
 
 export const kPushes: { readonly [name: string]: Shape } = {
@@ -90,6 +91,7 @@ export const kPushes: { readonly [name: string]: Shape } = {
   "trade.push": [{ userCode: "text", index: "int", accountType: "int", codeExch: "text", hashCode: "int", codeName:
   "text", side: "int", combOffset: "int", hedge: "int", price: "number", volume: "int", exchTimestamp: "int", fillId:
   "text", localOrderId: "text", source: "text", accountStatus: "int" }],
+  "quote.push": [{ hashCode: "int", lastPrice: "number", bidPrice: "number", askPrice: "number" }],
   "terminal.notice": "null",
   "unknown.topic": "null",
 };

@@ -184,6 +184,10 @@ export interface QuoteSetBody {
   hashCode: number; price: number;
 }
 
+export interface QuoteWatchRow {
+  hashCode: number; lastPrice: number; bidPrice: number; askPrice: number;
+}
+
 export interface OrderPushRow {
   userCode: string; index: number; accountType: number; codeExch: string; hashCode: number; codeName: string; side:
   number; combOffset: number; hedge: number; price: number; volume: number; srcTimestamp: number; priceType: number;
@@ -195,6 +199,10 @@ export interface TradePushRow {
   userCode: string; index: number; accountType: number; codeExch: string; hashCode: number; codeName: string; side:
   number; combOffset: number; hedge: number; price: number; volume: number; exchTimestamp: number; fillId: string;
   localOrderId: string; source: string; accountStatus: number;
+}
+
+export interface QuotePushRow {
+  hashCode: number; lastPrice: number; bidPrice: number; askPrice: number;
 }
 
 export interface Bodies {
@@ -221,6 +229,7 @@ export interface Bodies {
   "equity.list": EquityListBody;
   "order.rates": OrderRatesBody;
   "quote.set": QuoteSetBody;
+  "quote.watch": number[];
 }
 
 export interface Replies {
@@ -248,11 +257,13 @@ export interface Replies {
   "equity.list": EquityListRow[];
   "order.rates": OrderRates;
   "quote.set": null;
+  "quote.watch": QuoteWatchRow[];
 }
 
 export interface Pushes {
   "order.push": OrderPushRow[];
   "trade.push": TradePushRow[];
+  "quote.push": QuotePushRow[];
   "terminal.notice": null;
   "unknown.topic": null;
 }
