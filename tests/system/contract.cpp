@@ -72,7 +72,8 @@ std::string findAnswerFault(std::string_view text) {
   const Document frame = parse(text);
   const bool isPush = !frame.HasMember("id");
   const bool isReply = !isPush && holds(frame, "message", "") && !frame.HasMember("text");
-  const char* schema = isPush ? (frame.HasMember("seq") ? "push" : "quotes") : isReply ? "reply" : frame.HasMember("text") ? "text" : "failure";
+  const char* push = frame.HasMember("seq") ? "push" : "quotes";
+  const char* schema = isPush ? push : isReply ? "reply" : frame.HasMember("text") ? "text" : "failure";
   std::string fault = findFault(fmt::format("frame.{}", schema), frame);
   if (!fault.empty()) return fault;
   if (isPush) return findFault(frame["topic"].GetString() + std::string(".push"), frame["data"]);
