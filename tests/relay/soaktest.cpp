@@ -45,6 +45,7 @@ struct Tally {
   std::atomic<int> unknown = 0;  // the terminal was killed while the order was under way
   std::atomic<int> logins = 0;
   std::atomic<int> resumed = 0;
+  std::atomic<bool> stops = false;  // all phones, once the first of them ends
   std::mutex mutex;
   std::string fault;  // the first
 
@@ -64,7 +65,7 @@ class OrderingPhone {
           run();
         }) {}
   ~OrderingPhone() {
-    stops_ = true;
+    tally_.stops = true;
     thread_.join();
   }
   OrderingPhone(const OrderingPhone&) = delete;
@@ -74,7 +75,7 @@ class OrderingPhone {
 
  private:
   void run() {
-    while (!stops_ || isOpen_) {
+    while (!tally_.stops || isOpen_) {
       try {
         if (client_ == nullptr) connect();
         placeOne();
@@ -144,7 +145,6 @@ class OrderingPhone {
   int attempt_ = 0;
   bool isOpen_ = false;  // an order is not answered yet
   std::atomic<int> answered_ = 0;
-  std::atomic<bool> stops_ = false;
   std::thread thread_;
 };
 
