@@ -115,6 +115,7 @@ Entrances entrancesOf(const Settings& settings, Refusal& refusal) {
   limits.head = settings.loginTime;
   limits.idle = settings.idleTime;
   limits.maxBacklogBytes = settings.maxBacklogBytes;
+  limits.maxCompressionBytes = settings.maxCompressionBytes;
   Entrances entrances;
   if (settings.listens) {
     entrances.listen = {.address = settings.address,

@@ -14,6 +14,8 @@ struct HttpRequest {
   std::string_view host;
   std::string_view origin;
   std::string_view authorization;
+  std::string_view acceptEncoding;
+  std::string_view ifNoneMatch;
   std::string_view network;  // rate-limit key, see Session
   bool isUpgrade = false;    // to a WebSocket
   bool isLoopback = false;   // from this machine
@@ -24,6 +26,8 @@ struct Page {
   unsigned status = 200;
   const char* contentType = "text/plain; charset=utf-8";
   std::string body;
+  std::string etag{};           // with its quotes; empty if the page must not be stored
+  std::string_view encoding{};  // of the body; empty if it is plain
 };
 
 // Makes the pages that change, and those that need a token.

@@ -57,6 +57,10 @@ void ServerOptions::addPhones(CLI::App& app) {
   app.add_option("--max-backlog", maxBacklog_, "MiB of unsent messages, for all phones together")
       ->check(CLI::Range(1, 65536))
       ->capture_default_str();
+  app.add_option("--max-compression", maxCompression_,
+                 "MiB of memory for compressing messages, for all phones together; 0 compresses none")
+      ->check(CLI::Range(0, 65536))
+      ->capture_default_str();
 }
 
 void ServerOptions::addFolder(CLI::App& app, const char* purpose) {
@@ -82,6 +86,7 @@ void ServerOptions::complete(bool needsKey) {
   settings_.loginTime = milliseconds(loginSeconds_);
   settings_.idleTime = milliseconds(idleSeconds_);
   settings_.maxBacklogBytes = maxBacklog_ * 1024 * 1024;
+  settings_.maxCompressionBytes = maxCompression_ * 1024 * 1024;
   completeTls(needsKey);
 }
 

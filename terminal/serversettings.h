@@ -25,6 +25,7 @@ struct ServerSettings {
   std::chrono::milliseconds loginTime{};  // limit of the TLS handshake and the HTTP head, and again of the first frame
   std::chrono::milliseconds idleTime{};   // after which a client that is silent or reads nothing is dropped
   size_t maxBacklogBytes = 0;             // of outgoing messages, for all clients together
+  size_t maxCompressionBytes = 0;         // of memory for compressing messages, for all clients together
   size_t maxConnections = 256;            // that are open at once
 };
 
@@ -56,7 +57,8 @@ class ServerOptions {
   const std::string log_;
   double loginSeconds_ = 10;
   double idleSeconds_ = 36;
-  size_t maxBacklog_ = 64;  // MiB
+  size_t maxBacklog_ = 64;      // MiB
+  size_t maxCompression_ = 64;  // MiB
   TlsFiles tls_;
 };
 

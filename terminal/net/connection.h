@@ -20,8 +20,9 @@ struct NetLimits {
   // A silent client is pinged after half of this time and dropped after all of it. One that accepts no byte for all of
   // it is closed.
   std::chrono::milliseconds idle{36'000};
-  size_t maxFrameBytes = size_t{256} * 1024;          // of an incoming frame
-  size_t maxQueuedBytes = size_t{4} * 1024 * 1024;    // of a session's frames behind the one that is being written
+  size_t maxFrameBytes = size_t{256} * 1024;              // of an incoming frame
+  size_t maxQueuedBytes = size_t{4} * 1024 * 1024;        // of a session's frames behind the one that is being written
+  size_t maxCompressionBytes = size_t{64} * 1024 * 1024;  // of memory, for all sessions
   size_t maxBacklogBytes = size_t{64} * 1024 * 1024;  // of all sessions' frames, those that are being written included
 };
 

@@ -1,6 +1,5 @@
 #include "terminal/net/httpconnection.h"
 
-#include <array>
 #include <boost/asio/post.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core.hpp>
@@ -21,14 +20,9 @@ using boost::system::error_code;
 constexpr std::chrono::milliseconds kShutdownTime{3000};
 
 // A page loads nothing from elsewhere, and no other page can frame it.
-constexpr std::array<std::pair<std::string_view, std::string_view>, 4> kPageHeaders{{
-    {"Cache-Control", "no-store"},
-    {"Content-Security-Policy",
-     "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self' data:; connect-src 'self'; "
-     "manifest-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'"},
-    {"Referrer-Policy", "no-referrer"},
-    {"X-Content-Type-Options", "nosniff"},
-}};
+constexpr const char* kContentPolicy =
+    "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self' data:; connect-src 'self'; "
+    "manifest-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
 
 // Browsers ignore it for an IP address, and while they do not trust the certificate.
 constexpr const char* kTlsForAYear = "max-age=31536000";
@@ -42,7 +36,25 @@ HttpRequest headOf(const UpgradeRequest& request) {
           .host = view(request[http::field::host]),
           .origin = view(request[http::field::origin]),
           .authorization = view(request[http::field::authorization]),
+          .acceptEncoding = view(request[http::field::accept_encoding]),
+          .ifNoneMatch = view(request[http::field::if_none_match]),
           .network = {}};
+}
+
+// The content policy matters to documents only, and is longer than some files. A page with an ETag is stored, but asked
+// about each time.
+void setPageHeaders(http::fields& response, const Page& page) {
+  response.set(http::field::content_type, page.contentType);
+  response.set("X-Content-Type-Options", "nosniff");
+  response.set("Referrer-Policy", "no-referrer");
+  if (std::string_view(page.contentType).starts_with("text/html")) {
+    response.set("Content-Security-Policy", kContentPolicy);
+  }
+  response.set(http::field::cache_control, page.etag.empty() ? "no-store" : "no-cache");
+  if (page.etag.empty()) return;
+  response.set(http::field::etag, page.etag);
+  response.set(http::field::vary, "Accept-Encoding");
+  if (!page.encoding.empty()) response.set(http::field::content_encoding, page.encoding);
 }
 
 class HttpConnection final : public Connection, public std::enable_shared_from_this<HttpConnection> {
@@ -122,12 +134,11 @@ class HttpConnection final : public Connection, public std::enable_shared_from_t
 
   void writePage(const Page& page) {
     http::response<http::string_body>& response = response_.emplace(http::status(page.status), 11);
-    response.set(http::field::content_type, page.contentType);
-    for (const auto& [name, value] : kPageHeaders) response.set(name, value);
+    setPageHeaders(response, page);
     if (stream_->isSecure()) response.set(http::field::strict_transport_security, kTlsForAYear);
     response.keep_alive(false);
     response.body() = page.body;
-    response.prepare_payload();
+    if (page.status != 304) response.prepare_payload();  // a length would be that of the page the client has
     limit(limits_.head);
     http::async_write(*stream_, response, handler(&HttpConnection::onPage));
   }

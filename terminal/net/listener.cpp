@@ -74,6 +74,7 @@ Listener::Listener(asio::io_context& context, ListenOptions options, ISessionOwn
       pages_(pages),
       tls_(options_.tls ? makeServerTls(*options_.tls) : nullptr),
       origins_(tls_ != nullptr, options_.allowedOrigins, certifiedNames(tls_)),
+      compressionMemory_(options_.limits.maxCompressionBytes),
       acceptor_(context),
       retryTimer_(context) {
   const ip::address address = parseAddress(options_.address);
@@ -173,18 +174,19 @@ void Listener::onRequestHead(const HttpRequest& request, IPageOwner::Answer answ
     return answer(Page{.status = 403, .body = std::move(fault)});
   }
   if (request.isUpgrade && request.path == kSocketPath) return answer(std::nullopt);
-  const auto orWebPage = [method = std::string(request.method), path = std::string(request.path),
+  if (auto file = findFile(request)) return answer(std::move(file));
+  const auto orMissing = [method = std::string(request.method), path = std::string(request.path),
                           answer = std::move(answer)](std::optional<Page> page) {
-    answer(page ? std::move(page) : findWebPage(method, path));
+    answer(page ? std::move(page) : missingPage(method, path));
   };
-  pages_.makePage(request, orWebPage);
+  pages_.makePage(request, orMissing);
 }
 
 void Listener::onUpgrade(Connection& connection, std::unique_ptr<SecureStream> stream, UpgradeRequest request) {
   auto node = connections_.extract(&connection);
   Entry& entry = node.mapped();
-  entry.connection =
-      openWebSocket(std::move(stream), std::move(request), entry.remote, sessions_, *this, options_.limits);
+  entry.connection = openWebSocket(std::move(stream), std::move(request), entry.remote, sessions_, *this,
+                                   compressionMemory_, options_.limits);
   node.key() = entry.connection.get();
   connections_.insert(std::move(node));
 }

@@ -10,6 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "terminal/net/compression.h"
 #include "terminal/net/connection.h"
 #include "terminal/net/originpolicy.h"
 #include "terminal/tls.h"
@@ -69,6 +70,7 @@ class Listener : private IConnectionOwner {
   IPageOwner& pages_;
   const std::shared_ptr<boost::asio::ssl::context> tls_;  // null without TLS
   const OriginPolicy origins_;
+  CompressionMemory compressionMemory_;
   boost::asio::ip::tcp::acceptor acceptor_;
   boost::asio::steady_timer retryTimer_;
   uint16_t port_ = 0;

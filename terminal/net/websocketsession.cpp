@@ -23,6 +23,25 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kCloseTime{3000};
 constexpr std::chrono::milliseconds kStopTime{500};  // shorter: the terminal's end waits for it
 
+constexpr int kIdleTimes = 4;  // the idle time, until a session without long messages gives up its compressor
+
+using WebSocket = websocket::stream<SecureStream&, true>;
+
+// Beast 1.81 keeps a compressor for as long as its stream, and has no call to free it. The stream's members are
+// private, but an explicit instantiation may name them.
+auto& implementationOf(WebSocket& stream);
+
+template <auto Member>
+struct PrivateMember {
+  friend auto& implementationOf(WebSocket& stream) { return *(stream.*Member); }
+};
+template struct PrivateMember<&WebSocket::impl_>;
+
+// Between two messages: the next one that is compressed begins with an empty window, as any client understands.
+void freeCompressor(WebSocket& stream) {
+  if (const auto& agreed = implementationOf(stream).pmd_) agreed->zo.clear();
+}
+
 // Of a text frame.
 struct Part {
   Session::Text text;
@@ -40,14 +59,15 @@ class WebSocketSession final : public Session,
 
  public:
   WebSocketSession(std::unique_ptr<SecureStream> stream, Remote remote, ISessionOwner& sessions,
-                   IConnectionOwner& owner, const NetLimits& limits)
+                   IConnectionOwner& owner, CompressionMemory& memory, const NetLimits& limits)
       : stream_(std::move(stream)),
         ws_(*stream_),
         timer_(ws_.get_executor()),
         remote_(std::move(remote)),
         sessions_(sessions),
         owner_(owner),
-        limits_(limits) {}
+        limits_(limits),
+        compression_(memory, kIdleTimes * limits.idle) {}
 
   void accept(UpgradeRequest request) {
     request_ = std::move(request);
@@ -55,6 +75,8 @@ class WebSocketSession final : public Session,
     ws_.set_option(websocket::stream_base::timeout{limits_.head, websocket::stream_base::none(), false});
     ws_.read_message_max(limits_.maxFrameBytes);
     ws_.auto_fragment(false);
+    const beast::string_view offer = request_[beast::http::field::sec_websocket_extensions];
+    ws_.set_option(compression_.agree({offer.data(), offer.size()}));
     ws_.async_accept(request_, handler(&WebSocketSession::onAccept));
   }
 
@@ -140,6 +162,8 @@ class WebSocketSession final : public Session,
     writeBegan_ = Clock::now();
     ws_.text(true);
     const Part& part = queue_.front();
+    if (!isInMessage_) ws_.compress(compression_.begin(part.text->size(), writeBegan_));
+    isInMessage_ = !part.isLast;
     ws_.async_write_some(part.isLast, boost::asio::buffer(*part.text), handler(&WebSocketSession::onWrite));
   }
 
@@ -170,8 +194,13 @@ class WebSocketSession final : public Session,
     timer_.async_wait([self = shared_from_this()](const error_code& cancelled) {
       if (cancelled || self->closing_) return;
       self->queue_.empty() ? self->checkSilence() : self->checkProgress();
+      self->endIdleCompression();
       if (!self->closing_) self->watch();
     });
+  }
+
+  void endIdleCompression() {
+    if (queue_.empty() && compression_.endIdle(Clock::now())) freeCompressor(ws_);
   }
 
   // Pongs show only that the peer's machine is alive, so a client must also accept what it is sent.
@@ -239,15 +268,17 @@ class WebSocketSession final : public Session,
   }
 
   const std::unique_ptr<SecureStream> stream_;
-  websocket::stream<SecureStream&, false> ws_;
+  WebSocket ws_;
   boost::asio::steady_timer timer_;  // the watch's, then the close's
   const Remote remote_;
   ISessionOwner& sessions_;
   IConnectionOwner& owner_;
   const NetLimits limits_;
+  SessionCompression compression_;
   UpgradeRequest request_;
   beast::flat_buffer buffer_;
-  std::deque<Part> queue_;  // the first is being written
+  std::deque<Part> queue_;    // the first is being written
+  bool isInMessage_ = false;  // the part that is being written is not its message's last
   size_t queuedBytes_ = 0;
   size_t accountedBytes_ = 0;  // that the owner knows of
   Clock::time_point writeBegan_;
@@ -265,8 +296,10 @@ class WebSocketSession final : public Session,
 }  // namespace
 
 std::shared_ptr<Connection> openWebSocket(std::unique_ptr<SecureStream> stream, UpgradeRequest request, Remote remote,
-                                          ISessionOwner& sessions, IConnectionOwner& owner, const NetLimits& limits) {
-  auto session = std::make_shared<WebSocketSession>(std::move(stream), std::move(remote), sessions, owner, limits);
+                                          ISessionOwner& sessions, IConnectionOwner& owner, CompressionMemory& memory,
+                                          const NetLimits& limits) {
+  auto session =
+      std::make_shared<WebSocketSession>(std::move(stream), std::move(remote), sessions, owner, memory, limits);
   session->accept(std::move(request));
   return session;
 }

@@ -1,27 +1,61 @@
-# Usage: cmake -DOUTPUT=assets.cpp "-DFILES=path;..." -P embed.cmake
-# Writes the files into a C++ source, by the paths that they are served under.
+# Usage: cmake -DFOLDER=. "-DFILES=path;..." -DWORKER=worker.js -DESBUILD=esbuild -DGZIP=gzip
+#   -DBROTLI=brotli -P embed.cmake
+# Writes the files into FOLDER/assets.cpp, by the paths that they are served under, plain and compressed. The worker is
+# given the hashes of all files but the pictures, so it changes whenever one of them does.
 set(type.html "text/html; charset=utf-8")
 set(type.js "text/javascript; charset=utf-8")
 set(type.css "text/css; charset=utf-8")
 set(type.svg "image/svg+xml")
+set(type.png "image/png")
 set(type.webmanifest "application/manifest+json")
 
-set(arrays "")
-set(rows "")
-foreach(file IN LISTS FILES)
+# Appends the bytes as an array to `arrays`.
+function(add_array name file)
+  file(READ "${file}" bytes HEX)
+  string(REGEX REPLACE "(..)" "'\\\\x\\1'," bytes "${bytes}")
+  set(arrays "${arrays}constexpr char ${name}[] = {${bytes}};\n" PARENT_SCOPE)
+endfunction()
+
+function(add_file file)
   get_filename_component(name "${file}" NAME)
   get_filename_component(ending "${file}" LAST_EXT)
   if(NOT DEFINED type${ending})
     message(FATAL_ERROR "${file}: say the content type of ${ending} in embed.cmake")
   endif()
   string(MAKE_C_IDENTIFIER "${name}" array)
-  file(READ "${file}" bytes HEX)
-  string(REGEX REPLACE "(..)" "'\\\\x\\1'," bytes "${bytes}")
-  string(APPEND arrays "constexpr char ${array}[] = {${bytes}};\n")
-  string(REGEX REPLACE "^index.html$" "" path "${name}")
-  string(APPEND rows "    {\"/${path}\", \"${type${ending}}\", {${array}, sizeof(${array})}},\n")
+  string(REGEX REPLACE "^/index.html$" "/" path "/${name}")
+  file(SHA256 "${file}" hash)
+  string(SUBSTRING "${hash}" 0 16 hash)
+  add_array(${array} "${file}")
+  set(bodies "{${array}, sizeof(${array})}")
+  foreach(tool "${GZIP};-9nc;${file}" "${BROTLI};-cq;11;-w;24;${file}")
+    list(GET tool 0 program)
+    get_filename_component(coding "${program}" NAME)
+    set(packed "${FOLDER}/${name}.${coding}")
+    if(ending STREQUAL ".png")
+      string(APPEND bodies ", {}")
+    else()
+      execute_process(COMMAND ${tool} OUTPUT_FILE "${packed}" COMMAND_ERROR_IS_FATAL ANY)
+      add_array(${array}_${coding} "${packed}")
+      string(APPEND bodies ", {${array}_${coding}, sizeof(${array}_${coding})}")
+    endif()
+  endforeach()
+  if(NOT ending STREQUAL ".png")
+    set(shell "${shell}\"${path}\": \"${hash}\", " PARENT_SCOPE)
+  endif()
+  set(arrays "${arrays}" PARENT_SCOPE)
+  set(rows "${rows}    {\"${path}\", \"${type${ending}}\", \"${hash}\", ${bodies}},\n" PARENT_SCOPE)
+endfunction()
+
+foreach(file IN LISTS FILES)
+  add_file("${file}")
 endforeach()
-file(WRITE "${OUTPUT}" "#include \"terminal/page/assets.h\"
+execute_process(COMMAND "${ESBUILD}" --minify --log-level=warning "${WORKER}" OUTPUT_VARIABLE worker COMMAND_ERROR_IS_FATAL ANY)
+string(REPLACE "__SHELL__" "${shell}" worker "${worker}")
+file(WRITE "${FOLDER}/worker.js" "${worker}")
+add_file("${FOLDER}/worker.js")
+
+file(WRITE "${FOLDER}/assets.cpp" "#include \"terminal/page/assets.h\"
 
 namespace orvane::terminal {
 namespace {

@@ -27,6 +27,7 @@ ListenOptions listenOptions(const RelayServerSettings& settings, const std::stri
   limits.head = settings.loginTime;
   limits.idle = settings.idleTime;
   limits.maxBacklogBytes = settings.maxBacklogBytes;
+  limits.maxCompressionBytes = settings.maxCompressionBytes;
   std::vector<std::string> origins = settings.allowedOrigins;
   origins.push_back(page);
   return {.address = settings.address,

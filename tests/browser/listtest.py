@@ -3,13 +3,7 @@
 import os
 
 from page import PageTest, main, number
-
-MANY = "".join(
-    f"INSERT INTO instrument SELECT {9_000_000 + n}, code_class, exchange, 'x{n}', '合约{n}', code_type, multiplier,"
-    "price_tick, lot, max_volume, pre_close, pre_settlement, lower_limit, upper_limit FROM instrument"
-    f" WHERE hash_code = 1000001; INSERT INTO holding VALUES (1, {9_000_000 + n}, 1, {n % 7 + 1}, 0, 0, 3300, 0, 0);"
-    for n in range(5000))
-
+from terminal import positions
 
 class ListTest(PageTest):
     def names(self):
@@ -130,7 +124,7 @@ SLOWED = 4
 
 
 class LongListTest(PageTest):
-    change = MANY
+    change = positions(5000)
 
     def processorTime(self):
         metrics = self.browser.execute_cdp_cmd("Performance.getMetrics", {})["metrics"]

@@ -33,15 +33,24 @@ window.WebSocket = class extends Socket {
 };"""
 
 
+def positions(count):
+    """SQL that adds so many positions, each in an instrument of its own."""
+    return "".join(
+        f"INSERT INTO instrument SELECT {9_000_000 + n}, code_class, exchange, 'x{n}', '合约{n}', code_type, multiplier,"
+        "price_tick, lot, max_volume, pre_close, pre_settlement, lower_limit, upper_limit FROM instrument"
+        f" WHERE hash_code = 1000001; INSERT INTO holding VALUES (1, {9_000_000 + n}, 1, {n % 7 + 1}, 0, 0, 3300, 0, 0);"
+        for n in range(count))
+
+
 class Terminal:
-    def __init__(self, program, folder, change=""):
-        self.program, self.folder, self.port, self.link = program, folder, 0, ""
+    def __init__(self, program, folder, change="", quotes="still"):
+        self.program, self.folder, self.port, self.link, self.quotes = program, folder, 0, "", quotes
         self.start()
         if change:
             self.change(change)
 
     def start(self):
-        command = [self.program, "--data", self.folder, "--port", str(self.port), "--quotes", "still"]
+        command = [self.program, "--data", self.folder, "--port", str(self.port), "--quotes", self.quotes]
         self.process = subprocess.Popen(command, stdout=subprocess.PIPE, text=True)
         for line in self.process.stdout:
             if found := re.search(r"http://127\.0\.0\.1:(\d+)/\S*", line):

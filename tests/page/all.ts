@@ -1,6 +1,7 @@
 import { useLanguage } from "../../terminal/page/src/texts/texts";
 import "./connection.test";
 import "./format.test";
+import "./kept.test";
 import "./orders.test";
 import "./pictures.test";
 import "./store.test";

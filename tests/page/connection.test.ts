@@ -155,7 +155,7 @@ test("a list that is not answered is stale, though the terminal lives", async ()
   await terminal.answer();
   assert(!terminal.store.isStale("orders"));
   delete terminal.rows["order.list"];
-  await terminal.pass(30_000);
+  await terminal.pass(60_000);
   assert(!terminal.store.isStale("orders"));
   await terminal.pass(6500);
   assert(terminal.store.isStale("orders"));
@@ -168,7 +168,7 @@ test("a list is stale by its age, whatever kept it from being asked for", async 
   await terminal.logIn();
   terminal.store.show({ route: "orders", sheet: "" });
   await terminal.answer();
-  terminal.platform.pass(34_000); // the device sleeps
+  terminal.platform.pass(64_000); // the device sleeps
   terminal.store.update();
   assert(!terminal.store.isStale("orders"));
   terminal.platform.pass(2000);

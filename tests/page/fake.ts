@@ -8,7 +8,7 @@ import * as wire from "../../terminal/page/src/wire/values";
 type Frame = { id: number; topic: string; data?: unknown; key?: string; [member: string]: unknown };
 
 export class FakePlatform implements Platform {
-  at = 1_000_000;
+  at = 10_000_000;
   day = Date.UTC(2026, 0, 2, 4); // noon in China
   seen = true;
   sockets: FakeSocket[] = [];
@@ -17,6 +17,7 @@ export class FakePlatform implements Platform {
   terminal = "";
   reloads = 0;
   reload = () => void ++this.reloads;
+  vibrations = 0;
   private texts = 0;
   private timers: { id: number; at: number; action: () => void }[] = [];
   private lastTimer = 0;
@@ -28,6 +29,7 @@ export class FakePlatform implements Platform {
   isSeen = () => this.seen;
   recall = (name: string) => this.stored.get(name) ?? "";
   remember = (name: string, value: string) => void (value === "" ? this.stored.delete(name) : this.stored.set(name, value));
+  vibrate = () => void ++this.vibrations;
   later = (action: () => void, milliseconds: number) => {
     this.timers.push({ id: ++this.lastTimer, at: this.at + milliseconds, action });
     return this.lastTimer;
@@ -229,7 +231,8 @@ export class FakeTerminal {
   isMute = false;
   private answered = new Set<Frame>();
 
-  constructor(stored: { [name: string]: string } = {}) {
+  constructor(stored: { [name: string]: string } = {}, later = 0) {
+    this.platform.at += later;
     for (const [name, value] of Object.entries(stored)) this.platform.remember(name, value);
     this.store = new Store(this.platform);
   }

@@ -6,6 +6,7 @@ import { takeTokenFromLink } from "./platform";
 import { currentLanguage, useLanguage } from "./texts/texts";
 import { App } from "./views/app";
 import { listenToNotices } from "./views/systemnotices";
+import { startWorker } from "./worker";
 
 const kTickMs = 500;
 
@@ -16,8 +17,8 @@ function onAddress(): void {
   nav.read();
 }
 
-function comeBack(): void {
-  if (!store.platform.isSeen()) return;
+function comeAndGo(): void {
+  if (!store.platform.isSeen()) return store.keep();
   store.connection.wake();
   store.tick();
 }
@@ -31,9 +32,10 @@ render(<App />, document.body);
 if (store.token !== "") store.logIn(store.token);
 addEventListener("popstate", onAddress);
 addEventListener("hashchange", onAddress);
-addEventListener("online", comeBack);
+addEventListener("online", comeAndGo);
 addEventListener("offline", () => store.connection.lose());
 addEventListener("scroll", () => store.asker.scrolled(), { passive: true });
-document.addEventListener("visibilitychange", comeBack);
+document.addEventListener("visibilitychange", comeAndGo);
 listenToNotices();
+addEventListener("load", () => void startWorker().catch(() => undefined)); // see there
 setInterval(() => store.tick(), kTickMs);

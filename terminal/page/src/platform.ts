@@ -21,10 +21,13 @@ export interface Platform {
   isSeen(): boolean; // the page is on the screen
   recall(name: string): string; // empty if nothing is stored
   remember(name: string, value: string): void; // an empty value removes it
+  vibrate(): void;
   device: string; // names this tab
   terminal: string; // with which this tab works, kept over reloads; empty without a relay
   reload(): void;
 }
+
+const kVibrationMs = 200;
 
 let at = Date.now();
 let wall = at;
@@ -77,6 +80,7 @@ export function browserPlatform(): Platform {
     recall: (name) => attempt(() => localStorage.getItem(name), null) ?? "",
     remember: (name, value) =>
       attempt(() => (value === "" ? localStorage.removeItem(name) : localStorage.setItem(name, value)), undefined),
+    vibrate: () => void navigator.vibrate?.(kVibrationMs),
     device: deviceName(),
     get terminal() {
       return attempt(() => sessionStorage.getItem("terminal"), null) ?? "";

@@ -17,6 +17,12 @@ export type Route =
   | "monitor/manual"
   | "settings";
 
+// What the views need of the address.
+export interface Place {
+  route: Route;
+  sheet: string; // the dialog that is open, "trade" for one; empty if none
+}
+
 export const kRoutes: { [Name in Route]: { title: TextName; lists: ListName[] } } = {
   assets: { title: "accounts", lists: ["capital"] },
   "assets/equity": { title: "equity", lists: ["equity"] },

@@ -1,6 +1,6 @@
 import { Connection, Reply } from "../connection";
 import { Platform } from "../platform";
-import { OfAccount, Position, Quote, Rates, Replies } from "../wire/values";
+import { OfAccount, Position, Quote, Rates } from "../wire/values";
 import { emptyLists, Held, HeldLists, kAsking, ListName, Lists, Wish } from "./lists";
 
 const kSlowMs = 5000;
@@ -138,17 +138,18 @@ export class Asker {
       list.dueAt = 0;
     } else {
       list.failure = this.events.why(reply);
-      if (reply.kind === "done") this.take(name, reply.data);
+      if (reply.kind === "done") this.take(name, reply.data, this.platform.clock());
       if (reply.kind === "done") done();
     }
     this.askDue();
     this.events.changed();
   }
 
-  private take<Name extends ListName>(name: Name, data: Replies[keyof Replies]): void {
+  // An answer, or what was kept of one.
+  take<Name extends ListName>(name: Name, rows: unknown, at: number): void {
     const list = this.lists[name] as Held<Lists[Name]>;
-    list.rows = data as unknown as Lists[Name];
-    list.at = this.platform.clock();
+    list.rows = rows as Lists[Name];
+    list.at = at;
     if (name === "quotes") this.quotesByCode = new Map(this.lists.quotes.rows.map((quote) => [quote.hashCode, quote]));
   }
 

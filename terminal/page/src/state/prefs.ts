@@ -6,10 +6,11 @@ export interface Prefs {
   rise: "red" | "green"; // the colour of gains and purchases
   share: number; // of equity, in percent: an order that takes more needs a second tap
   notifies: boolean; // fills are shown by the system while the page is hidden
+  vibrates: boolean; // on a fill
   period: Period; // of the history
 }
 
-const kDefaults: Prefs = { rise: "red", share: 25, notifies: false, period: Period.Day };
+const kDefaults: Prefs = { rise: "red", share: 25, notifies: false, vibrates: false, period: Period.Day };
 
 export function readPrefs(platform: Platform): Prefs {
   try {

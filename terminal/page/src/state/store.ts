@@ -1,7 +1,7 @@
 import { Connection, LinkState, Push } from "../connection";
 import { fillText } from "../describe";
 import { Platform } from "../platform";
-import { isRow, isTicket, Place } from "../route";
+import { isRow, isTicket, kRoutes, Place } from "../route";
 import { explained } from "../texts/refusals";
 import { Language, t, useLanguage } from "../texts/texts";
 import { Ticket } from "../ticket/ticket";
@@ -9,6 +9,7 @@ import { Account, Bodies, Fill, Login, Order, Quote, Replies, Right, Status } fr
 import { Asker, Pair } from "./asker";
 import { Desk } from "./desk";
 import { Drafts } from "./drafts";
+import { Keeper } from "./kept";
 import { HeldLists, kMovedByOrders, ListName, Wish } from "./lists";
 import { mergeFills, mergeOrders } from "./merge";
 import { Notices } from "./notices";
@@ -32,6 +33,7 @@ export class Store {
   readonly terminal: string; // by its name at the relay; empty without one
   readonly connection: Connection;
   readonly asker: Asker;
+  readonly keeper: Keeper;
   readonly desk: Desk;
   readonly notices: Notices;
   readonly drafts: Drafts;
@@ -52,10 +54,11 @@ export class Store {
     const kept = keptFor(platform, this.terminal);
     this.drafts = new Drafts(kept);
     this.notices = new Notices(kept, (text, fill) => {
+      if (this.prefs.vibrates) platform.vibrate();
       if (this.prefs.notifies && !platform.isSeen()) this.notify(text, fill);
     });
     this.connection = new Connection(platform, {
-      onState: () => this.update(),
+      onState: () => this.onState(),
       onLogin: (login) => this.onLogin(login),
       onRefused: (message) => this.onRefused(message),
       onPush: (push) => this.onPush(push),
@@ -69,6 +72,8 @@ export class Store {
       changed: () => this.update(),
       why: whyNot,
     });
+    this.keeper = new Keeper(kept, this.asker);
+    this.keeper.restore(this.token);
     this.desk = new Desk(kept, {
       request: (topic, body, key) => this.connection.request(topic, body, key),
       why: whyNot,
@@ -128,6 +133,7 @@ export class Store {
   logIn(token: string): void {
     this.terminals.keep(token);
     if (this.terminals.name !== this.terminal) return this.platform.reload();
+    if (token !== this.token) this.keeper.drop();
     this.token = token;
     this.loginFailure = "";
     this.connection.start(token);
@@ -141,14 +147,19 @@ export class Store {
     this.desk.clear();
     this.notices.clear();
     this.drafts.clear();
-    this.asker.clear();
     this.update();
   }
 
   private loseToken(): void {
     this.terminals.drop(this.token);
+    this.keeper.drop();
     this.token = "";
     this.login = null;
+  }
+
+  // To be called when the page is hidden, which may be its end. Another tab may have forgotten the device.
+  keep(): void {
+    if (this.terminals.all().includes(this.token)) this.keeper.keep(this.token);
   }
 
   speak(language: Language): void {
@@ -168,7 +179,10 @@ export class Store {
   show(place: Place): void {
     const isTicketNew = isTicket(place.sheet) && !isTicket(this.place.sheet);
     const isRowNew = isRow(place.sheet) && !isRow(this.place.sheet);
-    if (place.route !== this.place.route) this.asker.viewChanged();
+    if (place.route !== this.place.route) {
+      this.asker.viewChanged();
+      this.asker.makeDue(kRoutes[place.route].lists);
+    }
     this.place = place;
     if (isTicketNew && this.drafts.current?.hashCode === 0) this.drafts.drop(this.drafts.index);
     if (isTicketNew) this.asker.makeDue(["capital"]);
@@ -301,6 +315,11 @@ export class Store {
   private readonly describe = (fill: Fill): string => fillText(fill, this.quote(fill.hashCode));
 
   // ---- what the connection reports
+
+  private onState(): void {
+    if (this.link !== "online") this.keep();
+    this.update();
+  }
 
   // The figures that no push brings need fresh lists, even if all missed pushes follow.
   private onLogin(login: Login): void {

@@ -1,9 +1,6 @@
 import { isRow, isTicket, kRoutes, Place } from "../route";
 import { Market } from "../wire/values";
-import { HeldLists, kAsking, ListName } from "./lists";
-
-const kWhileTrading: { [Name in ListName]?: number } = { quotes: 2000, capital: 3000, positions: 3000 };
-const kOrdersWhileUnknown = 3000;
+import { HeldLists, kAsking, kOrdersWhileUnknown, ListName } from "./lists";
 
 // The lists that are in sight, and how often each is requested. `isWaiting`: the list of orders is needed soon.
 export function wantedLists(place: Place, lists: HeldLists, isAmending: boolean, isWaiting: boolean): Map<ListName, number> {
@@ -14,7 +11,9 @@ export function wantedLists(place: Place, lists: HeldLists, isAmending: boolean,
   const hasCredit = lists.accounts.rows.some((account) => account.marketType === Market.Credit);
   if (place.route === "assets" && hasCredit) wanted.set("credit", kAsking.credit.every); // for its meters
   if (isTicket(place.sheet)) {
-    for (const [name, every] of Object.entries(kWhileTrading)) wanted.set(name as ListName, every);
+    for (const name of ["quotes", "capital", "positions"] as const) {
+      wanted.set(name, kAsking[name].whileTrading ?? kAsking[name].every);
+    }
     if (lists.credit.askedAt === 0 || lists.credit.rows.length > 0) wanted.set("credit", 5000);
     if (isAmending) wanted.set("orders", kAsking.orders.every);
   }

@@ -5,6 +5,7 @@ export const kListTexts = {
   total: ["合计权益", "Total equity"],
   justNow: ["刚刚更新", "just now"],
   ago: ["{0} {1}前", "{0} {1} ago"],
+  asOf: ["截至 {0}", "as of {0}"],
   s: ["秒", "s"],
   min: ["分钟", "min"],
   h: ["小时", "h"],

@@ -6,7 +6,7 @@ import { Held, ListName } from "../state/lists";
 import { t, TextName } from "../texts/texts";
 import { OfAccount } from "../wire/values";
 import { Pick } from "./controls";
-import { ageText, Icon, Note } from "./parts";
+import { ageText, Icon, Note, staleText } from "./parts";
 import { Rows } from "./rows";
 
 // A figure of each row: a column of the table on a wide screen, and a way to sort on every one.
@@ -218,7 +218,9 @@ export function ListFrame(props: {
   const isStale = store.isStale(props.name);
   const age = (
     <span class="age">
-      {list.at === 0 ? t("notLoaded") : `${props.isPicture ? "" : `${t("rows", props.count)} · `}${ageText(list.at, store.now)}`}
+      {list.at === 0
+        ? t("notLoaded")
+        : `${props.isPicture ? "" : `${t("rows", props.count)} · `}${isStale ? staleText(list.at) : ageText(list.at, store.now)}`}
       {isStale && list.at > 0 ? <b class="stale-mark"> · {t("stale")}</b> : null}
     </span>
   );

@@ -1,7 +1,7 @@
 import { h } from "preact";
 import { store } from "../app";
 import { averageText, dealText, nameOf, priceText } from "../describe";
-import { age, fixed, money, percent, signed, whole } from "../format";
+import { age, fixed, moment, money, percent, signed, whole } from "../format";
 import { width } from "../layout";
 import { Field, fieldName, fieldValue, Kind } from "../texts/fields";
 import { named, t } from "../texts/texts";
@@ -13,6 +13,12 @@ import { OfCode } from "../wire/values";
 export function ageText(at: number, now: number): string {
   const [number, unit] = age(now - at);
   return unit === "s" && number < 2 ? t("justNow") : t("ago", number, t(unit));
+}
+
+// From a minute on, the age of figures that are out of date is less clear than their time.
+export function staleText(at: number): string {
+  const [now, age] = [store.platform.now(), store.now - at];
+  return age < 60_000 ? ageText(at, store.now) : t("asOf", moment(now - age, now));
 }
 
 export const quoteOf = (row: { hashCode: number }) => store.quote(row.hashCode);

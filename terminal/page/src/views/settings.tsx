@@ -32,6 +32,27 @@ async function switchNotices(): Promise<void> {
   else store.tell(t("notifyDenied"), true);
 }
 
+function switchVibration(): void {
+  store.prefer({ vibrates: !store.prefs.vibrates });
+  if (store.prefs.vibrates) store.platform.vibrate(); // shows what it is like
+}
+
+// A switch with its name, and what it does.
+function Switch(props: { name: "notify" | "vibrate"; isOn: boolean; onSwitch: () => void }) {
+  const { name, isOn } = props;
+  return (
+    <section class="card" aria-label={t(name)}>
+      <p class="line">
+        <span>{t(name)}</span>
+        <button aria-pressed={String(isOn)} onClick={props.onSwitch}>
+          {t(isOn ? "switchOn" : "switchOff")}
+        </button>
+      </p>
+      <p class="hint">{t(`${name}Hint`)}</p>
+    </section>
+  );
+}
+
 class Share extends Component<{}, { typed: string }> {
   state = { typed: String(store.prefs.share) };
 
@@ -97,15 +118,8 @@ export function Settings() {
         <Share />
         <p class="hint">{t("shareHint")}</p>
       </section>
-      <section class="card" aria-label={t("notify")}>
-        <p class="line">
-          <span>{t("notify")}</span>
-          <button aria-pressed={String(store.prefs.notifies)} onClick={() => void switchNotices()}>
-            {t(store.prefs.notifies ? "notifyOn" : "notifyOff")}
-          </button>
-        </p>
-        <p class="hint">{t("notifyHint")}</p>
-      </section>
+      <Switch name="notify" isOn={store.prefs.notifies} onSwitch={() => void switchNotices()} />
+      {"vibrate" in navigator ? <Switch name="vibrate" isOn={store.prefs.vibrates} onSwitch={switchVibration} /> : null}
       <section class="card" aria-label={t("terminal")}>
         <About />
         <button class="wide danger" onClick={() => store.forget()}>

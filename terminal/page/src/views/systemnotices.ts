@@ -18,7 +18,8 @@ function openFill(fill: string): void {
 
 // A browser that does not trust the certificate takes no worker. It may show the notice by itself.
 async function show(title: string, fill: string): Promise<void> {
-  const options = { icon: "icon.svg", data: fill };
+  const vibrate = store.prefs.vibrates ? [200] : [];
+  const options = { icon: "icon.svg", vibrate, data: fill };
   try {
     await navigator.serviceWorker.register("worker.js");
     const worker = await navigator.serviceWorker.ready;
