@@ -26,7 +26,7 @@ check terminal 'host/|terminal/|pocketagent/ipocketagent\.h'
 
 # What both sides of the terminal can see; the session is where they meet.
 text='terminal/(json|jsonmembers|utf8)\.h'
-base="terminal/(clocks|databasecopy|digest|gatewaydatabase|health|liveprices|logging|ownersfile|plainname|rights|runmark|tokens)\.h|$text"
+base="terminal/(clocks|databasecopy|digest|gatewaydatabase|health|liveprices|logging|ownersfile|plainname|rights|runmark|tokens|writetimer)\.h|$text"
 meeting='terminal/(session|pages|eventloop)\.h'
 sockets='terminal/(tls|securestream|certificate)\.h'
 check terminal/net "terminal/(net|page)/|terminal/logging\.h|$meeting|$sockets"
@@ -34,7 +34,7 @@ check terminal/phones "host/|terminal/phones/|$base|$meeting"
 program='terminal/(certificate|clocks|commandline|datadir|health|privatefile|serversettings|stopsignals)\.h'
 check terminal/relay "terminal/(net|relay)/|terminal/logging\.h|$text|$meeting|$program"
 check terminal/client "terminal/client/|terminal/(ownersfile|tokens)\.h|$text|$sockets"
-check terminal/trading "host/|terminal/trading/|$text|terminal/(logging|clocks|databasecopy|liveprices)\.h"
+check terminal/trading "host/|terminal/trading/|$text|terminal/(logging|clocks|databasecopy|liveprices|writetimer)\.h"
 
 # Only net/ and what connects or makes certificates uses Asio and Beast; no header that phones/ includes may.
 boostSeenBy=$(grep -rlE '#include <boost/(asio|beast)' terminal --include='*.h' --include='*.cpp' |

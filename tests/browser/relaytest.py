@@ -5,6 +5,7 @@ import os
 import pathlib
 import re
 import signal
+import socket
 import subprocess
 import tempfile
 
@@ -22,8 +23,8 @@ def start(*command):
 class FarTerminal(Terminal):
     """Behind the relay, without an address of its own."""
 
-    def __init__(self, program, folder, name, options):
-        self.command = [program, "--data", f"{folder}/{name}", "--quotes", "still", "--name", name, *options,
+    def __init__(self, program, folder, name, servers):
+        self.command = [program, "--data", f"{folder}/{name}", "--quotes", "still", "--relay", servers, "--name", name,
                         "--relay-credentials", f"{folder}/terminals/{name}.credentials"]
         self.start()
 
@@ -39,17 +40,18 @@ class RelayTest(PageTest):
         cls.addClassCleanup(folder.cleanup)
         dir, relay = folder.name, str(pathlib.Path(cls.program).with_name("pocket-relay"))
         address = "127.%d.%d.%d" % (1 + os.getpid() // 65536 % 254, os.getpid() // 256 % 256, 1 + os.getpid() % 254)
-        subprocess.run([relay, "setup", dir, "--terminals", ",".join(NAMES), "--servers", f"{address}:4222"], check=True,
-                       stdout=subprocess.DEVNULL)
+        with socket.create_server(("127.0.0.1", 0)) as free:
+            port = free.getsockname()[1]
+        subprocess.run([relay, "setup", dir, "--terminals", ",".join(NAMES), "--servers", f"{address}:4222",
+                        "--page", f"http://127.0.0.1:{port}"], check=True, stdout=subprocess.DEVNULL)
         servers = f"nats://{address}:4222"
         server = subprocess.Popen(["/usr/sbin/nats-server", "-c", "nats.conf"], cwd=f"{dir}/server1",
                                   stderr=subprocess.DEVNULL)
         cls.addClassCleanup(lambda: (server.kill(), server.wait()))
-        process, line = start(relay, "--port", "0", "--data", f"{dir}/relay", "--servers", servers, "--credentials",
+        process, _ = start(relay, "--port", str(port), "--data", f"{dir}/relay", "--servers", servers, "--credentials",
                               f"{dir}/relays/relay1.credentials")
         cls.addClassCleanup(lambda: (process.kill(), process.wait(), process.stdout.close()))
-        options = ["--relay", servers, "--relay-page", re.search(r"http://[\d.:]+", line)[0]]
-        cls.terminals = [FarTerminal(cls.program, dir, name, options) for name in NAMES]
+        cls.terminals = [FarTerminal(cls.program, dir, name, servers) for name in NAMES]
         cls.terminal = cls.terminals[0]
         for each in cls.terminals:
             cls.addClassCleanup(each.end)
