@@ -159,7 +159,9 @@ TEST_F(HistoryTest, AReadOnlyDiskServesTheHistory) {
   EXPECT_EQ(rows().size(), 1U);
   desk_.reset();
   disk_.setReadOnly(true);
+  movable_.time.advance(hours(24));
   openDesk();
+  EXPECT_EQ(desk_->read([](const Book& book) { return book.day; }), kToday) << "a new day could not be stored";
   desk_->record();
   EXPECT_THAT(times(), ElementsAre(0));
 }

@@ -14,6 +14,11 @@ std::string digits(Number value) {
   return fmt::format("{:.4f}", static_cast<double>(value));
 }
 
+std::string labelled(const Source& source) {
+  return source.sourceText + ((source.sourceFlags & 0x8000000) != 0 ? "|算法下单" : "") +
+         ((source.sourceFlags & 0x400000) != 0 ? "|交易助手" : "");
+}
+
 // Members that rows of orders and of fills share.
 template <typename Record>
 Row commonRow(const Record& it, const second::SecondBook& book) {
@@ -31,7 +36,7 @@ Row commonRow(const Record& it, const second::SecondBook& book) {
           {"price", digits(it.price)},
           {"volume", digits(it.volume)},
           {"localOrderId", std::to_string(it.localOrderId)},
-          {"source", it.orderSource.sourceText},
+          {"source", labelled(it.orderSource)},
           {"accountStatus", "1.0000"}};
 }
 

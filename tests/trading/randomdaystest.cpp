@@ -159,8 +159,8 @@ class RandomDays : test::RandomSteps {
     if (chance(5)) order.volume += pick(-it.lot, it.lot);
     if (chance(2)) order.volume = oneOf(std::array<int64_t, 4>{0, -1, it.most + 1, it.most});
     order.hedge = 1;
-    order.orderSource.sourceFlags = 65536;
-    order.orderSource.sourceText = oneOf(std::array<std::string, 4>{"手机", "", "电脑 \"A\"", "€😀"});
+    order.orderSource = oneOf(std::array<Source, 4>{
+        {{65536, "手机", ""}, {0x8000000, "", ""}, {0x8400000, "电脑 \"A\"", ""}, {0x400000, "€😀", ""}}});
     return place(order);
   }
 

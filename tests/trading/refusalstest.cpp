@@ -72,6 +72,7 @@ TEST_F(RefusalsTest, EachCheckTakesTheLastAndRefusesTheNext) {
   const std::string online = "UPDATE account SET online = 1";
   const std::string odd = "UPDATE holding SET yesterday_volume = 250 WHERE account = 2 AND hash_code = 5000001";
   const std::string todayWaits = "UPDATE orders SET close_yesterday = 0, close_today = 2 WHERE id = 1007";
+  const std::string allSold = "UPDATE holding SET yesterday_closed = 10 WHERE hash_code = 1000001 AND direction = 1";
   const std::string poor = "UPDATE account SET pre_balance = 808969.0735 WHERE idx = 1";
   const auto limit = [](const char* column, double value) {
     return fmt::format("UPDATE credit_terms SET {} = {}", column, value);
@@ -116,6 +117,7 @@ TEST_F(RefusalsTest, EachCheckTakesTheLastAndRefusesTheNext) {
       {{1, kRebar, 2, 5, 3400, 4}, {1, kRebar, 2, 5, 3400, 5}, "可平数量不足: 委托 5, 可平 4"},
       {{1, kRebar, 2, 6, 3400, 6}, {1, kRebar, 2, 6, 3400, 7}, "可平数量不足: 委托 7, 可平 6"},
       {{1, kRebar, 2, 5, 3400, 2}, {1, kRebar, 2, 5, 3400, 3}, "可平数量不足: 委托 3, 可平 2", todayWaits, todayWaits},
+      {rebar, {1, kRebar, 2, 6, 3400, 1}, "可平数量不足: 委托 1, 可平 0", "", allSold},  // and 2 wait
       {{1, kRebar, 2, 3, 3400, 10}, {1, kRebar, 2, 3, 3400, 11}, "可用资金不足: 需要 48657.40, 可用 1.00", poor, poor},
       {{1, kRebar, 1, 4, 3300, 3}, {1, kRebar, 1, 4, 3300, 4}, "可平数量不足: 委托 4, 可平 3"},
       {{2, kFund, 2, 4, 4.7, 30000}, {2, kFund, 2, 4, 4.7, 30100}, "可平数量不足: 委托 30100, 可平 30000"},

@@ -177,6 +177,20 @@ TEST(StoreErrorTest, NamesTheReasonAndTheRemedy) {
   }
 }
 
+TEST_F(StorageTest, ANoticeRepeatsWhetherTheOutcomeIsKnown) {
+  const std::pair<Fault, const char*> cases[] = {{{"failing", true, false, 0}, "结果未知: 请勿重新提交"},
+                                                 {{"full", true, true, 0}, "未作任何更改: 请释放磁盘空间"}};
+  for (const auto& [fault, outcome] : cases) {
+    openFresh();
+    disk_.arm(fault, 1);
+    const std::string answer = order(1, kRebar, Side::Buy, Offset::Open, 3300, 1);
+    EXPECT_THAT(answer, HasSubstr(outcome));
+    expectNotice(answer);
+    disk_.heal();
+    expectNotice("数据库已恢复写入");
+  }
+}
+
 TEST_F(StorageTest, AFullDiskIsServedAndTakesActionsAgain) {
   disk_.arm({"full", true, true, 0}, 1);
   open();

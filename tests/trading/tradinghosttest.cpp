@@ -7,6 +7,7 @@
 
 #include "host/baseinformation.h"
 #include "tests/trading/desktest.h"
+#include "tests/trading/faultvfs.h"
 
 namespace orvane::terminal::testing {
 namespace {
@@ -23,9 +24,10 @@ std::string faultOf(const TradingOptions& options) {
   return "";
 }
 
-TEST_F(TradingHostTest, ASecondTerminalOnTheSameFolderIsRefused) {
+TEST_F(TradingHostTest, ASecondTerminalIsRefused) {
   EXPECT_THAT(faultOf({dir_, QuoteMode::Still, {}, 1}), HasSubstr("database is locked"));
   EXPECT_THAT(faultOf({dir_, QuoteMode::Still, {}, 1}), HasSubstr("stop the program that uses it"));
+  EXPECT_EQ(faultOf({dir_ / "other", QuoteMode::Still, {}, 1}), "there can only be one trading host in a process");
 }
 
 TEST_F(TradingHostTest, ADatabaseThatCannotBeUsedIsLeftAlone) {
@@ -34,6 +36,11 @@ TEST_F(TradingHostTest, ADatabaseThatCannotBeUsedIsLeftAlone) {
   host_.reset();
   SQLite::Database((dir_ / "terminal.db").string(), SQLite::OPEN_READWRITE).exec("DROP TABLE sync_rule");
   EXPECT_EQ(faultOf({dir_, QuoteMode::Still, {}, 1}), file + "no such table: sync_rule" + advice);
+  const std::string readOnly = "the file is read-only; make the file and its folder writable";
+  FaultyDisk disk;
+  disk.setReadOnly(true);
+  EXPECT_THAT(faultOf({dir_, QuoteMode::Still, {}, 1}), HasSubstr(readOnly + "; nor can it be read: cannot use"));
+  disk.setReadOnly(false);
   SQLite::Database((dir_ / "terminal.db").string(), SQLite::OPEN_READWRITE).exec("PRAGMA user_version = 7");
   EXPECT_THAT(faultOf({dir_, QuoteMode::Still, {}, 1}),
               HasSubstr("its version is 7, this program reads versions 1 to 3" + advice));
@@ -42,6 +49,9 @@ TEST_F(TradingHostTest, ADatabaseThatCannotBeUsedIsLeftAlone) {
   EXPECT_EQ(faultOf({dir_, QuoteMode::Still, {}, 1}), file + "file is not a database" + advice);
   EXPECT_THAT(faultOf({"/proc/none", QuoteMode::Still, {}, 1}),
               HasSubstr("cannot use the database /proc/none/terminal.db: "));
+  std::ofstream(dir_ / "terminal.db", std::ios::trunc).flush();
+  disk.setReadOnly(true);
+  EXPECT_EQ(faultOf({dir_, QuoteMode::Still, {}, 1}), file + readOnly) << "an empty file has nothing to read";
 }
 
 TEST_F(TradingHostTest, BadQuoteFilesNameTheLine) {
@@ -69,12 +79,17 @@ TEST_F(TradingHostTest, BadQuoteFilesNameTheLine) {
 
 TEST_F(TradingHostTest, ReplayedQuotesFillTheOrdersTheyReach) {
   host_.reset();
-  std::ofstream(dir_ / "quotes.csv") << "0,rb2701.SHFE,3326\n1,SR701.CZCE,5450\n";
+  std::ofstream(dir_ / "quotes.csv") << "0,rb2701.SHFE,3326\n0,SR701.CZCE,5450\n3600000,rb2701.SHFE,3327\n";
   host_.emplace(TradingOptions{dir_, QuoteMode::Replay, dir_ / "quotes.csv", 1});
   host_->start([this](const MobileMessage& message) { inbox_.put(message); });
   EXPECT_THAT(inbox_.next("trade.push").data, HasSubstr("\"localOrderId\":\"1006\""));
   EXPECT_EQ(positions().at({1, kRebar}).currentPrice, 3326);
   EXPECT_EQ(setQuote(kRebar, "3327"), "quote.set 只能在 --quotes still 方式下使用");
+  MobileMessage reply;
+  IUIProxyMgr::getInstance()->requestSync("terminal.info", "", reply);
+  EXPECT_THAT(reply.data, HasSubstr(R"("quotes":"replay")"));
+  reopen();
+  EXPECT_EQ(positions().at({1, kRebar}).currentPrice, 3326) << "a stop replays no more prices";
 }
 
 TEST_F(TradingHostTest, TheTerminalAnswersItsOwnTopicsBothWays) {
@@ -99,6 +114,7 @@ TEST_F(TradingHostTest, TheTerminalAnswersItsOwnTopicsBothWays) {
            {R"({"index":9,"hashCode":1000002})", "没有账户 9", ""},
            {R"({"index":1,"hashCode":9})", "没有合约 9", ""},
            {R"({"index":1})", "order.rates 缺少整数 hashCode", ""},
+           {R"({"index":1.5,"hashCode":1000002})", "order.rates 缺少整数 index", ""},
            {R"([])", R"(order.rates 需要 {"index": 整数, "hashCode": 整数})", ""}}) {
     proxy.requestSync("order.rates", body, reply);
     EXPECT_EQ(utf8(reply.message), message);
@@ -148,6 +164,12 @@ TEST_F(TradingHostTest, MasterDataIsGbkAtTheBoundary) {
             "\xCA\xAE\xC4\xEA\xC6\xDA\xB9\xFA\xD5\xAE"
             "2703");
   EXPECT_EQ(utf8(codes->getCodeByHash(42, symbol).message), "没有合约 42");
+  std::string type;
+  std::string name;
+  EXPECT_TRUE(IUIProxyMgr::getInstance()->getCodeTypeName(kTreasury, type, name));
+  EXPECT_EQ(utf8(type), "国债");
+  EXPECT_EQ(name, property.codeName);
+  EXPECT_FALSE(IUIProxyMgr::getInstance()->getCodeTypeName(42, type, name));
   host_.reset();
   EXPECT_EQ(IServiceRouter::instance()->getBaseService(), nullptr);
 }
@@ -186,6 +208,9 @@ TEST_F(TradingHostTest, SelectorsChooseAndFlagsReturnWhoIsLoggedIn) {
   MarginRateResult rate;
   EXPECT_EQ(utf8(trade()->queryMarginRate({unknown, positions().at({1, kSugar}).code}, rate).message),
             "没有 SR701 的保证金率");
+  std::vector<CodeTypePosition> types;
+  IUIProxyMgr::getInstance()->getCodeTypePositions({unknown}, true, true, types);
+  EXPECT_TRUE(types.empty());
 }
 
 TEST(CodeConvertTest, KeepsEveryCharacterAndReplacesInvalidBytes) {
