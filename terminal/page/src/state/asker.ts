@@ -1,11 +1,13 @@
 import { Connection, Reply } from "../connection";
 import { Platform } from "../platform";
-import { OfAccount, Position, Quote, Rates } from "../wire/values";
-import { emptyLists, Held, HeldLists, kAsking, ListName, Lists, Wish } from "./lists";
+import { Fill, OfAccount, Order, Position, Quote, Rates } from "../wire/values";
+import { emptyLists, Held, HeldLists, kAsking, kMovedByOrders, ListName, Lists, Wish } from "./lists";
+import { mergeFills, mergeOrders } from "./merge";
 
 const kSlowMs = 5000;
 const kScrollMs = 250; // no new rows while a list is moving under the finger ...
 const kMostScrollMs = 5000; // ... for so long at most
+const kAfterPushMs = 300; // one request for the pushes of one moment
 const kRatesMs = 60_000;
 const kWarning = ["quotes", "capital", "positions"] as const; // the lists that warn of mistakes
 
@@ -95,6 +97,33 @@ export class Asker {
 
   makeDue(names: readonly ListName[], at = 0): void {
     for (const name of names) this.lists[name].dueAt = Math.min(this.lists[name].dueAt, at);
+  }
+
+  askAll(): void {
+    this.makeDue(Object.keys(this.lists) as ListName[]);
+    this.askDue();
+  }
+
+  takeOrders(pushed: Order[]): void {
+    const list = this.lists.orders;
+    if (list.at > 0) list.rows = mergeOrders(list.rows, pushed);
+    this.askAgainIfAsked("orders");
+  }
+
+  takeFills(pushed: Fill[]): void {
+    this.lists.fills.rows = mergeFills(this.lists.fills.rows, pushed);
+    this.askAgainIfAsked("fills");
+  }
+
+  // The answer that is on its way may be older than the push.
+  private askAgainIfAsked(name: ListName): void {
+    if (this.lists[name].isAsked) this.makeDue([name], this.platform.clock() + kAfterPushMs);
+  }
+
+  // The figures that orders and fills move.
+  askMoved(): void {
+    this.makeDue(kMovedByOrders, this.platform.clock() + kAfterPushMs);
+    this.platform.later(() => this.askDue(), kAfterPushMs);
   }
 
   scrolled(): void {

@@ -10,15 +10,12 @@ import { Asker, Pair } from "./asker";
 import { Desk } from "./desk";
 import { Drafts } from "./drafts";
 import { Keeper } from "./kept";
-import { HeldLists, kMovedByOrders, ListName, Wish } from "./lists";
-import { mergeFills, mergeOrders } from "./merge";
+import { HeldLists, ListName, Wish } from "./lists";
 import { Notices } from "./notices";
 import { Prefs, readPrefs, writePrefs } from "./prefs";
 import { keptFor, Terminals } from "./terminals";
 import { wantedLists } from "./wanted";
 import { Outcome, outcomeOf, whyNot } from "./why";
-
-const kAfterPushMs = 300; // one request for the pushes of one moment
 
 // All that the page knows and does; the views read it and call it.
 export class Store {
@@ -62,7 +59,7 @@ export class Store {
       onLogin: (login) => this.onLogin(login),
       onRefused: (message) => this.onRefused(message),
       onPush: (push) => this.onPush(push),
-      onGap: () => this.askAllAnew(),
+      onGap: () => this.asker.askAll(),
     });
     this.asker = new Asker(platform, this.connection, {
       wanted: () => this.wanted(),
@@ -294,17 +291,9 @@ export class Store {
     return () => undefined;
   }
 
-  private askAllAnew(): void {
-    this.asker.makeDue(Object.keys(this.lists) as ListName[]);
-    this.asker.askDue();
-  }
-
-  private areOrdersSeen(): boolean {
-    return this.platform.isSeen() && this.place.route.startsWith("orders") && this.token !== "";
-  }
-
   private seeOrders(): void {
-    if (this.areOrdersSeen()) this.notices.seeOrders(this.lists.fills.rows);
+    const areSeen = this.platform.isSeen() && this.place.route.startsWith("orders") && this.token !== "";
+    if (areSeen) this.notices.seeOrders(this.lists.fills.rows);
   }
 
   private seeFills(): void {
@@ -325,7 +314,7 @@ export class Store {
   private onLogin(login: Login): void {
     this.login = login;
     this.asker.onlineSince = this.platform.clock();
-    this.askAllAnew();
+    this.asker.askAll();
     this.update();
   }
 
@@ -340,29 +329,19 @@ export class Store {
     if (Array.isArray(push.data)) {
       if (push.topic === "order.push") this.onOrders(push.data as Order[]);
       if (push.topic === "trade.push") this.onFills(push.data as Fill[]);
-      this.asker.makeDue(kMovedByOrders, this.platform.clock() + kAfterPushMs);
-      this.platform.later(() => this.asker.askDue(), kAfterPushMs);
+      this.asker.askMoved();
     }
     this.update();
   }
 
   private onOrders(pushed: Order[]): void {
-    const list = this.lists.orders;
-    if (list.at > 0) list.rows = mergeOrders(list.rows, pushed);
-    this.askAgainIfAsked("orders");
+    this.asker.takeOrders(pushed);
     this.desk.see(pushed, new Set());
   }
 
   private onFills(pushed: Fill[]): void {
-    const list = this.lists.fills;
-    list.rows = mergeFills(list.rows, pushed);
-    this.askAgainIfAsked("fills");
-    this.notices.seePush(pushed, list.rows, this.describe);
+    this.asker.takeFills(pushed);
+    this.notices.seePush(pushed, this.lists.fills.rows, this.describe);
     this.seeOrders();
-  }
-
-  // The answer that is on its way may be older than the push.
-  private askAgainIfAsked(name: ListName): void {
-    if (this.lists[name].isAsked) this.asker.makeDue([name], this.platform.clock() + kAfterPushMs);
   }
 }
