@@ -29,6 +29,7 @@ std::string readText(const std::filesystem::path& file) {
 
 std::vector<ServerPlace> readPlaces(const std::vector<std::string>& servers) {
   std::vector<ServerPlace> places;
+  places.reserve(servers.size());
   for (const std::string& each : servers) places.push_back(readPlace(each));
   return places;
 }
@@ -115,6 +116,7 @@ void setUpCluster(const SetupOptions& options) {
     savePrivately(dir / "nats.conf", writeServerConfig(places, i, users, secret, !authority.empty()));
   }
   std::vector<std::string> urls;
+  urls.reserve(places.size());
   for (const ServerPlace& each : places) urls.push_back(each.url(!authority.empty()));
   fmt::print(
       "In {0}: nats.conf of each server, credentials of each terminal and relay.\n"
