@@ -17,7 +17,7 @@ namespace orvane::bench {
 // Nanoseconds, of all threads of a process since its start.
 double processorTime(int pid);
 
-// A server in a process of its own, whose first line of output names its port. Killed with the object.
+// A server in a separate process, whose first line of output names its port. Killed with the object.
 class Server {
  public:
   // Returns once that line is here. Throws std::runtime_error if the line is another.

@@ -38,7 +38,7 @@ TEST(ReplyWriter, ValuesHaveTheirExactText) {
             R"([{"a":true,"b":false}])");
 }
 
-// Short decimals have a path of their own.
+// Short decimals take a shorter path.
 TEST(ReplyWriter, DoublesAreTheStockWritersText) {
   std::mt19937_64 random(1);
   const auto stock = [](double value) {

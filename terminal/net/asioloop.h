@@ -7,7 +7,7 @@
 
 namespace orvane::terminal {
 
-// The event loop of sockets, with a thread of its own. May be started and joined once.
+// The event loop of sockets, and the thread that runs it. May be started and joined once.
 class AsioLoop : public IEventLoop {
  public:
   AsioLoop() = default;

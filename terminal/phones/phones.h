@@ -31,7 +31,7 @@ struct PhonesOptions {
   const ILivePrices* prices = nullptr;          // what can be watched, if anything; must outlive the object
 };
 
-// What clients may say to this terminal, over whatever transport. Each request gets an id of its own, and each reply
+// What clients may say to this terminal, over whatever transport. Each request gets a new id, and each reply
 // goes back to the session that asked. Everything but agent() and deliver() belongs to the loop's thread.
 class Phones : public ISessionOwner, public IPageOwner {
  public:

@@ -26,8 +26,8 @@ struct Topic {
   bool changesSomething() const { return right != Right::See; }
 };
 
-// All rows. The last, "other", is that of every topic without a row of its own. Such a request needs the right see and
-// goes to the host's user interface proxy.
+// All rows. The last, "other", is that of every topic without a row. Such a request needs the right see and goes
+// to the host's user interface proxy.
 std::span<const Topic> topics();
 
 // The row of a frame's topic, which ends at its first NUL as it does for the library. Valid for ever.

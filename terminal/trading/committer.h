@@ -19,7 +19,7 @@
 
 namespace orvane::terminal {
 
-// Writes the book's changes to the database on a thread of its own. All changes that gather during one flush become one
+// Writes the book's changes to the database on a separate thread. All changes that gather during one flush become one
 // transaction (group commit). If a commit fails, nothing more is accepted until the database has been written again and
 // the book read back from it. Thread-safe.
 class Committer {

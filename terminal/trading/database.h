@@ -27,13 +27,13 @@ class Database {
   // overwriteFailed() has succeeded.
   void save(const Rows& rows);
 
-  // Adds rows of history, and prunes it, in one transaction of its own. Throws StoreError.
+  // Adds rows of history, and prunes it, in a separate transaction. Throws StoreError.
   void save(const std::vector<EquityRow>& rows);
 
   // See EquityTable::read. Throws StoreError.
   void readEquity(const EquityRange& range, size_t limit, std::vector<EquityRow>& rows);
 
-  // Commits a transaction of its own, whose frames take the place of those of a failed commit in the write-ahead log.
+  // Commits a separate transaction, whose frames take the place of those of a failed commit in the write-ahead log.
   // Throws StoreError.
   void overwriteFailed();
 

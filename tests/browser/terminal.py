@@ -34,7 +34,7 @@ window.WebSocket = class extends Socket {
 
 
 def positions(count):
-    """SQL that adds so many positions, each in an instrument of its own."""
+    """SQL that adds so many positions, each in another instrument."""
     return "".join(
         f"INSERT INTO instrument SELECT {9_000_000 + n}, code_class, exchange, 'x{n}', '合约{n}', code_type, multiplier,"
         "price_tick, lot, max_volume, pre_close, pre_settlement, lower_limit, upper_limit FROM instrument"

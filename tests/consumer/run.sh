@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Usage: run.sh BUILD PREFIX COMPILER VERSION. Installs what BUILD holds below a folder of its own, and builds and runs
+# Usage: run.sh BUILD PREFIX COMPILER VERSION. Installs what BUILD holds below a new folder, and builds and runs
 # this project against it.
 set -euo pipefail
 folder=$1/consumer

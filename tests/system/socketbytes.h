@@ -4,7 +4,7 @@
 
 namespace orvane::test {
 
-// What has arrived at a TCP socket so far. In a source of its own: the kernel's header and Asio's exclude each other.
+// What has arrived at a TCP socket so far. In a separate source: the kernel's header and Asio's exclude each other.
 uint64_t receivedBytes(int socket);
 
 }  // namespace orvane::test

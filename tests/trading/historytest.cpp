@@ -45,7 +45,7 @@ TEST(ThinTest, KeepsTheFirstLastLowestAndHighestOfEachInterval) {
   }
 }
 
-// Works on a desk of its own: the host records when the machine's clock says so.
+// Works on a separate desk: the host records when the machine's clock says so.
 class HistoryTest : public DeskTest {
  protected:
   HistoryTest() {

@@ -4,7 +4,7 @@ import { Position } from "./wire/values";
 // What is held, in money.
 
 export interface Exposure {
-  name: string; // empty: all that are too small for a bar of their own
+  name: string; // empty: all that are too small for a bar
   longs: number; // market values, never negative
   shorts: number;
 }

@@ -1,7 +1,7 @@
 import { addressOf, Place, readAddress, Route } from "./route";
 import { Store } from "./state/store";
 
-// The address and the browser's history. Each dialog is an entry of its own, so that the back gesture closes it. An
+// The address and the browser's history. Each dialog is a separate entry, so that the back gesture closes it. An
 // entry knows which dialogs are open below it.
 export class Nav {
   private route: Route = "assets";

@@ -1,6 +1,6 @@
 import { Bodies, SyncOrder } from "../wire/values";
 
-// The synchronising orders that the terminal offers, each with a name of its own. A large order comes in parts that are
+// The synchronising orders that the terminal offers, each with its own name. A large order comes in parts that are
 // alike, and are numbered. The price is not part of the name: it follows the market, and a picked order stays picked.
 export interface Offer extends SyncOrder {
   name: string;

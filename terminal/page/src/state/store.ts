@@ -246,7 +246,7 @@ export class Store {
     return outcomeOf(reply);
   }
 
-  // Cancels each by a request of its own: in a common one, the first refusal would keep the rest.
+  // Cancels each by a separate request: in a common one, the first refusal would keep the rest.
   async cancel(orders: Order[]): Promise<void> {
     const failures = (await Promise.all(orders.map((order) => this.desk.cancel(order)))).filter((each) => each !== "");
     this.refresh("orders");

@@ -60,7 +60,7 @@ export class Confirmation extends Component<Props, State> {
     const name = model.quote === undefined ? "" : nameFor(ticket, model, model.quote);
     if (outcome.kind === "failed") return this.finish(t(failed, outcome.failure), name);
     if (outcome.kind === "refused") {
-      // The first order is gone: what is left in the ticket is a new order of its own.
+      // The first order is gone: what is left in the ticket is a new order.
       store.draft(ticket.reverses ? openingOf(ticket) : { ...ticket, amends: "" });
       return this.finish(outcome.failure, name);
     }

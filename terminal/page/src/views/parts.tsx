@@ -127,7 +127,7 @@ export function StatusTag(props: { status: number }) {
   return <span class={`tag status${props.status}`}>{named("status", props.status)}</span>;
 }
 
-// What went wrong. The terminal's own text follows in a line of its own.
+// What went wrong. The terminal's own text follows on the next line.
 export function Note(props: { text: string; id?: string }) {
   return props.text === "" ? null : (
     <p class="failure" role="alert" id={props.id}>
