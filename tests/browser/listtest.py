@@ -1,7 +1,5 @@
 #!/usr/bin/python3
 """The lists: what they show, sort and filter, and how they bear thousands of rows. Usage: listtest.py POCKET_TERMINAL"""
-import os
-
 from page import PageTest, main, number
 from terminal import positions
 
@@ -88,73 +86,40 @@ class ListTest(PageTest):
         self.see("h1", "Settings")
 
 
-# A fresh snapshot has just been taken.
-FRESH = """
-const done = arguments[arguments.length - 1];
-const step = () => new Promise((next) => requestAnimationFrame(next));
-const isFresh = () => document.querySelector('.age').innerText.includes('just now');
-(async () => {
-    while (isFresh()) await step();
-    while (!isFresh()) await step();
-    await step();
-    done();
-})();"""
-
-# Scrolls for two seconds. The next snapshot is not asked for while the list moves.
+# Scrolls, and counts the rows that are made and taken away meanwhile.
 SCROLL = """
 const done = arguments[arguments.length - 1];
-const tasks = [];
-let frames = 0;
 const step = () => new Promise((next) => requestAnimationFrame(next));
-const asked = () => window.sent.filter((frame) => frame.topic === 'position.list').length;
+let made = 0;
+let most = 0;
+new MutationObserver((changes) => {
+    made += changes.reduce((sum, { addedNodes }) => sum + addedNodes.length, 0);
+    most = Math.max(most, document.querySelectorAll('.row').length);
+}).observe(document.querySelector('.rows'), {childList: true});
 (async () => {
-    const observer = new PerformanceObserver((list) => tasks.push(...list.getEntries().map((task) => task.duration)));
-    observer.observe({entryTypes: ['longtask']});
-    const [begin, before] = [performance.now(), asked()];
-    for (; performance.now() - begin < 2000; ++frames) {
+    for (let at = 0; at < 100; ++at) {
         scrollBy(0, 120);  // a quick flick
         await step();
     }
-    await new Promise((next) => setTimeout(next, 50));
-    observer.disconnect();
-    done({tasks, frames, at: scrollY, asked: asked() - before, rows: document.querySelectorAll('.row').length,
-          seen: document.querySelector('.row:last-child').innerText});
+    await step();
+    done({made, most, at: scrollY, seen: document.querySelector('.row:last-child').innerText,
+          place: Number(document.querySelector('.row:last-child').getAttribute('aria-posinset'))});
 })();"""
-SLOWED = 4
 
 
 class LongListTest(PageTest):
     change = positions(5000)
 
-    def processorTime(self):
-        metrics = self.browser.execute_cdp_cmd("Performance.getMetrics", {})["metrics"]
-        return next(metric["value"] for metric in metrics if metric["name"] == "TaskDuration") * 1000
-
-    def test_five_thousand_positions_scroll_on_a_slow_phone(self):
+    def test_a_scroll_through_five_thousand_positions_makes_each_row_once(self):
         self.go("positions")
         self.see(".row")
         self.choose("Account", "80010001")
         self.see(".age", "5007")  # one of the sample has an order only
-        self.browser.set_script_timeout(60)
-        self.browser.execute_cdp_cmd("Performance.enable", {"timeDomain": "threadTicks"})
-        self.browser.execute_async_script(FRESH)
-        before = self.processorTime()
         result = self.browser.execute_async_script(SCROLL)
-        perFrame = (self.processorTime() - before) / result["frames"]
-        self.assertGreater(result["at"], 120 * result["frames"] - 1000)
-        self.assertEqual(0, result["asked"])
+        self.assertGreater(result["at"], 11_000)
         self.assertIn("合约", result["seen"])
-        self.assertLess(result["rows"], 60)
-        print(f"{result['frames']} frames, {perFrame:.1f} ms of the processor for each", end=" ", flush=True)
-        isQuiet = os.getloadavg()[0] < os.cpu_count()
-        self.assertLess(perFrame * SLOWED, 50 if isQuiet else 100)  # programs that share a core slow each other
-        if not isQuiet:
-            return print("(the machine is too busy to time tasks)", end=" ", flush=True)
-        self.browser.execute_cdp_cmd("Emulation.setCPUThrottlingRate", {"rate": SLOWED})
-        self.browser.execute_async_script(FRESH)
-        result = self.browser.execute_async_script(SCROLL)
-        self.browser.execute_cdp_cmd("Emulation.setCPUThrottlingRate", {"rate": 1})
-        self.assertEqual([], [round(task) for task in result["tasks"] if task > 50])
+        self.assertLess(result["most"], 60)
+        self.assertLessEqual(result["made"], result["place"])
 
 
 if __name__ == "__main__":
