@@ -4,6 +4,7 @@ import "./format.test";
 import "./kept.test";
 import "./orders.test";
 import "./pictures.test";
+import "./prices.test";
 import "./store.test";
 import "./ticket.test";
 import "./wire.test";

@@ -1,5 +1,5 @@
 import { Platform, Socket } from "../../terminal/page/src/platform";
-import { Store } from "../../terminal/page/src/state/store";
+import { Store, Views } from "../../terminal/page/src/state/store";
 import * as wire from "../../terminal/page/src/wire/values";
 
 // A browser and a terminal, for tests without either: time does not pass until a test moves it, and the terminal
@@ -122,6 +122,10 @@ export function quote(change: Partial<wire.Quote> = {}): wire.Quote {
   };
 }
 
+export function price(lastPrice: number, hashCode = 7): wire.Price {
+  return { hashCode, lastPrice, bidPrice: lastPrice - 1, askPrice: lastPrice + 1 };
+}
+
 // What an order and its fill have in common.
 const kDeal = {
   userCode: "A1",
@@ -215,6 +219,8 @@ export function rates(change: Partial<wire.Rates> = {}): wire.Rates {
   } as wire.Rates;
 }
 
+export const kNoViews: Views = { changed: () => undefined, notify: () => undefined, moved: () => undefined };
+
 export const kRights = ["see", "cancel", "trade"];
 
 // A page that is logged in. Lists that it asks for are answered with `rows`, by topic, until a test says otherwise.
@@ -225,6 +231,7 @@ export class FakeTerminal {
     "account.list": [account()],
     "quote.list": [quote()],
     "capital.list": [],
+    "position.list": [],
     "trader.list": [],
     "terminal.info": { name: "t", quotes: "still", accounts: 1, instruments: 1, workingOrders: 0 },
   };
@@ -280,6 +287,10 @@ export class FakeTerminal {
 
   push(seq: number, topic: string, data: unknown, message = ""): void {
     this.platform.socket.say({ seq, topic, message, data });
+  }
+
+  pushPrices(...data: wire.Price[]): void {
+    this.platform.socket.say({ topic: "quote.push", message: "", data });
   }
 
   last(topic: string): Frame {

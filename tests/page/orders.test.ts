@@ -1,5 +1,6 @@
 import assert from "node:assert/strict";
 import test from "node:test";
+import { act, cancel } from "../../terminal/page/src/state/actions";
 import { mergeFills, mergeOrders } from "../../terminal/page/src/state/merge";
 import { areOffered, bodyOf, namedOffers } from "../../terminal/page/src/state/offers";
 import { orderOf } from "../../terminal/page/src/ticket/ticket";
@@ -66,7 +67,7 @@ test("a failure that leaves the outcome open is no refusal", async () => {
     assert.equal(await placing, ""); // the ticket is not kept for another tap
     assert.equal(outgoing(terminal), "unknown");
     assert(terminal.store.desk.outgoing[0].failure.includes(message));
-    const cancelled = terminal.store.act("order.cancel", [], []);
+    const cancelled = act(terminal.store, "order.cancel", [], []);
     terminal.reply(terminal.last("order.cancel"), null, message);
     assert.equal((await cancelled).isKnown, false);
     await terminal.pass(3500);
@@ -140,15 +141,15 @@ test("a cancel names its own order, and goes out once", async () => {
   const terminal = await loggedIn([order({ index: 2, localOrderId: "55", hashCode: -4 })]);
   terminal.store.pickAccount(1);
   const [row] = terminal.store.lists.orders.rows;
-  void terminal.store.cancel([row]);
-  void terminal.store.cancel([row]);
+  void cancel(terminal.store, [row]);
+  void cancel(terminal.store, [row]);
   const cancels = terminal.platform.socket.of("order.cancel");
   assert.deepEqual(cancels.map((frame) => frame.data), [[{ index: 2, localOrderId: "55", hashCode: -4 }]]);
 });
 
 test("one refused cancel keeps none of the others", async () => {
   const terminal = await loggedIn();
-  void terminal.store.cancel([order(), order({ localOrderId: "1002" })]);
+  void cancel(terminal.store, [order(), order({ localOrderId: "1002" })]);
   const [first, second] = terminal.platform.socket.of("order.cancel");
   terminal.reply(first, null, "too late");
   terminal.reply(second, null);

@@ -3,15 +3,16 @@ import { readdirSync, readFileSync } from "node:fs";
 import test from "node:test";
 import { mayOrder } from "../../terminal/page/src/ticket/ticket";
 import { kNoTicket } from "../../terminal/page/src/ticket/ticket";
-import { account, fill, FakeTerminal, kRights, order, rates, settled } from "./fake";
+import { account, fill, FakeTerminal, kNoViews, kRights, order, rates, settled } from "./fake";
 
 test("only what is in sight is asked for, and nothing while the page is hidden", async () => {
   const terminal = new FakeTerminal();
   await terminal.logIn();
   const topics = () => new Set(terminal.platform.socket.sent.map((frame) => frame.topic));
-  assert.deepEqual([...topics()].sort(), ["account.list", "capital.list", "login", "quote.list", "trader.list"]);
-  terminal.store.show({ route: "positions", sheet: "" });
-  assert(topics().has("position.list"));
+  const atStart = ["account.list", "capital.list", "login", "position.list", "quote.list", "trader.list"];
+  assert.deepEqual([...topics()].sort(), atStart);
+  terminal.store.show({ route: "monitor", sheet: "" });
+  assert(topics().has("monitor.list"));
   terminal.platform.seen = false;
   terminal.store.show({ route: "orders", sheet: "" });
   assert(!topics().has("order.list"));
@@ -23,6 +24,7 @@ test("a list in motion is not replaced under the finger, for a while", async () 
   await terminal.logIn();
   terminal.store.show({ route: "positions", sheet: "" });
   await terminal.answer();
+  await terminal.pass(58_000);
   const asked = () => terminal.platform.socket.of("position.list").length;
   const before = asked();
   const scroll = (milliseconds: number) => {
@@ -111,7 +113,7 @@ test("what comes while the page is hidden is kept until it is seen", async () =>
   const terminal = new FakeTerminal();
   await terminal.logIn();
   let notified = "";
-  terminal.store.subscribe(() => undefined, (text) => (notified = text));
+  terminal.store.subscribe({ ...kNoViews, notify: (text) => (notified = text) });
   terminal.platform.seen = false;
   terminal.push(1, "trade.push", [fill()]);
   assert.equal(notified, "");
@@ -136,7 +138,7 @@ test("a page that notifies keeps its connection while hidden, and asks for what 
     const terminal = new FakeTerminal();
     await terminal.logIn();
     let notified = "";
-    terminal.store.subscribe(() => undefined, (_, fill) => (notified = fill));
+    terminal.store.subscribe({ ...kNoViews, notify: (_, fill) => (notified = fill) });
     terminal.store.prefer({ notifies });
     terminal.platform.seen = false;
     terminal.isMute = true;

@@ -3,7 +3,7 @@ import { backoff } from "./backoff";
 import { Platform, Socket } from "./platform";
 import { Presence, presenceOf } from "./state/terminals";
 import { isUnclear, readFrame } from "./wire/frames";
-import { Bodies, Login, Replies } from "./wire/values";
+import { Bodies, Login, Price, Replies } from "./wire/values";
 
 // The outcome of a request. "lost": it may have been done or not. "unclear": the same, as the terminal itself reports.
 // "unsent": it was not done.
@@ -30,6 +30,7 @@ export interface ConnectionEvents {
   onLogin(login: Login): void;
   onRefused(message: string): void; // the token is invalid; no further attempt is made
   onPush(push: Push): void;
+  onPrices(rows: Price[]): void;
   onGap(): void; // pushes are missing, or one could not be read
 }
 
@@ -191,6 +192,7 @@ export class Connection {
     this.heardAt = this.platform.clock();
     const frame = readFrame(text, (id) => this.waiting.get(id)?.topic);
     if (frame.kind === "push") return this.onPush(frame);
+    if (frame.kind === "quotes") return this.events.onPrices(frame.rows);
     const waiting = this.waiting.get(frame.id);
     if (waiting === undefined) return frame.kind === "garbled" ? this.events.onGap() : undefined;
     this.waiting.delete(frame.id);

@@ -24,7 +24,7 @@ export interface Place {
 }
 
 export const kRoutes: { [Name in Route]: { title: TextName; lists: ListName[] } } = {
-  assets: { title: "accounts", lists: ["capital"] },
+  assets: { title: "accounts", lists: ["capital", "positions"] },
   "assets/equity": { title: "equity", lists: ["equity"] },
   "assets/classes": { title: "exposure", lists: ["positions", "classes"] },
   "assets/credit": { title: "credit", lists: ["credit"] },
@@ -37,12 +37,6 @@ export const kRoutes: { [Name in Route]: { title: TextName; lists: ListName[] } 
   "monitor/manual": { title: "manual", lists: ["manual"] },
   settings: { title: "settings", lists: [] },
 };
-
-// What the views need of the address.
-export interface Place {
-  route: Route;
-  sheet: string; // the dialog that is open, "trade" for one; empty if none
-}
 
 export const isTicket = (sheet: string): boolean => sheet === "trade" || sheet === "review";
 export const isRow = (sheet: string): boolean => sheet.startsWith("row=");

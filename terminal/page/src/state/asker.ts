@@ -1,6 +1,6 @@
 import { Connection, Reply } from "../connection";
 import { Platform } from "../platform";
-import { Fill, OfAccount, Order, Position, Quote, Rates } from "../wire/values";
+import { Fill, OfAccount, Order, Position, Quote, Rates, Status } from "../wire/values";
 import { emptyLists, Held, HeldLists, kAsking, kMovedByOrders, ListName, Lists, Wish } from "./lists";
 import { mergeFills, mergeOrders } from "./merge";
 
@@ -71,6 +71,13 @@ export class Asker {
 
   positionOf(pair: Pair): Position | undefined {
     return this.lists.positions.rows.find((row) => row.index === pair.index && row.hashCode === pair.hashCode);
+  }
+
+  // The working order of this number in this account.
+  workingOrder(index: number, localOrderId: string): Order | undefined {
+    return this.lists.orders.rows.find(
+      (row) => row.index === index && row.localOrderId === localOrderId && row.status === Status.Working,
+    );
   }
 
   of<Row extends OfAccount>(rows: Row[], index: number): Row | undefined {

@@ -44,7 +44,6 @@ export type HeldLists = { [Name in ListName]: Held<Lists[Name]> };
 interface Asking {
   topic: keyof wire.Bodies & keyof wire.Replies;
   every: number; // milliseconds between two requests while the list is shown
-  whileTrading?: number; // the same under a ticket, if it differs
   body?: (held: HeldLists, wish: Wish) => object | null; // null: not yet. Without it: all accounts
 }
 
@@ -70,24 +69,24 @@ function curveQuery(held: HeldLists): object | null {
 
 const kHistoryPoints = 240;
 const kCurvePoints = 48;
-const kMinute = 60_000; // between two requests of a list whose changes all come by push
+const kMinute = 60_000;
 
-// Prices move without a push, so lists whose figures follow them are requested more often.
+// Orders, fills and prices are pushed, and lead to what they change.
 export const kAsking: { [Name in ListName]: Asking } = {
   accounts: { topic: "account.list", every: kMinute },
-  capital: { topic: "capital.list", every: 3000 },
-  classes: { topic: "position.codetype.list", every: 5000 },
-  credit: { topic: "creditinfo.list", every: 5000, body: creditAccounts },
+  capital: { topic: "capital.list", every: kMinute },
+  classes: { topic: "position.codetype.list", every: kMinute },
+  credit: { topic: "creditinfo.list", every: kMinute, body: creditAccounts },
   margin: { topic: "marginrate.list", every: kMinute, body: marginQueries },
-  positions: { topic: "position.list", every: 3000 },
+  positions: { topic: "position.list", every: kMinute },
   orders: { topic: "order.list", every: kMinute },
   fills: { topic: "trader.list", every: kMinute },
   monitor: { topic: "monitor.list", every: kMinute },
   sync: { topic: "monitor.sync.order.list", every: kMinute },
   manual: { topic: "monitor.manual.list", every: kMinute },
-  quotes: { topic: "quote.list", every: 30_000, whileTrading: 2000 },
+  quotes: { topic: "quote.list", every: kMinute },
   equity: { topic: "equity.list", every: kMinute, body: equityQuery },
-  curves: { topic: "quote.curve", every: 5 * kMinute, body: curveQuery }, // they end at the position's price meanwhile
+  curves: { topic: "quote.curve", every: 5 * kMinute, body: curveQuery }, // they end at the row's price meanwhile
 };
 
 export const kOrdersWhileUnknown = 3000; // while an order's outcome is unknown

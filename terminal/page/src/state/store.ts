@@ -5,7 +5,7 @@ import { isRow, isTicket, kRoutes, Place } from "../route";
 import { explained } from "../texts/refusals";
 import { Language, t, useLanguage } from "../texts/texts";
 import { Ticket } from "../ticket/ticket";
-import { Account, Bodies, Fill, Login, Order, Quote, Replies, Right, Status } from "../wire/values";
+import { Account, Fill, Login, Order, Price, Quote, Right } from "../wire/values";
 import { Asker, Pair } from "./asker";
 import { Desk } from "./desk";
 import { Drafts } from "./drafts";
@@ -13,9 +13,16 @@ import { Keeper } from "./kept";
 import { HeldLists, ListName, Wish } from "./lists";
 import { Notices } from "./notices";
 import { Prefs, readPrefs, writePrefs } from "./prefs";
+import { Prices } from "./prices";
 import { keptFor, Terminals } from "./terminals";
-import { wantedLists } from "./wanted";
-import { Outcome, outcomeOf, whyNot } from "./why";
+import { heldCodes, wantedLists } from "./wanted";
+import { whyNot } from "./why";
+
+export interface Views {
+  changed(): void;
+  notify(text: string, fill: string): void; // by the system
+  moved(codes: ReadonlySet<number>): void; // the prices of these instruments
+}
 
 // All that the page knows and does; the views read it and call it.
 export class Store {
@@ -30,12 +37,13 @@ export class Store {
   readonly terminal: string; // by its name at the relay; empty without one
   readonly connection: Connection;
   readonly asker: Asker;
+  readonly prices: Prices;
+  seenCodes: number[] = []; // the instruments of the rows on the screen
   readonly keeper: Keeper;
   readonly desk: Desk;
   readonly notices: Notices;
   readonly drafts: Drafts;
-  private changed: () => void = () => undefined;
-  private notify: (text: string, fill: string) => void = () => undefined;
+  private views: Views = { changed: () => undefined, notify: () => undefined, moved: () => undefined };
 
   // `link`: the access in the address that was opened; empty if it has none.
   constructor(
@@ -52,13 +60,14 @@ export class Store {
     this.drafts = new Drafts(kept);
     this.notices = new Notices(kept, (text, fill) => {
       if (this.prefs.vibrates) platform.vibrate();
-      if (this.prefs.notifies && !platform.isSeen()) this.notify(text, fill);
+      if (this.prefs.notifies && !platform.isSeen()) this.views.notify(text, fill);
     });
     this.connection = new Connection(platform, {
       onState: () => this.onState(),
       onLogin: (login) => this.onLogin(login),
       onRefused: (message) => this.onRefused(message),
       onPush: (push) => this.onPush(push),
+      onPrices: (rows) => this.onPrices(rows),
       onGap: () => this.asker.askAll(),
     });
     this.asker = new Asker(platform, this.connection, {
@@ -69,6 +78,7 @@ export class Store {
       changed: () => this.update(),
       why: whyNot,
     });
+    this.prices = new Prices(platform, this.connection, this.asker);
     this.keeper = new Keeper(kept, this.asker);
     this.keeper.restore(this.token);
     this.desk = new Desk(kept, {
@@ -81,14 +91,13 @@ export class Store {
     });
   }
 
-  subscribe(changed: () => void, notify: (text: string, fill: string) => void): void {
-    this.changed = changed;
-    this.notify = notify;
+  subscribe(views: Views): void {
+    this.views = views;
   }
 
   update(): void {
     this.now = this.platform.clock();
-    this.changed();
+    this.views.changed();
   }
 
   // ---- what the views read
@@ -106,7 +115,7 @@ export class Store {
   }
 
   quote(hashCode: number): Quote | undefined {
-    return this.asker.quote(hashCode);
+    return this.prices.quote(hashCode);
   }
 
   accountOf(index: number): Account | undefined {
@@ -115,13 +124,6 @@ export class Store {
 
   isStale(name: ListName): boolean {
     return this.asker.isStale(name, this.now);
-  }
-
-  // The working order of this number in this account.
-  workingOrder(index: number, localOrderId: string): Order | undefined {
-    return this.lists.orders.rows.find(
-      (row) => row.index === index && row.localOrderId === localOrderId && row.status === Status.Working,
-    );
   }
 
   // ---- what the page does
@@ -156,6 +158,7 @@ export class Store {
 
   // To be called when the page is hidden, which may be its end. Another tab may have forgotten the device.
   keep(): void {
+    this.watch();
     if (this.terminals.all().includes(this.token)) this.keeper.keep(this.token);
   }
 
@@ -178,12 +181,14 @@ export class Store {
     const isRowNew = isRow(place.sheet) && !isRow(this.place.sheet);
     if (place.route !== this.place.route) {
       this.asker.viewChanged();
-      this.asker.makeDue(kRoutes[place.route].lists);
+      this.asker.makeDue([...kRoutes[place.route].lists, "credit"]);
+      this.seenCodes = [];
     }
     this.place = place;
     if (isTicketNew && this.drafts.current?.hashCode === 0) this.drafts.drop(this.drafts.index);
-    if (isTicketNew) this.asker.makeDue(["capital"]);
+    if (isTicketNew) this.asker.makeDue(["capital", "credit"]);
     if (isTicketNew || isRowNew) this.asker.makeDue(["positions", "quotes"]);
+    this.watch();
     this.seeOrders();
     if (isTicketNew) this.asker.pairChanged();
     else this.asker.askDue();
@@ -202,6 +207,7 @@ export class Store {
     this.drafts.set(ticket);
     const after = this.pair();
     if (before?.hashCode !== after?.hashCode || before?.index !== after?.index) this.asker.pairChanged();
+    this.watch();
     this.update();
   }
 
@@ -221,7 +227,9 @@ export class Store {
     this.notices.age(now);
     this.seeOrders();
     this.asker.askDue();
-    if (!this.asker.isScrolling()) this.update(); // ages can wait for the finger
+    if (this.asker.isScrolling()) return; // ages can wait for the finger
+    this.watch();
+    this.update();
   }
 
   refresh(name: ListName): void {
@@ -232,27 +240,6 @@ export class Store {
   tell(text: string, isError = false): void {
     this.notices.tell(text, isError);
     this.update();
-  }
-
-  // A request that changes something and whose outcome its lists show.
-  async act<Topic extends keyof Bodies & keyof Replies>(
-    topic: Topic,
-    body: Bodies[Topic],
-    touched: ListName[],
-  ): Promise<Outcome> {
-    const reply = await this.connection.request(topic, body, this.platform.randomText(16));
-    this.asker.makeDue(touched);
-    this.asker.askDue();
-    return outcomeOf(reply);
-  }
-
-  // Cancels each by a separate request: in a common one, the first refusal would keep the rest.
-  async cancel(orders: Order[]): Promise<void> {
-    const failures = (await Promise.all(orders.map((order) => this.desk.cancel(order)))).filter((each) => each !== "");
-    this.refresh("orders");
-    const count = orders.length - failures.length;
-    if (failures.length > 0) this.tell(t("cancelFailed", failures.length, failures[0]), true);
-    if (count > 0) this.tell(count === 1 ? t("cancelSent") : t("cancelsSent", count));
   }
 
   // ---- the lists
@@ -282,10 +269,18 @@ export class Store {
     return draft === undefined || draft.hashCode === 0 || !isOpen ? null : draft;
   }
 
+  private watch(): void {
+    const isSeen = this.may("see") && this.platform.isSeen();
+    const ticket = this.pair();
+    const codes = [...(ticket === null ? [] : [ticket.hashCode]), ...this.seenCodes];
+    void this.prices.watch(isSeen ? [...codes, ...heldCodes(this.place, this.lists, this.account)] : []);
+  }
+
   private before(name: ListName): () => void {
     const unknown = this.desk.unknownKeys();
     if (name === "orders") return () => this.desk.see(this.lists.orders.rows, unknown);
     if (name === "fills") return () => this.seeFills();
+    if (name === "capital") return () => this.prices.capitalCame();
     const asked = this.wish();
     if (name === "equity") return () => this.wishChanged(asked); // it may be the answer to the one before
     return () => undefined;
@@ -306,7 +301,10 @@ export class Store {
   // ---- what the connection reports
 
   private onState(): void {
-    if (this.link !== "online") this.keep();
+    if (this.link !== "online") {
+      this.keep();
+      this.prices.end();
+    }
     this.update();
   }
 
@@ -332,6 +330,11 @@ export class Store {
       this.asker.askMoved();
     }
     this.update();
+  }
+
+  private onPrices(rows: Price[]): void {
+    this.prices.take(rows);
+    if (!this.asker.isScrolling()) this.views.moved(new Set(rows.map((row) => row.hashCode)));
   }
 
   private onOrders(pushed: Order[]): void {

@@ -9,6 +9,11 @@ export const kListTexts = {
   s: ["秒", "s"],
   min: ["分钟", "min"],
   h: ["小时", "h"],
+  follows: ["随行情推算", "moved with prices"],
+  followsLong: [
+    "价格、盈亏和市值随行情推算；保证金、杠杆等以列表为准。",
+    "Price, profit and market value are moved with the prices. Margin, leverage and shares are those of the last list.",
+  ],
   stale: ["已过时", "out of date"],
   loading: ["正在读取…", "Loading…"],
   notLoaded: ["尚无数据", "No data yet"],

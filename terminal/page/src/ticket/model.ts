@@ -37,7 +37,7 @@ export function modelOf(store: Store, ticket: Ticket): Model {
   const rates = store.asker.ratesOf({ index, hashCode });
   const held = holdingOf(store.asker.positionOf({ index, hashCode }));
   const action = actionOf(ticket, account);
-  const amended = ticket.amends === "" ? undefined : store.workingOrder(index, ticket.amends);
+  const amended = ticket.amends === "" ? undefined : store.asker.workingOrder(index, ticket.amends);
   const capital = store.asker.of(store.lists.capital.rows, index);
   const credit = store.lists.credit.rows.find((row) => row.index === index)?.creditInfo[0];
   const own = purseOf(account?.marketType ?? 0, capital, credit);
@@ -64,7 +64,7 @@ export function modelOf(store: Store, ticket: Ticket): Model {
     steps: ticket.reverses ? [first, secondOf(first, ticket, account, quote, rates)] : [first],
     largest: quote === undefined ? 0 : largestVolume(action, price, closable, quote, rates, purse),
     amended,
-    isStale: store.asker.isOutdated(store.now),
+    isStale: store.asker.isOutdated(store.now) || !store.prices.isWatched(hashCode),
     isTwice: store.desk.hasUnsettled(ticket),
   };
 }

@@ -7,6 +7,7 @@ import { Accounts, Credit, Margin } from "./assets";
 import { Equity } from "./equity";
 import { Exposures } from "./exposure";
 import { Fills } from "./fills";
+import { redrawLive } from "./live";
 import { LoginForm } from "./login";
 import { Manual } from "./manual";
 import { Differences } from "./monitor";
@@ -140,7 +141,7 @@ export class App extends Component<{}, { isCovered: boolean }> {
   state = { isCovered: false }; // by a dialog, which shows the notices itself
 
   componentDidMount() {
-    store.subscribe(() => this.setState({}), showFill);
+    store.subscribe({ changed: () => this.setState({}), notify: showFill, moved: redrawLive });
     this.componentDidUpdate();
   }
 

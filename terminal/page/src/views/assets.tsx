@@ -7,8 +7,10 @@ import { named, t } from "../texts/texts";
 import { Capital } from "../wire/values";
 import { LimitMeter } from "./limitmeter";
 import { ListFrame } from "./list";
+import { Live } from "./live";
 import { FieldList, Gain } from "./parts";
 
+const follow = (row: Capital): Capital => store.prices.capital(row);
 const kHeadline = 3; // fields of an account that are always shown: equity, available, withdrawable
 
 function AccountTitle(props: { index: number }) {
@@ -49,23 +51,29 @@ function AccountCard(props: { capital: Capital }) {
   );
 }
 
-export function Accounts() {
-  const { rows } = store.lists.capital;
+function Total(props: { rows: Capital[] }) {
+  const rows = props.rows.map(follow);
   const equity = sumOf(rows, (capital) => capital.dynamicAmount);
   const today = sumOf(rows, profitToday);
   const start = sumOf(rows, startMoney);
   return (
-    <ListFrame name="capital" title={t("accounts")} count={rows.length}>
-      {rows.length > 1 ? (
-        <div class="card sum">
-          <small>{t("total")}</small>
-          <p class="equity num">{money(equity)}</p>
-          <Today profit={today} ratio={start > 0 ? today / start : 0} />
-        </div>
-      ) : null}
+    <div class="card sum">
+      <small>{t("total")}</small>
+      <p class="equity num">{money(equity)}</p>
+      <Today profit={today} ratio={start > 0 ? today / start : 0} />
+    </div>
+  );
+}
+
+export function Accounts() {
+  const { rows } = store.lists.capital;
+  const follows = rows.some((row) => follow(row) !== row);
+  return (
+    <ListFrame name="capital" title={t("accounts")} count={rows.length} follows={follows}>
+      {rows.length > 1 ? <Live draw={() => <Total rows={rows} />} /> : null}
       <div class="cards">
-        {rows.map((capital) => (
-          <AccountCard key={capital.index} capital={capital} />
+        {rows.map((row) => (
+          <Live key={row.index} draw={() => <AccountCard capital={follow(row)} />} />
         ))}
       </div>
     </ListFrame>

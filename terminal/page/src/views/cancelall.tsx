@@ -1,6 +1,7 @@
 import { Component, h } from "preact";
 import { nav, store } from "../app";
 import { rowText } from "../describe";
+import { cancel } from "../state/actions";
 import { orderName } from "../state/merge";
 import { t } from "../texts/texts";
 import { Order } from "../wire/values";
@@ -14,9 +15,9 @@ export class CancelAll extends Component<{ working: Order[] }, {}> {
 
   render() {
     const orders = this.props.working.filter((order) => this.asked.has(orderName(order)));
-    const cancel = () => {
+    const cancelAll = () => {
       nav.close();
-      void store.cancel(orders);
+      void cancel(store, orders);
     };
     return (
       <Sheet title={t("cancelQuestion", orders.length)}>
@@ -31,7 +32,7 @@ export class CancelAll extends Component<{ working: Order[] }, {}> {
             tone="danger"
             text={t("cancelThem", orders.length)}
             disabled={orders.length === 0 || store.link !== "online"}
-            onConfirm={cancel}
+            onConfirm={cancelAll}
           />
         </div>
       </Sheet>

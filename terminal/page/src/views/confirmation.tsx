@@ -112,7 +112,8 @@ export class Confirmation extends Component<Props, State> {
   private isReady(): boolean {
     const { ticket, model } = this.props;
     if (ticket.amends !== "" && model.amended === undefined) return false;
-    return store.link === "online" && store.asker.isInformed(ticket, store.now);
+    if (store.link !== "online" || store.prices.areComing(store.now)) return false;
+    return store.asker.isInformed(ticket, store.now);
   }
 
   // A second tap, in another place, for what is easily a mistake.

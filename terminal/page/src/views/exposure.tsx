@@ -8,6 +8,7 @@ import { kClassFields } from "../texts/fields";
 import { t } from "../texts/texts";
 import { TableBehind } from "./chart";
 import { ListFrame } from "./list";
+import { Live } from "./live";
 import { FieldList, quoteOf } from "./parts";
 
 const kHeight = 10; // of a bar, in units of its own
@@ -69,16 +70,22 @@ function Bars(props: { title: string; rows: Exposure[] }) {
   );
 }
 
+function AllBars() {
+  const positions = store.lists.positions.rows.map((row) => store.prices.position(row));
+  return (
+    <div class="cards wide">
+      <Bars title={t("byClass")} rows={exposures(positions, (row) => row.codeType)} />
+      <Bars title={t("byPosition")} rows={exposures(positions, (row) => nameOf(row, quoteOf(row)))} />
+    </div>
+  );
+}
+
 // What is held in money, of all accounts: by position and by class, and the figures of each class.
 export function Exposures() {
-  const positions = store.lists.positions.rows;
   const { rows } = store.lists.classes;
   return (
     <ListFrame name="classes" title={t("exposure")} count={rows.length}>
-      <div class="cards wide">
-        <Bars title={t("byClass")} rows={exposures(positions, (row) => row.codeType)} />
-        <Bars title={t("byPosition")} rows={exposures(positions, (row) => nameOf(row, quoteOf(row)))} />
-      </div>
+      <Live draw={() => <AllBars />} />
       <div class="cards">
         {rows.map((row) => (
           <article class="card" key={row.codeType}>

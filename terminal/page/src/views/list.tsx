@@ -3,9 +3,11 @@ import { Component, h } from "preact";
 import { store } from "../app";
 import { kRowHeights, width } from "../layout";
 import { Held, ListName } from "../state/lists";
+import { ofAccount } from "../state/wanted";
 import { t, TextName } from "../texts/texts";
 import { OfAccount } from "../wire/values";
 import { Pick } from "./controls";
+import { Live } from "./live";
 import { ageText, Icon, Note, staleText } from "./parts";
 import { Rows } from "./rows";
 
@@ -35,6 +37,7 @@ interface Props<Row> {
   actions?: (row: Row) => unknown;
   hasOwnOrder?: boolean; // is not to be sorted
   wrap?: (row: Row, content: unknown) => JSX.Element; // in place of the button that opens the row
+  follow?: (row: Row) => Row; // at the price that has come since; its instrument is then watched
   fits?: (row: Row) => boolean;
   fitsBy?: string; // changes with what `fits` looks for
   tools?: unknown; // beside the choice of an account
@@ -47,8 +50,12 @@ interface Props<Row> {
 const kRefresh = "M20 11a8 8 0 1 0-2.3 6.3M20 4v7h-7";
 const sorts: { [List in ListName]?: Sort } = {}; // as left, for the next time that the list is opened
 
-export function rowsOfAccount<Row extends OfAccount>(rows: Row[]): Row[] {
-  return store.account === 0 ? rows : rows.filter((row) => row.index === store.account);
+export const rowsOfAccount = <Row extends OfAccount>(rows: Row[]): Row[] => ofAccount(rows, store.account);
+
+const codeOf = (row: object): number | undefined => (row as { hashCode?: number }).hashCode;
+
+function noteSeen(rows: readonly object[]): void {
+  store.seenCodes = rows.flatMap((row) => codeOf(row) ?? []);
 }
 
 function compare(a: number | string, b: number | string): number {
@@ -85,7 +92,14 @@ export class List<Row extends OfAccount> extends Component<Props<Row>, {}> {
     return picked;
   }
 
+  // Rows keep their places while they follow the prices.
   private row(row: Row) {
+    const { follow } = this.props;
+    if (follow === undefined) return this.drawn(row);
+    return <Live code={codeOf(row)} draw={() => this.drawn(follow(row))} />;
+  }
+
+  private drawn(row: Row) {
     const { card, columns, onOpen, wrap, actions } = this.props;
     const cells = () =>
       columns.map((column) => (
@@ -169,6 +183,7 @@ export class List<Row extends OfAccount> extends Component<Props<Row>, {}> {
         count={rows.length}
         empty={props.rows.length > 0 ? t("nothingFits") : props.empty}
         tools={[<AccountPick />, isTable || props.hasOwnOrder ? null : this.sortPick(), props.tools]}
+        follows={props.follow !== undefined && rows.some((row) => props.follow?.(row) !== row)}
         total={props.total?.(rows)}
         caption={isTable ? undefined : props.caption}
       >
@@ -180,6 +195,7 @@ export class List<Row extends OfAccount> extends Component<Props<Row>, {}> {
             nameOf={props.nameOf}
             kindOf={props.kindOf ?? (() => "pair")}
             render={(row: Row) => this.row(row)}
+            onSeen={this.props.follow === undefined ? undefined : noteSeen}
           />
         </div>
         {props.children}
@@ -208,6 +224,7 @@ export function ListFrame(props: {
   title: string;
   count: number;
   isPicture?: boolean; // whose points nobody counts
+  follows?: boolean; // its figures are no longer those of the list
   tools?: unknown;
   total?: unknown;
   caption?: string;
@@ -221,6 +238,7 @@ export function ListFrame(props: {
       {list.at === 0
         ? t("notLoaded")
         : `${props.isPicture ? "" : `${t("rows", props.count)} · `}${isStale ? staleText(list.at) : ageText(list.at, store.now)}`}
+      {props.follows ? <i class="follows"> · {t("follows")}</i> : null}
       {isStale && list.at > 0 ? <b class="stale-mark"> · {t("stale")}</b> : null}
     </span>
   );

@@ -3,6 +3,7 @@ import { nav, store } from "../app";
 import { nameOf } from "../describe";
 import { whole } from "../format";
 import { sheetArgument } from "../nav";
+import { act } from "../state/actions";
 import { t } from "../texts/texts";
 import { isCount, moved, readNumber } from "../ticket/numbers";
 import { Bodies, ManualPosition, Quote, Replies } from "../wire/values";
@@ -84,7 +85,7 @@ export class Manual extends Component<{}, State> {
   private async send<Topic extends keyof Bodies & keyof Replies>(topic: Topic, body: Bodies[Topic], done: string) {
     const { sheet } = store.place;
     this.setState({ isSending: true, failure: "" });
-    const { failure } = await store.act(topic, body, ["manual", "monitor", "sync"]);
+    const { failure } = await act(store, topic, body, ["manual", "monitor", "sync"]);
     const isOpen = store.place.sheet === sheet; // the dialog may have been closed meanwhile
     if (isOpen && failure !== "") return this.setState({ isSending: false, failure });
     store.tell(failure || done, failure !== "");

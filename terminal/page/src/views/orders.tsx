@@ -3,6 +3,7 @@ import { nav, store } from "../app";
 import { nameOf, priceText, rowText } from "../describe";
 import { decimalsOf, timeOfDay, whole } from "../format";
 import { sheetArgument } from "../nav";
+import { cancel } from "../state/actions";
 import { orderName } from "../state/merge";
 import { kOrderFields } from "../texts/fields";
 import { explained } from "../texts/refusals";
@@ -132,7 +133,7 @@ export class Orders extends Component<{}, { only: number }> {
   private readonly cancel = (order: Order) => {
     const isMoving = store.platform.clock() - this.movedAt < kSettleMs;
     if (isMoving) store.tell(t("listMoved"), true);
-    else void store.cancel([order]);
+    else void cancel(store, [order]);
   };
 
   private tools(working: Order[]) {

@@ -5,15 +5,18 @@ import { profitToday, startMoney, sumOf } from "../figures";
 import { percent, signed, whole } from "../format";
 import { width } from "../layout";
 import { sheetArgument } from "../nav";
+import { isHeld } from "../state/wanted";
 import { kPositionFields } from "../texts/fields";
 import { t } from "../texts/texts";
 import { Position } from "../wire/values";
 import { Column, List, rowsOfAccount } from "./list";
+import { Live } from "./live";
 import { CodeName, codeText, FieldList, Gain, ownerText, quoteOf } from "./parts";
 import { PositionActions } from "./positionactions";
 import { Sheet } from "./sheet";
 import { DayCurve, Spark } from "./spark";
 
+const follow = (row: Position): Position => store.prices.position(row);
 const nameOfRow = (row: Position): string => `${row.index}:${row.hashCode}`;
 
 interface LegProps {
@@ -108,12 +111,22 @@ const kColumns: readonly Column<Position>[] = [
   },
 ];
 
+function Details(props: { row: Position; follows: boolean }) {
+  return (
+    <div class="plain">
+      <DayCurve row={props.row} />
+      <FieldList fields={kPositionFields} row={props.row} />
+      {props.follows ? <p class="hint">{t("followsLong")}</p> : null}
+    </div>
+  );
+}
+
 // The floating profit of the positions shown, and today's profit of their accounts: it takes in what was closed whole.
 function Totals(props: { rows: Position[] }) {
-  const capital = rowsOfAccount(store.lists.capital.rows);
+  const capital = rowsOfAccount(store.lists.capital.rows).map((row) => store.prices.capital(row));
   const today = sumOf(capital, profitToday);
   const money = sumOf(capital, startMoney);
-  const floating = sumOf(props.rows, (row) => row.floatPorfit);
+  const floating = sumOf(props.rows, (row) => follow(row).floatPorfit);
   return (
     <span class="totals">
       <span>
@@ -136,20 +149,20 @@ export function Positions() {
       name="positions"
       title={t("positions")}
       rows={all}
-      fits={(row: Position) => row.longPosition + row.shortPosition > 0}
+      follow={follow}
+      fits={isHeld}
       nameOf={nameOfRow}
       columns={kColumns}
       kindOf={(row: Position) => (legsOf(row).length > 1 ? "triple" : "pair")}
       card={card}
       onOpen={(row: Position) => nav.open(`row=${nameOfRow(row)}`)}
       actions={width() === "desk" ? (row: Position) => <PositionActions pair={row} /> : undefined}
-      total={(rows: Position[]) => <Totals rows={rows} />}
+      total={(rows: Position[]) => <Live draw={() => <Totals rows={rows} />} />}
       caption={t("floatingToday")}
     >
       {open === undefined ? null : (
         <Sheet title={`${nameOf(open, quoteOf(open))} · ${open.userCode}`}>
-          <DayCurve row={open} />
-          <FieldList fields={kPositionFields} row={open} />
+          <Live code={open.hashCode} draw={() => <Details row={follow(open)} follows={follow(open) !== open} />} />
           <PositionActions pair={open} />
         </Sheet>
       )}

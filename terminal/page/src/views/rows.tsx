@@ -8,6 +8,7 @@ interface Props<Row> {
   nameOf: (row: Row) => string;
   kindOf: (row: Row) => Kind; // says how high the row is, if its text needs no more
   render: (row: Row) => JSX.Element;
+  onSeen?: (rows: readonly Row[]) => void; // those on the screen, and some beyond
 }
 
 const kBeyond = 6; // rows above and below those in sight, so that a flick finds them there
@@ -88,6 +89,7 @@ export class Rows<Row> extends Component<Props<Row>, { first: number; last: numb
     const above = -this.base.getBoundingClientRect().top;
     const first = Math.max(0, this.placeAt(above) - kBeyond);
     const last = this.placeAt(above + innerHeight) + kBeyond;
+    this.props.onSeen?.(this.props.rows.slice(first, last));
     if (isHigher || first !== this.state.first || last !== this.state.last) {
       this.dropAbove(first);
       this.setState({ first, last });

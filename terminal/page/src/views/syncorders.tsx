@@ -2,6 +2,7 @@ import { Component, h } from "preact";
 import { nav, store } from "../app";
 import { nameOf, priceText } from "../describe";
 import { whole } from "../format";
+import { act } from "../state/actions";
 import { areOffered, bodyOf, kMostAtOnce, namedOffers, Offer } from "../state/offers";
 import { t } from "../texts/texts";
 import { SyncOrder } from "../wire/values";
@@ -66,7 +67,7 @@ export class SyncOrders extends Component<{}, State> {
   private async place(offers: Offer[]) {
     this.setState({ isSending: true, failure: "" });
     const body = bodyOf(offers);
-    const { failure, isKnown } = await store.act("monitor.sync.order.new", body, ["sync", "monitor", "orders"]);
+    const { failure, isKnown } = await act(store, "monitor.sync.order.new", body, ["sync", "monitor", "orders"]);
     const isOpen = store.place.sheet === "sync"; // the dialog may have been closed meanwhile
     if (isOpen && isKnown && failure !== "") return this.setState({ isSending: false, failure });
     // If the reply was lost they may have been placed: nothing stays picked that another tap would place again.

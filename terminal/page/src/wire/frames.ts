@@ -1,13 +1,14 @@
 import { misfit } from "./check";
 import { kFrames, kPushes, kReplies } from "./shapes";
-import { FrameFailure, FramePush, FrameReply, FrameText } from "./types";
+import { FrameFailure, FramePush, FrameQuotes, FrameReply, FrameText, QuotePushRow } from "./types";
 
 // What a frame of the terminal turned out to be.
 export type Frame =
   | { kind: "reply"; id: unknown; topic: string; data: unknown }
   | { kind: "failure"; id: unknown; topic: string; message: string; seen?: string }
   | { kind: "garbled"; id: unknown; text: string } // the unreadable text, or the path to what breaks the contract
-  | { kind: "push"; seq: number; topic: string; message: string; data: unknown; wrong: string };
+  | { kind: "push"; seq: number; topic: string; message: string; data: unknown; wrong: string }
+  | { kind: "quotes"; rows: QuotePushRow[] };
 
 const kUnclear = /结果未知|^the outcome of this request is not known/;
 
@@ -31,11 +32,17 @@ function readPush(push: FramePush): Frame {
   return { kind: "push", seq, topic, message, data, wrong };
 }
 
+function readQuotes(data: unknown): Frame {
+  const wrong = misfit(data, kPushes["quote.push"]);
+  return wrong === "" ? { kind: "quotes", rows: data as QuotePushRow[] } : { kind: "garbled", id: undefined, text: wrong };
+}
+
 // `asked` is the topic of the request with this id, whose contract the reply's data must keep: the reply's own topic
 // may be another one. Undefined if there is no such request.
 export function readFrame(text: string, asked: (id: unknown) => string | undefined): Frame {
   const frame = parse(text);
   if (misfit(frame, kFrames.push) === "") return readPush(frame as FramePush);
+  if (misfit(frame, kFrames.quotes) === "") return readQuotes((frame as FrameQuotes).data);
   if (misfit(frame, kFrames.text) === "") {
     const { id, text: unreadable } = frame as FrameText;
     return { kind: "garbled", id, text: unreadable };

@@ -10,6 +10,7 @@ export const kFrames: { readonly [name: string]: Shape } = {
   "failure": { id: "any", topic: "text", message: "text", data: "null", "seen?": "text" },
   "text": { id: "any", topic: "text", message: "text", data: "null", text: "text" },
   "push": { seq: "int", topic: "text", message: "text", data: "any", "text?": "text" },
+  "quotes": { topic: "=quote.push", message: "text", data: "any" },
 };
 
 export const kReplies: { readonly [name: string]: Shape } = {

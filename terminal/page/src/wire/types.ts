@@ -25,6 +25,10 @@ export interface FramePush {
   seq: number; topic: string; message: string; data: unknown; text?: string;
 }
 
+export interface FrameQuotes {
+  topic: "quote.push"; message: string; data: unknown;
+}
+
 export interface Login {
   name: string; rights: ("see" | "cancel" | "trade")[]; epoch: string; seq: number; resumed: boolean;
 }

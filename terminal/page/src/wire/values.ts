@@ -19,6 +19,7 @@ export type {
   PositionListRow as Position,
   QuoteCurveRow as QuoteCurve,
   QuoteListRow as Quote,
+  QuotePushRow as Price,
   Replies,
   TraderListRow as Fill,
 } from "./types";
