@@ -1,7 +1,8 @@
-# Usage: cmake -DFOLDER=. "-DFILES=path;..." -DWORKER=worker.js -DESBUILD=esbuild -DGZIP=gzip
-#   -DBROTLI=brotli -P embed.cmake
+# Usage: cmake -DFOLDER=. "-DFILES=path;..." -DBUNDLE=bundle -DPAGE=index.html -DWORKER=worker.js -DESBUILD=esbuild
+#   -DGZIP=gzip -DBROTLI=brotli -P embed.cmake
 # Writes the files into FOLDER/assets.cpp, by the paths that they are served under, plain and compressed. The worker is
-# given the hashes of all files but the pictures, so it changes whenever one of them does.
+# given the hashes of all files but the pictures, so it changes whenever one of them does. The page is given the name of
+# the script's main part, which it would otherwise learn one round trip later.
 set(type.html "text/html; charset=utf-8")
 set(type.js "text/javascript; charset=utf-8")
 set(type.css "text/css; charset=utf-8")
@@ -47,7 +48,12 @@ function(add_file file)
   set(rows "${rows}    {\"${path}\", \"${type${ending}}\", \"${hash}\", ${bodies}},\n" PARENT_SCOPE)
 endfunction()
 
-foreach(file IN LISTS FILES)
+file(GLOB scripts "${BUNDLE}/*.js")
+file(GLOB main RELATIVE "${BUNDLE}" "${BUNDLE}/chunk-*.js")
+file(READ "${PAGE}" page)
+string(REPLACE "__MAIN__" "${main}" page "${page}")
+file(WRITE "${FOLDER}/index.html" "${page}")
+foreach(file IN LISTS FILES scripts ITEMS "${BUNDLE}/app.css" "${FOLDER}/index.html")
   add_file("${file}")
 endforeach()
 execute_process(COMMAND "${ESBUILD}" --minify --log-level=warning "${WORKER}" OUTPUT_VARIABLE worker COMMAND_ERROR_IS_FATAL ANY)

@@ -1,4 +1,5 @@
 """Stands between a browser and the terminal: counts the bytes, and can pretend that the page has a newer version."""
+import collections
 import socket
 import threading
 import urllib.request
@@ -9,7 +10,8 @@ NEW = "0123456789abcdef"  # the hash of the newer app.js
 class Proxy:
     def __init__(self, terminal):
         self.terminal, self.isNew = terminal, False
-        self.fileBytes = self.frameBytes = 0  # files without their heads, frames both ways with all
+        # "file" without heads; "rest" is the file that the first view does not need; "frame" both ways with all.
+        self.bytes = collections.Counter()
         self.listener = socket.create_server(("127.0.0.1", 0))
         self.origin = f"http://127.0.0.1:{self.listener.getsockname()[1]}"
         threading.Thread(target=self.accept, daemon=True).start()
@@ -33,20 +35,18 @@ class Proxy:
                 return None
             with terminal:
                 terminal.sendall(head)
-                threading.Thread(target=self.pump, args=(path == "/ws", browser, terminal), daemon=True).start()
+                kind = "frame" if path == "/ws" else "rest" if path.startswith("/rest-") else "file"
+                sent = "frame" if kind == "frame" else "request"
+                threading.Thread(target=self.pump, args=(sent, browser, terminal), daemon=True).start()
                 answer = terminal.recv(1 << 16)  # the whole head is in its first packet
                 browser.sendall(answer)
-                if path == "/ws":
-                    self.frameBytes += len(answer)
-                else:
-                    self.fileBytes += len(answer.partition(b"\r\n\r\n")[2])
-                self.pump(path == "/ws", terminal, browser, isFile=path != "/ws")
+                self.bytes[kind] += len(answer if kind == "frame" else answer.partition(b"\r\n\r\n")[2])
+                self.pump(kind, terminal, browser)
 
-    def pump(self, isFrame, source, target, isFile=False):
+    def pump(self, kind, source, target):
         try:
             while data := source.recv(1 << 16):
-                self.frameBytes += isFrame * len(data)
-                self.fileBytes += isFile * len(data)
+                self.bytes[kind] += len(data)
                 target.sendall(data)
             target.shutdown(socket.SHUT_WR)
         except OSError:

@@ -5,6 +5,7 @@ import { watchWidth } from "./layout";
 import { takeTokenFromLink } from "./platform";
 import { currentLanguage, useLanguage } from "./texts/texts";
 import { App } from "./views/app";
+import { loadRest } from "./views/later";
 import { listenToNotices } from "./views/systemnotices";
 import { startWorker } from "./worker";
 
@@ -37,5 +38,8 @@ addEventListener("offline", () => store.connection.lose());
 addEventListener("scroll", () => store.asker.scrolled(), { passive: true });
 document.addEventListener("visibilitychange", comeAndGo);
 listenToNotices();
-addEventListener("load", () => void startWorker().catch(() => undefined)); // see there
+addEventListener("load", () => {
+  void startWorker().catch(() => undefined); // see there
+  void loadRest();
+});
 setInterval(() => store.tick(), kTickMs);

@@ -19,6 +19,8 @@ export const kFrameTexts = {
   fillsNotice: ["{0} 笔成交，最近：{1}", "{0} fills, the last: {1}"],
   moreNotices: ["另有 {0} 条", "{0} more"],
 
+  notLoadedView: ["此页面未能读取，请刷新网页。", "This view could not be loaded. Reload the page."],
+
   // connection
   connecting: ["正在连接", "Connecting"],
   online: ["已连接", "Connected"],

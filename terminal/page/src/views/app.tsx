@@ -3,38 +3,32 @@ import { Component, h } from "preact";
 import { nav, store } from "../app";
 import { isTicket, kRoutes, Route, Section, sectionOf, siblingsOf } from "../route";
 import { currentLanguage, t } from "../texts/texts";
-import { Accounts, Credit, Margin } from "./assets";
-import { Equity } from "./equity";
-import { Exposures } from "./exposure";
+import { Accounts } from "./assets";
 import { Fills } from "./fills";
+import { Later } from "./later";
 import { redrawLive } from "./live";
 import { LoginForm } from "./login";
-import { Manual } from "./manual";
-import { Differences } from "./monitor";
 import { Notices } from "./notices";
 import { Orders } from "./orders";
 import { Icon, Note } from "./parts";
 import { Positions } from "./positions";
-import { Settings } from "./settings";
-import { SyncOrders } from "./syncorders";
 import { showFill } from "./systemnotices";
 import { presenceText } from "./terminals";
-import { OrderTicket } from "./ticket";
 import { UnderWay } from "./underway";
 
 const kViews: { [Name in Route]: () => JSX.Element } = {
   assets: () => <Accounts />,
-  "assets/equity": () => <Equity />,
-  "assets/classes": () => <Exposures />,
-  "assets/credit": () => <Credit />,
-  "assets/margin": () => <Margin />,
+  "assets/equity": () => <Later view="Equity" />,
+  "assets/classes": () => <Later view="Exposures" />,
+  "assets/credit": () => <Later view="Credit" />,
+  "assets/margin": () => <Later view="Margin" />,
   positions: () => <Positions />,
   orders: () => <Orders />,
   "orders/fills": () => <Fills />,
-  monitor: () => <Differences />,
-  "monitor/sync": () => <SyncOrders />,
-  "monitor/manual": () => <Manual />,
-  settings: () => <Settings />,
+  monitor: () => <Later view="Differences" />,
+  "monitor/sync": () => <Later view="SyncOrders" />,
+  "monitor/manual": () => <Later view="Manual" />,
+  settings: () => <Later view="Settings" />,
 };
 
 const kIcons: { [Name in Section | "trade"]: string } = {
@@ -173,7 +167,7 @@ export class App extends Component<{}, { isCovered: boolean }> {
           <SubTabs />
           {kViews[route]()}
         </main>
-        {isTicket(sheet) && store.may("trade") ? <OrderTicket /> : null}
+        {isTicket(sheet) && store.may("trade") ? <Later view="OrderTicket" /> : null}
       </div>
     );
   }

@@ -2,7 +2,7 @@ import { h } from "preact";
 import { store } from "../app";
 import { profitToday, returnToday, startMoney, sumOf } from "../figures";
 import { money, percent } from "../format";
-import { kCapitalFields, kCreditFields } from "../texts/fields";
+import { kCapitalFields } from "../texts/fields";
 import { named, t } from "../texts/texts";
 import { Capital } from "../wire/values";
 import { LimitMeter } from "./limitmeter";
@@ -13,7 +13,7 @@ import { FieldList, Gain } from "./parts";
 const follow = (row: Capital): Capital => store.prices.capital(row);
 const kHeadline = 3; // fields of an account that are always shown: equity, available, withdrawable
 
-function AccountTitle(props: { index: number }) {
+export function AccountTitle(props: { index: number }) {
   const account = store.accountOf(props.index);
   return (
     <h3>
@@ -74,53 +74,6 @@ export function Accounts() {
       <div class="cards">
         {rows.map((row) => (
           <Live key={row.index} draw={() => <AccountCard capital={follow(row)} />} />
-        ))}
-      </div>
-    </ListFrame>
-  );
-}
-
-export function Credit() {
-  const rows = store.lists.credit.rows.flatMap((each) =>
-    each.creditInfo.map((record) => ({ index: each.index, record })),
-  );
-  return (
-    <ListFrame name="credit" title={t("credit")} count={rows.length} empty={t("noCredit")}>
-      <div class="cards">
-        {rows.map((row) => (
-          <article class="card" key={String(row.index)}>
-            <AccountTitle index={row.index} />
-            <FieldList fields={kCreditFields} row={row.record} />
-          </article>
-        ))}
-      </div>
-    </ListFrame>
-  );
-}
-
-export function Margin() {
-  const { rows } = store.lists.margin;
-  const count = sumOf(rows, (each) => each.rate.length);
-  return (
-    <ListFrame name="margin" title={t("margin")} count={count} empty={t("noMargin")}>
-      <div class="cards">
-        {rows.map((each) => (
-          <article class="card" key={String(each.index)}>
-            <AccountTitle index={each.index} />
-            <dl class="fields">
-              {each.rate.map((rate) => {
-                const quote = store.quote(rate.hashCode);
-                return (
-                  <div key={String(rate.hashCode)}>
-                    <dt>
-                      {quote?.codeName ?? String(rate.hashCode)} <small>{quote?.codeExch}</small>
-                    </dt>
-                    <dd class="num">{percent(rate.marginRate)}</dd>
-                  </div>
-                );
-              })}
-            </dl>
-          </article>
         ))}
       </div>
     </ListFrame>
