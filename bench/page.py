@@ -5,6 +5,7 @@ import argparse
 import contextlib
 import http.server
 import pathlib
+import re
 import statistics
 import sys
 import tempfile
@@ -122,7 +123,8 @@ class Desk(PageTest):
         def size(name):
             asked = urllib.request.Request(origin + name, headers={"Accept-Encoding": "gzip"})
             return len(urllib.request.urlopen(asked).read())
-        body = b"<!doctype html><!--" + b"-" * sum(map(size, ("/", "/app.css", "/app.js"))) + b"><p>Plain"
+        main = "/" + re.search(r'modulepreload" href="(.*?)"', urllib.request.urlopen(origin).read().decode())[1]
+        body = b"<!doctype html><!--" + b"-" * sum(map(size, ("/", "/app.css", "/app.js", main))) + b"><p>Plain"
         class Answer(http.server.BaseHTTPRequestHandler):
             def do_GET(self):
                 self.send_response(200)
