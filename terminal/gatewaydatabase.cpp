@@ -23,11 +23,12 @@ namespace {
 constexpr const char* kFile = "gateway.db";
 constexpr int kBusyMilliseconds = 1000;  // how long to wait for another process's lock
 
-// The steps of the schema: each adds a version to the one before. Times are seconds since 1970. A token's id is never
-// reused. An action is a request that changes something: `line` is the head of its audit line while it runs, `due` a
-// whole line that is not in the audit yet, `boot` the boot clock's seconds when it was made, NULL if that was before
-// the machine's last start. A revocation waits for the running terminal to confirm it by deleting the row.
-constexpr std::array<const char*, 2> kVersions{
+// The steps of the schema: each adds a version to the one before. Times are seconds since 1970, of an alert
+// milliseconds. A token's id is never reused. An action is a request that changes something: `line` is the head of its
+// audit line while it runs, `due` a whole line that is not in the audit yet, `boot` the boot clock's seconds when it
+// was made, NULL if that was before the machine's last start. A revocation waits for the running terminal to confirm it
+// by deleting the row.
+constexpr std::array<const char*, 3> kVersions{
     R"sql(
 CREATE TABLE token (
   id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL UNIQUE, hash BLOB NOT NULL, rights INTEGER NOT NULL,
@@ -43,6 +44,12 @@ CREATE INDEX action_made ON action (made) WHERE key IS NOT NULL;
 CREATE INDEX action_due ON action (id) WHERE due IS NOT NULL;
 CREATE TABLE boot (id TEXT NOT NULL);
 CREATE TABLE revocation (id INTEGER PRIMARY KEY AUTOINCREMENT, token INTEGER NOT NULL);
+)sql",
+    R"sql(
+CREATE TABLE alert (
+  id INTEGER PRIMARY KEY AUTOINCREMENT, token INTEGER NOT NULL, hash_code INTEGER NOT NULL, is_above INTEGER NOT NULL,
+  price REAL NOT NULL, made INTEGER NOT NULL, fired INTEGER NOT NULL, fired_price REAL NOT NULL);
+CREATE TRIGGER token_deleted AFTER DELETE ON token BEGIN DELETE FROM alert WHERE token = OLD.id; END;
 )sql"};
 constexpr int kVersion = kVersions.size();
 

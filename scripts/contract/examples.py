@@ -33,6 +33,7 @@ def dump(value):
 
 
 STEADY = {"srcTimestamp": Number("1767225600000"), "exchTimestamp": Number("1767225600000"),
+          "made": Number("1767225600000"), "fired": Number("1767225600000"),
           "time": Number("1767225600000"), "start": Number("1767225600000"), "day": Number("20454"),
           "minutes": [Number("0"), Number("1")], "prices": [Number("3325.0"), Number("3325.0")],
           "epoch": "5f0c9a3e7b21d468", "token": "Sx8siio4VC-9CiYm0FAKuPIG4c0PGjzOpzSECqptimM"}
@@ -43,7 +44,7 @@ def steady(value):
     if isinstance(value, list):
         return [steady(each) for each in value]
     if isinstance(value, dict):
-        return {key: STEADY.get(key) or steady(each) for key, each in value.items()}
+        return {key: STEADY[key] if key in STEADY and each != "0" else steady(each) for key, each in value.items()}
     return value
 
 

@@ -37,10 +37,10 @@ def body_schema(contract, topic):
     body = contract.body(topic)
     if body == "none":
         return {}
-    if body == "selector":
-        return {"type": "array", "items": copy.deepcopy(contract.kinds["int"]["schema"]), "maxItems": 1000}
-    if body == "codes":
-        return {"type": "array", "items": copy.deepcopy(contract.kinds["long"]["schema"]), "maxItems": 200}
+    if isinstance(body, str):
+        array = contract.bodies[body]
+        return {"type": "array", "items": copy.deepcopy(contract.kinds[array["kind"]]["schema"]),
+                "maxItems": array["most"]}
     if "items" in body:
         return {**rows_schema(contract, body["items"]), "maxItems": 1000}
     return object_schema(contract, body["object"])

@@ -43,7 +43,7 @@ class Contract:
         return self.kinds[shape["kind"]]["unit"] if shape.get("kind") in self.kinds else ""
 
     def body(self, topic):
-        """The description of a topic's body: "none", "selector", "codes", {"items": ...} or {"object": ...}."""
+        """The description of a topic's body: "none", the name of an array of `bodies`, {"items": ...} or {"object": ...}."""
         return topic.get("body", "none")
 
     def body_faults(self, topic):

@@ -24,8 +24,14 @@ void Gates::onRequest(Peer& peer, const Frame& frame) {
     if (fault->reason == RefusalReason::Crowd) requests_.countOverrun(peer);
     return;
   }
-  if (request.topic.isWatch) return watch_.onRequest(*peer.session, frame);
-  requests_.add(peer, frame, request.topic);
+  switch (request.topic.answerer) {
+    case Answerer::Agent:
+      return requests_.add(peer, frame, request.topic);
+    case Answerer::QuoteWatch:
+      return watch_.onRequest(*peer.session, frame);
+    case Answerer::Alerts:
+      return alerts_.onRequest(peer, frame);
+  }
 }
 
 Gates::Fault Gates::checkRights(const Request& request) {

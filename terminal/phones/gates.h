@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "terminal/phones/alerts.h"
 #include "terminal/phones/answers.h"
 #include "terminal/phones/frame.h"
 #include "terminal/phones/gatekeeper.h"
@@ -16,8 +17,8 @@ namespace orvane::terminal {
 // crowd. The key itself is begun after the last, so that a request refused here does not use it up. One thread.
 class Gates {
  public:
-  Gates(Gatekeeper& keeper, Requests& requests, Answers& answers, QuoteWatch& watch)
-      : keeper_(keeper), requests_(requests), answers_(answers), watch_(watch) {}
+  Gates(Gatekeeper& keeper, Requests& requests, Answers& answers, QuoteWatch& watch, Alerts& alerts)
+      : keeper_(keeper), requests_(requests), answers_(answers), watch_(watch), alerts_(alerts) {}
 
   // Queues the request, or answers it.
   void onRequest(Peer& peer, const Frame& frame);
@@ -39,6 +40,7 @@ class Gates {
   Requests& requests_;
   Answers& answers_;
   QuoteWatch& watch_;
+  Alerts& alerts_;
 };
 
 }  // namespace orvane::terminal

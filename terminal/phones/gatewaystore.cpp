@@ -68,8 +68,12 @@ GatewayStore::GatewayStore(const StoreOptions& options, const IClock& clock)
   try {
     open();
     watchTokens();
+    alerts_ = readAlerts(db_);
   } catch (const DiskFault& fault) {
-    readGatewayCopy(options.dataDir, fault, [this](SQLite::Database& copy) { tokens_ = readSnapshot(copy); });
+    readGatewayCopy(options.dataDir, fault, [this](SQLite::Database& copy) {
+      tokens_ = readSnapshot(copy);
+      alerts_ = readAlerts(copy);
+    });
   }
   addPatientWrite(
       [this] {
@@ -167,6 +171,18 @@ void GatewayStore::note(std::string text) {
 void GatewayStore::touch(int64_t token) {
   addWrite([this, token] { writeSql(db_, "UPDATE token SET used = ? WHERE id = ?", wallSeconds(clock_), token); },
            [](const std::string& fault) { logFault("the use of a token is not stored", fault); });
+}
+
+void GatewayStore::addAlert(const Alert& alert, Done done) {
+  addWrite([this, alert] { insertAlert(db_, alert); }, std::move(done));
+}
+
+void GatewayStore::deleteAlerts(std::vector<int64_t> ids, Done done) {
+  addWrite([this, ids = std::move(ids)] { terminal::deleteAlerts(db_, ids); }, std::move(done));
+}
+
+void GatewayStore::keepFired(const Alert& alert) {
+  addPatientWrite([this, alert] { updateFired(db_, alert); }, [](const std::string& /*fault: tried for ever*/) {});
 }
 
 void GatewayStore::noteLink(const std::string& link, Done done) {

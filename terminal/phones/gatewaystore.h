@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <SQLiteCpp/Database.h>
 
@@ -13,6 +14,7 @@
 #include "terminal/clocks.h"
 #include "terminal/eventloop.h"
 #include "terminal/phones/actionstore.h"
+#include "terminal/phones/alert.h"
 #include "terminal/phones/audittrail.h"
 #include "terminal/phones/diskwork.h"
 #include "terminal/phones/tokensnapshot.h"
@@ -36,9 +38,9 @@ struct StoreHealth {
   bool operator==(const StoreHealth&) const = default;
 };
 
-// What the gateway keeps on the disk: tokens, keys and the audit. In the terminal nothing else uses `gateway.db` and
-// `audit.log`. Operations may be called on any thread, return at once, and are done in their order; their answers come
-// on the disk's thread.
+// What the gateway keeps on the disk: tokens, keys, alerts and the audit. In the terminal nothing else uses
+// `gateway.db` and `audit.log`. Operations may be called on any thread, return at once, and are done in their order;
+// their answers come on the disk's thread.
 class GatewayStore {
  public:
   using Done = DiskItem::Done;
@@ -57,8 +59,9 @@ class GatewayStore {
   // That a write of the disk's thread hangs, which is why it reports nothing itself; empty if none does. UTF-8.
   std::string hang() const { return timer_.fault(file_); }
 
-  // The tokens at the start.
+  // The tokens and alerts at the start.
   std::shared_ptr<const TokenSnapshot> tokens() const { return tokens_; }
+  const StoredAlerts& alerts() const { return alerts_; }
 
   // Looks for new tokens at once, and then calls `done`.
   void readTokens(Done done);
@@ -78,6 +81,13 @@ class GatewayStore {
 
   // Stores that a token was used.
   void touch(int64_t token);
+
+  // Stores a new alert, and deletes some; then calls `done`.
+  void addAlert(const Alert& alert, Done done);
+  void deleteAlerts(std::vector<int64_t> ids, Done done);
+
+  // Stores that the alert has fired.
+  void keepFired(const Alert& alert);
 
   // Stores the terminal's link, which the command `token` shows, and then calls `done`.
   void noteLink(const std::string& link, Done done);
@@ -119,6 +129,7 @@ class GatewayStore {
   ActionStore actions_;
   DiskWork work_;
   std::shared_ptr<const TokenSnapshot> tokens_;
+  StoredAlerts alerts_;
   int64_t version_ = -1;  // of the data, as SQLite counts other connections' commits
   OnTokens onTokens_;
   OnHealth onHealth_;

@@ -19,10 +19,16 @@ Phones::Phones(IEventLoop& loop, GatewayStore& store, PhonesOptions options)
       keeper_(loop, store, [this] { onTokens(); }),
       requests_(loop, peers_, keeper_, metrics_, answers_, agent_),
       watch_(loop, options.prices, metrics_, answers_),
+      alerts_(loop, store, options.prices, peers_, metrics_, answers_),
       login_(loop, {options.loginTime, options.maxOfToken}, keeper_, peers_, pushes_, answers_, *this),
       pages_(std::move(options.probe), std::move(options.figures), peers_, requests_, agent_, keeper_, metrics_) {}
 
 void Phones::start() {
+  alerts_.start();
+  tickLater();
+}
+
+void Phones::tickLater() {
   tick_ = loop_.after(kTickPeriod, [this] { tick(); });
 }
 
@@ -30,13 +36,14 @@ void Phones::start() {
 void Phones::stop() {
   tick_.reset();
   watch_.stop();
+  alerts_.stop();
   keeper_.tick();
 }
 
 void Phones::tick() {
   keeper_.tick();
   onTokens();
-  start();
+  tickLater();
 }
 
 // Tokens were made or revoked, or expire.
@@ -47,6 +54,7 @@ void Phones::onTokens() {
     }
   });
   requests_.dropRevoked();
+  alerts_.dropRevoked(keeper_);
   confirmRevocations();
 }
 

@@ -9,6 +9,7 @@
 #include "terminal/liveprices.h"
 #include "terminal/pages.h"
 #include "terminal/phones/agentcallback.h"
+#include "terminal/phones/alerts.h"
 #include "terminal/phones/answers.h"
 #include "terminal/phones/gatekeeper.h"
 #include "terminal/phones/gates.h"
@@ -61,6 +62,7 @@ class Phones : public ISessionOwner, public IPageOwner {
   void push(const MobileMessage& message);
   bool hears(const Peer& peer, const MobileMessage& message) const;
   void tick();
+  void tickLater();
   void onTokens();
   void confirmRevocations();
 
@@ -73,7 +75,8 @@ class Phones : public ISessionOwner, public IPageOwner {
   PushLog pushes_;
   Requests requests_;
   QuoteWatch watch_;
-  Gates gates_{keeper_, requests_, answers_, watch_};
+  Alerts alerts_;
+  Gates gates_{keeper_, requests_, answers_, watch_, alerts_};
   Login login_;
   StatusPages pages_;
   std::unique_ptr<Timer> tick_;

@@ -14,6 +14,9 @@ using enum BodyShape;
 // The order is that of the metrics' lines.
 constexpr std::array kTopics = std::to_array<Topic>({
     {"account.list"},
+    {"alert.clear", See, List, false, false, Answerer::Alerts},
+    {"alert.list", See, List, false, false, Answerer::Alerts},
+    {"alert.set", See, List, false, false, Answerer::Alerts},
     {"capital.list"},
     {"creditinfo.list"},
     {"equity.list"},
@@ -34,7 +37,7 @@ constexpr std::array kTopics = std::to_array<Topic>({
     {"quote.curve"},
     {"quote.list"},
     {"quote.set", Trade},
-    {"quote.watch", See, List, false, false, true},
+    {"quote.watch", See, List, false, false, Answerer::QuoteWatch},
     {"terminal.info"},
     {"trader.list"},
     {"other"},

@@ -13,14 +13,17 @@ namespace orvane::terminal {
 // Which array of a request's body is a list: the body itself, or the member `orderList` of an object.
 enum class BodyShape : uint8_t { List, OrderList };
 
+// What answers a request.
+enum class Answerer : uint8_t { Agent, QuoteWatch, Alerts };
+
 // What the terminal knows of a topic. A new topic is a new row in topics.cpp.
 struct Topic {
   std::string_view name;
   Right right = Right::See;
   BodyShape shape = BodyShape::List;
-  bool hasObjects = false;  // the library asserts that the list's elements are objects
-  bool hasNotices = false;  // the host refuses such a request by a notice
-  bool isWatch = false;     // answered here; neither library nor host sees it
+  bool hasObjects = false;              // the library asserts that the list's elements are objects
+  bool hasNotices = false;              // the host refuses such a request by a notice
+  Answerer answerer = Answerer::Agent;  // neither library nor host sees what another answers
 
   // Such a request may carry a key and leaves a line in the audit.
   bool changesSomething() const { return right != Right::See; }

@@ -9,14 +9,8 @@ namespace {
 
 using testing::HasSubstr;
 
-// The schema of version 0.1.0.
-TEST(GatewayDatabase, UpgradesTheFirstVersion) {
-  const TempDir dir;
-  {
-    std::ofstream(dir.path() / "gateway.db").flush();
-    std::filesystem::permissions(dir.path() / "gateway.db", std::filesystem::perms(0600));
-    SQLite::Database old(dir.path() / "gateway.db", SQLite::OPEN_READWRITE);
-    old.exec(R"sql(
+// The schema of version 0.1.0, and what a later one added to it.
+constexpr const char* kFirst = R"sql(
 CREATE TABLE token (
   id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL UNIQUE, hash BLOB NOT NULL, rights INTEGER NOT NULL,
   made INTEGER NOT NULL, used INTEGER, expires INTEGER);
@@ -27,7 +21,26 @@ CREATE TABLE address (link TEXT NOT NULL);
 INSERT INTO token (name, hash, rights, made) VALUES ('old', x'00', 7, 1);
 INSERT INTO action (token, key, made, fingerprint, line) VALUES (1, 'k1', 1790000000, '', '{"key":"k1"');
 PRAGMA user_version = 1;
-)sql");
+)sql";
+constexpr const char* kSecond = R"sql(
+ALTER TABLE action ADD COLUMN boot INTEGER;
+CREATE INDEX action_made ON action (made) WHERE key IS NOT NULL;
+CREATE INDEX action_due ON action (id) WHERE due IS NOT NULL;
+CREATE TABLE boot (id TEXT NOT NULL);
+CREATE TABLE revocation (id INTEGER PRIMARY KEY AUTOINCREMENT, token INTEGER NOT NULL);
+PRAGMA user_version = 2;
+)sql";
+
+class GatewayDatabase : public testing::TestWithParam<const char*> {};
+
+TEST_P(GatewayDatabase, IsUpgraded) {
+  const TempDir dir;
+  {
+    std::ofstream(dir.path() / "gateway.db").flush();
+    std::filesystem::permissions(dir.path() / "gateway.db", std::filesystem::perms(0600));
+    SQLite::Database old(dir.path() / "gateway.db", SQLite::OPEN_READWRITE);
+    old.exec(kFirst);
+    old.exec(GetParam());
   }
   FakeLoop loop;
   terminal::GatewayStore store({.dataDir = dir.path(), .audit = {}}, loop);
@@ -40,6 +53,8 @@ PRAGMA user_version = 1;
   std::getline(audit, line);
   EXPECT_THAT(line, HasSubstr(R"({"key":"k1","outcome":"unknown")"));
 }
+
+INSTANTIATE_TEST_SUITE_P(Versions, GatewayDatabase, testing::Values("", kSecond));
 
 }  // namespace
 }  // namespace orvane::test

@@ -72,7 +72,7 @@ std::string findAnswerFault(std::string_view text) {
   const Document frame = parse(text);
   const bool isPush = !frame.HasMember("id");
   const bool isReply = !isPush && holds(frame, "message", "") && !frame.HasMember("text");
-  const char* push = frame.HasMember("seq") ? "push" : "quotes";
+  const char* push = frame.HasMember("seq") ? "push" : "unnumbered";
   const char* schema = isPush ? push : isReply ? "reply" : frame.HasMember("text") ? "text" : "failure";
   std::string fault = findFault(fmt::format("frame.{}", schema), frame);
   if (!fault.empty()) return fault;

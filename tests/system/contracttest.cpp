@@ -21,7 +21,7 @@ std::set<std::string> requestTopics() {
     topics.insert(topicName(value));
   }
   for (const std::string_view own : terminal::UiProxy::topics()) topics.emplace(own);
-  topics.insert("quote.watch");
+  topics.merge(std::set<std::string>{"alert.clear", "alert.list", "alert.set", "quote.watch"});
   return topics;
 }
 

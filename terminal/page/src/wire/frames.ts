@@ -1,6 +1,6 @@
 import { misfit } from "./check";
 import { kFrames, kPushes, kReplies } from "./shapes";
-import { FrameFailure, FramePush, FrameQuotes, FrameReply, FrameText, QuotePushRow } from "./types";
+import { FrameFailure, FramePush, FrameReply, FrameText, FrameUnnumbered, QuotePushRow } from "./types";
 
 // What a frame of the terminal turned out to be.
 export type Frame =
@@ -42,7 +42,7 @@ function readQuotes(data: unknown): Frame {
 export function readFrame(text: string, asked: (id: unknown) => string | undefined): Frame {
   const frame = parse(text);
   if (misfit(frame, kFrames.push) === "") return readPush(frame as FramePush);
-  if (misfit(frame, kFrames.quotes) === "") return readQuotes((frame as FrameQuotes).data);
+  if (misfit(frame, kFrames.unnumbered) === "") return readQuotes((frame as FrameUnnumbered).data);
   if (misfit(frame, kFrames.text) === "") {
     const { id, text: unreadable } = frame as FrameText;
     return { kind: "garbled", id, text: unreadable };

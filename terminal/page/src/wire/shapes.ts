@@ -10,7 +10,7 @@ export const kFrames: { readonly [name: string]: Shape } = {
   "failure": { id: "any", topic: "text", message: "text", data: "null", "seen?": "text" },
   "text": { id: "any", topic: "text", message: "text", data: "null", text: "text" },
   "push": { seq: "int", topic: "text", message: "text", data: "any", "text?": "text" },
-  "quotes": { topic: "=quote.push", message: "text", data: "any" },
+  "unnumbered": { topic: "=quote.push|alert.push", message: "text", data: "any" },
 };
 
 export const kReplies: { readonly [name: string]: Shape } = {
@@ -82,6 +82,12 @@ export const kReplies: { readonly [name: string]: Shape } = {
   commissionByMoney: "number", commissionByVolume: "number", commissionMinimum: "number", saleTax: "number" },
   "quote.set": "null",
   "quote.watch": [{ hashCode: "int", lastPrice: "number", bidPrice: "number", askPrice: "number" }],
+  "alert.set": [{ id: "int", hashCode: "int", above: "flag", price: "number", made: "int", fired: "int", firedPrice:
+  "number" }],
+  "alert.list": [{ id: "int", hashCode: "int", above: "flag", price: "number", made: "int", fired: "int", firedPrice:
+  "number" }],
+  "alert.clear": [{ id: "int", hashCode: "int", above: "flag", price: "number", made: "int", fired: "int", firedPrice:
+  "number" }],
 };
 
 export const kPushes: { readonly [name: string]: Shape } = {
@@ -93,6 +99,8 @@ export const kPushes: { readonly [name: string]: Shape } = {
   "text", side: "int", combOffset: "int", hedge: "int", price: "number", volume: "int", exchTimestamp: "int", fillId:
   "text", localOrderId: "text", source: "text", accountStatus: "int" }],
   "quote.push": [{ hashCode: "int", lastPrice: "number", bidPrice: "number", askPrice: "number" }],
+  "alert.push": [{ id: "int", hashCode: "int", above: "flag", price: "number", made: "int", fired: "int", firedPrice:
+  "number" }],
   "terminal.notice": "null",
   "unknown.topic": "null",
 };

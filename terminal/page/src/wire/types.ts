@@ -25,8 +25,8 @@ export interface FramePush {
   seq: number; topic: string; message: string; data: unknown; text?: string;
 }
 
-export interface FrameQuotes {
-  topic: "quote.push"; message: string; data: unknown;
+export interface FrameUnnumbered {
+  topic: "quote.push" | "alert.push"; message: string; data: unknown;
 }
 
 export interface Login {
@@ -192,6 +192,22 @@ export interface QuoteWatchRow {
   hashCode: number; lastPrice: number; bidPrice: number; askPrice: number;
 }
 
+export interface AlertSetBody {
+  hashCode: number; above: boolean; price: number;
+}
+
+export interface AlertSetRow {
+  id: number; hashCode: number; above: boolean; price: number; made: number; fired: number; firedPrice: number;
+}
+
+export interface AlertListRow {
+  id: number; hashCode: number; above: boolean; price: number; made: number; fired: number; firedPrice: number;
+}
+
+export interface AlertClearRow {
+  id: number; hashCode: number; above: boolean; price: number; made: number; fired: number; firedPrice: number;
+}
+
 export interface OrderPushRow {
   userCode: string; index: number; accountType: number; codeExch: string; hashCode: number; codeName: string; side:
   number; combOffset: number; hedge: number; price: number; volume: number; srcTimestamp: number; priceType: number;
@@ -207,6 +223,10 @@ export interface TradePushRow {
 
 export interface QuotePushRow {
   hashCode: number; lastPrice: number; bidPrice: number; askPrice: number;
+}
+
+export interface AlertPushRow {
+  id: number; hashCode: number; above: boolean; price: number; made: number; fired: number; firedPrice: number;
 }
 
 export interface Bodies {
@@ -234,6 +254,9 @@ export interface Bodies {
   "order.rates": OrderRatesBody;
   "quote.set": QuoteSetBody;
   "quote.watch": number[];
+  "alert.set": AlertSetBody;
+  "alert.list": unknown;
+  "alert.clear": number[];
 }
 
 export interface Replies {
@@ -262,12 +285,16 @@ export interface Replies {
   "order.rates": OrderRates;
   "quote.set": null;
   "quote.watch": QuoteWatchRow[];
+  "alert.set": AlertSetRow[];
+  "alert.list": AlertListRow[];
+  "alert.clear": AlertClearRow[];
 }
 
 export interface Pushes {
   "order.push": OrderPushRow[];
   "trade.push": TradePushRow[];
   "quote.push": QuotePushRow[];
+  "alert.push": AlertPushRow[];
   "terminal.notice": null;
   "unknown.topic": null;
 }
