@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 #include <SQLiteCpp/Transaction.h>
 #include <fcntl.h>
@@ -21,7 +23,7 @@ namespace orvane::terminal {
 namespace {
 
 constexpr const char* kFile = "gateway.db";
-constexpr int kBusyMilliseconds = 1000;  // how long to wait for another process's lock
+constexpr int kBusyTries = 5000;  // one a millisecond, for another process's lock
 
 // The steps of the schema: each adds a version to the one before. Times are seconds since 1970, of an alert
 // milliseconds. A token's id is never reused. An action is a request that changes something: `line` is the head of its
@@ -67,8 +69,15 @@ void requirePrivate(const std::filesystem::path& file) {
   throw std::runtime_error(fmt::format("other users can read it: run 'chmod 600 {}'", file.string()));
 }
 
+// SQLite's own busy timeout sleeps up to 100 ms between two tries. A terminal under load holds the lock nearly all the
+// time, so that a command which tries that rarely would hardly ever get it.
+int waitForLock(void* /*unused*/, int tries) {
+  std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  return tries < kBusyTries ? 1 : 0;
+}
+
 void setUp(SQLite::Database& db) {
-  db.setBusyTimeout(kBusyMilliseconds);
+  sqlite3_busy_handler(db.getHandle(), &waitForLock, nullptr);
   const int version = db.execAndGet("PRAGMA user_version").getInt();
   if (version > kVersion) {
     throw std::runtime_error(

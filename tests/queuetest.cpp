@@ -17,7 +17,7 @@ namespace {
 
 using testing::ElementsAre;
 
-constexpr std::chrono::seconds kLimit{10};  // of all waits of a queue together
+constexpr std::chrono::seconds kLimit{30};  // of all waits of a queue together
 constexpr int kHold = -1;                   // an item that does not end before `release`
 
 class Recorder : public AsyncBufferQueueThread<int> {

@@ -95,7 +95,10 @@ void Committer::runJob(std::unique_lock<std::mutex>& lock) {
   Job job = std::move(jobs_.front());
   jobs_.pop_front();
   lock.unlock();
-  const bool goesOn = job(database_ ? *database_ : copy_->database);
+  const bool goesOn = [&] {
+    const WriteTimer::Write write(timer_);
+    return job(database_ ? *database_ : copy_->database);
+  }();
   lock.lock();
   if (goesOn) jobs_.push_front(std::move(job));
 }
@@ -108,7 +111,10 @@ void Committer::run() {
       changed_.wait_for(lock, kRetry, [this] { return isStopping_ || !jobs_.empty(); });
       if (isStopping_) return;
       lock.unlock();
-      if (recover()) hooks_.notice("数据库已恢复写入: 此前结果未知的更改均未执行");
+      if (recover()) {
+        finish("", true);
+        hooks_.notice("数据库已恢复写入: 此前结果未知的更改均未执行");
+      }
       lock.lock();
       continue;
     }
@@ -139,20 +145,22 @@ void Committer::commit() {
     isRestored_ = false;
     const bool recovered = recover();
     if (!recovered) hooks_.notice(error.mayBeStored() ? error.unknownOutcome() : error.refusal());
-    finish(error.mayBeStored() && !recovered ? error.unknownOutcome() : error.refusal());
+    finish(error.mayBeStored() && !recovered ? error.unknownOutcome() : error.refusal(), recovered);
     return;
   }
   for (MobileMessage& push : current_.pushes) hooks_.push(std::move(push));
-  finish("");
+  finish("", true);
 }
 
-void Committer::finish(const std::string& failure) {
+// Changes are taken again only when the failed ones have their answer: a later one may not share it.
+void Committer::finish(const std::string& failure, bool isWritable) {
   Group group;
   {
     const std::lock_guard lock(mutex_);
     group = std::exchange(current_, {});
     for (MobileMessage& notice : group.notices) hooks_.push(std::move(notice));  // nothing may overtake them
     isWriting_ = false;
+    if (isWritable) error_.reset();
     if (!failure.empty()) {
       for (const std::thread::id changer : group.changers) failures_[changer] = failure;
     }
@@ -177,8 +185,6 @@ bool Committer::recover() {
     error_ = error;
     return false;
   }
-  const std::lock_guard lock(mutex_);
-  error_.reset();
   return true;
 }
 

@@ -78,7 +78,7 @@ class Committer {
 
   void run();
   void commit();
-  void finish(const std::string& failure);
+  void finish(const std::string& failure, bool isWritable);
   bool recover();
   void runJob(std::unique_lock<std::mutex>& lock);
 

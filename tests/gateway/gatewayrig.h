@@ -53,7 +53,7 @@ class ScriptedAgent : public IMobileSrvSpi {
   void onRequest(int64_t requestId, int32_t terminalType, const std::string& topic, const std::string& data) override;
 
   // The oldest call that was not taken. Nothing if none comes in time.
-  std::optional<AgentCall> take(std::chrono::milliseconds limit = std::chrono::seconds(10));
+  std::optional<AgentCall> take(std::chrono::milliseconds limit = std::chrono::seconds(60));
 
  private:
   const FakeTime& time_;

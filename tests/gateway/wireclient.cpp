@@ -14,7 +14,7 @@
 namespace orvane::test {
 namespace {
 
-constexpr timeval kPatience{10, 0};
+constexpr timeval kPatience{60, 0};
 constexpr char kText = '\x81';
 constexpr char kClose = '\x88';
 constexpr char kPing = '\x89';

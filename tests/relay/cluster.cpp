@@ -126,7 +126,7 @@ std::string loginFrame(const std::string& terminal, const std::string& token, co
 std::unique_ptr<terminal::Client> loginThrough(uint16_t port, const std::string& terminal, const std::string& token,
                                                const terminal::ClientOptions& options) {
   std::string last;
-  for (int i = 0; i < 150; ++i) {
+  for (int i = 0; i < 600; ++i) {
     try {
       auto client = std::make_unique<terminal::Client>(port, options);
       client->send(loginFrame(terminal, token));

@@ -24,7 +24,7 @@ namespace test {
 
 namespace {
 
-constexpr std::chrono::seconds kLimit{10};
+constexpr std::chrono::seconds kLimit{30};
 
 ScriptedHost* gHost = nullptr;
 

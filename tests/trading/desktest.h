@@ -41,11 +41,16 @@ class Inbox {
     arrived_.notify_all();
   }
 
+  size_t size() const {
+    const std::lock_guard lock(mutex_);
+    return messages_.size();
+  }
+
   // The next message with this topic; fails the test if none comes.
   MobileMessage next(const std::string& topic) {
     std::unique_lock lock(mutex_);
     std::optional<MobileMessage> found;
-    const bool came = arrived_.wait_for(lock, std::chrono::seconds(20), [&] {
+    const bool came = arrived_.wait_for(lock, std::chrono::seconds(60), [&] {
       for (; read_ < messages_.size() && !found; ++read_) {
         if (messages_[read_].topic == topic) found = messages_[read_];
       }
@@ -56,7 +61,7 @@ class Inbox {
   }
 
  private:
-  std::mutex mutex_;
+  mutable std::mutex mutex_;
   std::condition_variable arrived_;
   std::vector<MobileMessage> messages_;
   size_t read_ = 0;

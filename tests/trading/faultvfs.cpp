@@ -1,6 +1,7 @@
 #include "tests/trading/faultvfs.h"
 
-#include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <map>
 #include <mutex>
 #include <vector>
@@ -30,6 +31,9 @@ struct Disk {
   sqlite3* connection = nullptr;  // the last one opened
   bool readOnly = false;
   bool keeps = false;  // what is flushed
+  std::condition_variable changed;
+  bool holds = false;  // each flush
+  int flushes = 0;
 
   // Counts an operation; true if it fails.
   bool fails(bool isWrite) {
@@ -65,7 +69,10 @@ void keepFlushed(const std::string& name) {
 
 int syncFile(sqlite3_file* file, int /*flags*/) {
   if (gDisk.fails(false)) return SQLITE_IOERR_FSYNC;
-  const std::lock_guard lock(gDisk.mutex);
+  std::unique_lock lock(gDisk.mutex);
+  ++gDisk.flushes;
+  gDisk.changed.notify_all();
+  gDisk.changed.wait(lock, [] { return !gDisk.holds; });
   if (gDisk.keeps) keepFlushed(gDisk.files.at(file).name);
   return SQLITE_OK;
 }
@@ -133,9 +140,27 @@ void FaultyDisk::arm(const Fault& fault, int at) {
 
 void FaultyDisk::checkpointOften() { sqlite3_wal_autocheckpoint(gDisk.connection, 25); }
 
+void FaultyDisk::holdFlushes() {
+  const std::lock_guard lock(gDisk.mutex);
+  gDisk.holds = true;
+  gDisk.flushes = 0;
+}
+
+bool FaultyDisk::awaitHeldFlush() {
+  std::unique_lock lock(gDisk.mutex);
+  return gDisk.changed.wait_for(lock, std::chrono::seconds(30), [] { return gDisk.flushes > 0; });
+}
+
+int FaultyDisk::flushes() const {
+  const std::lock_guard lock(gDisk.mutex);
+  return gDisk.flushes;
+}
+
 void FaultyDisk::heal() {
   const std::lock_guard lock(gDisk.mutex);
   gDisk.at = 0;
+  gDisk.holds = false;
+  gDisk.changed.notify_all();
 }
 
 int FaultyDisk::operations() const {

@@ -29,7 +29,16 @@ class FaultyDisk {
   // Lets the database opened last be checkpointed every 25 frames, a few times in a short scenario.
   static void checkpointOften();
 
-  // Nothing fails any more.
+  // Holds up each flush until heal(). Counts flushes from here on.
+  void holdFlushes();
+
+  // Waits for a flush that is held up. False if none comes within 30 seconds.
+  bool awaitHeldFlush();
+
+  // Since holdFlushes().
+  int flushes() const;
+
+  // Nothing fails any more, and no flush is held up.
   void heal();
 
   // Since arm().

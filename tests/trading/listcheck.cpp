@@ -197,7 +197,7 @@ void ListCheck::compareFills() {
 std::vector<MobileMessage> ListCheck::takeMessages() {
   IUIProxyMgr::getInstance()->requestAsync(++request_, "terminal.info", "");
   std::unique_lock lock(mutex_);
-  const bool came = arrived_.wait_for(lock, std::chrono::seconds(20),
+  const bool came = arrived_.wait_for(lock, std::chrono::seconds(60),
                                       [&] { return !messages_.empty() && messages_.back().requestId == request_; });
   EXPECT_TRUE(came) << "no reply to a request";
   if (came) messages_.pop_back();
