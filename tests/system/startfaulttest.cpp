@@ -50,6 +50,10 @@ void startThrough(const std::filesystem::path& dir, bool isKilled, const std::fu
     token = first.token();
     EXPECT_EQ(place(*first.login()), "");
     EXPECT_EQ(placeKeyed(*first.login()), "");
+    SQLite::Database db(dir / "gateway.db", SQLite::OPEN_READWRITE);
+    EXPECT_TRUE(holdsSoon([&] {
+      return db.execAndGet("SELECT count(*) FROM action WHERE reply_topic IS NOT NULL").getInt() == 1;
+    })) << "until the reply is stored, a crash makes it unknown";
     if (!isKilled) {
       EXPECT_EQ(first.stop(), 0);
     }
