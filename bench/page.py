@@ -8,7 +8,6 @@ import pathlib
 import re
 import statistics
 import sys
-import tempfile
 import threading
 import time
 import urllib.request
@@ -64,16 +63,6 @@ class Desk(PageTest):
 
     def runTest(self):
         pass
-
-    @classmethod
-    def setUpClass(cls):
-        super().setUpClass()
-        folder = tempfile.TemporaryDirectory()
-        cls.addClassCleanup(folder.cleanup)
-        cls.plain = openBrowser(folder.name)
-        cls.addClassCleanup(cls.plain.quit)
-        cls.browser.set_script_timeout(60)
-        cls.plain.set_script_timeout(60)
 
     # Processor time of the browser's main thread for each of so many frames, in milliseconds.
     def spent(self, browser, script, frames, *values):
@@ -182,7 +171,7 @@ def main():
     options = parser.parse_args()
     PageTest.program = options.program
     missed = []
-    with contextlib.ExitStack() as stack:
+    with openBrowser() as PageTest.browser, openBrowser() as Desk.plain, contextlib.ExitStack() as stack:
         stack.callback(Desk.doClassCleanups)
         Desk.setUpClass()
         desk = Desk()

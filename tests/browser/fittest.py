@@ -1,7 +1,5 @@
 #!/usr/bin/python3
 """Every view at every size: nothing cut, nothing beside the screen, all of it readable. Usage: fittest.py POCKET_TERMINAL"""
-import json
-
 from page import CHECKS, PageTest, VIEWS, main
 from terminal import resize
 
@@ -19,109 +17,89 @@ LARGE = """
     UPDATE strategy_target SET long_volume = 234567 WHERE hash_code IN (6000001, 1000001);
     UPDATE manual_position SET long_volume = 345678, short_volume = 345678;"""
 
-# Walks through the views and dialogs in the page itself, checking each, and returns what is wrong with which.
-WALK = """
-const done = arguments[arguments.length - 1];
-const [views, checks] = arguments;
-const check = new Function(checks);
-const until = (condition) => new Promise((seen) => {
-    const look = () => (condition() ? requestAnimationFrame(() => requestAnimationFrame(seen)) : setTimeout(look, 15));
-    look();
-});
-const find = (selector) => document.querySelector(selector);
-const faults = {};
-const note = (name) => {
-    const found = [...check("fit"), ...(checks.includes("isAll") ? check() : [])];
-    if (found.length > 0) faults[name] = found;
-};
-const dialog = async (name, open) => {
-    open();
-    await until(() => find("dialog .panel-body")?.innerText);
-    note(name);
-    history.back();
-    await until(() => !find("dialog"));
-};
-// Its own list with its rows: the one before is there for a moment, and so is its heading without rows.
-const show = (view) => {
-    location.hash = "#/" + view;
-    const name = view === "assets" ? "capital" : view.split("/").pop();
-    const picture = {positions: ".spark", "assets/classes": ".bars"}[view];
-    return until(() => view === "settings" ? find(".settings")
-        : find(`[data-list=${name}]:not(.stale) :is(.row, .card)`) && !find(".stale-mark") && (!picture || find(picture)));
-};
-(async () => {
-    for (const view of views) {
-        await show(view);
-        for (const details of document.querySelectorAll("details")) details.open = true;
-        note(view);
-        for (let at = innerHeight; at < document.documentElement.scrollHeight; at += innerHeight) {
-            scrollTo(0, at);
-            await until(() => true);
-            note(`${view} below`);
-        }
-        const row = find("button.row-main");
-        if (row) await dialog(`${view} row`, () => row.click());
-    }
-    await show("monitor/sync");
-    find(".row input").click();
-    await until(() => find(".stick"));
-    await dialog("sync question", () => find(".stick").click());
-    await show("positions");
-    await dialog("ticket", () => find(".tab.trade").click());
-    find(".tab.trade").click();
-    await until(() => find(".found [role=option]"));
-    note("instruments");
-    [...document.querySelectorAll(".found [role=option]")].find((each) => each.innerText.includes("rb2701")).click();
-    await until(() => find("dialog .facts"));
-    await until(() => !find("dialog .facts").innerText.includes("–\\n"));
-    const volume = find("#volume");
-    volume.value = "123456";
-    volume.dispatchEvent(new Event("input", {bubbles: true}));
-    await until(() => find("dialog .facts").innerText.includes("123,456"));
-    note("filled ticket");
-    find("dialog .primary").click();
-    await until(() => find("dialog .confirm"));
-    note("confirmation");
-    done(faults);
-})().catch((error) => done({failed: [String(error)]}));
-"""
+# The narrowest phones, a usual one and a large one. No style depends on the width below a tablet's, so what fits these
+# fits those between. Widths next to each other differ, as rows are measured anew for each.
+SIZES = ((360, 16), (288, 16), (412, 24), (288, 24))
+TABLES = "positions orders orders/fills monitor monitor/sync monitor/manual".split()
+TALL = 2400  # all rows of a view are in sight
+
+CHECKED = """const frame = () => new Promise(requestAnimationFrame);
+    const check = () => (function () { %s })(arguments[1]);
+    return until(() => innerWidth === arguments[0], 60000).then(frame).then(frame).then(check);""" % CHECKS
 
 
 class FitTest(PageTest):
     change = LARGE
 
-    def load(self, language, root):
-        self.run_js("localStorage.setItem('language', arguments[0]); localStorage.removeItem('drafts')", language)
-        self.browser.get("about:blank")
-        self.browser.get(self.terminal.link.split("#")[0])
-        self.run_js("document.documentElement.style.fontSize = arguments[0] + 'px'", root)
-        self.see(".link.online")
-
-    def walk(self, views, language, root=16, theme="light", isAll=False):
+    def load(self, language, theme):
         scheme = [{"name": "prefers-color-scheme", "value": theme}]
         self.browser.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": scheme})
-        self.load(language, root)
-        self.browser.set_script_timeout(60)
-        checks = CHECKS + ("// isAll" if isAll else "")
-        return self.browser.execute_async_script(WALK, views, checks)
+        self.run_js("localStorage.setItem('language', arguments[0]); localStorage.removeItem('drafts')", language)
+        self.open()
 
-    def test_nothing_is_cut_at_any_size(self):
-        for language in ("en", "zh"):
-            for width in (288, 320, 360, 412):
-                for root in (16, 24):
-                    with self.subTest(language=language, width=width, root=root):
-                        resize(self.browser, width, 740)
-                        faults = self.walk(VIEWS, language, root)
-                        self.assertEqual({}, faults, json.dumps(faults, indent=1, ensure_ascii=False))
+    def show(self, view):
+        self.go(view)
+        name = "capital" if view == "assets" else view.split("/")[-1]
+        self.see(".settings" if view == "settings" else f"[data-list={name}]:not(.stale) :is(.row, .card)")
+        self.gone(".stale-mark")
+        if picture := {"positions": ".spark", "assets/classes": ".bars"}.get(view):
+            self.see(picture)
+
+    # Whether what is there fits, at each size. Begins with a usual one, at which all else is checked if `isAll`.
+    def note(self, name, height=740, sizes=SIZES, isAll=False):
+        for width, root in sizes:
+            self.run_js("document.documentElement.style.fontSize = arguments[0] + 'px'", root)
+            resize(self.browser, width, height)
+            faults = self.run_js(CHECKED, width, "" if isAll and (width, root) == sizes[0] else "fit")
+            self.assertEqual([], faults, f"{name} at {width} pixels and {root} for a letter")
+        self.run_js("document.documentElement.style.fontSize = ''")
+        resize(self.browser, 360, 740)
+
+    def back(self):
+        self.browser.back()
+        self.gone("dialog")
+
+    def test_nothing_is_cut_and_everything_can_be_read_and_touched(self):
+        for language, theme in (("en", "light"), ("zh", "dark")):
+            with self.subTest(language=language, theme=theme):
+                self.walk(language, theme)
+
+    def walk(self, language, theme):
+        self.load(language, theme)
+        for view in VIEWS:
+            self.show(view)
+            self.run_js("for (const details of document.querySelectorAll('details')) details.open = true")
+            self.note(view, TALL, isAll=True)
+            if self.found("button.row-main"):
+                self.tap("button.row-main")
+                self.see("dialog .panel-body")
+                self.note(f"{view} row", isAll=True)
+                self.back()
+        self.show("monitor/sync")
+        self.tap(".row label")
+        self.tap(".stick")
+        self.see("dialog .asked")
+        self.note("sync question", isAll=True)
+        self.back()
+        self.tap(".tab.trade")
+        self.see(".found [role=option]")
+        self.note("instruments", isAll=True)
+        self.tap(".found [role=option]", "rb2701")
+        self.see("dialog .facts")
+        self.wait(lambda: "–\n" not in self.see("dialog .facts").text, "no rates")
+        self.fill("volume", "123456")
+        self.see("dialog .facts", "123,456")
+        self.note("filled ticket", isAll=True)
+        self.tap("dialog .primary")
+        self.see("dialog .confirm")
+        self.note("confirmation", isAll=True)
 
     # Opens a dialog by a button of the page or of the dialog before, and checks it.
     def opens(self, selector, text, sign, isLast=True):
-        found = self.see(selector, text)
-        self.run_js("arguments[0].click()", found)
+        self.tap(selector, text)
         self.see(f"dialog {sign}")
         self.gone("dialog .stale")
-        faults = self.faults("fit")
-        self.assertEqual([], faults, f"{text} {sign}")
+        self.note(f"{text} {sign}", sizes=((360, 16), (288, 24)))
         if isLast:
             self.go("settings")
             self.gone("dialog")
@@ -129,47 +107,39 @@ class FitTest(PageTest):
     def test_notices_and_dialogs_are_not_cut(self):
         order = {"index": 5, "hashCode": 3000001, "side": 1, "combOffset": 1, "priceType": 2, "price": 0, "offset": 0,
                  "volume": 12345, "insertTimestamp": 1, "source": "another"}
-        for language, width, root in (("en", 288, 24), ("zh", 288, 24), ("en", 360, 16)):
-            with self.subTest(language=language, width=width, root=root):
-                resize(self.browser, width, 740)
-                self.load(language, root)
-                def show(view, sign=".row"):
-                    self.go(view)
-                    self.see(f"[data-list={view.split('/')[-1]}]:not(.stale) {sign}")
-                show("positions")
+        for language in ("en", "zh"):
+            with self.subTest(language=language):
+                self.load(language, "light")
+                self.show("positions")
                 self.terminal.call("order.new", {"orderList": [order]})
                 self.see(".notice.fill")
-                self.assertEqual([], self.faults("fit"))
+                self.note("notice")
                 self.opens(".row-main", "螺纹钢", ".actions")  # the notice is above each dialog
-                show("positions")
+                self.show("positions")
                 self.opens(".row-main", "铁矿石", ".actions", False)
                 self.opens("dialog .actions button:last-child", "", ".confirm", False)
                 self.opens("dialog .actions button:first-of-type", "", "#price", False)
                 self.fill("price", "765.2")
                 self.fill("volume", "123456")
                 self.opens("dialog .primary", "", ".wrong", False)
-                self.opens("dialog .choices label:nth-child(2) input", "", ".ticket", False)
+                self.opens("dialog .choices label:nth-child(2)", "", ".ticket", False)
                 self.fill("price", "710")
                 self.fill("volume", "123456")
                 self.opens("dialog .primary", "", ".reasons")
-                show("orders")
+                self.show("orders")
                 self.opens("button.danger", "", ".asked")
-                show("orders")
+                self.show("orders")
                 self.opens(".row-main", "", ".actions", False)
                 self.opens("dialog .actions .primary", "", ".quotes")
                 for button in (".tools button.small", ".row-actions button", ".row-actions button:last-child"):
-                    show("monitor/manual")
+                    self.show("monitor/manual")
                     self.opens(button, "", ".actions")
-
-    def test_everything_can_be_read_and_touched_in_both_themes(self):
-        for language, theme in (("en", "light"), ("zh", "dark")):
-            with self.subTest(language=language, theme=theme):
-                faults = self.walk(VIEWS, language, theme=theme, isAll=True)
-                self.assertEqual({}, faults, json.dumps(faults, indent=1, ensure_ascii=False))
 
     def test_tables_have_headings_that_sort_at_1280(self):
         resize(self.browser, 1280, 800, False)
-        self.assertEqual({}, self.walk(["positions", "orders", "orders/fills", "monitor", "monitor/manual"], "en"))
+        for view in TABLES:
+            self.show(view)
+            self.assertEqual([], self.faults("fit"), view)
         resize(self.browser, 360, 740)
         self.open()
         self.go("positions")
@@ -185,7 +155,7 @@ class FitTest(PageTest):
             self.wait(lambda: first["codeName"] in self.see(".row").text, f"{first['codeName']} is not first")
             column = self.see(f"[role=columnheader][aria-sort=descending]")
             self.assertIn(heading, column.text)
-        for view in ("positions", "orders", "orders/fills", "monitor", "monitor/sync", "monitor/manual"):
+        for view in TABLES:
             self.go(view)
             self.see(f"[data-list={view.split('/')[-1]}] .row")
             columns = self.run_js("""return [...document.querySelectorAll('.headings, .row')].map((row) =>
@@ -194,10 +164,6 @@ class FitTest(PageTest):
             texts = self.run_js("""return [...document.querySelectorAll('.row-actions button, .headings .cell')].filter(
                 (each) => each.getClientRects().length && each.scrollHeight > 46).map((each) => each.innerText)""")
             self.assertEqual([], texts, f"{view} wraps")
-
-    def tearDown(self):
-        self.run_js("localStorage.setItem('language', 'en')")
-        super().tearDown()
 
 
 if __name__ == "__main__":

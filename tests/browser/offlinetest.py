@@ -1,12 +1,10 @@
 #!/usr/bin/python3
 """The page while the terminal is away, and what it costs to load. Usage: offlinetest.py POCKET_TERMINAL"""
 import tempfile
-import time
-import unittest
 
 from page import PageTest, main
 from proxy import NEW, Proxy
-from terminal import Terminal, openBrowser, positions
+from terminal import Terminal, positions
 
 
 class OfflineTest(PageTest):
@@ -95,27 +93,35 @@ class OfflineTest(PageTest):
             self.wait(lambda: [NEW in name for name in self.run_js("return caches.keys()")] == [True], "no new version")
 
 
-class MinuteTest(unittest.TestCase):
-    # As megabytes an hour: positions in sight while the prices move twice a second.
+class CostTest(PageTest):
+    def setUp(self):
+        pass
+
+    # Bytes of an hour in which the prices move twice a second, each move is pushed, and lists are asked for each minute.
+    def hour(self, more):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        terminal = Terminal(self.program, folder.name, positions(more), "walk")
+        self.addCleanup(terminal.end)
+        self.assertEqual(23 + more, len(terminal.call("position.list", [])))
+        proxy = Proxy(terminal)
+        self.browser.get(proxy.link())
+        self.go("positions")
+        self.see("[data-list=positions] .row")
+        def heard(topic):
+            return self.run_js("return heard.filter((each) => each === arguments[0]).length", topic)
+        def each(topic, count):
+            start, before = heard(topic), proxy.bytes["frame"]
+            self.wait(lambda: heard(topic) >= start + count, f"no {topic}")
+            return (proxy.bytes["frame"] - before) / (heard(topic) - start)
+        pushed = each("quote.push", 6)
+        self.run_js("pass(60, 60)")
+        return pushed * 7200 + each("position.list", 1) * 60
+
     def test_positions_cost_little_while_prices_move(self):
-        rows = []
         for more, limit in ((0, 5), (77, 15)):
-            folder = tempfile.TemporaryDirectory()
-            self.addCleanup(folder.cleanup)
-            terminal = Terminal(PageTest.program, folder.name + "/data", positions(more), "walk")
-            self.addCleanup(terminal.end)
-            proxy, browser = Proxy(terminal), openBrowser(folder.name + "/profile")
-            self.addCleanup(browser.quit)
-            browser.get(proxy.link())
-            browser.execute_script("location.hash = '#/positions'")
-            rows.append((23 + more, limit, terminal, proxy))
-        time.sleep(10)  # the first lists
-        before = [proxy.bytes["frame"] for *_, proxy in rows]
-        time.sleep(60)
-        for (count, limit, terminal, proxy), start in zip(rows, before):
-            self.assertEqual(count, len(terminal.call("position.list", [])))
-            megabytes = (proxy.bytes["frame"] - start) * 60 / 1e6
-            print(f"{count} positions: {megabytes:.1f} MB an hour")
+            megabytes = self.hour(more) / 1e6
+            print(f"{23 + more} positions: {megabytes:.1f} MB an hour")
             self.assertTrue(0.01 < megabytes < limit)
 
 

@@ -2,18 +2,18 @@
 import pathlib
 import sys
 import tempfile
+import time
 import unittest
 
-from selenium.common.exceptions import StaleElementReferenceException
+from selenium.common.exceptions import JavascriptException, StaleElementReferenceException
 from selenium.webdriver.common.by import By
-from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.ui import WebDriverWait
 
 from terminal import Terminal, openBrowser, resize
 
 HERE = pathlib.Path(__file__).parent
 CHECKS = (HERE / "checks.js").read_text()
-PATIENCE = 20
+PATIENCE = 60
 VIEWS = ("assets assets/equity assets/classes assets/credit assets/margin positions orders orders/fills monitor monitor/sync "
          "monitor/manual settings").split()
 SIDES = {"Buy": 1, "Sell": 2, "Margin buy": 3, "Short sell": 4, "Buy to return": 5, "Sell to repay": 6}
@@ -34,10 +34,8 @@ class PageTest(unittest.TestCase):
     def setUpClass(cls):
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
-        cls.terminal = Terminal(cls.program, folder.name + "/data", cls.change)
+        cls.terminal = Terminal(cls.program, folder.name, cls.change)
         cls.addClassCleanup(lambda: cls.terminal.end())
-        cls.browser = openBrowser(folder.name + "/profile")
-        cls.addClassCleanup(cls.browser.quit)
 
     def setUp(self):
         if self.terminal.process.poll() is not None:  # a test that failed left it so
@@ -46,9 +44,13 @@ class PageTest(unittest.TestCase):
         resize(self.browser, 360, 740)
         self.open()
 
+    # As if the link were opened, if possible in the place of the page that is there.
     def open(self):
-        self.browser.get("about:blank")
-        self.browser.get(self.terminal.link)
+        isThere = self.run_js("""if (!arguments[0].startsWith(location.origin)) return false;
+            history.scrollRestoration = "manual";
+            history.replaceState(null, "", arguments[0]);
+            return true;""", self.terminal.link)
+        self.browser.refresh() if isThere else self.browser.get(self.terminal.link)
         self.see(".link.online")
 
     def run_js(self, script, *values):
@@ -58,42 +60,46 @@ class PageTest(unittest.TestCase):
         patient = WebDriverWait(self.browser, PATIENCE, 0.03, ignored_exceptions=[StaleElementReferenceException])
         return patient.until(lambda _: condition(), what)
 
+    # Calls an operation of inside.js until it has found what it needs; again if the page is replaced meanwhile.
+    def do(self, name, *values):
+        end = time.monotonic() + PATIENCE
+        while True:
+            left = end - time.monotonic()
+            try:
+                result = self.run_js("return window[arguments[0]](...arguments[1])", name, [left * 1000, *values])
+            except JavascriptException:
+                if left <= 0:
+                    raise
+                continue
+            self.assertTrue(result, f"{name} {values}")
+            return result
+
+    # So many seconds, at once.
+    def passes(self, seconds):
+        self.run_js("return pass(arguments[0])", seconds)
+
     def found(self, selector):
         return self.browser.find_elements(By.CSS_SELECTOR, selector)
 
     # The first element that the selector finds and that has the text.
     def see(self, selector, text=""):
-        def found():
-            return next((element for element in self.found(selector) if text in element.text), None)
-        return self.wait(found, f"{selector} with {text!r} is not there")
+        return self.do("see", selector, text)
 
     def gone(self, selector):
-        self.wait(lambda: not self.found(selector), f"{selector} is still there")
+        self.do("gone", selector)
 
-    # A finger: what is covered or disabled is not tapped.
     def tap(self, selector, text=""):
         self.taps += 1
-        element = self.see(selector, text)
-        self.wait(lambda: element.is_enabled(), f"{selector} with {text!r} stays disabled")
-        self.run_js("""const at = arguments[0].getBoundingClientRect();
-            if (!arguments[0].closest('dialog, .tabs, header') && (at.top < 60 || at.bottom > innerHeight - 70)) {
-                arguments[0].scrollIntoView({block: 'center'});  // as a finger scrolls: out from under the navigation
-            }""", element)
-        element.click()
+        self.do("tap", selector, text)
 
     def go(self, view):
         self.run_js("location.hash = '#/' + arguments[0]", view)
 
     def fill(self, field, text):
-        element = self.see(f"dialog #{field}")
-        element.send_keys(Keys.CONTROL, "a")
-        element.send_keys(text)
+        self.do("fill", f"dialog #{field}", text)
 
     def choose(self, label, text):
-        self.run_js("""const pick = [...document.querySelectorAll('.pick')].findLast(
-                (each) => each.querySelector('.hidden').textContent === arguments[0]).querySelector('select');
-            pick.value = [...pick.options].find((each) => each.text.startsWith(arguments[1])).value;
-            pick.dispatchEvent(new Event('change', {bubbles: true}));""", label, text)
+        self.do("choose", label, text)
 
     # The ticket, up to its review.
     def ticket(self, code, action="", price=None, volume=None, account="80010001", market=False):
@@ -136,10 +142,8 @@ class PageTest(unittest.TestCase):
     # That the order sent is the order shown, by names on the screen and numbers on the wire.
     def assertSent(self, said, place=-1):
         sent = self.frames("order.new")[place]["data"]["orderList"][0]
-        accounts = {row["index"]: row["userCode"] for row in self.terminal.call("account.list", {})}
-        codes = {row["hashCode"]: row["codeExch"] for row in self.terminal.call("quote.list", {})}
-        self.assertEqual(said["Account"].split(" ")[0], accounts[sent["index"]])
-        self.assertTrue(said["Instrument"].endswith(codes[sent["hashCode"]]), (said, sent))
+        self.assertEqual(said["Account"].split(" ")[0], self.terminal.accounts[sent["index"]])
+        self.assertTrue(said["Instrument"].endswith(self.terminal.codes[sent["hashCode"]]), (said, sent))
         self.assertEqual(DEALS[said["Deal"]], (sent["side"], sent["combOffset"]))
         self.assertEqual(number(said["Volume"]), sent["volume"])
         kind, price = said["Price"].replace("≈ ", "").split(" ")
@@ -156,11 +160,11 @@ class PageTest(unittest.TestCase):
     def tearDown(self):
         severe = [entry["message"] for entry in self.browser.get_log("browser") if "ERR_CONNECTION" not in
                   entry["message"] and "WebSocket connection" not in entry["message"]]
-        self.run_js("localStorage.removeItem('drafts'); localStorage.removeItem('test-rights');"
-                    "localStorage.removeItem('outgoing'); localStorage.removeItem('seenFills')")
+        self.run_js("localStorage.clear()")
         self.assertEqual([], severe)
 
 
 def main():
     PageTest.program = sys.argv.pop(1)
-    unittest.main(verbosity=2)
+    with openBrowser() as PageTest.browser:
+        unittest.main(verbosity=2)

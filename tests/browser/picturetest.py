@@ -74,6 +74,7 @@ class PictureTest(PageTest):
         self.go("positions")
         self.see(".spark svg")
         self.terminal.call("quote.set", {"hashCode": 1000002, "price": 970.02})
+        self.passes(3)
         spark = lambda: next(row for row in self.found(".row") if "沪金2702" in row.text).find_element("css selector", "svg")
         self.wait(lambda: "last 970.02" in spark().get_attribute("aria-label"), "the curve stays behind")
         self.tap(".row-main", "沪金2702")

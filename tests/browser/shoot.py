@@ -4,7 +4,7 @@ import pathlib
 import sys
 
 from page import VIEWS, PageTest
-from terminal import resize
+from terminal import openBrowser, resize
 
 
 class Camera(PageTest):
@@ -62,13 +62,14 @@ def main():
     camera = Camera()
     camera.folder, camera.names = pathlib.Path(folder), names
     camera.folder.mkdir(parents=True, exist_ok=True)
-    Camera.setUpClass()
-    try:
-        camera.setUp()
-        for language in ("en", "zh"):
-            camera.all(language)
-    finally:
-        Camera.doClassCleanups()
+    with openBrowser() as PageTest.browser:
+        Camera.setUpClass()
+        try:
+            camera.setUp()
+            for language in ("en", "zh"):
+                camera.all(language)
+        finally:
+            Camera.doClassCleanups()
 
 
 if __name__ == "__main__":

@@ -1,6 +1,8 @@
 """The built pocket-terminal as a process, and a phone-sized browser."""
 import contextlib
+import functools
 import json
+import pathlib
 import re
 import signal
 import sqlite3
@@ -10,27 +12,9 @@ from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
 
 FLAGS = ("--no-sandbox --headless=new --disable-gpu --disable-background-networking --disable-component-update "
-         "--disable-sync --disable-quic --no-first-run --hide-scrollbars --lang=en").split()
+         "--disable-sync --disable-quic --no-first-run --hide-scrollbars --lang=en --force-prefers-reduced-motion").split()
 
-# Notes what the page sends, and lets a test lose what the terminal answers or narrow the rights that it grants.
-HOOK = """
-window.sent = [];
-const Socket = WebSocket;
-window.WebSocket = class extends Socket {
-  send(text) {
-    window.sent.push(JSON.parse(text));
-    super.send(text);
-  }
-  set onmessage(listener) {
-    super.onmessage = listener && ((event) => {
-      const frame = JSON.parse(event.data);
-      const rights = localStorage.getItem("test-rights");
-      if (frame.topic === "login" && rights) frame.data = {...frame.data, rights: JSON.parse(rights)};
-      if (frame.seq && frame.seq === window.lostSeq) return;
-      if (!window.isDeaf) listener({data: JSON.stringify(frame)});
-    });
-  }
-};"""
+HOOK = (pathlib.Path(__file__).parent / "inside.js").read_text()
 
 
 def positions(count):
@@ -77,13 +61,22 @@ class Terminal:
         return json.loads(subprocess.run(
             command + ["--data", self.folder, "--port", str(self.port)], capture_output=True, check=True).stdout)
 
+    @functools.cached_property
+    def accounts(self):
+        return {row["index"]: row["userCode"] for row in self.call("account.list", {})}
 
-def openBrowser(profile):
+    @functools.cached_property
+    def codes(self):
+        return {row["hashCode"]: row["codeExch"] for row in self.call("quote.list", {})}
+
+
+def openBrowser():
     options = webdriver.ChromeOptions()
-    for flag in FLAGS + [f"--user-data-dir={profile}"]:
+    for flag in FLAGS:
         options.add_argument(flag)
     options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
     browser = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
+    browser.set_script_timeout(120)
     resize(browser, 360, 740)
     browser.execute_cdp_cmd("Page.addScriptToEvaluateOnNewDocument", {"source": HOOK})
     return browser

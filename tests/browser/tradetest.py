@@ -14,9 +14,6 @@ class TradeTest(PageTest):
         INSERT INTO account SELECT 6, 'X0060006', 1, 1, 0, 1, 1, 1000000, 0, 0, 0;"""
 
     def test_buy_two_see_the_fill_and_close_them_in_eight_taps(self):
-        self.run_js("localStorage.removeItem('drafts')")
-        self.open()
-        self.taps = 0
         self.tap(".tab.trade")
         self.tap(".found [role=option]", "SR701")
         self.tap("dialog button[aria-label='More Volume']")
@@ -67,8 +64,8 @@ class TradeTest(PageTest):
                 if price is not None:
                     self.assertEqual((number(str(price)), volume), (sent["price"], sent["volume"]))
                 source = sent["source"]
-                self.wait(lambda: self.orders(source=source), f"{source} is not at the terminal")
-                self.assertNotIn(4, [row["status"] for row in self.orders(source=source)])
+                rows = self.wait(lambda: self.orders(source=source), f"{source} is not at the terminal")
+                self.assertNotIn(4, [row["status"] for row in rows])
 
     def test_holding_one_side_preselects_closing_it(self):
         self.ticket("i2701")
@@ -139,11 +136,10 @@ class TradeTest(PageTest):
                 self.ticket(code, action, price, volume)
                 self.review()
                 self.assertIn(reason, self.see(".reasons").text)
-                self.run_js("window.isDue = false; setTimeout(() => window.isDue = true, 500)")
-                self.wait(lambda: self.run_js("return window.isDue"), "half a second")
+                self.run_js("return new Promise((done) => setTimeout(done, 500))")  # longer than after a double tap
                 self.assertFalse(self.see("dialog .actions .primary").is_enabled())
                 self.tap(".reasons input")
-                self.wait(lambda: self.see("dialog .actions .primary").is_enabled(), "not to be confirmed")
+                self.see("dialog .actions .primary:enabled")
                 self.browser.back()
                 self.browser.back()
                 self.gone("dialog")
@@ -190,9 +186,8 @@ class TradeTest(PageTest):
     def test_double_tap_on_review_confirms_nothing(self):
         self.ticket("TA701", "Buy to open", 4402, 1)
         self.run_js("""document.querySelector('dialog form .primary').click();
-            setTimeout(() => { document.querySelector('dialog .primary').click(); window.isTapped = true; }, 100);""")
-        self.wait(lambda: self.run_js("return window.isTapped"), "not tapped")
-        self.wait(lambda: self.see("dialog .primary").is_enabled(), "not enabled")
+            return new Promise((done) => setTimeout(done, 100)).then(() => document.querySelector('dialog .primary').click());""")
+        self.see("dialog .primary:enabled")
         self.assertEqual([], self.frames("order.new"))
 
     def test_a_refusal_keeps_the_ticket_and_speaks_the_page_s_language(self):
@@ -210,7 +205,6 @@ class TradeTest(PageTest):
         self.assertEqual("50", self.see("#volume").get_attribute("value"))
 
     def test_who_may_not_order_is_not_offered_to(self):
-        self.run_js("localStorage.removeItem('drafts')")
         for account in ("N0050005", "X0060006"):
             self.ticket("TA701", "Buy to open", 4402, 1, account)
             self.see("dialog .failure", "may not place orders")

@@ -1,0 +1,97 @@
+// Runs in the page before its own scripts: what the tests watch there, and what they do in one go.
+window.sent = []; // the frames of the page
+window.heard = []; // topics of the terminal's frames
+const Socket = WebSocket;
+window.WebSocket = class extends Socket {
+  send(text) {
+    window.sent.push(JSON.parse(text));
+    super.send(text);
+  }
+  // A test may lose what the terminal answers, or narrow the rights that it grants.
+  set onmessage(listener) {
+    super.onmessage = listener && ((event) => {
+      const frame = JSON.parse(event.data);
+      window.heard.push(frame.topic);
+      const rights = localStorage.getItem("test-rights");
+      if (frame.topic === "login" && rights) frame.data = { ...frame.data, rights: JSON.parse(rights) };
+      if (frame.seq && frame.seq === window.lostSeq) return;
+      if (!window.isDeaf) listener({ data: JSON.stringify(frame) });
+    });
+  }
+};
+
+// The page's pauses are a tenth as long. Those that an answer may need are not, unless a test is hasty.
+const later = setTimeout;
+window.setTimeout = (action, pause) =>
+  later(action, pause < 5000 || localStorage.getItem("test-hasty") ? pause / 10 : pause);
+
+// Seconds pass at once: the clocks jump, and what is done again and again is done.
+let skipped = 0;
+for (const clock of [Date, performance]) {
+  const now = clock.now.bind(clock);
+  clock.now = () => now() + skipped;
+}
+const ticks = [];
+const every = setInterval;
+window.setInterval = (action, pause) => (ticks.push(action), every(action, pause));
+window.pass = async (seconds, step = 1) => {
+  for (let passed = 0; passed < seconds; passed += step) {
+    skipped += 1000 * step;
+    for (const tick of ticks) tick();
+    await new Promise((done) => later(done, 5));
+  }
+};
+
+// What `look` returns as soon as it is something; null if it never is.
+window.until = (look, patience) =>
+  new Promise((done) => {
+    const end = performance.now() - skipped + patience;
+    const again = () => {
+      const seen = look();
+      if (seen || performance.now() - skipped > end) done(seen || null);
+      else later(again, 10);
+    };
+    again();
+  });
+window.find = (selector, text) =>
+  [...document.querySelectorAll(selector)].find((each) => (each.innerText ?? each.textContent).includes(text));
+window.see = (patience, selector, text) => until(() => find(selector, text), patience);
+window.gone = (patience, selector) => until(() => !document.querySelector(selector), patience);
+
+// A finger: what is covered or disabled is not tapped.
+window.tap = (patience, selector, text) =>
+  until(() => {
+    const element = find(selector, text);
+    if (!element || element.matches(":disabled")) return false;
+    const isFixed = element.closest(".tabs, header") !== null;
+    const box = element.getBoundingClientRect();
+    if (element.closest("dialog")) element.scrollIntoView({ block: "nearest" });
+    else if (!isFixed && (box.top < 60 || box.bottom > innerHeight - 70)) element.scrollIntoView({ block: "center" });
+    const { x, y, width, height } = element.getBoundingClientRect();
+    if (!element.contains(document.elementFromPoint(x + width / 2, y + height / 2))) return false;
+    const control = element.closest("a, button, input, select, summary") ?? document.activeElement;
+    if (element.dispatchEvent(new MouseEvent("mousedown", { bubbles: true, cancelable: true }))) {
+      control.contains(element) ? control.focus({ preventScroll: true }) : control.blur();
+    }
+    element.click();
+    return true;
+  }, patience);
+
+window.fill = (patience, selector, text) =>
+  until(() => {
+    const field = find(selector, "");
+    field?.focus();
+    field?.select();
+    return field && document.execCommand(text === "" ? "delete" : "insertText", false, text);
+  }, patience);
+
+// Picks from the last list of this label.
+window.choose = (patience, label, text) =>
+  until(() => {
+    const picks = [...document.querySelectorAll(".pick")];
+    const pick = picks.findLast((each) => each.querySelector(".hidden").textContent === label)?.querySelector("select");
+    const option = [...(pick?.options ?? [])].find((each) => each.text.startsWith(text));
+    if (!option) return false;
+    pick.value = option.value;
+    return pick.dispatchEvent(new Event("change", { bubbles: true }));
+  }, patience);
