@@ -110,13 +110,15 @@ class CostTest(PageTest):
         self.see("[data-list=positions] .row")
         def heard(topic):
             return self.run_js("return heard.filter((each) => each === arguments[0]).length", topic)
-        def each(topic, count):
+        def each(topic, count, skipped):
             start, before = heard(topic), proxy.bytes["frame"]
+            self.run_js("pass(arguments[0], 60)", skipped)
             self.wait(lambda: heard(topic) >= start + count, f"no {topic}")
             return (proxy.bytes["frame"] - before) / (heard(topic) - start)
-        pushed = each("quote.push", 6)
-        self.run_js("pass(60, 60)")
-        return pushed * 7200 + each("position.list", 1) * 60
+        asked = heard("position.list")
+        pushed = each("quote.push", 6, 50)
+        self.assertEqual(asked, heard("position.list"))
+        return pushed * 7200 + each("position.list", 1, 60) * 60
 
     def test_positions_cost_little_while_prices_move(self):
         for more, limit in ((0, 5), (77, 15)):
