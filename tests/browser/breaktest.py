@@ -50,7 +50,7 @@ class BreakTest(PageTest):
         self.terminal.end(signal.SIGSTOP)
         self.passes(4)
         self.assertEqual([], self.found(".list.stale"))
-        self.passes(3)
+        self.passes(2)
         self.see(".list.stale")
         self.see(".banner", "does not answer")
         self.terminal.process.send_signal(signal.SIGCONT)

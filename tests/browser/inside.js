@@ -25,16 +25,20 @@ const later = setTimeout;
 window.setTimeout = (action, pause) =>
   later(action, pause < 5000 || localStorage.getItem("test-hasty") ? pause / 10 : pause);
 
-// Seconds pass at once: the clocks jump, and what is done again and again is done.
+// Seconds pass at once: what is done again and again is done, and the clocks jump. No other time passes from then on.
+const clock = performance.now.bind(performance);
 let skipped = 0;
-for (const clock of [Date, performance]) {
-  const now = clock.now.bind(clock);
-  clock.now = () => now() + skipped;
+let stopped = null;
+for (const each of [Date, performance]) {
+  const now = each.now.bind(each);
+  const start = now() - clock();
+  each.now = () => start + (stopped ?? clock()) + skipped;
 }
 const ticks = [];
 const every = setInterval;
 window.setInterval = (action, pause) => (ticks.push(action), every(action, pause));
 window.pass = async (seconds, step = 1) => {
+  stopped ??= clock();
   for (let passed = 0; passed < seconds; passed += step) {
     skipped += 1000 * step;
     for (const tick of ticks) tick();
@@ -45,12 +49,19 @@ window.pass = async (seconds, step = 1) => {
 // What `look` returns as soon as it is something; null if it never is.
 window.until = (look, patience) =>
   new Promise((done) => {
-    const end = performance.now() - skipped + patience;
+    const end = clock() + patience;
+    let timer = 0;
     const again = () => {
       const seen = look();
-      if (seen || performance.now() - skipped > end) done(seen || null);
-      else later(again, 10);
+      if (!seen && clock() < end) return void (timer = later(again, 50));
+      watcher.disconnect();
+      done(seen || null);
     };
+    const watcher = new MutationObserver(() => {
+      clearTimeout(timer);
+      timer = later(again, 0);
+    });
+    watcher.observe(document, { subtree: true, childList: true, attributes: true, characterData: true });
     again();
   });
 window.find = (selector, text) =>

@@ -83,6 +83,8 @@ test("fills are told by their terms; a burst shares one notice", async () => {
   assert.deepEqual(terminal.store.notices.list.map((each) => each.count), [1, 5]);
   terminal.push(7, "trade.push", [fill({ fillId: "f6", exchTimestamp: 30 })]);
   assert.equal(terminal.store.notices.list[0].count, 1); // known already
+  terminal.store.tell("sent");
+  assert.deepEqual(terminal.store.notices.list.map((each) => each.kind), ["fill", "info", "fill"]);
 });
 
 test("a notice that grows is shown anew for its time", async () => {

@@ -126,9 +126,10 @@ export class Notices {
     this.onNewFill(text, name);
   }
 
-  // Newest first: it is what is shown.
+  // Newest first: it is what is shown. A fill may come before the reply that its order was sent, and is not hidden by it.
   private add(kind: Notice["kind"], text: string, fill: string): void {
     const notice = { id: ++this.lastId, kind, text, fill, count: 1, seenAt: 0 };
-    this.list = [notice, ...this.list].slice(0, kMost);
+    const place = kind === "info" && this.list[0]?.kind === "fill" ? 1 : 0;
+    this.list = [...this.list.slice(0, place), notice, ...this.list.slice(place)].slice(0, kMost);
   }
 }
