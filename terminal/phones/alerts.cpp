@@ -112,9 +112,7 @@ void Alerts::clear(const Asker& asker, std::string_view body) {
   }
   store_.deleteAlerts(ids, [this, asker, ids](const std::string& fault) {
     loop_.post([this, asker, ids, fault] {
-      if (!fault.empty()) {
-        return refuse(asker, RefusalReason::Fault, "the alerts cannot be cleared: " + fault);
-      }
+      if (!fault.empty()) return refuse(asker, RefusalReason::Fault, "the alerts cannot be cleared: " + fault);
       for (const int64_t id : ids) alerts_.erase(id);
       replyAll(asker);
     });
