@@ -1,5 +1,7 @@
 #!/usr/bin/python3
 """The lists: what they show, sort and filter, and how they bear thousands of rows. Usage: listtest.py POCKET_TERMINAL"""
+from selenium.webdriver.common.keys import Keys
+
 from page import PageTest, main, number
 from terminal import positions
 
@@ -70,6 +72,33 @@ class ListTest(PageTest):
             self.wait(lambda: len(self.found(".row")) == len(rows), f"not the {text} ones")
         refused = self.see(".row", "Price 111 is outside the limits 106.065 to 110.395")
         self.assertIn("委托价格 111 超出涨跌停范围", refused.text)
+
+    def test_quotes_are_starred_searched_followed_and_traded(self):
+        def search(text):
+            self.see("input[type=search]").send_keys(Keys.CONTROL, "a", Keys.NULL, text or Keys.DELETE)
+        self.go("quotes")
+        for name in ("五粮液", "宁德时代"):
+            search(name)
+            self.tap(f".star[aria-label='Star {name}']")
+        search("")
+        self.wait(lambda: set(self.names()[:2]) == {"五粮液", "宁德时代"}, "the starred are not first")
+        self.browser.refresh()
+        self.see(".row", "五粮液")
+        self.assertEqual({"五粮液", "宁德时代"}, set(self.names()[:2]))
+        self.tap(".star[aria-pressed=true][aria-label='Star 宁德时代']")
+        self.wait(lambda: "宁德时代" not in self.names()[:2], "the star is still there")
+        search("RB27")
+        self.wait(lambda: self.names() == ["螺纹钢2701"], f"found {self.names()}")
+        self.wait(lambda: [each["data"] for each in self.frames("quote.watch")][-1:] == [[1000001]], "another is watched")
+        asked = len(self.frames("quote.list"))
+        self.terminal.call("quote.set", {"hashCode": 1000001, "price": 3351})
+        self.see(".row-main", "3,350 / 3,352")
+        self.assertEqual(asked, len(self.frames("quote.list")))
+        self.tap(".row-main", "螺纹钢2701")
+        self.see("dialog .combo > button", "rb2701")
+        self.browser.back()
+        self.gone("dialog")
+        self.terminal.call("quote.set", {"hashCode": 1000001, "price": 3325})
 
     def test_language_and_colours_are_remembered(self):
         self.go("settings")

@@ -14,8 +14,8 @@ from terminal import Terminal, openBrowser, resize
 HERE = pathlib.Path(__file__).parent
 CHECKS = (HERE / "checks.js").read_text()
 PATIENCE = 60
-VIEWS = ("assets assets/equity assets/classes assets/credit assets/margin positions orders orders/fills monitor monitor/sync "
-         "monitor/manual settings").split()
+VIEWS = ("assets assets/equity assets/classes assets/credit assets/margin positions quotes orders orders/fills monitor "
+         "monitor/sync monitor/manual settings").split()
 SIDES = {"Buy": 1, "Sell": 2, "Margin buy": 3, "Short sell": 4, "Buy to return": 5, "Sell to repay": 6}
 OFFSETS = {"": 0, "to open": 1, "to close": 4, "to close today's": 5, "to close yesterday's": 6}
 DEALS = {f"{side} {offset}".strip(): (SIDES[side], OFFSETS[offset])

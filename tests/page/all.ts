@@ -7,6 +7,7 @@ import "./pictures.test";
 import "./prices.test";
 import "./store.test";
 import "./ticket.test";
+import "./watchlist.test";
 import "./wire.test";
 
 useLanguage("en");

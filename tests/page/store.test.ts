@@ -1,6 +1,7 @@
 import assert from "node:assert/strict";
 import { readdirSync, readFileSync } from "node:fs";
 import test from "node:test";
+import { clearDraft } from "../../terminal/page/src/state/actions";
 import { mayOrder } from "../../terminal/page/src/ticket/ticket";
 import { kNoTicket } from "../../terminal/page/src/ticket/ticket";
 import { account, fill, FakeTerminal, kNoViews, kRights, order, rates, settled } from "./fake";
@@ -204,7 +205,7 @@ test("drafts live through a reload, each account has its own, and forgetting rem
   const reloaded = new FakeTerminal({ drafts: terminal.platform.recall("drafts") });
   assert.equal(reloaded.store.drafts.current?.price, "2");
   assert.equal(reloaded.store.drafts.of(1)?.price, "1");
-  reloaded.store.clearDraft(2);
+  clearDraft(reloaded.store, 2);
   assert.equal(reloaded.store.drafts.current, undefined);
   terminal.store.forget();
   assert.deepEqual([...terminal.platform.stored.keys()], []);

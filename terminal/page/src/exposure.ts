@@ -10,7 +10,6 @@ export interface Exposure {
 }
 
 const kMostBars = 15;
-const kMostCodes = 200; // of one request for curves
 
 const sizeOf = ({ longs, shorts }: Exposure): number => longs + shorts;
 
@@ -38,5 +37,5 @@ export function exposures(rows: readonly Position[], nameOf: (row: Position) => 
 // The instruments of the positions, the largest first.
 export function codesOf(rows: readonly Position[]): number[] {
   const bySize = [...rows].sort((a, b) => b.totalMarketValue - a.totalMarketValue);
-  return [...new Set(bySize.map((row) => row.hashCode))].slice(0, kMostCodes);
+  return [...new Set(bySize.map((row) => row.hashCode))];
 }

@@ -2,11 +2,6 @@ import { Capital, Position } from "./wire/values";
 
 // Figures of a list at later prices, for display until the next list. Market values and profits are linear in the price.
 
-// What a position gains by a step of its price, in money.
-export function gainOf({ longPosition, shortPosition }: Position, step: number, multiplier: number): number {
-  return step * multiplier * (longPosition - shortPosition);
-}
-
 // A share of something that does not move, of which `after` is now what `before` was. Unknown if that was nothing.
 const shareAt = (share: number, before: number, after: number): number => (share * after) / before;
 

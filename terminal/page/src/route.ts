@@ -10,6 +10,7 @@ export type Route =
   | "assets/credit"
   | "assets/margin"
   | "positions"
+  | "quotes"
   | "orders"
   | "orders/fills"
   | "monitor"
@@ -30,6 +31,7 @@ export const kRoutes: { [Name in Route]: { title: TextName; lists: ListName[] } 
   "assets/credit": { title: "credit", lists: ["credit"] },
   "assets/margin": { title: "margin", lists: ["margin"] },
   positions: { title: "positions", lists: ["positions", "capital", "curves"] },
+  quotes: { title: "quotes", lists: ["quotes", "positions", "curves"] },
   orders: { title: "orders", lists: ["orders"] },
   "orders/fills": { title: "fills", lists: ["fills"] },
   monitor: { title: "differences", lists: ["monitor"] },
@@ -41,7 +43,7 @@ export const kRoutes: { [Name in Route]: { title: TextName; lists: ListName[] } 
 export const isTicket = (sheet: string): boolean => sheet === "trade" || sheet === "review";
 export const isRow = (sheet: string): boolean => sheet.startsWith("row=");
 
-export type Section = "assets" | "positions" | "orders" | "monitor" | "settings";
+export type Section = "assets" | "positions" | "quotes" | "orders" | "monitor" | "settings";
 
 export const sectionOf = (route: Route): Section => route.split("/")[0] as Section;
 

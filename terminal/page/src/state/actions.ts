@@ -17,6 +17,11 @@ export async function act<Topic extends keyof Bodies & keyof Replies>(
   return outcomeOf(reply);
 }
 
+export function clearDraft(store: Store, index: number): void {
+  store.drafts.drop(index);
+  store.update();
+}
+
 // Cancels each by a separate request: in a common one, the first refusal would keep the rest.
 export async function cancel(store: Store, orders: Order[]): Promise<void> {
   const failures = (await Promise.all(orders.map((order) => store.desk.cancel(order)))).filter((each) => each !== "");

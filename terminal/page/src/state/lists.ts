@@ -26,6 +26,7 @@ export interface Wish {
   account: number; // whose history is shown; 0: not known yet
   period: Period;
   now: number; // milliseconds since 1970
+  codes: readonly number[]; // of the instruments that are shown beside those held, the most important first
 }
 
 export type ListName = keyof Lists;
@@ -63,12 +64,15 @@ function equityQuery(_: HeldLists, { account, period, now }: Wish): object | nul
   return account === 0 ? null : { index: account, ...rangeOf(period, now), points: kHistoryPoints };
 }
 
-function curveQuery(held: HeldLists): object | null {
-  return held.positions.at === 0 ? null : { hashCodes: codesOf(held.positions.rows), points: kCurvePoints };
+function curveQuery(held: HeldLists, { codes }: Wish): object | null {
+  if (held.positions.at === 0) return null;
+  const hashCodes = [...new Set([...codes, ...codesOf(held.positions.rows)])].slice(0, kMostCurves);
+  return { hashCodes, points: kCurvePoints };
 }
 
 const kHistoryPoints = 240;
 const kCurvePoints = 48;
+const kMostCurves = 200; // of one request
 const kMinute = 60_000;
 
 // Orders, fills and prices are pushed, and lead to what they change.

@@ -1,5 +1,5 @@
 import { Connection } from "../connection";
-import { capitalAfter, gainOf, positionAt } from "../followed";
+import { capitalAfter, positionAt } from "../followed";
 import { Platform } from "../platform";
 import { Capital, Position, Price, Quote } from "../wire/values";
 import { Asker } from "./asker";
@@ -39,10 +39,14 @@ export class Prices {
 
   // The row itself if nothing has moved since its list.
   position(row: Position): Position {
-    const price = this.since(this.asker.lists.positions.at, row.hashCode)?.lastPrice;
+    const price = this.lastOf(row);
     const multiplier = this.asker.quote(row.hashCode)?.multiplier;
-    if (price === undefined || multiplier === undefined || price === row.currentPrice) return row;
-    return positionAt(row, price, multiplier);
+    return multiplier === undefined || price === row.currentPrice ? row : positionAt(row, price, multiplier);
+  }
+
+  // What a position has gained since its list, in money.
+  gainOf(row: Position): number {
+    return this.gainAt(row, this.lastOf(row), row.currentPrice);
   }
 
   // An account follows if all that it holds is watched.
@@ -106,6 +110,15 @@ export class Prices {
     this.gainsOfList = new Map(this.gains);
   }
 
+  private lastOf(row: Position): number {
+    return this.since(this.asker.lists.positions.at, row.hashCode)?.lastPrice ?? row.currentPrice;
+  }
+
+  private gainAt(row: Position, price: number, before: number): number {
+    const multiplier = this.asker.quote(row.hashCode)?.multiplier ?? 0;
+    return (price - before) * multiplier * (row.longPosition - row.shortPosition);
+  }
+
   private leave(codes: Set<number>): void {
     const now = this.platform.clock();
     for (const [code, known] of this.known) {
@@ -126,8 +139,7 @@ export class Prices {
     const { isAsked } = this.asker.lists.positions;
     const isOld = isAsked || this.asker.isStale("positions", this.platform.clock());
     if (!this.isWatched(held.hashCode) && isOld) return;
-    const multiplier = this.asker.quote(held.hashCode)?.multiplier ?? 0;
-    const step = price - this.position(held).currentPrice;
-    this.gains.set(held.index, (this.gains.get(held.index) ?? 0) + gainOf(held, step, multiplier));
+    const gain = this.gainAt(held, price, this.lastOf(held));
+    this.gains.set(held.index, (this.gains.get(held.index) ?? 0) + gain);
   }
 }

@@ -14,6 +14,7 @@ import { HeldLists, ListName, Wish } from "./lists";
 import { Notices } from "./notices";
 import { Prefs, readPrefs, writePrefs } from "./prefs";
 import { Prices } from "./prices";
+import { Stars } from "./stars";
 import { keptFor, Terminals } from "./terminals";
 import { heldCodes, wantedLists } from "./wanted";
 import { whyNot } from "./why";
@@ -43,6 +44,7 @@ export class Store {
   readonly desk: Desk;
   readonly notices: Notices;
   readonly drafts: Drafts;
+  readonly stars: Stars;
   private views: Views = { changed: () => undefined, notify: () => undefined, moved: () => undefined };
 
   // `link`: the access in the address that was opened; empty if it has none.
@@ -58,6 +60,7 @@ export class Store {
     this.terminal = this.terminals.name;
     const kept = keptFor(platform, this.terminal);
     this.drafts = new Drafts(kept);
+    this.stars = new Stars(kept);
     this.notices = new Notices(kept, (text, fill) => {
       if (this.prefs.vibrates) platform.vibrate();
       if (this.prefs.notifies && !platform.isSeen()) this.views.notify(text, fill);
@@ -146,6 +149,7 @@ export class Store {
     this.desk.clear();
     this.notices.clear();
     this.drafts.clear();
+    this.stars.clear();
     this.update();
   }
 
@@ -211,11 +215,6 @@ export class Store {
     this.update();
   }
 
-  clearDraft(index: number): void {
-    this.drafts.drop(index);
-    this.update();
-  }
-
   // At least once a second while the page is seen, and as soon as it is seen again. While it is hidden, a lost
   // connection matters only if fills are to be notified of.
   tick(): void {
@@ -253,7 +252,9 @@ export class Store {
 
   private wish(): Wish {
     const account = this.account || (this.lists.accounts.rows[0]?.index ?? 0);
-    return { account, period: this.prefs.period, now: this.platform.now() };
+    const quotes = this.place.route === "quotes" ? this.lists.quotes.rows : [];
+    const codes = [...this.seenCodes, ...quotes.map((quote) => quote.hashCode)];
+    return { account, period: this.prefs.period, now: this.platform.now(), codes };
   }
 
   private wishChanged(before: Wish): void {

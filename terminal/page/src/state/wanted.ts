@@ -1,4 +1,4 @@
-import { isRow, isTicket, kRoutes, Place } from "../route";
+import { isRow, isTicket, kRoutes, Place, Route } from "../route";
 import { Market, OfAccount, Position } from "../wire/values";
 import { HeldLists, kAsking, kOrdersWhileUnknown, ListName } from "./lists";
 
@@ -18,15 +18,17 @@ export function wantedLists(place: Place, lists: HeldLists, isAmending: boolean,
   return wanted;
 }
 
-export function ofAccount<Row extends OfAccount>(rows: Row[], account: number): Row[] {
-  return account === 0 ? rows : rows.filter((row) => row.index === account);
+export function ofAccount<Row extends object>(rows: Row[], account: number): Row[] {
+  return account === 0 ? rows : rows.filter((row) => (row as unknown as OfAccount).index === account);
 }
 
 export const isHeld = (row: Position): boolean => row.longPosition + row.shortPosition > 0;
 
-// The instruments whose prices the view shows or adds up. `account`: whose rows are shown, 0 for all.
+const kSums: readonly Route[] = ["assets", "assets/classes", "positions"];
+
+// The instruments whose prices the view adds up. `account`: whose rows are shown, 0 for all.
 export function heldCodes(place: Place, lists: HeldLists, account: number): number[] {
-  if (!kRoutes[place.route].lists.includes("positions")) return [];
+  if (!kSums.includes(place.route)) return [];
   const shown = ofAccount(lists.positions.rows, place.route === "positions" ? account : 0);
   return shown.filter(isHeld).map((row) => row.hashCode);
 }

@@ -4,6 +4,7 @@ export const kFrameTexts = {
   views: ["页面", "Views"],
   assets: ["资产", "Assets"],
   positions: ["持仓", "Positions"],
+  quotes: ["行情", "Quotes"],
   orders: ["委托", "Orders"],
   fills: ["成交", "Fills"],
   monitor: ["监控", "Monitor"],

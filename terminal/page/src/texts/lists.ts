@@ -14,6 +14,7 @@ export const kListTexts = {
     "价格、盈亏和市值随行情推算；保证金、杠杆等以列表为准。",
     "Price, profit and market value are moved with the prices. Margin, leverage and shares are those of the last list.",
   ],
+  live: ["实时", "live"],
   stale: ["已过时", "out of date"],
   loading: ["正在读取…", "Loading…"],
   notLoaded: ["尚无数据", "No data yet"],
@@ -42,6 +43,12 @@ export const kListTexts = {
   floatingToday: ["浮动 / 当日", "Floating / today's"],
   size: ["市值", "Market value"],
   rule: ["规则", "Rule"],
+
+  change: ["涨跌", "Change"],
+  changeShare: ["涨跌幅", "Change %"],
+  quoteCaption: ["买一 / 卖一 · 涨跌停", "Bid / ask · limits"],
+  star: ["自选：{0}", "Star {0}"],
+  isHeld: ["持", "held"],
 
   // assets
   accounts: ["账户", "Accounts"],

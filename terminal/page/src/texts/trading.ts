@@ -26,6 +26,7 @@ export const kTradingTexts = {
 
   // ticket
   searchHint: ["代码或名称", "Code or name"],
+  noAccountFor: ["没有可以交易 {0} 的账户", "No account can trade {0}"],
   noMatch: ["没有匹配的合约", "No instrument matches"],
   action: ["交易方向", "What to do"],
   closeLong: ["平多 {0}", "Close long {0}"],

@@ -1,6 +1,17 @@
 import { decimalsOf } from "../format";
 import { Account, Quote } from "../wire/values";
-import { Action, actionsOf, Holding, isClosing, kNothing, kNoTicket, oppositeQuote, Ticket } from "./ticket";
+import {
+  Action,
+  actionsOf,
+  closableOf,
+  Holding,
+  isClosing,
+  kNothing,
+  kNoTicket,
+  oppositeQuote,
+  preferredAction,
+  Ticket,
+} from "./ticket";
 
 // Tickets filled in from a position or from a choice of what to do.
 
@@ -21,6 +32,13 @@ export function ticketFor(account: Account, quote: Quote, action: Action, volume
     price: quotedPrice(action.side, quote),
     volume: volume > 0 ? String(volume) : "",
   };
+}
+
+// What a trader most likely wants with an instrument: to close what is held, otherwise to open.
+export function likelyTicket(account: Account, quote: Quote, held: Holding): Ticket {
+  const action = preferredAction(actionsOf(account, held), held);
+  const volume = isClosing(action.offset) ? closableOf(action, action.offset, held) : quote.volumeStep;
+  return ticketFor(account, quote, action, Math.min(volume, quote.maxVolume));
 }
 
 function actionFor(account: Account, leg: LegName, closes: boolean): Action {

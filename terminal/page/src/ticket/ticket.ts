@@ -123,15 +123,15 @@ export function closableOf(action: Action, combOffset: number, held: Holding): n
   return combOffset === Offset.CloseYesterday ? Math.min(free, all - today) : free;
 }
 
+export function matches(quote: Quote, typed: string): boolean {
+  const wanted = typed.trim().toLowerCase();
+  return quote.codeExch.toLowerCase().includes(wanted) || quote.codeName.toLowerCase().includes(wanted);
+}
+
 // The instruments that the account trades and whose code or name holds what was typed.
 export function findInstruments(quotes: Quote[], account: Account, typed: string): Quote[] {
   const classes = classesOf(account);
-  const wanted = typed.trim().toLowerCase();
-  return quotes.filter(
-    (quote) =>
-      classes.includes(quote.codeClass) &&
-      (quote.codeExch.toLowerCase().includes(wanted) || quote.codeName.toLowerCase().includes(wanted)),
-  );
+  return quotes.filter((quote) => classes.includes(quote.codeClass) && matches(quote, typed));
 }
 
 // The price at which an order is filled at once.

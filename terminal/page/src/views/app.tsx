@@ -23,6 +23,7 @@ const kViews: { [Name in Route]: () => JSX.Element } = {
   "assets/credit": () => <Later view="Credit" />,
   "assets/margin": () => <Later view="Margin" />,
   positions: () => <Positions />,
+  quotes: () => <Later view="Quotes" />,
   orders: () => <Orders />,
   "orders/fills": () => <Fills />,
   monitor: () => <Later view="Differences" />,
@@ -34,6 +35,7 @@ const kViews: { [Name in Route]: () => JSX.Element } = {
 const kIcons: { [Name in Section | "trade"]: string } = {
   assets: "M4 7h16v12H4zM4 7l3-3h10v3M15 13h2",
   positions: "M4 6h16M4 12h16M4 18h10",
+  quotes: "M7 3v4m0 9v5M4.5 7h5v9h-5zM17 3v3m0 8v7M14.5 6h5v8h-5z",
   trade: "M12 5v14M5 12h14",
   orders: "M6 3h9l4 4v14H6zM9 11h7M9 15h7",
   monitor: "M3 12h4l3-7 4 14 3-7h4",
@@ -61,6 +63,7 @@ function Navigation() {
     <nav class="tabs" aria-label={t("views")}>
       <Tab section="assets" />
       <Tab section="positions" />
+      <Tab section="quotes" />
       {store.may("trade") && store.may("see") ? (
         <button class="tab trade" onClick={() => nav.open("trade")}>
           <Icon path={kIcons.trade} />

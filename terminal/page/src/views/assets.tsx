@@ -69,7 +69,7 @@ export function Accounts() {
   const { rows } = store.lists.capital;
   const follows = rows.some((row) => follow(row) !== row);
   return (
-    <ListFrame name="capital" title={t("accounts")} count={rows.length} follows={follows}>
+    <ListFrame name="capital" title={t("accounts")} count={rows.length} followed={follows ? "follows" : undefined}>
       {rows.length > 1 ? <Live draw={() => <Total rows={rows} />} /> : null}
       <div class="cards">
         {rows.map((row) => (

@@ -2,6 +2,7 @@ import { Component, h } from "preact";
 import { nav, store } from "../app";
 import { dealText, nameOf, orderText, priceText } from "../describe";
 import { money, percent, whole } from "../format";
+import { clearDraft } from "../state/actions";
 import { StepOutcome } from "../state/desk";
 import { named, t, TextName } from "../texts/texts";
 import { Model } from "../ticket/model";
@@ -72,7 +73,7 @@ export class Confirmation extends Component<Props, State> {
   private finish(failure: string, name: string) {
     if (failure === "") {
       const { ticket } = this.props;
-      if (store.drafts.of(ticket.index) === ticket) store.clearDraft(ticket.index);
+      if (store.drafts.of(ticket.index) === ticket) clearDraft(store, ticket.index);
       if (!this.isGone) nav.closeAll();
     } else if (this.isGone) {
       store.tell(`${name}\n${failure}`, true);

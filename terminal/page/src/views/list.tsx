@@ -28,7 +28,7 @@ interface Sort {
 interface Props<Row> {
   name: ListName;
   title: string;
-  rows: Row[]; // all of the list; those of the account that is picked are shown
+  rows: Row[]; // all of the list; those of the account that is picked are shown, unless `isOfAll`
   nameOf: (row: Row) => string;
   columns: readonly Column<Row>[];
   card: (row: Row) => unknown; // the row on a phone
@@ -38,6 +38,8 @@ interface Props<Row> {
   hasOwnOrder?: boolean; // is not to be sorted
   wrap?: (row: Row, content: unknown) => JSX.Element; // in place of the button that opens the row
   follow?: (row: Row) => Row; // at the price that has come since; its instrument is then watched
+  followed?: TextName; // said if it has followed
+  isOfAll?: boolean; // its rows are of no account
   fits?: (row: Row) => boolean;
   fitsBy?: string; // changes with what `fits` looks for
   tools?: unknown; // beside the choice of an account
@@ -63,7 +65,7 @@ function compare(a: number | string, b: number | string): number {
 }
 
 // A list under its heading: picked by account, sorted, greyed if it is stale.
-export class List<Row extends OfAccount> extends Component<Props<Row>, {}> {
+export class List<Row extends object> extends Component<Props<Row>, {}> {
   private shown: { from: unknown[]; by: string; rows: Row[] } = { from: [], by: "", rows: [] };
 
   private get sort(): Sort {
@@ -85,7 +87,7 @@ export class List<Row extends OfAccount> extends Component<Props<Row>, {}> {
     const what = `${store.account}:${by}:${isDown}:${fitsBy ?? ""}`;
     if (this.shown.from === rows && this.shown.by === what) return this.shown.rows;
     const value = columns.find((each) => each.name === by)?.value;
-    const picked = rowsOfAccount(rows).filter((row) => fits?.(row) ?? true);
+    const picked = ofAccount(rows, this.props.isOfAll ? 0 : store.account).filter((row) => fits?.(row) ?? true);
     const sign = isDown ? -1 : 1;
     if (value !== undefined) picked.sort((a, b) => sign * compare(value(a), value(b)));
     this.shown = { from: rows, by: what, rows: picked };
@@ -182,8 +184,8 @@ export class List<Row extends OfAccount> extends Component<Props<Row>, {}> {
         title={props.title}
         count={rows.length}
         empty={props.rows.length > 0 ? t("nothingFits") : props.empty}
-        tools={[<AccountPick />, isTable || props.hasOwnOrder ? null : this.sortPick(), props.tools]}
-        follows={props.follow !== undefined && rows.some((row) => props.follow?.(row) !== row)}
+        tools={[props.isOfAll ? null : <AccountPick />, isTable || props.hasOwnOrder ? null : this.sortPick(), props.tools]}
+        followed={rows.some((row) => props.follow !== undefined && props.follow(row) !== row) ? props.followed : undefined}
         total={props.total?.(rows)}
         caption={isTable ? undefined : props.caption}
       >
@@ -224,7 +226,7 @@ export function ListFrame(props: {
   title: string;
   count: number;
   isPicture?: boolean; // whose points nobody counts
-  follows?: boolean; // its figures are no longer those of the list
+  followed?: TextName; // how its figures have changed since the list
   tools?: unknown;
   total?: unknown;
   caption?: string;
@@ -238,7 +240,7 @@ export function ListFrame(props: {
       {list.at === 0
         ? t("notLoaded")
         : `${props.isPicture ? "" : `${t("rows", props.count)} · `}${isStale ? staleText(list.at) : ageText(list.at, store.now)}`}
-      {props.follows ? <i class="follows"> · {t("follows")}</i> : null}
+      {props.followed === undefined ? null : ` · ${t(props.followed)}`}
       {isStale && list.at > 0 ? <b class="stale-mark"> · {t("stale")}</b> : null}
     </span>
   );

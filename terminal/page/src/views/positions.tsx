@@ -48,6 +48,10 @@ function Leg(props: LegProps) {
   );
 }
 
+const spark = ({ hashCode, currentPrice, preSettlementPrice }: Position) => (
+  <Spark hashCode={hashCode} last={currentPrice} base={preSettlementPrice} />
+);
+
 function card(row: Position) {
   const legs = legsOf(row);
   return [
@@ -55,7 +59,7 @@ function card(row: Position) {
       <span class="code">
         <b>{nameOf(row, quoteOf(row))}</b> <small>{codeText(row)}</small>
       </span>
-      <Spark row={row} />
+      {spark(row)}
       <Gain value={row.floatPorfit} class="strong" />
     </span>,
     ...legs.map((name, place) => (
@@ -81,7 +85,7 @@ const kColumns: readonly Column<Position>[] = [
     name: "last",
     cell: (row) => (
       <span class="with-spark">
-        <Spark row={row} />
+        {spark(row)}
         <span class="num">{priceText(row.currentPrice, quoteOf(row))}</span>
       </span>
     ),
@@ -126,7 +130,7 @@ function Totals(props: { rows: Position[] }) {
   const capital = rowsOfAccount(store.lists.capital.rows).map((row) => store.prices.capital(row));
   const today = sumOf(capital, profitToday);
   const money = sumOf(capital, startMoney);
-  const floating = sumOf(props.rows, (row) => follow(row).floatPorfit);
+  const floating = sumOf(props.rows, (row) => row.floatPorfit + store.prices.gainOf(row));
   return (
     <span class="totals">
       <span>
@@ -150,6 +154,7 @@ export function Positions() {
       title={t("positions")}
       rows={all}
       follow={follow}
+      followed="follows"
       fits={isHeld}
       nameOf={nameOfRow}
       columns={kColumns}

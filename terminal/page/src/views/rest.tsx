@@ -6,6 +6,7 @@ export { Equity } from "./equity";
 export { Exposures } from "./exposure";
 export { Manual } from "./manual";
 export { Differences } from "./monitor";
+export { Quotes } from "./quotes";
 export { Settings } from "./settings";
 export { SyncOrders } from "./syncorders";
 export { OrderTicket } from "./ticket";

@@ -26,20 +26,19 @@ const valuesText = (points: readonly Point[], { low, high }: { low: number; high
   t("dayOf", ...[points[0].value, low, high, points[points.length - 1].value].map((each) => priceText(each, quote)));
 
 // The day's curve of an instrument, against its last settlement.
-export function Spark(props: { row: Position }) {
-  const { row } = props;
-  const curve = curveOf(row);
-  const points = curve === undefined ? [] : pointsOf(curve, row.currentPrice);
+export function Spark(props: { hashCode: number; last: number; base: number }) {
+  const { last, base } = props;
+  const curve = curveOf(props);
+  const points = curve === undefined ? [] : pointsOf(curve, last);
   if (points.length === 0) return null;
-  const base = row.preSettlementPrice;
   const scale = scaleOf(points, base);
   return (
-    <span class={`spark ${toneOf(row.currentPrice - base)}`}>
+    <span class={`spark ${toneOf(last - base)}`}>
       <svg
         viewBox={`0 ${-kEdge} ${kBox.width} ${kBox.height + 2 * kEdge}`}
         preserveAspectRatio="none"
         role="img"
-        aria-label={valuesText(points, scale, quoteOf(row))}
+        aria-label={valuesText(points, scale, quoteOf(props))}
       >
         <path class="base" d={`M0 ${scale.y(base)}H${kBox.width}`} />
         <path class="line-of" d={pathOf(points, scale)} />

@@ -3,9 +3,10 @@ import { Component, h } from "preact";
 import { nav, store } from "../app";
 import { decimalsOf, fixed, money, whole } from "../format";
 import { closingText, dealText, priceText } from "../describe";
+import { clearDraft } from "../state/actions";
 import { named, t } from "../texts/texts";
 import { shareOf } from "../ticket/cost";
-import { quotedPrice, ticketFor, withAction } from "../ticket/fill";
+import { likelyTicket, quotedPrice, withAction } from "../ticket/fill";
 import { Model, modelOf } from "../ticket/model";
 import { moved } from "../ticket/numbers";
 import { totalsOf } from "../ticket/steps";
@@ -32,6 +33,9 @@ export function currentTicket(): Ticket {
   const wanted = store.account || store.drafts.index;
   return emptyTicket(able.find((account) => account.index === wanted) ?? able[0]);
 }
+
+const likelyIn = (account: Account, quote: Quote): Ticket =>
+  likelyTicket(account, quote, ticketing.holdingOf(store.asker.positionOf({ index: account.index, hashCode: quote.hashCode })));
 
 function emptyTicket(account: Account | undefined): Ticket {
   return { ...ticketing.kNoTicket, index: account?.index ?? 0 };
@@ -76,16 +80,7 @@ export class OrderTicket extends Component<{}, { isChecked: boolean }> {
       return store.draft(emptyTicket(account));
     }
     const { price, priceType, volume } = ticket;
-    store.draft({ ...this.ticketFor(account, quote), price, priceType, volume });
-  }
-
-  private ticketFor(account: Account, quote: Quote): Ticket {
-    const pair = { index: account.index, hashCode: quote.hashCode };
-    const held = ticketing.holdingOf(store.asker.positionOf(pair));
-    const action = ticketing.preferredAction(ticketing.actionsOf(account, held), held);
-    const isClosing = ticketing.isClosing(action.offset);
-    const volume = isClosing ? ticketing.closableOf(action, action.offset, held) : quote.volumeStep;
-    return ticketFor(account, quote, action, Math.min(volume, quote.maxVolume));
+    store.draft({ ...likelyIn(account, quote), price, priceType, volume });
   }
 
   private review(event: Event, ticket: Ticket, model: Model) {
@@ -268,7 +263,7 @@ export class OrderTicket extends Component<{}, { isChecked: boolean }> {
           isFixed={ticket.amends !== ""}
           hasFocus
           failure={isMissing ? t("badInstrument") : ""}
-          onPick={(picked) => account !== undefined && store.draft(this.ticketFor(account, picked))}
+          onPick={(picked) => account !== undefined && store.draft(likelyIn(account, picked))}
         />
         {quote === undefined ? null : this.quotes(ticket, quote)}
         {this.actions(ticket, model)}
@@ -278,7 +273,7 @@ export class OrderTicket extends Component<{}, { isChecked: boolean }> {
         <div class="actions">
           <Note text={this.refusal(ticket, model)} />
           {quote === undefined ? null : (
-            <button type="button" onClick={() => store.clearDraft(ticket.index)}>
+            <button type="button" onClick={() => clearDraft(store, ticket.index)}>
               {t("clearTicket")}
             </button>
           )}
