@@ -38,7 +38,7 @@ void answer(natsConnection* connection, natsSubscription* /*subscription*/, nats
 }  // namespace
 
 struct BareNats::End {
-  End(const test::Cluster& cluster, const char* name, size_t server, Sends sends) {
+  End(const test::Cluster& cluster, const char* name, size_t server) {
     const terminal::relay::Credentials credentials = terminal::relay::readCredentials(cluster.credentials(name));
     const std::filesystem::path seed = cluster.dir() / (credentials.name + ".seed");
     std::ofstream(seed) << credentials.key.seed();
@@ -47,7 +47,7 @@ struct BareNats::End {
     const std::unique_ptr<natsOptions, decltype(&natsOptions_Destroy)> owner(options, natsOptions_Destroy);
     require(natsOptions_SetURL(options, cluster.urlList().at(server).c_str()));
     require(natsOptions_SetNKeyFromSeed(options, credentials.key.publicText().c_str(), seed.c_str()));
-    require(natsOptions_SetSendAsap(options, sends == Sends::AtOnce));
+    require(natsOptions_SetSendAsap(options, true));
     require(natsConnection_Connect(&connection, options));
   }
   ~End() {
@@ -62,11 +62,11 @@ struct BareNats::End {
   natsSubscription* subscription = nullptr;
 };
 
-BareNats::BareNats(const test::Cluster& cluster, std::string request, std::string reply, Sends sends)
+BareNats::BareNats(const test::Cluster& cluster, std::string request, std::string reply)
     : request_(std::move(request)),
       reply_(std::move(reply)),
-      responder_(std::make_unique<End>(cluster, kResponder, 0, sends)),
-      client_(std::make_unique<End>(cluster, kClient, 1, sends)) {
+      responder_(std::make_unique<End>(cluster, kResponder, 0)),
+      client_(std::make_unique<End>(cluster, kClient, 1)) {
   // The callback only reads the reply.
   require(natsConnection_Subscribe(&responder_->subscription, responder_->connection, kRequests, answer,
                                    const_cast<std::string*>(&reply_)));

@@ -7,13 +7,12 @@
 
 namespace orvane::bench {
 
-// The relay's yardstick: a client of one server of the cluster and a responder at another, both libnats alone. Each
-// request and each reply crosses two servers, as those of a phone do. A fault throws std::runtime_error.
+// The relay's yardstick: a client of one server of the cluster and a responder at another, both libnats alone, with
+// natsOptions_SetSendAsap. Each request and each reply crosses two servers, as those of a phone do. A fault throws
+// std::runtime_error.
 class BareNats {
  public:
-  enum class Sends { ByDefault, AtOnce };  // with libnats' default options, or with natsOptions_SetSendAsap
-
-  BareNats(const test::Cluster& cluster, std::string request, std::string reply, Sends sends);
+  BareNats(const test::Cluster& cluster, std::string request, std::string reply);
   ~BareNats();
   BareNats(const BareNats&) = delete;
   BareNats& operator=(const BareNats&) = delete;

@@ -50,7 +50,6 @@ class Host : public terminal::ISessionOwner {
     for (const auto& session : sessions_) session->send(text);
   }
   void stop() { port_.stop(); }
-  void disconnect() { link_.stop(); }
 
   void onOpened(std::shared_ptr<Session> session) override { sessions_.push_back(std::move(session)); }
   void onFrame(Session& session, std::string_view /*text*/) override {
@@ -83,7 +82,6 @@ class Hosts {
       for (const auto& each : all_) each->stop();
     });
     loop_.join();
-    for (const auto& each : all_) each->disconnect();
   }
   Hosts(const Hosts&) = delete;
   Hosts& operator=(const Hosts&) = delete;
@@ -220,8 +218,8 @@ class Cost {
 std::string measureFleet(const FleetSize& size) {
   const test::Cluster cluster(false, size.terminals);
   const test::TempDir folder;
-  const Server first = startRelay(cluster, "r1", folder.path() / "r1");
-  const Server second = startRelay(cluster, "r2", folder.path() / "r2");
+  const Server first = startRelay(cluster, "r1", folder.path() / "r1", cluster.urls());
+  const Server second = startRelay(cluster, "r2", folder.path() / "r2", cluster.urls());
   const std::vector<const Server*> relays{&first, &second};
   Hosts hosts(cluster, size);
   std::this_thread::sleep_for(std::chrono::seconds(4));  // until all have claimed their names

@@ -18,7 +18,7 @@ constexpr const char* kTerminal = "t3";
 
 double idlePhoneMemory(const test::Cluster& cluster, bool hasTls) {
   const test::TempDir folder;
-  const Server relay = startRelay(cluster, "r1", folder.path(),
+  const Server relay = startRelay(cluster, "r1", folder.path(), cluster.urls(),
                                   hasTls ? std::vector<std::string>{"--tls-self"} : std::vector<std::string>{});
   const test::EchoHost host(cluster, kTerminal, kPhones + 1);
   terminal::ClientOptions options;

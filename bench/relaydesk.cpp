@@ -12,7 +12,7 @@ namespace {
 
 Server startBehind(const test::Cluster& cluster, const std::string& name, const Desk& desk) {
   return {POCKET_TERMINAL,
-          {"--quotes", "still", "--data", desk.folder().string(), "--relay", cluster.urls(), "--name", name,
+          {"--quotes", "still", "--data", desk.folder().string(), "--relay", cluster.urlList()[0], "--name", name,
            "--relay-credentials", cluster.credentials(name).string()}};
 }
 
@@ -32,18 +32,16 @@ void awaitTerminal(uint16_t relay, const std::string& login) {
 }  // namespace
 
 Server startRelay(const test::Cluster& cluster, const std::string& name, const std::filesystem::path& folder,
-                  const std::vector<std::string>& options) {
-  std::vector<std::string> arguments{"--port",        "0",
-                                     "--data",        folder.string(),
-                                     "--servers",     cluster.urls(),
-                                     "--credentials", cluster.credentials(name).string()};
+                  const std::string& servers, const std::vector<std::string>& options) {
+  std::vector<std::string> arguments{"--port",    "0",     "--data",        folder.string(),
+                                     "--servers", servers, "--credentials", cluster.credentials(name).string()};
   arguments.insert(arguments.end(), options.begin(), options.end());
   return {POCKET_RELAY, arguments};
 }
 
 RelayDesk::RelayDesk()
     : near_(nearDesk_.start("still")),
-      relay_(startRelay(cluster_, "r1", folder_.path())),
+      relay_(startRelay(cluster_, "r1", folder_.path(), cluster_.urlList()[1])),
       far_(startBehind(cluster_, "t1", farDesk_)),
       farLogin_(R"({"terminal":"t1",)" + farDesk_.login().substr(1)) {
   awaitTerminal(relay_.port(), farLogin_);

@@ -11,9 +11,9 @@
 
 namespace orvane::bench {
 
-// Starts pocket-relay with the credentials of `name`.
+// Starts pocket-relay with the credentials of `name`, for comma-separated servers of the cluster.
 Server startRelay(const test::Cluster& cluster, const std::string& name, const std::filesystem::path& folder,
-                  const std::vector<std::string>& options = {});
+                  const std::string& servers, const std::vector<std::string>& options = {});
 
 // Two terminals with the same rows: one that clients reach directly, and one behind a relay and three NATS servers.
 class RelayDesk {

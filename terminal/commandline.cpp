@@ -12,6 +12,8 @@
 namespace orvane::terminal {
 namespace {
 
+constexpr int kUsageError = 2;
+
 std::string environment(const char* name) {
   const char* value = std::getenv(name);
   return value == nullptr ? "" : value;
@@ -46,21 +48,7 @@ void nameSettingsFile(const CLI::App& app, const CLI::ParseError& error) {
   throw CLI::ValidationError(fmt::format("{} (the settings file {} is read too)", error.what(), file));
 }
 
-}  // namespace
-
-std::filesystem::path defaultDataDir(const std::string& program) {
-  return userPlace("XDG_DATA_HOME", ".local/share", program);
-}
-
-std::filesystem::path defaultConfig(const std::string& program) {
-  return userPlace("XDG_CONFIG_HOME", ".config", program + ".toml");
-}
-
-std::string checkFinite(const std::string& number) {
-  return number.find_first_not_of("0123456789.eE+-") == std::string::npos ? "" : number + " is not a number";
-}
-
-void parseCommandLine(CLI::App& app, int argc, const char* const* argv) {
+void parse(CLI::App& app, int argc, const char* const* argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ConfigError& error) {
@@ -75,6 +63,33 @@ void parseCommandLine(CLI::App& app, int argc, const char* const* argv) {
     throw;
   }
   requireReadable(app.get_config_ptr()->as<std::string>());
+}
+
+}  // namespace
+
+std::filesystem::path defaultDataDir(const std::string& program) {
+  return userPlace("XDG_DATA_HOME", ".local/share", program);
+}
+
+std::filesystem::path defaultConfig(const std::string& program) {
+  return userPlace("XDG_CONFIG_HOME", ".config", program + ".toml");
+}
+
+std::string checkFinite(const std::string& number) {
+  return number.find_first_not_of("0123456789.eE+-") == std::string::npos ? "" : number + " is not a number";
+}
+
+bool parseCommandLine(CLI::App& app, int argc, const char* const* argv, int& exitCode,
+                      const std::function<void()>& complete) {
+  app.require_subcommand(0, 1);
+  try {
+    parse(app, argc, argv);
+    complete();
+    return true;
+  } catch (const CLI::ParseError& error) {
+    exitCode = app.exit(error) == 0 ? EXIT_SUCCESS : kUsageError;
+    return false;
+  }
 }
 
 }  // namespace orvane::terminal

@@ -97,7 +97,6 @@ void Gateway::stop() {
     if (port_ != nullptr) port_->stop();
   });
   loop_.join();
-  if (link_ != nullptr) link_->stop();
   disk_.stop();
   TERMINAL_LOG(gatewayLogger(), Info, "stopped");
 }

@@ -27,6 +27,12 @@ std::string checkOrigin(const std::string& origin) {
   return isOrigin ? "" : origin + " is not an origin such as https://trade.example.com:8443";
 }
 
+void ServerOptions::add(CLI::App& app, const char* purpose) {
+  addNetwork(app);
+  addPhones(app);
+  addFiles(app, purpose);
+}
+
 void ServerOptions::addNetwork(CLI::App& app) {
   app.option_defaults()->group("Network");
   app.add_option("--listen", settings_.address, "IP address to listen on; beyond loopback TLS is required")
@@ -63,16 +69,13 @@ void ServerOptions::addPhones(CLI::App& app) {
       ->capture_default_str();
 }
 
-void ServerOptions::addFolder(CLI::App& app, const char* purpose) {
+void ServerOptions::addFiles(CLI::App& app, const char* purpose) {
   app.option_defaults()->group("Files");
   app.set_config("--config", defaultConfig(program_).string(),
                  "settings file; its keys are these options without the dashes")
       ->group("Files");
   app.allow_config_extras(CLI::config_extras_mode::error);
   app.add_option("--data", settings_.dataDir, purpose)->default_str(defaultDataDir(program_).string());
-}
-
-void ServerOptions::addLog(CLI::App& app) {
   app.add_option("--log", settings_.logFile, "log file")->default_str(log_ + " in the data folder");
   app.add_option("--log-level", settings_.logLevel, "lowest level that is logged")
       ->check(CLI::IsMember({"trace", "debug", "info", "warn", "error", "off"}))

@@ -39,17 +39,16 @@ class ServerOptions {
   ServerOptions(ServerSettings& settings, std::string program, std::string log)
       : settings_(settings), program_(std::move(program)), log_(std::move(log)) {}
 
-  void addNetwork(CLI::App& app);
-  void addPhones(CLI::App& app);
-
-  // `purpose` of the folder, such as "folder of the log".
-  void addFolder(CLI::App& app, const char* purpose);
-  void addLog(CLI::App& app);
+  // `purpose` of the folder, such as "folder of the log". Options that are added next are in the group "Files" too.
+  void add(CLI::App& app, const char* purpose);
 
   // Fills in what follows from the arguments. Throws CLI::ValidationError. `needsKey`: the program serves.
   void complete(bool needsKey);
 
  private:
+  void addNetwork(CLI::App& app);
+  void addPhones(CLI::App& app);
+  void addFiles(CLI::App& app, const char* purpose);
   void completeTls(bool needsKey);
 
   ServerSettings& settings_;

@@ -35,10 +35,6 @@ std::string checkRights(const std::string& list) {
 
 std::string checkUnsigned(const std::string& number) { return number.starts_with('-') ? number + " is below 0" : ""; }
 
-std::string checkName(const std::string& name) {
-  return relay::isName(name) ? "" : fmt::format("{} is no name: {}", name, relay::kNameRule);
-}
-
 // Values of options that need more than a conversion.
 struct Arguments {
   std::string quotes = "walk";
@@ -67,13 +63,14 @@ void addFileOptions(CLI::App& app, Settings& settings, Arguments& typed) {
 void addRelayOptions(CLI::App& app, Arguments& typed) {
   app.option_defaults()->group("Relay");
   CLI::Option* name = app.add_option("--name", typed.relay.name, "name of this terminal at its relays")
-                          ->check(CLI::Validator(checkName, "NAME"));
+                          ->check(CLI::Validator(relay::checkName, "NAME"));
   CLI::Option* credentials =
       app.add_option("--relay-credentials", typed.relay.credentials, "this terminal's file of pocket-relay setup");
   app.add_option("--relay", typed.relay.urls,
                  "phones come in through relays; the cluster's servers, such as tls://one:4222,tls://two:4222. The "
                  "terminal itself listens only if --listen or --port is given too")
       ->delimiter(',')
+      ->check(CLI::Validator(relay::checkUrl, "URL"))
       ->needs(name)
       ->needs(credentials);
 }
@@ -155,11 +152,6 @@ void complete(Settings& settings, const Arguments& typed, bool isCall, bool isTo
 
 void completeRelay(Settings& settings, const Arguments& typed, const CLI::App& app) {
   if (typed.relay.urls.empty()) return;
-  try {
-    relay::checkUrls(typed.relay.urls);
-  } catch (const std::runtime_error& error) {
-    throw CLI::ValidationError("--relay", error.what());
-  }
   settings.relay = typed.relay;
   settings.listens = app.count("--listen") > 0 || app.count("--port") > 0;
 }
@@ -172,26 +164,18 @@ std::optional<Settings> readSettings(int argc, const char* const* argv, int& exi
   CLI::App app("A paper-trading terminal that phones can see and work.", "pocket-terminal");
   app.set_version_flag("--version", "pocket-terminal " POCKETAGENT_VERSION);
   ServerOptions server(settings, "pocket-terminal", "terminal.log");
-  server.addNetwork(app);
-  server.addPhones(app);
-  addRelayOptions(app, typed);
-  server.addFolder(app, "folder of the databases, the audit and the log");
+  server.add(app, "folder of the databases, the audit and the log");
   addFileOptions(app, settings, typed);
-  server.addLog(app);
+  addRelayOptions(app, typed);
   addTradingOptions(app, settings, typed);
   const CLI::App& call = addCall(app, typed);
   const CLI::App& token = addToken(app, typed);
-  app.require_subcommand(0, 1);
-  try {
-    parseCommandLine(app, argc, argv);
+  const bool isRead = parseCommandLine(app, argc, argv, exitCode, [&] {
     server.complete(!call.parsed());
     complete(settings, typed, call.parsed(), token.parsed());
     completeRelay(settings, typed, app);
-  } catch (const CLI::ParseError& error) {
-    exitCode = app.exit(error) == 0 ? EXIT_SUCCESS : kUsageError;
-    return std::nullopt;
-  }
-  return settings;
+  });
+  return isRead ? std::optional(settings) : std::nullopt;
 }
 
 }  // namespace orvane::terminal

@@ -29,7 +29,8 @@ class IBus {
   // Connects, and again after each break for ever, until stop(). `owner` must outlive the bus. May be called once.
   virtual void start(std::vector<std::string> subscriptions, IBusOwner& owner) = 0;
 
-  // Sends what was published, then disconnects. Nothing reaches the owner any more.
+  // Sends what was published, then disconnects. Nothing reaches the owner any more. Does not wait: the loop has work
+  // until that is done. The loop's thread.
   virtual void stop() = 0;
 
   // Never waits. The message is lost if the bus is down. The loop's thread.

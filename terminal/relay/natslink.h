@@ -1,34 +1,28 @@
 #pragma once
 
 #include <condition_variable>
-#include <deque>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "terminal/eventloop.h"
+#include "terminal/net/asioloop.h"
 #include "terminal/relay/bus.h"
-#include "terminal/relay/credentials.h"
+#include "terminal/relay/serverconnection.h"
 
 namespace orvane::terminal::relay {
 
-struct LinkOptions {
-  std::vector<std::string> urls;  // nats://HOST:PORT or tls://HOST:PORT
-  Credentials credentials;
-};
+// For CLI::Validator: what is wrong with a server's URL. Beyond loopback only tls:// is taken.
+std::string checkUrl(const std::string& url);
 
-// Throws std::runtime_error that says which URL is invalid and why. Beyond loopback only tls:// is taken.
-void checkUrls(const std::vector<std::string>& urls);
-
-// The bus over a NATS cluster. Its own thread connects and sends, since both can wait for the server, so the loop's
-// thread never does. After a break it connects anew by itself, to any of the servers, with back-off.
+// The bus over a NATS cluster. Its own thread connects and asks each second whether the server still answers, since
+// both can wait; messages never pass through it. After a break it connects anew by itself, to any of the servers, with
+// back-off.
 class NatsLink final : public IBus {
  public:
-  // `loop` must outlive the link. Throws std::runtime_error if an option is invalid.
-  NatsLink(IEventLoop& loop, LinkOptions options);
+  // `loop` must outlive the link, and must have ended when a link that was started is destroyed. REQUIRES: valid URLs.
+  NatsLink(AsioLoop& loop, LinkOptions options) : loop_(loop), options_(std::move(options)) {}
   ~NatsLink() override;
   NatsLink(const NatsLink&) = delete;
   NatsLink& operator=(const NatsLink&) = delete;
@@ -39,23 +33,22 @@ class NatsLink final : public IBus {
   const std::string& fault() const override { return fault_; }
 
  private:
-  struct Outgoing {
-    std::string subject;
-    std::string bytes;
-  };
-  struct Shared;     // what the library's threads see
-  class Connection;  // one connection, until it breaks
-
   void run();
-  std::string serve(Connection& connection);
+  std::string serve(const std::shared_ptr<ServerConnection>& connection);
+  void take(std::shared_ptr<ServerConnection> connection);
   void noteBreak(const std::string& why);
 
-  IEventLoop& loop_;
+  AsioLoop& loop_;
   const LinkOptions options_;
-  const std::shared_ptr<Shared> shared_;
   std::vector<std::string> subscriptions_;
-  std::string fault_ = "not connected yet";  // the loop's thread
-  bool isUp_ = false;                        // the loop's thread
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  bool isStopping_ = false;  // under the mutex
+  // The loop's thread.
+  IBusOwner* owner_ = nullptr;  // null once stopped
+  std::shared_ptr<ServerConnection> connection_;
+  std::string fault_ = "not connected yet";
+  bool isUp_ = false;
   std::thread thread_;
 };
 

@@ -13,6 +13,7 @@
 #include "terminal/logging.h"
 #include "terminal/net/asioloop.h"
 #include "terminal/net/listener.h"
+#include "terminal/ownersfile.h"
 #include "terminal/relay/natslink.h"
 #include "terminal/relay/relaypages.h"
 #include "terminal/relay/relaysettings.h"
@@ -48,7 +49,6 @@ class Relay {
       listener_.stop();
     });
     loop_.join();
-    link_.stop();
   }
   Relay(const Relay&) = delete;
   Relay& operator=(const Relay&) = delete;
@@ -76,6 +76,7 @@ class Relay {
 int serve(const RelayServerSettings& settings) {
   const StopSignals stopSignals;
   makeDataDir(settings.dataDir);
+  actAsOwner(settings.dataDir);
   const auto log = setUpLogging(settings.logFile, settings.logLevel);
   if (settings.keepsOwnCertificate) keepOwnCertificate(*settings.tls, settings.address);
   const Relay relay(settings);

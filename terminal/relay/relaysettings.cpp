@@ -1,8 +1,6 @@
 #include "terminal/relay/relaysettings.h"
 
 #include <CLI/CLI.hpp>
-#include <cstdlib>
-#include <stdexcept>
 
 #include <fmt/format.h>
 
@@ -13,14 +11,11 @@
 namespace orvane::terminal::relay {
 namespace {
 
-std::string checkName(const std::string& name) {
-  return isName(name) ? "" : fmt::format("{} is no name: {}", name, kNameRule);
-}
-
 void addCluster(CLI::App& app, RelayServerSettings& settings) {
   app.option_defaults()->group("Cluster");
   app.add_option("--servers", settings.servers, "the cluster's servers, such as tls://one:4222,tls://two:4222")
-      ->delimiter(',');
+      ->delimiter(',')
+      ->check(CLI::Validator(checkUrl, "URL"));
   app.add_option("--credentials", settings.credentials, "this relay's file of pocket-relay setup");
 }
 
@@ -55,11 +50,6 @@ CLI::App& addSetup(CLI::App& app, SetupOptions& setup) {
 void requireCluster(const RelayServerSettings& settings) {
   if (settings.servers.empty()) throw CLI::RequiredError("--servers");
   if (settings.credentials.empty()) throw CLI::RequiredError("--credentials");
-  try {
-    checkUrls(settings.servers);
-  } catch (const std::runtime_error& error) {
-    throw CLI::ValidationError("--servers", error.what());
-  }
 }
 
 }  // namespace
@@ -72,26 +62,18 @@ std::optional<RelayServerSettings> readRelaySettings(int argc, const char* const
   CLI::App app("A relay that connects phones with terminals over a NATS cluster.", "pocket-relay");
   app.set_version_flag("--version", "pocket-relay " POCKETAGENT_VERSION);
   ServerOptions server(settings, "pocket-relay", "relay.log");
-  server.addNetwork(app);
-  server.addPhones(app);
+  server.add(app, "folder of the log and of the certificate of --tls-self");
   addCluster(app, settings);
-  server.addFolder(app, "folder of the log and of the certificate of --tls-self");
-  server.addLog(app);
   const CLI::App& command = addSetup(app, setup);
-  app.require_subcommand(0, 1);
-  try {
-    parseCommandLine(app, argc, argv);
+  const bool isRead = parseCommandLine(app, argc, argv, exitCode, [&] {
     server.complete(true);
     if (command.parsed()) {
       settings.setup = setup;
     } else {
       requireCluster(settings);
     }
-  } catch (const CLI::ParseError& error) {
-    exitCode = app.exit(error) == 0 ? EXIT_SUCCESS : kUsageError;
-    return std::nullopt;
-  }
-  return settings;
+  });
+  return isRead ? std::optional(settings) : std::nullopt;
 }
 
 }  // namespace orvane::terminal::relay

@@ -32,6 +32,10 @@ bool isName(std::string_view text) {
   return !text.empty() && text.size() <= kMaxName && text.find_first_not_of(kAllowed) == std::string_view::npos;
 }
 
+std::string checkName(const std::string& name) {
+  return isName(name) ? "" : fmt::format("{} is no name: {}", name, kNameRule);
+}
+
 Party startParty(std::string name, WallTime start) {
   std::random_device random;
   return {std::move(name), fmt::format("{:010x}{:08x}", std::chrono::system_clock::to_time_t(start), random())};

@@ -13,6 +13,9 @@ namespace orvane::terminal::relay {
 inline constexpr std::string_view kNameRule = "1 to 32 characters from A-Z a-z 0-9 _ -";
 bool isName(std::string_view text);
 
+// For CLI::Validator: what is wrong with a name.
+std::string checkName(const std::string& name);
+
 // One run of a terminal or a relay: its name, and a text that differs in each run and sorts by the time of its start.
 struct Party {
   std::string name;

@@ -37,6 +37,11 @@ void Switchboard::start() {
   tick_ = loop_.after(kBeatPeriod, [this] { tick(); });
 }
 
+void Switchboard::stop() {
+  tick_.reset();
+  if (phones_.empty()) bus_.stop();
+}
+
 void Switchboard::tick() {
   directory_.tick();
   std::vector<std::string> silent;
@@ -80,6 +85,7 @@ void Switchboard::onClosed(Session& session) {
   const auto found = phones_.find(&session);
   if (found->second.line != nullptr) found->second.line->remove(found->second);
   phones_.erase(found);
+  if (tick_ == nullptr) stop();
 }
 
 // Reads no more of the first frame than whose it is. The terminal reads it again, and checks the token.

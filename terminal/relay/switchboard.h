@@ -32,8 +32,8 @@ class Switchboard : public ISessionOwner, public IBusOwner {
   // Starts the bus.
   void start();
 
-  // The owner closes the sessions.
-  void stop() { tick_.reset(); }
+  // Stops the bus once the owner has closed all sessions.
+  void stop();
 
   SwitchFigures figures() const;
   const std::string& busFault() const { return bus_.fault(); }
@@ -69,7 +69,7 @@ class Switchboard : public ISessionOwner, public IBusOwner {
   uint64_t lastChannel_ = 0;
   BootTime upSince_{};
   SwitchFigures counts_;
-  std::unique_ptr<Timer> tick_;
+  std::unique_ptr<Timer> tick_;  // null once stopped
 };
 
 }  // namespace orvane::terminal::relay

@@ -58,6 +58,7 @@ void TerminalPort::leaveOnceEmpty() {
   }
   tick_.reset();
   presence_.leave();
+  bus_.stop();
 }
 
 void TerminalPort::onUp() {

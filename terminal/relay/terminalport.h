@@ -29,7 +29,8 @@ class TerminalPort : public IBusOwner {
   // Starts the bus.
   void start();
 
-  // Closes all sessions with 1001, then gives the name up. The loop has no work of the port any more when that is done.
+  // Closes all sessions with 1001, then gives the name up and stops the bus. The loop has no work of the port any more
+  // when that is done.
   void stop();
 
   // Why no client of a relay can come in, UTF-8; empty if they can.

@@ -24,7 +24,6 @@ class EchoHost : public terminal::ISessionOwner {
   ~EchoHost() override {
     loop_.post([this] { port_.stop(); });
     loop_.join();
-    link_.stop();
   }
   EchoHost(const EchoHost&) = delete;
   EchoHost& operator=(const EchoHost&) = delete;

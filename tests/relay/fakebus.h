@@ -24,7 +24,7 @@ class FakeNetwork {
       network_.buses_.push_back(this);
       setUp(true);
     }
-    void stop() override { setUp(false); }
+    void stop() override { fault_ = "stopped"; }
     void publish(std::string subject, std::string bytes) override {
       if (fault_.empty()) network_.carry(*this, std::move(subject), std::move(bytes));
     }

@@ -24,9 +24,11 @@ class Listening : public terminal::relay::IBusOwner {
     loop_.start();
   }
   ~Listening() override {
-    loop_.post([this] { keepAlive_.reset(); });
+    loop_.post([this] {
+      keepAlive_.reset();
+      link_.stop();
+    });
     loop_.join();
-    link_.stop();
   }
   Listening(const Listening&) = delete;
   Listening& operator=(const Listening&) = delete;

@@ -36,7 +36,7 @@ Size sizeOf(std::chrono::seconds time) {
   if (time < 60s) return {8, 40ms, {1s}};
   return {100, 4000ms, {1s, 4s, 12s, 30s}};
 }
-constexpr int kShort = 15;  // seconds of the test
+constexpr int kShort = 20;  // seconds of the test
 constexpr const char* kUnknown = "the outcome of this request is not known";
 
 // What all phones found.
