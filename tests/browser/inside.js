@@ -69,24 +69,28 @@ window.find = (selector, text) =>
 window.see = (patience, selector, text) => until(() => find(selector, text), patience);
 window.gone = (patience, selector) => until(() => !document.querySelector(selector), patience);
 
-// A finger: what is covered or disabled is not tapped.
-window.tap = (patience, selector, text) =>
-  until(() => {
-    const element = find(selector, text);
-    if (!element || element.matches(":disabled")) return false;
-    const isFixed = element.closest(".tabs, header") !== null;
-    const box = element.getBoundingClientRect();
-    if (element.closest("dialog")) element.scrollIntoView({ block: "nearest" });
-    else if (!isFixed && (box.top < 60 || box.bottom > innerHeight - 70)) element.scrollIntoView({ block: "center" });
-    const { x, y, width, height } = element.getBoundingClientRect();
-    if (!element.contains(document.elementFromPoint(x + width / 2, y + height / 2))) return false;
-    const control = element.closest("a, button, input, select, summary") ?? document.activeElement;
-    if (element.dispatchEvent(new MouseEvent("mousedown", { bubbles: true, cancelable: true }))) {
-      control.contains(element) ? control.focus({ preventScroll: true }) : control.blur();
-    }
-    element.click();
-    return true;
+// A finger: what is covered or disabled is not tapped, nor what goes as it is pressed.
+window.tap = async (patience, selector, text) => {
+  const element = await until(() => {
+    const it = find(selector, text);
+    if (!it || it.matches(":disabled")) return null;
+    const isFixed = it.closest(".tabs, header") !== null;
+    const box = it.getBoundingClientRect();
+    if (it.closest("dialog")) it.scrollIntoView({ block: "nearest" });
+    else if (!isFixed && (box.top < 60 || box.bottom > innerHeight - 70)) it.scrollIntoView({ block: "center" });
+    const { x, y, width, height } = it.getBoundingClientRect();
+    return it.contains(document.elementFromPoint(x + width / 2, y + height / 2)) ? it : null;
   }, patience);
+  if (element?.dispatchEvent(new MouseEvent("mousedown", { bubbles: true, cancelable: true }))) {
+    const control = element.closest("a, button, input, select, summary");
+    if (control) control.focus({ preventScroll: true });
+    else document.activeElement.blur();
+  }
+  await new Promise((done) => later(done, 0));
+  if (!element?.isConnected) return null;
+  element.click();
+  return true;
+};
 
 window.fill = (patience, selector, text) =>
   until(() => {

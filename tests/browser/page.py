@@ -63,16 +63,14 @@ class PageTest(unittest.TestCase):
     # Calls an operation of inside.js until it has found what it needs; again if the page is replaced meanwhile.
     def do(self, name, *values):
         end = time.monotonic() + PATIENCE
-        while True:
-            left = end - time.monotonic()
+        why = ""
+        while (left := end - time.monotonic()) > 0:
             try:
-                result = self.run_js("return window[arguments[0]](...arguments[1])", name, [left * 1000, *values])
-            except JavascriptException:
-                if left <= 0:
-                    raise
-                continue
-            self.assertTrue(result, f"{name} {values}")
-            return result
+                if result := self.run_js("return window[arguments[0]](...arguments[1])", name, [left * 1000, *values]):
+                    return result
+            except JavascriptException as error:
+                why = error.msg
+        self.fail(f"cannot {name} {values} {why}")
 
     # So many seconds, at once.
     def passes(self, seconds):
