@@ -224,18 +224,18 @@ class BreakTest(PageTest):
         self.go("settings")
         self.tap("button", "Turn on")
         self.see("button[aria-pressed=true]")
+        self.run_js("""const {showNotification} = ServiceWorkerRegistration.prototype;
+            ServiceWorkerRegistration.prototype.showNotification = async function (...values) {
+                await showNotification.apply(this, values);
+                window.shown = values;
+            };""")
         self.hide(True)
         price = self.place(7)
         self.fillAt(price)
-        def shown():
-            return self.browser.execute_async_script("""const done = arguments[0];
-                navigator.serviceWorker.getRegistration().then((it) => it ? it.getNotifications() : []).then(
-                    (all) => done(all.map(({title, data}) => [title, data])));""")
-        self.wait(shown, "no notification")
-        [title, fill] = shown()[-1]
+        title, options = self.wait(lambda: self.run_js("return window.shown"), "no notification")
         self.assertEqual(f"Filled: Buy to open 白糖701 7 @ {price:,.0f} · 80010001", title)
         self.hide(False)
-        self.run_js("navigator.serviceWorker.dispatchEvent(new MessageEvent('message', {data: arguments[0]}))", fill)
+        self.run_js("navigator.serviceWorker.dispatchEvent(new MessageEvent('message', {data: arguments[0]}))", options["data"])
         self.assertIn(f"{price:,.0f}", self.see("dialog .fields").text)
         self.browser.back()
         self.gone("dialog")
