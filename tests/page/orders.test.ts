@@ -117,7 +117,7 @@ test("an order like one without an outcome is noticed", async () => {
 test("an order on its way is not missing, whatever a list says", async () => {
   const terminal = await loggedIn();
   void terminal.store.desk.place(kDraft, "name");
-  terminal.store.refresh("orders");
+  terminal.store.asker.askNow(["orders"]);
   await terminal.answer();
   assert.equal(outgoing(terminal), "sending");
   await terminal.pass(5500);

@@ -67,7 +67,7 @@ test("an account gains what its positions gain, from its own list on", async () 
   page.pushPrices(price(3335));
   assert.equal(equity(), 1200);
   page.rows["capital.list"] = [capital({ dynamicAmount: 1203 })];
-  page.store.refresh("capital"); // the positions stay as they are
+  page.store.asker.askNow(["capital"]); // the positions stay as they are
   await page.answer();
   assert.equal(equity(), 1203);
   page.pushPrices(price(3345));
@@ -111,13 +111,13 @@ test("what is shown is watched: once, at most 200, and nothing while the page is
 test("only a watched price is newer than a list", async () => {
   const page = await openPage();
   page.pushPrices(price(3335));
-  page.store.refresh("positions");
+  page.store.asker.askNow(["positions"]);
   await page.answer();
   assert.equal(page.store.prices.position(kHeld).currentPrice, 3335, "the list may be older than the push");
   await page.pass(500);
   page.store.show({ route: "orders", sheet: "" });
   assert.equal(page.store.prices.position(kHeld).currentPrice, 3335, "the last price is newer than the list");
-  page.store.refresh("positions");
+  page.store.asker.askNow(["positions"]);
   page.store.show({ route: "monitor", sheet: "row=1:7" });
   await page.pass(500);
   assert.equal(page.store.prices.position(kHeld).currentPrice, 3325);

@@ -161,7 +161,7 @@ test("a fill of another day is another fill, whatever its number", async () => {
   terminal.rows["trader.list"] = [fill()];
   await terminal.logIn();
   terminal.rows["trader.list"] = [fill({ exchTimestamp: 86_400_010 })];
-  terminal.store.refresh("fills");
+  terminal.store.asker.askNow(["fills"]);
   await terminal.answer();
   assert.deepEqual([terminal.store.notices.newFills, terminal.store.notices.list.length], [1, 1]);
 });
@@ -176,11 +176,11 @@ test("fills of a time when the page was closed are new; those before the first v
   await first.logIn();
   for (let round = 0; round < 2; ++round) {
     assert.deepEqual([first.store.notices.newFills, first.store.notices.list.length], [0, 0]);
-    first.store.refresh("fills"); // the same list again
+    first.store.asker.askNow(["fills"]); // the same list again
     await first.answer();
   }
   first.rows["trader.list"] = [fill(), fill({ fillId: "f3", exchTimestamp: 30 })]; // no push came
-  first.store.refresh("fills");
+  first.store.asker.askNow(["fills"]);
   await first.answer();
   assert.deepEqual(first.store.notices.list.map((notice) => notice.fill), ["1:f3"]);
 });

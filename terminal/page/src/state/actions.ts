@@ -1,4 +1,4 @@
-import { t } from "../texts/texts";
+import { Language, t, useLanguage } from "../texts/texts";
 import { Bodies, Order, Replies } from "../wire/values";
 import { ListName } from "./lists";
 import { Store } from "./store";
@@ -12,9 +12,14 @@ export async function act<Topic extends keyof Bodies & keyof Replies>(
   touched: ListName[],
 ): Promise<Outcome> {
   const reply = await store.connection.request(topic, body, store.platform.randomText(16));
-  store.asker.makeDue(touched);
-  store.asker.askDue();
+  store.asker.askNow(touched);
   return outcomeOf(reply);
+}
+
+export function speak(store: Store, language: Language): void {
+  store.platform.remember("language", language);
+  useLanguage(language);
+  store.update();
 }
 
 export function clearDraft(store: Store, index: number): void {
@@ -25,7 +30,7 @@ export function clearDraft(store: Store, index: number): void {
 // Cancels each by a separate request: in a common one, the first refusal would keep the rest.
 export async function cancel(store: Store, orders: Order[]): Promise<void> {
   const failures = (await Promise.all(orders.map((order) => store.desk.cancel(order)))).filter((each) => each !== "");
-  store.refresh("orders");
+  store.asker.askNow(["orders"]);
   const count = orders.length - failures.length;
   if (failures.length > 0) store.tell(t("cancelFailed", failures.length, failures[0]), true);
   if (count > 0) store.tell(count === 1 ? t("cancelSent") : t("cancelsSent", count));

@@ -106,9 +106,13 @@ export class Asker {
     for (const name of names) this.lists[name].dueAt = Math.min(this.lists[name].dueAt, at);
   }
 
-  askAll(): void {
-    this.makeDue(Object.keys(this.lists) as ListName[]);
+  askNow(names: readonly ListName[]): void {
+    this.makeDue(names);
     this.askDue();
+  }
+
+  askAll(): void {
+    this.askNow(Object.keys(this.lists) as ListName[]);
   }
 
   takeOrders(pushed: Order[]): void {

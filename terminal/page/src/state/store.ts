@@ -3,7 +3,7 @@ import { fillText } from "../describe";
 import { Platform } from "../platform";
 import { isRow, isTicket, kRoutes, Place } from "../route";
 import { explained } from "../texts/refusals";
-import { Language, t, useLanguage } from "../texts/texts";
+import { t } from "../texts/texts";
 import { Ticket } from "../ticket/ticket";
 import { Account, Fill, Login, Order, Price, Quote, Right } from "../wire/values";
 import { Asker, Pair } from "./asker";
@@ -166,12 +166,6 @@ export class Store {
     if (this.terminals.all().includes(this.token)) this.keeper.keep(this.token);
   }
 
-  speak(language: Language): void {
-    this.platform.remember("language", language);
-    useLanguage(language);
-    this.update();
-  }
-
   prefer(change: Partial<Prefs>): void {
     const before = this.wish();
     this.prefs = { ...this.prefs, ...change };
@@ -229,11 +223,6 @@ export class Store {
     if (this.asker.isScrolling()) return; // ages can wait for the finger
     this.watch();
     this.update();
-  }
-
-  refresh(name: ListName): void {
-    this.asker.makeDue([name]);
-    this.asker.askDue();
   }
 
   tell(text: string, isError = false): void {

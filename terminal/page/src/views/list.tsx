@@ -248,7 +248,7 @@ export function ListFrame(props: {
     <section class={isStale ? "list stale" : "list"} aria-label={props.title} data-list={props.name}>
       <div class="tools">
         {props.tools ?? age}
-        <button class="icon" aria-label={t("refresh", props.title)} onClick={() => store.refresh(props.name)}>
+        <button class="icon" aria-label={t("refresh", props.title)} onClick={() => store.asker.askNow([props.name])}>
           <Icon path={kRefresh} />
         </button>
       </div>

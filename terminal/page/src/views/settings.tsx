@@ -1,5 +1,6 @@
 import { Component, h } from "preact";
 import { store } from "../app";
+import { speak } from "../state/actions";
 import { currentLanguage, Language, t, TextName } from "../texts/texts";
 import { isCount, moved, readNumber } from "../ticket/numbers";
 import { Choices, Stepper } from "./controls";
@@ -21,7 +22,7 @@ export function LanguageSwitch() {
       value={kLanguages.findIndex(([language]) => language === currentLanguage())}
       values={[0, 1]}
       text={(place) => kLanguages[place][1]}
-      onPick={(place) => store.speak(kLanguages[place][0])}
+      onPick={(place) => speak(store, kLanguages[place][0])}
     />
   );
 }
