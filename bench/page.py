@@ -4,6 +4,7 @@ Writes Markdown. With --check it exits with 1 if a figure misses its must."""
 import argparse
 import contextlib
 import http.server
+import json
 import pathlib
 import re
 import statistics
@@ -42,6 +43,22 @@ SWITCH = FRAME + """const line = () => document.querySelector(".curve .line-of")
     }
     done();
 })();"""
+
+# Each frame has a push of prices, each the other way from the one before.
+PUSH = FRAME + """(async () => {
+    const [times, pushes] = arguments;
+    for (let at = 0; at < times; ++at) {
+        socket.dispatchEvent(new MessageEvent("message", {data: pushes[at % pushes.length]}));
+        await frame();
+    }
+    done();
+})();"""
+SOCKET = """WebSocket = class extends WebSocket {
+    constructor(...values) {
+        super(...values);
+        window.socket = this;
+    }
+};"""
 
 # The same elements, written as a text in each frame.
 WRITE = FRAME + """(async () => {
@@ -91,6 +108,23 @@ class Desk(PageTest):
         self.see(".age", "5007")
         yardstick = self.written(lambda: self.browser.execute_async_script(SCROLL, 1))
         return lambda: self.spent(self.browser, SCROLL, 60), yardstick
+
+    # 200 watched prices, of which a phone shows some twenty rows.
+    def pushes(self):
+        self.browser.execute_cdp_cmd("Page.addScriptToEvaluateOnNewDocument", {"source": SOCKET})
+        self.open()
+        self.go("positions")
+        self.choose("Account", "80010001")
+        watched = self.wait(lambda: next((each["data"] for each in self.frames("quote.watch") if len(each["data"]) == 200), None),
+                            "fewer than 200 are watched")
+        last = {row["hashCode"]: row["lastPrice"] for row in self.terminal.call("quote.list", {})}
+        def push(step):
+            rows = [{"hashCode": code, "lastPrice": last[code] + step, "bidPrice": last[code], "askPrice": last[code]}
+                    for code in watched]
+            return json.dumps({"topic": "quote.push", "message": "", "data": rows})
+        texts = [push(0), push(1)]
+        yardstick = self.written(lambda: self.spent(self.browser, PUSH, 2, texts))
+        return lambda: self.spent(self.browser, PUSH, 60, texts), yardstick
 
     def curve(self):
         self.go("assets/equity")
@@ -156,6 +190,7 @@ class Desk(PageTest):
 # Name, yardstick, what measures both sides, must, aim.
 FIGURES = (
     ("scrolling 5,000 positions, a frame", "the same elements, written as HTML in each frame", Desk.scrolling, 1, 0.5),
+    ("200 pushed prices over 5,000 positions, a push", "the same elements, written as HTML", Desk.pushes, 1, 0.5),
     ("a month's or a year's curve, from the tap", "the same elements, written as HTML", Desk.curve, 4, 2),
     ("first paint, 1.6 Mbit/s and 100 ms away", "a file of as many bytes", Desk.firstPaint, 1.5, 0.75),
     ("first paint while the terminal is away", "a file of as many bytes, from this machine", Desk.paintAway, 5, 2),

@@ -14,6 +14,7 @@ export const kListTexts = {
     "价格、盈亏和市值随行情推算；保证金、杠杆等以列表为准。",
     "Price, profit and market value are moved with the prices. Margin, leverage and shares are those of the last list.",
   ],
+  barsFollow: ["柱图随行情推算", "bars moved with prices"],
   live: ["实时", "live"],
   stale: ["已过时", "out of date"],
   loading: ["正在读取…", "Loading…"],

@@ -64,7 +64,7 @@ export function modelOf(store: Store, ticket: Ticket): Model {
     steps: ticket.reverses ? [first, secondOf(first, ticket, account, quote, rates)] : [first],
     largest: quote === undefined ? 0 : largestVolume(action, price, closable, quote, rates, purse),
     amended,
-    isStale: store.asker.isOutdated(store.now) || !store.prices.isWatched(hashCode),
+    isStale: store.asker.isOutdated(store.now) || !(store.prices.isWatched(hashCode) || store.prices.areComing(store.now)),
     isTwice: store.desk.hasUnsettled(ticket),
   };
 }

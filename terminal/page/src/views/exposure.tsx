@@ -6,6 +6,7 @@ import { Exposure, exposures } from "../exposure";
 import { whole } from "../format";
 import { kClassFields } from "../texts/fields";
 import { t } from "../texts/texts";
+import { Position } from "../wire/values";
 import { TableBehind } from "./chart";
 import { ListFrame } from "./list";
 import { Live } from "./live";
@@ -70,8 +71,10 @@ function Bars(props: { title: string; rows: Exposure[] }) {
   );
 }
 
+const follow = (row: Position): Position => store.prices.position(row);
+
 function AllBars() {
-  const positions = store.lists.positions.rows.map((row) => store.prices.position(row));
+  const positions = store.lists.positions.rows.map(follow);
   return (
     <div class="cards wide">
       <Bars title={t("byClass")} rows={exposures(positions, (row) => row.codeType)} />
@@ -83,8 +86,9 @@ function AllBars() {
 // What is held in money, of all accounts: by position and by class, and the figures of each class.
 export function Exposures() {
   const { rows } = store.lists.classes;
+  const follows = store.lists.positions.rows.some((row) => follow(row) !== row);
   return (
-    <ListFrame name="classes" title={t("exposure")} count={rows.length}>
+    <ListFrame name="classes" title={t("exposure")} count={rows.length} followed={follows ? "barsFollow" : undefined}>
       <Live draw={() => <AllBars />} />
       <div class="cards">
         {rows.map((row) => (
