@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "bench/echohost.h"
 #include "bench/relaydesk.h"
 #include "terminal/client/client.h"
-#include "tests/relay/echohost.h"
 
 namespace orvane::bench {
 namespace {

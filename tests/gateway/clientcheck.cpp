@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/support/holdssoon.h"
+#include "tests/support/rawsocket.h"
 
 namespace orvane::test {
 namespace {
@@ -262,7 +263,7 @@ void ClientCheck::compare(int client) try {
 
 std::string ClientCheck::findMetricsFault() {
   takeCalls();
-  const std::string page = get(rig_.port(), "/metrics");
+  const std::string page = httpGet(rig_.port(), "/metrics");
   for (const auto& [name, value] : model_.metrics()) {
     const std::string line = fmt::format("\npocket_terminal_{} {}\n", name, value);
     if (page.find(line) == std::string::npos) {
@@ -280,9 +281,9 @@ void ClientCheck::comparePages() {
   for (const Call& call : calls_) oldest = std::max(oldest, rig_.time().bootTime() - call.time);
   const bool isReady = model_.world.hasAgent && oldest <= std::chrono::seconds(10);
   for (const char* path : {"/health/ready", "/health"}) {
-    EXPECT_THAT(get(rig_.port(), path), testing::StartsWith(isReady ? "HTTP/1.1 200 " : "HTTP/1.1 503 ")) << path;
+    EXPECT_THAT(httpGet(rig_.port(), path), testing::StartsWith(isReady ? "HTTP/1.1 200 " : "HTTP/1.1 503 ")) << path;
   }
-  EXPECT_THAT(get(rig_.port(), "/health/live"), testing::StartsWith("HTTP/1.1 200 "));
+  EXPECT_THAT(httpGet(rig_.port(), "/health/live"), testing::StartsWith("HTTP/1.1 200 "));
 }
 
 // Lines are written behind the answers that the first turn of the disk's thread waits for.

@@ -33,13 +33,6 @@ class LimitsTest : public testing::Test {
     phone->sync();
   }
 
-  // All that the library has got, and not answered.
-  std::vector<AgentCall> takeCalls() {
-    std::vector<AgentCall> calls;
-    while (auto call = rig_.agent().take(std::chrono::milliseconds(0))) calls.push_back(std::move(*call));
-    return calls;
-  }
-
   void answer(const AgentCall& call) {
     MobileMessage reply;
     reply.requestId = call.id;
@@ -52,40 +45,6 @@ class LimitsTest : public testing::Test {
   GatewayRig rig_;
   const std::string token_ = rig_.addToken("first", 7);
 };
-
-// What the busy client's token has with the library when the others ask is all that they wait for; then it is one of
-// each in turn.
-TEST_F(LimitsTest, ServeTokensInTurn) {
-  Phone busy = login(token_);
-  const Phone calm = login(rig_.addToken("calm", 1));
-  const Phone other = login(rig_.addToken("other", 1));
-  ask(busy, "[1]", 200);
-  std::deque<std::string> got;
-  std::vector<AgentCall> calls = takeCalls();
-  ASSERT_LT(calls.size(), 190U);
-  const size_t before = calls.size();
-  ask(calm, "[2]", 3);
-  ask(other, "[3]", 3);
-  while (got.size() < before + 9) {
-    for (AgentCall& call : takeCalls()) calls.push_back(std::move(call));
-    while (calls.empty()) calls.push_back(rig_.agent().take().value());
-    answer(calls.front());
-    got.push_back(calls.front().data);
-    calls.erase(calls.begin());
-  }
-  EXPECT_EQ(std::count(got.begin(), got.end(), "[2]"), 3) << testing::PrintToString(got);
-  EXPECT_EQ(std::count(got.begin(), got.end(), "[3]"), 3) << testing::PrintToString(got);
-
-  // Its requests that wait are dropped with its connection.
-  busy.reset();
-  EXPECT_TRUE(
-      holdsSoon([this] { return get(rig_.port(), "/metrics").find("requests_waiting 0\n") != std::string::npos; }));
-  for (AgentCall& call : takeCalls()) calls.push_back(std::move(call));
-  EXPECT_LE(calls.size(), before);
-  for (const AgentCall& call : calls) answer(call);
-  ask(calm, "[4]", 1);
-  EXPECT_EQ(rig_.agent().take().value().data, "[4]");
-}
 
 TEST_F(LimitsTest, HoldEightMebibytesOfATokensRequests) {
   const Phone busy = login(token_);
@@ -113,7 +72,7 @@ TEST_F(LimitsTest, LetTheOldestWithoutALoginGiveWay) {
   RawSocket idle(rig_.port());
   std::deque<WireClient> silent;
   while (silent.size() < 255) silent.emplace_back(rig_.port(), "127.0.0.1");
-  EXPECT_THAT(get(rig_.port(), "/metrics"), HasSubstr("refusals_total{reason=\"connection\"} 2\n"));
+  EXPECT_THAT(httpGet(rig_.port(), "/metrics"), HasSubstr("refusals_total{reason=\"connection\"} 2\n"));
   EXPECT_EQ(idle.readToEnd(), "");
   EXPECT_THROW(silent[0].receive(), std::runtime_error);
   EXPECT_FALSE(silent[1].sync());
@@ -124,9 +83,10 @@ TEST_F(LimitsTest, LetTheOldestWithoutALoginGiveWay) {
   for (std::string token = token_; clients.size() < 256; clients.push_back(login(token))) {
     if (clients.size() % 85 == 0) token = rig_.addToken(fmt::format("t{}", clients.size()), 1);
   }
-  EXPECT_EQ(get(rig_.port(), "/health/live?from=here"), "");
+  EXPECT_EQ(httpGet(rig_.port(), "/health/live?from=here"), "");
   clients.pop_front();
-  EXPECT_TRUE(holdsSoon([this] { return get(rig_.port(), "/health/live?from=here").starts_with("HTTP/1.1 200 "); }));
+  EXPECT_TRUE(
+      holdsSoon([this] { return httpGet(rig_.port(), "/health/live?from=here").starts_with("HTTP/1.1 200 "); }));
 }
 
 // A client that is closed gets first what was queued for it.
@@ -158,7 +118,7 @@ TEST(Network, OfAnIpv6ClientIsWhole) {
 
 // An idle gateway writes every five seconds, so it sees a full disk, and its end.
 TEST_F(LimitsTest, SeeAFullDisk) {
-  const auto isReady = [this] { return get(rig_.port(), "/health/ready").starts_with("HTTP/1.1 200 "); };
+  const auto isReady = [this] { return httpGet(rig_.port(), "/health/ready").starts_with("HTTP/1.1 200 "); };
   EXPECT_TRUE(isReady());
   disk_.arm({.name = "full", .lasts = true, .full = true, .share = 0}, 1);
   rig_.advance(std::chrono::seconds(6));

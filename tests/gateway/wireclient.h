@@ -5,10 +5,12 @@
 #include <string>
 #include <string_view>
 
+#include "tests/support/rawsocket.h"
+
 namespace orvane::test {
 
 // A client of the gateway made of a socket and nothing else: it shares no code with the terminal. No call waits longer
-// than ten seconds, and each throws std::runtime_error if the wait ends without what it is for. One thread.
+// than 60 seconds, and each throws std::runtime_error if the wait ends without what it is for. One thread.
 class WireClient {
  public:
   // What the gateway sent: one text frame, or its last, the close frame.
@@ -20,9 +22,6 @@ class WireClient {
 
   // Connects from an address of the network 127.0.0.0/8 and becomes a WebSocket.
   WireClient(uint16_t port, const std::string& from);
-  ~WireClient();
-  WireClient(const WireClient&) = delete;
-  WireClient& operator=(const WireClient&) = delete;
 
   // Sends a text frame. Does nothing once the gateway has closed the connection.
   void send(std::string_view text);
@@ -40,18 +39,13 @@ class WireClient {
     std::string payload;
   };
 
-  void fill(size_t bytes);
-  void write(std::string_view bytes);
+  std::string read(size_t count);
   Frame readFrame();
-  bool keep(Frame frame);
+  bool keep(Frame got);
 
-  int socket_;
-  std::string buffer_;        // received, no whole frame yet
+  RawSocket socket_;
   std::deque<Message> kept_;  // received, not returned yet
   bool isClosed_ = false;     // the close frame has come
 };
-
-// The answer to a GET, with its head.
-std::string get(uint16_t port, const std::string& path);
 
 }  // namespace orvane::test

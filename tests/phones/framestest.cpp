@@ -37,6 +37,8 @@ TEST_F(PhonesTest, RefusesFramesWithTheReason) {
        "the frame cannot be read: A NUL follows the value." + hint},
       {R"({"id":7,"id":8,"topic":"x"})", "7", "", R"(the frame cannot be read: "id" appears twice, at byte 12)" + hint},
       {R"({"topic":"x","id":[7]})", "null", "x", R"(the frame's "id" must be a string or a number, not an array)"},
+      {R"({ "id" : 1.50e+3 })", "1.50e+3", "", R"(the frame's "topic" must be a string, not nothing)"},  // as written
+      {R"({"id":"a\"\u4e2d,"})", R"("a\"\u4e2d,")", "", R"(the frame's "topic" must be a string, not nothing)"},
       {R"({"id":7})", "7", "", R"(the frame's "topic" must be a string, not nothing)"},
       {R"({"id":7,"topic":null})", "7", "", R"(the frame's "topic" must be a string, not null)"},
       {R"({"id":7,"topic":"x","token":{}})", "7", "x", R"(the frame's "token" must be a string, not an object)"},

@@ -14,31 +14,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-TEST_F(PhonesTest, AdmitsARightToken) {
-  const auto session = login(token_);
-  ASSERT_THAT(session->sent, SizeIs(1));
-  EXPECT_THAT(session->sent[0], HasSubstr(R"("data":{"name":"first","rights":["see","cancel","trade"])"));
-  EXPECT_TRUE(session->isAdmitted);
-  advance(1min);
-  EXPECT_FALSE(session->isClosing());
-}
-
-TEST_F(PhonesTest, EndsTheTimeForTheLogin) {
-  const auto session = connect();
-  advance(9999ms);
-  EXPECT_FALSE(session->isClosing());
-  advance(1ms);
-  EXPECT_EQ(session->closeCode(), CloseCode::NoLogin);
-}
-
-TEST_F(PhonesTest, RefusesRequestsBeforeTheLogin) {
-  const auto session = connect();
-  send(session, R"({"id":1,"topic":"account.list"})");
-  EXPECT_THAT(session->sent, ElementsAre(HasSubstr("log in first")));
-  EXPECT_EQ(session->closeCode(), CloseCode::NoLogin);
-  EXPECT_THAT(agent_->requests, IsEmpty());
-}
-
 TEST_F(PhonesTest, DelaysTheAnswerToAWrongToken) {
   const auto session = login("guess");
   send(session, fmt::format(R"({{"id":2,"topic":"login","token":"{}"}})", token_));
@@ -90,17 +65,6 @@ TEST_F(PhonesTest, LimitsTheConnectionsOfAToken) {
   EXPECT_EQ(oneMore->closeCode(), CloseCode::TooMany);
   hangUp(sessions.front());
   EXPECT_TRUE(login(token_)->isAdmitted);
-}
-
-TEST_F(PhonesTest, ResumesAfterTheLastPushThatWasSeen) {
-  const auto first = login(token_);
-  const std::string epoch = first->sent[0].substr(first->sent[0].find("epoch") + 8, 16);
-  for (const char* data : {"1", "2", "3"}) push(data);
-  const auto again = login(token_, fmt::format(R"(,"resume":{{"epoch":"{}","seq":1}})", epoch));
-  EXPECT_THAT(again->sent, ElementsAre(HasSubstr(R"("seq":3,"resumed":true)"), HasSubstr(R"({"seq":2,)"),
-                                       HasSubstr(R"({"seq":3,)")));
-  const auto stranger = login(token_, R"(,"resume":{"epoch":"0","seq":1})");
-  EXPECT_THAT(stranger->sent, ElementsAre(HasSubstr(R"("resumed":false)")));
 }
 
 TEST_F(PhonesTest, RunsAKeyOnceAndAnswersAllThatSentIt) {
@@ -221,16 +185,6 @@ TEST_F(PhonesTest, RefusesWithoutAnAgent) {
   phones_.agent().attach(agent_, &handle_);
   order(session, 2, "a17");
   EXPECT_THAT(agent_->requests, SizeIs(1));
-}
-
-TEST_F(PhonesTest, ClosesTheClientsOfARevokedTokenAtOnce) {
-  const std::string other = terminal::addToken(db_, "other", terminal::Rights::all());
-  const auto session = login(other);
-  const auto kept = login(token_);
-  terminal::revokeToken(db_, "other");
-  advance(100ms);
-  EXPECT_EQ(session->closeCode(), CloseCode::NotEntitled);
-  EXPECT_FALSE(kept->isClosing());
 }
 
 TEST_F(PhonesTest, SendsOnlyWhileItsServerRuns) {

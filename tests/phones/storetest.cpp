@@ -168,21 +168,6 @@ TEST_F(StoreTest, SumsUpRefusals) {
   EXPECT_THAT(audit(), HasSubstr("1 more requests of this token were refused within a second"));
 }
 
-TEST_F(StoreTest, AuditsTheTimeAtWhichARequestCame) {
-  const auto session = client(token_);
-  const auto reader = client(addToken("reader", "see"));
-  db_.exec("BEGIN IMMEDIATE");
-  order(reader, 1, "k1");
-  order(session, 1, "k1");
-  advance(2s);
-  db_.exec("ROLLBACK");
-  settle();
-  reply(0, "1");
-  const std::string lines = audit();
-  const std::string time = lines.substr(0, lines.find(','));
-  EXPECT_EQ(lines.find(time, 1), lines.find('\n') + 1) << lines;
-}
-
 TEST_F(StoreTest, KeepsAsManyAuditFilesAsItMay) {
   const auto session = client(token_);
   const std::string data = "{\"x\":\"" + std::string(900, 'x') + "\"}";

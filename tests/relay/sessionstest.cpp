@@ -98,6 +98,7 @@ TEST_F(RelaySessions, BringFramesBothWays) {
   ASSERT_EQ(desk->owner.sessions.size(), 1U);
   terminal::Session& far = *desk->owner.sessions[0];
   EXPECT_EQ(far.address(), "10.1.2.3");
+  EXPECT_EQ(far.network(), "10.1.2.3");
   EXPECT_EQ(far.name(), "phone 1 of relay r1");
   say(*session, "second");
   EXPECT_THAT(desk->owner.frames, ElementsAre(HasSubstr(R"("token":"t")"), "second"));

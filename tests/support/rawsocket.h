@@ -7,25 +7,37 @@
 
 namespace orvane::test {
 
-// A TCP connection that sends any bytes. No call waits longer than 30 seconds.
+// A TCP connection that sends any bytes. No call waits longer than 60 seconds; what is sent behind its end is lost.
 class RawSocket {
  public:
-  explicit RawSocket(uint16_t port) {
-    stream_.expires_after(std::chrono::seconds(30));
-    stream_.expires_after(std::chrono::seconds(90));  // for all reads together, so that none waits forever
-    stream_.connect("127.0.0.1", std::to_string(port));
+  // `from` is an address of the network 127.0.0.0/8.
+  explicit RawSocket(uint16_t port, const std::string& from = "127.0.0.1") {
+    using boost::asio::ip::address_v4;
+    using boost::asio::ip::tcp;
+    auto& socket = stream_.socket();
+    boost::system::error_code error;
+    socket.open(tcp::v4());
+    socket.set_option(tcp::no_delay(true));
+    socket.bind({boost::asio::ip::make_address_v4(from), 0});
+    socket.connect({address_v4::loopback(), port}, error);  // without a connection nothing can be read
   }
 
   RawSocket& operator<<(const std::string& bytes) {
+    renew();
     stream_ << bytes << std::flush;
+    stream_.clear();  // what came before can be read all the same
     return *this;
   }
 
   // Everything until the other side closes the connection.
-  std::string readToEnd() { return {std::istreambuf_iterator<char>(stream_), {}}; }
+  std::string readToEnd() {
+    renew();
+    return {std::istreambuf_iterator<char>(stream_), {}};
+  }
 
   // This many bytes, or fewer if the connection ends.
   std::string read(size_t count) {
+    renew();
     std::string bytes(count, '\0');
     stream_.read(bytes.data(), static_cast<std::streamsize>(count));
     bytes.resize(static_cast<size_t>(stream_.gcount()));
@@ -34,13 +46,19 @@ class RawSocket {
 
   // Everything up to and including `end`.
   std::string readUntil(const std::string& end) {
+    renew();
     std::string text;
     for (char c = 0; !text.ends_with(end) && stream_.get(c);) text += c;
     return text;
   }
 
  private:
-  boost::asio::ip::tcp::iostream stream_;
+  void renew() { stream_.expires_after(std::chrono::seconds(60)); }
+
+  using Clock = std::chrono::steady_clock;
+
+  // The stream's usual clock depends on which headers are included before.
+  boost::asio::basic_socket_iostream<boost::asio::ip::tcp, Clock, boost::asio::wait_traits<Clock>> stream_;
 };
 
 inline const std::string kUpgrade =
@@ -55,9 +73,10 @@ inline std::string bigEndian(size_t number, size_t bytes) {
 
 // A WebSocket frame whose mask is all zero.
 inline std::string frame(const std::string& payload, char head = '\x81') {
-  const std::string mask(4, '\0');
-  if (payload.size() < 126) return head + bigEndian(0x80 + payload.size(), 1) + mask + payload;
-  return head + ("\xFE" + bigEndian(payload.size(), 2)) + mask + payload;
+  const size_t size = payload.size();
+  const size_t extended = size < 126 ? 0 : size < 65536 ? 2 : 8;
+  const size_t code = extended == 0 ? size : extended == 2 ? 126 : 127;
+  return head + bigEndian(0x80 + code, 1) + bigEndian(size, extended) + std::string(4, '\0') + payload;
 }
 
 inline RawSocket openWebSocket(uint16_t port) {

@@ -14,60 +14,14 @@
 #include "tests/system/faultydisk.h"
 #include "tests/system/orders.h"
 #include "tests/system/terminalprocess.h"
-#include "tests/system/trouble.h"
 
 namespace orvane::test {
 namespace {
 
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
-using terminal::Client;
-using terminal::Reply;
 using testing::HasSubstr;
 using testing::StartsWith;
-
-// The answer to the request with this id.
-Reply await(Client& phone, const std::string& id) {
-  Reply reply = phone.receive();
-  while (reply.id != id) reply = phone.receive();
-  return reply;
-}
-
-template <typename Held>
-std::unique_ptr<Trouble> hold(const std::filesystem::path& dir) {
-  return std::make_unique<Held>(dir);
-}
-
-TEST(Disk, LocksHoldUpNobodyElseAndNotTheEnd) {
-  struct Row {
-    std::unique_ptr<Trouble> (*hold)(const std::filesystem::path&);
-    std::string message;  // of the order
-    std::string check;    // of the health
-    std::string status;
-  };
-  const std::vector<Row> rows{
-      {hold<DatabaseLock>, "gateway.db: database is locked; end the program that holds it", "gateway:writes", "fail"},
-      {hold<AuditLock>, "", "audit:writes", "warn"},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.check);
-    const TempDir dir;
-    TerminalProcess terminal(dir.path());
-    const auto trader = terminal.login();
-    const auto other = terminal.login();
-    const auto lock = row.hold(dir.path());
-    const std::string check = '"' + row.check + R"(":[{"status":")" + row.status;
-    EXPECT_TRUE(holdsSoon([&] { return httpGet(terminal.port(), "/health").find(check) != std::string::npos; }))
-        << "an idle terminal notices, too";
-    const auto sent = Clock::now();
-    trader->send(orderFrame("k1"));
-    EXPECT_EQ(other->request("account.list").message, "");
-    EXPECT_LT(Clock::now() - sent, 3s) << "as long as the order waits for the lock";
-    EXPECT_THAT(await(*trader, "\"k1\"").message, HasSubstr(row.message));
-    trader->send(orderFrame("k2"));
-    EXPECT_EQ(terminal.stop(), 0);
-  }
-}
 
 // A disk that answers no write: lists are served, and the terminal ends in time without it.
 TEST(Disk, ThatHangsHoldsUpNoListAndNotTheEnd) {

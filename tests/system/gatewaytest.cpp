@@ -31,33 +31,6 @@ TEST_F(GatewayTest, EndsItsSessionsAndKeepsItsDatabasePrivate) {
               HasSubstr("[INFO] Gateway phone 1 is logged in as first from 127.0.0.1\n"));
 }
 
-// The id is repeated as it was written.
-TEST_F(GatewayTest, RepeatsTheIdOfAFrame) {
-  struct Row {
-    std::string frame;
-    std::string id;
-    std::string topic;
-    std::string message;
-  };
-  const std::vector<Row> rows{
-      {R"({ "id" : 1.50e+3 , "topic":"order.condition.list"})", "1.50e+3", "order.condition.list", "暂不支持条件单"},
-      {R"({"topic":"order.condition.list","id":"a\"\u4e2d,"})", R"("a\"\u4e2d,")", "order.condition.list",
-       "暂不支持条件单"},
-      {R"({"topic":"order.condition.list"})", "null", "order.condition.list", "暂不支持条件单"},
-      {R"({"id":7,"topic":"capital.list"})", "7", "unknown.topic", "invalid json string"},
-  };
-  const auto phone = terminal_.login();
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.frame);
-    phone->send(row.frame);
-    const Reply reply = phone->receive();
-    EXPECT_EQ(reply.id, row.id);
-    EXPECT_EQ(reply.topic, row.topic);
-    EXPECT_EQ(reply.message, row.message);
-    EXPECT_EQ(reply.data, "null");
-  }
-}
-
 TEST_F(GatewayTest, CallTellsTheOutcome) {
   struct Row {
     std::vector<std::string> arguments;

@@ -72,17 +72,5 @@ TEST(Log, OnAFullDisk) {
   EXPECT_EQ(terminal.stop(), 0);
 }
 
-TEST(Log, ThatCannotBeOpened) {
-  const TempDir dir;
-  TerminalProcess terminal(dir.path(), {"--log", (dir.path() / "none" / "x.log").string()});
-  EXPECT_EQ(terminal.login()->request("account.list").message, "");
-  EXPECT_TRUE(holdsSoon(
-      [&] { return httpGet(terminal.port(), "/health").find("are lost: No such file") != std::string::npos; }));
-  std::filesystem::create_directory(dir.path() / "none");
-  terminal.login();
-  EXPECT_TRUE(holdsSoon([&] { return httpGet(terminal.port(), "/health").find("are lost") == std::string::npos; }));
-  EXPECT_EQ(terminal.stop(), 0);
-}
-
 }  // namespace
 }  // namespace orvane::test
