@@ -10,12 +10,12 @@
 #include "terminal/relay/terminalport.h"
 #include "tests/relay/cluster.h"
 
-namespace orvane::test {
+namespace orvane::bench {
 
-// A terminal in the test's own process that answers each frame with as many bytes as the number after its "size":.
+// A terminal in this process that answers each frame with the same reply.
 class EchoHost : public terminal::ISessionOwner {
  public:
-  EchoHost(const Cluster& cluster, const std::string& name, size_t maxSessions = 256)
+  EchoHost(const test::Cluster& cluster, const std::string& name, size_t maxSessions)
       : link_(loop_, {cluster.urlList(), terminal::relay::readCredentials(cluster.credentials(name))}),
         port_(loop_, link_, *this, {.name = name, .limits = {.maxSessions = maxSessions}, .onRefused = [] {}}) {
     port_.start();
@@ -29,11 +29,8 @@ class EchoHost : public terminal::ISessionOwner {
   EchoHost& operator=(const EchoHost&) = delete;
 
   void onOpened(std::shared_ptr<terminal::Session> session) override { sessions_.push_back(std::move(session)); }
-  void onFrame(terminal::Session& session, std::string_view text) override {
-    const size_t at = text.find("\"size\":");
-    const size_t size = at == std::string_view::npos ? 0 : std::stoul(std::string(text.substr(at + 7, 9)));
-    session.send(std::make_shared<const std::string>(R"({"id":1,"topic":"echo","message":"","data":")" +
-                                                     std::string(size, 'x') + "\"}"));
+  void onFrame(terminal::Session& session, std::string_view /*text*/) override {
+    session.send(std::make_shared<const std::string>(R"({"id":1,"topic":"echo","message":"","data":""})"));
   }
   void onClosed(terminal::Session& session) override {
     std::erase_if(sessions_, [&](const auto& each) { return each.get() == &session; });
@@ -46,4 +43,4 @@ class EchoHost : public terminal::ISessionOwner {
   std::vector<std::shared_ptr<terminal::Session>> sessions_;
 };
 
-}  // namespace orvane::test
+}  // namespace orvane::bench

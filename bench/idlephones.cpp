@@ -20,7 +20,7 @@ double idlePhoneMemory(const test::Cluster& cluster, bool hasTls) {
   const test::TempDir folder;
   const Server relay = startRelay(cluster, "r1", folder.path(), cluster.urls(),
                                   hasTls ? std::vector<std::string>{"--tls-self"} : std::vector<std::string>{});
-  const test::EchoHost host(cluster, kTerminal, kPhones + 1);
+  const EchoHost host(cluster, kTerminal, kPhones + 1);
   terminal::ClientOptions options;
   if (hasTls) options.certificate = folder.path() / "tls.crt";
   const std::string login = test::loginFrame(kTerminal, "t");
