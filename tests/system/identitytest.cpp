@@ -82,8 +82,8 @@ TEST_F(IdentityTest, TellsMistakes) {
     const bool hasData = row.arguments.size() > 2 && row.arguments[row.arguments.size() - 2] == "--data";
     check(row, hasData ? runTerminal(row.arguments) : run(row.arguments));
   }
-  SQLite::Database(data() / "gateway.db", SQLite::OPEN_READWRITE).exec("PRAGMA user_version = 3");
-  check({{}, 1, "gateway.db: its version is 3, this program reads version 2"}, run({"token", "list"}));
+  SQLite::Database(data() / "gateway.db", SQLite::OPEN_READWRITE).exec("PRAGMA user_version = 4");
+  check({{}, 1, "gateway.db: its version is 4, this program reads version 3"}, run({"token", "list"}));
 }
 
 // Root makes the first token of a terminal that will run as a service.
