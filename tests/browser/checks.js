@@ -32,16 +32,11 @@ const textsOf = (element) =>
 // A text that leaves its row, its control or a box that cuts what is beyond it. Only upwards and downwards may a box
 // scroll.
 const cutters = new Map();
-const cutter = (element) => {
-  if (!cutters.has(element)) cutters.set(element, findCutter(element));
-  return cutters.get(element);
-};
-const findCutter = (element) => {
-  for (let box = element; box !== null && box !== document.body; box = box.parentElement) {
-    const { overflowX } = getComputedStyle(box);
-    if (overflowX !== "visible" || box.matches(".row, button, .tag, .cell")) return box;
-  }
-  return document.documentElement;
+const cuts = (box) => getComputedStyle(box).overflowX !== "visible" || box.matches(".row, button, .tag, .cell");
+const cutter = (box) => {
+  if (box === null || box === document.body) return document.documentElement;
+  if (!cutters.has(box)) cutters.set(box, cuts(box) ? box : cutter(box.parentElement));
+  return cutters.get(box);
 };
 const checkText = (element, text) => {
   const range = document.createRange();
@@ -68,12 +63,14 @@ const widthOf = (input) => {
 
 if (document.documentElement.scrollWidth > innerWidth) say("wider than the screen", document.body);
 for (const element of document.body.querySelectorAll("*")) {
-  if (!isSeen(element)) continue;
-  for (const text of textsOf(element)) checkText(element, text);
+  const texts = textsOf(element);
+  const isControl = element.matches("a, button, select, input, summary");
+  if ((texts.length === 0 && !isControl) || !isSeen(element)) continue;
+  for (const text of texts) checkText(element, text);
   if (element.matches("input:not([type])") && widthOf(element) > element.offsetWidth) say("cut in its field", element);
   if (only === "fit" || element.closest(":disabled")) continue;
   const style = getComputedStyle(element);
-  if (textsOf(element).length > 0 || element.matches("input, select")) {
+  if (texts.length > 0 || element.matches("input, select")) {
     const points = parseFloat(style.fontSize) * 0.75;
     const isLarge = points >= 18 || (points >= 14 && style.fontWeight >= 700);
     const needed = isLarge ? 3 : 4.5;
@@ -85,6 +82,6 @@ for (const element of document.body.querySelectorAll("*")) {
   const target = element.matches("input") ? (element.closest("label") ?? element) : element;
   const size = target.getBoundingClientRect();
   const isSmall = Math.min(size.width, size.height) < 43.9;
-  if (isSmall && element.matches("a, button, select, input, summary")) say("too small to touch", element);
+  if (isSmall && isControl) say("too small to touch", element);
 }
 return faults;

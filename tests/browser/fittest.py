@@ -20,6 +20,7 @@ LARGE = """
 # The narrowest phones, a usual one and a large one. No style depends on the width below a tablet's, so what fits these
 # fits those between. Widths next to each other differ, as rows are measured anew for each.
 SIZES = ((360, 16), (288, 16), (412, 24), (288, 24))
+ENDS = (SIZES[0], SIZES[-1])  # what fits these in another language, or in a dialog of the same parts, fits the others
 TABLES = "positions quotes orders orders/fills monitor monitor/sync monitor/manual".split()
 TALL = 2400  # all rows of a view are in sight
 
@@ -45,12 +46,12 @@ class FitTest(PageTest):
         if picture := {"positions": ".spark", "quotes": ".spark", "assets/classes": ".bars"}.get(view):
             self.see(picture)
 
-    # Whether what is there fits, at each size. Begins with a usual one, at which all else is checked if `isAll`.
-    def note(self, name, height=740, sizes=SIZES, isAll=False):
+    # Whether what is there fits, at each size. All else is checked at the first.
+    def note(self, name, sizes=ENDS, height=740):
         for width, root in sizes:
             self.run_js("document.documentElement.style.fontSize = arguments[0] + 'px'", root)
             resize(self.browser, width, height)
-            faults = self.run_js(CHECKED, width, "" if isAll and (width, root) == sizes[0] else "fit")
+            faults = self.run_js(CHECKED, width, "" if (width, root) == sizes[0] else "fit")
             self.assertEqual([], faults, f"{name} at {width} pixels and {root} for a letter")
         self.run_js("document.documentElement.style.fontSize = ''")
         resize(self.browser, 360, 740)
@@ -60,46 +61,46 @@ class FitTest(PageTest):
         self.gone("dialog")
 
     def test_nothing_is_cut_and_everything_can_be_read_and_touched(self):
-        for language, theme in (("en", "light"), ("zh", "dark")):
+        for language, theme, sizes in (("en", "light", SIZES), ("zh", "dark", ENDS)):
             with self.subTest(language=language, theme=theme):
-                self.walk(language, theme)
+                self.walk(language, theme, sizes)
 
-    def walk(self, language, theme):
+    def walk(self, language, theme, sizes):
         self.load(language, theme)
         for view in VIEWS:
             self.show(view)
             self.run_js("for (const details of document.querySelectorAll('details')) details.open = true")
-            self.note(view, TALL, isAll=True)
+            self.note(view, sizes, TALL)
             if view != "quotes" and self.found("button.row-main"):  # a tap on a quote fills in the ticket
                 self.tap("button.row-main")
                 self.see("dialog .panel-body")
-                self.note(f"{view} row", isAll=True)
+                self.note(f"{view} row", sizes)
                 self.back()
         self.show("monitor/sync")
         self.tap(".row label")
         self.tap(".stick")
         self.see("dialog .asked")
-        self.note("sync question", isAll=True)
+        self.note("sync question", sizes)
         self.back()
         self.tap(".tab.trade")
         self.see(".found [role=option]")
-        self.note("instruments", isAll=True)
+        self.note("instruments", sizes)
         self.tap(".found [role=option]", "rb2701")
         self.see("dialog .facts")
         self.wait(lambda: "–\n" not in self.see("dialog .facts").text, "no rates")
         self.fill("volume", "123456")
         self.see("dialog .facts", "123,456")
-        self.note("filled ticket", isAll=True)
+        self.note("filled ticket", sizes)
         self.tap("dialog .primary")
         self.see("dialog .confirm")
-        self.note("confirmation", isAll=True)
+        self.note("confirmation", sizes)
 
     # Opens a dialog by a button of the page or of the dialog before, and checks it.
     def opens(self, selector, text, sign, isLast=True):
         self.tap(selector, text)
         self.see(f"dialog {sign}")
         self.gone("dialog .stale")
-        self.note(f"{text} {sign}", sizes=((360, 16), (288, 24)))
+        self.note(f"{text} {sign}")
         if isLast:
             self.go("settings")
             self.gone("dialog")
