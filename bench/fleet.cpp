@@ -189,21 +189,16 @@ class Cost {
  public:
   Cost(const test::Cluster& cluster, const std::vector<const Server*>& relays) : cluster_(cluster), relays_(relays) {
     relayBegin_ = relayTime();
-    serverBegin_ = serverTime();
+    serverBegin_ = serversTime(cluster_);
   }
 
   double relays() const { return relayTime() - relayBegin_; }
-  double servers() const { return serverTime() - serverBegin_; }
+  double servers() const { return serversTime(cluster_) - serverBegin_; }
 
  private:
   double relayTime() const {
     double sum = 0;
     for (const Server* each : relays_) sum += each->processorTime();
-    return sum;
-  }
-  double serverTime() const {
-    double sum = 0;
-    for (size_t i = 0; i < test::Cluster::kServers; ++i) sum += processorTime(cluster_.pidOfServer(i));
     return sum;
   }
 

@@ -24,7 +24,6 @@ namespace orvane::bench {
 namespace {
 
 constexpr size_t kOthers = 20;
-constexpr size_t kClients = 80;     // fewer than one token may open
 constexpr size_t kRequests = 1000;  // of one slice
 
 // The ratio to it is the figure itself, in this unit.
@@ -86,6 +85,14 @@ std::vector<Figure> relayFigures() {
   };
 }
 
+// What a request costs at each hop.
+std::string hops() {
+  const RelayDesk desk;
+  return "| Processor time of a request | Relay | NATS servers together | Terminal |\n|---|---|---|---|\n" +
+         desk.requestCost("capital.list, 4 accounts", desk.exchange("capital.list", "[1,2,3,4]")) +
+         desk.requestCost("position.list, 20 rows", desk.exchange("position.list", selectorOfRows(20))) + "\n";
+}
+
 struct Options {
   std::string filter;
   size_t rounds = 0;  // 0: as many as each figure has by itself
@@ -105,7 +112,8 @@ int run(const Options& options) {
     allHold = holds(figure, figures.back().result) && allHold;
   }
   const std::string fleet = options.wants("fleet") ? measureFleet(options.fleet) : std::string();
-  fmt::print("{}{}{}", machineText(), figureTable(figures), fleet);
+  const std::string hopTable = options.wants("hops") ? hops() : std::string();
+  fmt::print("{}{}{}{}", machineText(), figureTable(figures), hopTable, fleet);
   return options.check && !allHold ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 
@@ -116,9 +124,9 @@ int main(int argc, char** argv) try {
   orvane::bench::Options options;
   CLI::App app(
       "Measures phones behind pocket-relay and three NATS servers, all on this machine. Prints Markdown tables; "
-      "progress "
-      "goes to standard error.");
-  app.add_option("--filter", options.filter, "Only figures whose name contains this text, or the table \"fleet\"");
+      "progress goes to standard error.");
+  app.add_option("--filter", options.filter,
+                 "Only figures whose name contains this text, or one of the tables \"hops\" and \"fleet\"");
   app.add_option("--rounds", options.rounds, "Rounds of each figure; by default as many as it needs");
   app.add_flag("--check", options.check, "Exit with 1 if a figure misses what it must reach");
   app.add_option("--phones", options.fleet.phones, "Phones of the fleet")->capture_default_str();

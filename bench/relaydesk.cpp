@@ -1,9 +1,12 @@
 #include "bench/relaydesk.h"
 
+#include <array>
 #include <chrono>
 #include <exception>
 #include <stdexcept>
 #include <thread>
+
+#include <fmt/format.h>
 
 #include "bench/figure.h"
 
@@ -39,6 +42,12 @@ Server startRelay(const test::Cluster& cluster, const std::string& name, const s
   return {POCKET_RELAY, arguments};
 }
 
+double serversTime(const test::Cluster& cluster) {
+  double sum = 0;
+  for (size_t i = 0; i < test::Cluster::kServers; ++i) sum += processorTime(cluster.pidOfServer(i));
+  return sum;
+}
+
 RelayDesk::RelayDesk()
     : near_(nearDesk_.start("still")),
       relay_(startRelay(cluster_, "r1", folder_.path(), cluster_.urlList()[1])),
@@ -51,6 +60,18 @@ Exchange RelayDesk::exchange(std::string_view topic, std::string_view body) cons
   Exchange direct = exchangeWith(near_, nearDesk_.login(), topic, body);
   requireEqual(exchangeWith(relay_, farLogin_, topic, body).reply, direct.reply);
   return direct;
+}
+
+std::string RelayDesk::requestCost(std::string_view name, const Exchange& exchange) const {
+  constexpr size_t kRequests = 20'000;
+  Clients clients = relayed(kClients, exchange);
+  clients.load(kClients);
+  const auto times = [this] { return std::array{relay_.processorTime(), serversTime(cluster_), far_.processorTime()}; };
+  const auto begin = times();
+  clients.load(kRequests);
+  const auto end = times();
+  const auto part = [&](size_t i) { return (end.at(i) - begin.at(i)) / kRequests / 1e3; };
+  return fmt::format("| {} | {:.0f} µs | {:.0f} µs | {:.0f} µs |\n", name, part(0), part(1), part(2));
 }
 
 Clients RelayDesk::direct(size_t count, const Exchange& exchange) const { return {near_.port(), count, exchange}; }

@@ -1,6 +1,7 @@
 #include "tests/relay/cluster.h"
 
 #include <boost/process/args.hpp>
+#include <boost/process/extend.hpp>
 #include <boost/process/io.hpp>
 #include <boost/process/start_dir.hpp>
 #include <chrono>
@@ -10,6 +11,7 @@
 
 #include <SQLiteCpp/Database.h>
 #include <fmt/format.h>
+#include <linux/close_range.h>
 #include <unistd.h>
 
 #include "tests/support/holdssoon.h"
@@ -26,16 +28,24 @@ constexpr uint16_t kFirstPort = 14222;
 
 std::vector<std::string> terminalArguments(const Cluster& cluster, const std::string& name,
                                            const std::filesystem::path& dir) {
-  return {"--quotes",     "still",  "--data", dir.string(),          "--relay",
-          cluster.urls(), "--name", name,     "--relay-credentials", cluster.credentials(name).string()};
+  return {"--data",
+          dir.string(),
+          "--relay",
+          cluster.urls(),
+          "--name",
+          name,
+          "--relay-credentials",
+          cluster.credentials(name).string()};
 }
 
 }  // namespace
 
+// Without the test's own sockets: a connection that a phone closes would stay open in the program.
 Program::Program(const std::string& path, const std::vector<std::string>& arguments,
                  const std::filesystem::path& folder)
     : process_(path, process::args(arguments), process::start_dir(folder.string()),
-               (process::std_out & process::std_err) > output_) {}
+               (process::std_out & process::std_err) > output_,
+               process::extend::on_exec_setup([](auto& /*executor*/) { close_range(3, ~0U, CLOSE_RANGE_CLOEXEC); })) {}
 
 Program::~Program() {
   if (process_.valid() && process_.running()) end(SIGKILL);

@@ -82,7 +82,8 @@ class RelayProcess {
 // pocket-terminal behind the relays, which listens nowhere.
 class FarTerminal {
  public:
-  FarTerminal(const Cluster& cluster, const std::string& name, std::vector<std::string> options = {});
+  FarTerminal(const Cluster& cluster, const std::string& name,
+              std::vector<std::string> options = {"--quotes", "still"});
 
   const std::string& name() const { return name_; }
   const std::string& token() const { return token_; }  // with all rights

@@ -1,4 +1,7 @@
 #include <array>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/read_until.hpp>
+#include <boost/asio/write.hpp>
 #include <chrono>
 #include <csignal>
 #include <memory>
@@ -114,6 +117,50 @@ TEST_F(RelayCluster, CarriesLongRepliesPastASlowPhone) {
   const auto slow = login();
   slow->send(R"({"id":1,"topic":"monitor.list","data":)" + accounts + "]}");
   EXPECT_GT(login()->request("monitor.list", accounts + "]").data.size(), size_t{5} << 20);
+}
+
+// What a terminal serves by itself comes through a relay too, compressed if the phone takes that.
+TEST_F(RelayCluster, CarriesHistoryPricesAndCompression) {
+  const FarTerminal desk(*cluster_, "t4", {"--quotes", "walk"});
+  const auto phone = loginThrough(relay1_->port(), "t4", desk.token());
+  EXPECT_THAT(phone->request("equity.list", R"({"index":1,"from":0,"to":9000000000000,"points":5})").data,
+              HasSubstr("\"equity\""));
+  EXPECT_THAT(phone->request("quote.curve", R"({"hashCodes":[1000001],"points":5})").data, HasSubstr("\"prices\""));
+  EXPECT_THAT(phone->request("quote.watch", "[1000001]").data, HasSubstr("\"hashCode\":1000001"));
+  EXPECT_THAT(phone->waitPush("quote.push").data, HasSubstr("\"hashCode\":1000001"));
+
+  boost::asio::io_context io;
+  boost::asio::ip::tcp::socket socket(io);
+  socket.connect({boost::asio::ip::address_v4::loopback(), relay1_->port()});
+  std::string received;
+  const auto ask = [&](const std::string& bytes, const std::string& end) {
+    boost::asio::write(socket, boost::asio::buffer(bytes));
+    boost::asio::read_until(socket, boost::asio::dynamic_buffer(received), end);
+  };
+  const auto frame = [](const std::string& text) {
+    return "\x81" + std::string(1, static_cast<char>(0x80 + text.size())) + std::string(4, '\0') + text;
+  };
+  ask("GET /ws HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: "
+      "13\r\n"
+      "Sec-WebSocket-Key: AAAAAAAAAAAAAAAAAAAAAA==\r\nSec-WebSocket-Extensions: permessage-deflate\r\n\r\n",
+      "permessage-deflate");
+  ask(frame(loginFrame("t4", desk.token())), "rights");
+  ask(frame(R"({"id":2,"topic":"quote.list"})"), "\xC1\x7E");  // the head of a long compressed frame
+}
+
+// Not even a server that is stopped keeps the sockets' thread waiting, and what was sent meanwhile arrives.
+TEST_F(RelayCluster, SendsPastAServerThatIsStopped) {
+  const std::vector<std::string> urls = cluster_->urlList();
+  const std::string subject = upSubject({"t1", "test"}, {"r2", "test"});
+  Listening receiver({urls[0]}, readCredentials(cluster_->credentials("t1")), {subject});
+  Listening sender({urls[2]}, readCredentials(cluster_->credentials("r2")), {});
+  ASSERT_TRUE(holdsSoon([&] { return receiver.isUp() && sender.isUp(); }));
+  cluster_->server(2).send(SIGSTOP);
+  for (int i = 0; i < 500; ++i) sender.publish(subject, std::string(60'000, static_cast<char>('a' + i % 26)));
+  EXPECT_EQ(sender.fault(), "");  // which the thread answers
+  cluster_->server(2).send(SIGCONT);
+  EXPECT_TRUE(holdsSoon([&] { return receiver.heard().size() == 500; })) << receiver.heard().size();
+  EXPECT_EQ(receiver.heard().back().bytes.front(), 'a' + 499 % 26);
 }
 
 TEST_F(RelayCluster, RefusesASecondTerminalOfTheName) {

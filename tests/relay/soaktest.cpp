@@ -34,7 +34,7 @@ struct Size {
 
 Size sizeOf(std::chrono::seconds time) {
   if (time < 60s) return {8, 40ms, {1s}};
-  return {100, 4000ms, {1s, 4s, 12s, 30s}};
+  return {100, 1000ms, {1s, 4s, 12s, 30s}};
 }
 constexpr int kShort = 20;  // seconds of the test
 constexpr const char* kUnknown = "the outcome of this request is not known";
@@ -161,7 +161,7 @@ TEST(RelaySoak, LosesAndDoublesNoOrder) {
   Cluster cluster(false);
   auto relay1 = std::make_unique<RelayProcess>(cluster, "r1");
   auto relay2 = std::make_unique<RelayProcess>(cluster, "r2");
-  FarTerminal desk(cluster, "t1", {"--max-connections", "400"});
+  FarTerminal desk(cluster, "t1", {"--quotes", "still", "--max-connections", "400"});
   desk.program().end(SIGTERM);
   desk.giveFunds();
   desk.restart(cluster);
