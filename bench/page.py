@@ -219,7 +219,8 @@ def main():
                 continue
             ours, plain = prepare(desk)
             rounds = [(ours(), plain()) for _ in range(options.rounds + 1)][1:]  # the first one warms up
-            ratios = statistics.quantiles([each / other for each, other in rounds], n=4, method="inclusive")
+            values = [our / other for our, other in rounds]
+            ratios = statistics.quantiles(values, n=4, method="inclusive") if len(values) > 1 else values * 3
             times = [f"{statistics.median(side):.3g} ms" for side in zip(*rounds)]
             print(f"| page, {name} | {yardstick} | {times[0]} | {times[1]} | **{ratios[1]:.2f}** "
                   f"({ratios[0]:.2f}–{ratios[2]:.2f}) | ≤ {must:.2f} | ≤ {aim:.2f} |", flush=True)
