@@ -37,11 +37,11 @@ async function replaceOld() {
   if (pages.length === 1) await skipWaiting();
 }
 
-// A tap on a notification leads to its fill.
-async function openFill(fill) {
+// A tap on a notification leads to its fill or its instrument.
+async function follow(address) {
   const [page] = await clients.matchAll({ type: "window", includeUncontrolled: true });
-  if (page === undefined) return clients.openWindow(`/#/orders/fills+${encodeURIComponent(`row=${fill}`)}`);
-  page.postMessage(fill);
+  if (page === undefined) return clients.openWindow(`/${address}`);
+  page.postMessage(address);
   return page.focus();
 }
 
@@ -55,5 +55,5 @@ addEventListener("fetch", (event) => {
 addEventListener("message", (event) => event.waitUntil(replaceOld())); // a page says that it has loaded
 addEventListener("notificationclick", (event) => {
   event.notification.close();
-  event.waitUntil(openFill(event.notification.data));
+  event.waitUntil(follow(event.notification.data));
 });

@@ -132,6 +132,12 @@ class FitTest(PageTest):
                 self.show("orders")
                 self.opens(".row-main", "", ".actions", False)
                 self.opens("dialog .actions .primary", "", ".quotes")
+                self.show("quotes")
+                self.opens(".row .bell", "", "#alert-price", False)
+                self.fill("alert-price", "234.565" if language == "en" else "234.57")
+                self.opens("dialog .primary", "", ".alert")
+                self.show("quotes")
+                self.opens(".list-head .bell", "", ".alert")
                 for button in (".tools button.small", ".row-actions button", ".row-actions button:last-child"):
                     self.show("monitor/manual")
                     self.opens(button, "", ".actions")

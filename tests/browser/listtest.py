@@ -100,6 +100,45 @@ class ListTest(PageTest):
         self.gone("dialog")
         self.terminal.call("quote.set", {"hashCode": 1000001, "price": 3325})
 
+    def test_an_alert_is_set_and_shown_once_even_if_it_fires_while_the_page_is_closed(self):
+        bell = ".row .bell[aria-label^='Alerts: 螺纹钢2701']"
+        def move(price):
+            self.terminal.call("quote.set", {"hashCode": 1000001, "price": price})
+        def cleared(count):
+            self.wait(lambda: self.run_js("return heard.filter((each) => each === 'alert.clear').length") >= count, "not cleared")
+        self.addCleanup(move, 3325)
+        self.go("quotes")
+        self.tap(bell)
+        for price, condition in (("3340", "≥ 3,340"), ("3290", "≤ 3,290"), ("3400", "≥ 3,400")):
+            self.fill("alert-price", price)
+            self.tap("dialog .primary", "Set alert")
+            self.see("dialog .alert", condition)
+        self.tap("dialog .alert [aria-label='Delete alert: ≥ 3,400']")
+        self.wait(lambda: len(self.found("dialog .alert")) == 2, "not deleted")
+        self.fill("alert-price", "3330.5")
+        self.see("dialog .wrong", "a multiple of 1.")
+        self.browser.back()
+        self.gone("dialog")
+        self.see(f"{bell}[aria-label$='2 set'].lit")
+        move(3341)
+        self.see(".notice.alert", "Alert: 螺纹钢2701 ≥ 3,340, reached 3,341 at ")
+        cleared(2)
+        self.open()
+        self.go("quotes")
+        self.see(f"{bell}[aria-label$='1 set']")
+        self.assertEqual([], self.found(".notice"))
+        self.browser.get("about:blank")
+        move(3290)
+        self.open()
+        self.tap("button.notice-text", "Alert: 螺纹钢2701 ≤ 3,290, reached 3,290 at ")
+        self.see("dialog h2", "Alerts: 螺纹钢2701")
+        cleared(1)
+        self.browser.back()
+        self.gone("dialog")
+        self.open()
+        self.go("quotes")
+        self.see(f"{bell}:not(.lit)")
+
     def test_language_and_colours_are_remembered(self):
         self.go("settings")
         color = "return getComputedStyle(document.documentElement).getPropertyValue('--gain')"

@@ -1,4 +1,5 @@
 import { useLanguage } from "../../terminal/page/src/texts/texts";
+import "./alerts.test";
 import "./connection.test";
 import "./format.test";
 import "./kept.test";

@@ -126,6 +126,10 @@ export function price(lastPrice: number, hashCode = 7): wire.Price {
   return { hashCode, lastPrice, bidPrice: lastPrice - 1, askPrice: lastPrice + 1 };
 }
 
+export function alert(change: Partial<wire.Alert> = {}): wire.Alert {
+  return { id: 1, hashCode: 7, above: true, price: 3330, made: 1, fired: 0, firedPrice: 0, ...change };
+}
+
 // What an order and its fill have in common.
 const kDeal = {
   userCode: "A1",
@@ -229,6 +233,7 @@ export class FakeTerminal {
   readonly store: Store;
   rows: { [topic: string]: unknown } = {
     "account.list": [account()],
+    "alert.list": [],
     "quote.list": [quote()],
     "capital.list": [],
     "position.list": [],
@@ -287,6 +292,10 @@ export class FakeTerminal {
 
   push(seq: number, topic: string, data: unknown, message = ""): void {
     this.platform.socket.say({ seq, topic, message, data });
+  }
+
+  pushAlerts(...data: wire.Alert[]): void {
+    this.platform.socket.say({ topic: "alert.push", message: "", data });
   }
 
   pushPrices(...data: wire.Price[]): void {

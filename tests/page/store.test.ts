@@ -6,11 +6,13 @@ import { mayOrder } from "../../terminal/page/src/ticket/ticket";
 import { kNoTicket } from "../../terminal/page/src/ticket/ticket";
 import { account, fill, FakeTerminal, kNoViews, kRights, order, rates, settled } from "./fake";
 
+const rowOf = (name: string): string => `#/orders/fills+row%3D1%3A${name}`;
+
 test("only what is in sight is asked for, and nothing while the page is hidden", async () => {
   const terminal = new FakeTerminal();
   await terminal.logIn();
   const topics = () => new Set(terminal.platform.socket.sent.map((frame) => frame.topic));
-  const atStart = ["account.list", "capital.list", "login", "position.list", "quote.list", "trader.list"];
+  const atStart = ["account.list", "alert.list", "capital.list", "login", "position.list", "quote.list", "trader.list"];
   assert.deepEqual([...topics()].sort(), atStart);
   terminal.store.show({ route: "monitor", sheet: "" });
   assert(topics().has("monitor.list"));
@@ -76,7 +78,7 @@ test("fills are told by their terms; a burst shares one notice", async () => {
   await terminal.logIn();
   terminal.push(1, "trade.push", [fill()]);
   const [notice] = terminal.store.notices.list;
-  assert.deepEqual([notice.kind, notice.text, notice.fill], ["fill", "Buy to open rebar 2 @ 3,326 · A1", "1:f1"]);
+  assert.deepEqual([notice.kind, notice.text, notice.address], ["fill", "Buy to open rebar 2 @ 3,326 · A1", rowOf("f1")]);
   for (let seq = 2; seq < 6; ++seq) terminal.push(seq, "trade.push", [fill({ fillId: `f${seq}`, exchTimestamp: 10 + seq })]);
   assert.deepEqual(terminal.store.notices.list.map((each) => each.count), [5]);
   terminal.platform.pass(3000);
@@ -122,7 +124,7 @@ test("what comes while the page is hidden is kept until it is seen", async () =>
   assert.equal(notified, "");
   terminal.store.prefer({ notifies: true });
   terminal.push(2, "trade.push", [fill({ fillId: "f2", exchTimestamp: 11 })]);
-  assert.match(notified, /^Buy to open rebar/);
+  assert.match(notified, /^Filled: Buy to open rebar/);
   terminal.platform.pass(60_000);
   assert.equal(terminal.store.notices.newFills, 2);
   terminal.platform.seen = true;
@@ -141,7 +143,7 @@ test("a page that notifies keeps its connection while hidden, and asks for what 
     const terminal = new FakeTerminal();
     await terminal.logIn();
     let notified = "";
-    terminal.store.subscribe({ ...kNoViews, notify: (_, fill) => (notified = fill) });
+    terminal.store.subscribe({ ...kNoViews, notify: (_, address) => (notified = address) });
     terminal.store.prefer({ notifies });
     terminal.platform.seen = false;
     terminal.isMute = true;
@@ -150,9 +152,9 @@ test("a page that notifies keeps its connection while hidden, and asks for what 
     terminal.isMute = false;
     terminal.rows["trader.list"] = [fill()]; // the terminal was restarted: no push follows
     if (notifies) await terminal.open({ epoch: "other" });
-    assert.equal(notified, notifies ? "1:f1" : "");
+    assert.equal(notified, notifies ? rowOf("f1") : "");
     const lists = terminal.platform.socket.sent.map((frame) => frame.topic).filter((topic) => topic.endsWith(".list"));
-    if (notifies) assert.deepEqual(lists, ["trader.list"]);
+    if (notifies) assert.deepEqual(lists, ["trader.list", "alert.list"]);
   }
 });
 
@@ -170,7 +172,7 @@ test("fills of a time when the page was closed are new; those before the first v
   const terminal = new FakeTerminal({ seenFills: '["1:f1@10"]' });
   terminal.rows["trader.list"] = [fill(), fill({ fillId: "f2", exchTimestamp: 9 })]; // of an exchange whose clock is late
   await terminal.logIn();
-  assert.deepEqual([terminal.store.notices.newFills, terminal.store.notices.list[0]?.fill], [1, "1:f2"]);
+  assert.deepEqual([terminal.store.notices.newFills, terminal.store.notices.list[0]?.address], [1, rowOf("f2")]);
   const first = new FakeTerminal();
   first.rows["trader.list"] = [fill()];
   await first.logIn();
@@ -182,7 +184,7 @@ test("fills of a time when the page was closed are new; those before the first v
   first.rows["trader.list"] = [fill(), fill({ fillId: "f3", exchTimestamp: 30 })]; // no push came
   first.store.asker.askNow(["fills"]);
   await first.answer();
-  assert.deepEqual(first.store.notices.list.map((notice) => notice.fill), ["1:f3"]);
+  assert.deepEqual(first.store.notices.list.map((notice) => notice.address), [rowOf("f3")]);
 });
 
 test("rights, and accounts that may order", async () => {

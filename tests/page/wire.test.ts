@@ -3,7 +3,7 @@ import test from "node:test";
 import { misfit } from "../../terminal/page/src/wire/check";
 import { readFrame } from "../../terminal/page/src/wire/frames";
 import { kReplies } from "../../terminal/page/src/wire/shapes";
-import { order, price } from "./fake";
+import { alert, order, price } from "./fake";
 
 test("a list's rows keep the contract, member by member", () => {
   const shape = kReplies["order.list"];
@@ -41,6 +41,7 @@ test("frames are read for what they are", () => {
     [{ id: 1, topic: "x", message: "", data: null, text: "[{,}]" }, { kind: "garbled", id: 1, text: "[{,}]" }],
     [{ id: 1, topic: "order.list", message: "", data: [row] }, { kind: "garbled", id: 1, text: "[0].price" }],
     [{ topic: "quote.push", message: "", data: [price(9)] }, { kind: "quotes", rows: [price(9)] }],
+    [{ topic: "alert.push", message: "", data: [alert()] }, { kind: "alerts", rows: [alert()] }],
     [{ topic: "quote.push", message: "", data: [{ hashCode: 7 }] }, { kind: "garbled", id: undefined, text: "[0].lastPrice" }],
     [{ seq: 4, topic: "y", message: "m", data: null }, { kind: "push", seq: 4, topic: "y", message: "m", data: null, wrong: "" }],
   ] as const) {

@@ -3,7 +3,7 @@ import { backoff } from "./backoff";
 import { Platform, Socket } from "./platform";
 import { Presence, presenceOf } from "./state/terminals";
 import { isUnclear, readFrame } from "./wire/frames";
-import { Bodies, Login, Price, Replies } from "./wire/values";
+import { Alert, Bodies, Login, Price, Replies } from "./wire/values";
 
 // The outcome of a request. "lost": it may have been done or not. "unclear": the same, as the terminal itself reports.
 // "unsent": it was not done.
@@ -31,6 +31,7 @@ export interface ConnectionEvents {
   onRefused(message: string): void; // the token is invalid; no further attempt is made
   onPush(push: Push): void;
   onPrices(rows: Price[]): void;
+  onAlerts(rows: Alert[]): void; // that have fired
   onGap(): void; // pushes are missing, or one could not be read
 }
 
@@ -193,6 +194,7 @@ export class Connection {
     const frame = readFrame(text, (id) => this.waiting.get(id)?.topic);
     if (frame.kind === "push") return this.onPush(frame);
     if (frame.kind === "quotes") return this.events.onPrices(frame.rows);
+    if (frame.kind === "alerts") return this.events.onAlerts(frame.rows);
     const waiting = this.waiting.get(frame.id);
     if (waiting === undefined) return frame.kind === "garbled" ? this.events.onGap() : undefined;
     this.waiting.delete(frame.id);

@@ -1,7 +1,7 @@
-import { decimalsOf, fixed, whole } from "./format";
+import { decimalsOf, fixed, moment, whole } from "./format";
 import { currentLanguage, named, t } from "./texts/texts";
 import { Holding, isSecurity } from "./ticket/ticket";
-import { Fill, OfCode, Order, PriceType, Quote } from "./wire/values";
+import { Alert, Fill, OfCode, Order, PriceType, Quote } from "./wire/values";
 
 // Rows and orders in words. `quote` is that of the row's instrument, if it is known.
 
@@ -52,4 +52,15 @@ export function fillText(fill: Fill, quote: Quote | undefined): string {
 
 export function rowText(order: Order, quote: Quote | undefined): string {
   return `${orderText(order, quote)} · ${order.userCode}`;
+}
+
+// "≥ 3,320"
+export function conditionText(alert: Pick<Alert, "above" | "price">, quote: Quote | undefined): string {
+  return `${alert.above ? "≥" : "≤"} ${priceText(alert.price, quote)}`;
+}
+
+// What has fired, and when.
+export function firedText(alert: Alert, quote: Quote | undefined, now: number): string {
+  const name = `${quote?.codeName ?? alert.hashCode} ${conditionText(alert, quote)}`;
+  return t("alertNotice", name, priceText(alert.firedPrice, quote), moment(alert.fired, now));
 }

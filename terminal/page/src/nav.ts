@@ -47,6 +47,13 @@ export class Nav {
     this.close(this.sheets.length);
   }
 
+  // To a view, or to a dialog over it.
+  follow(address: string): void {
+    const { route, sheet } = readAddress(address);
+    if (sheet === "") this.go(route);
+    else this.open(sheet, route);
+  }
+
   go(route: Route): void {
     location.hash = addressOf(route, "");
   }

@@ -1,14 +1,17 @@
 import { Platform } from "../platform";
+import { addressOf } from "../route";
+import { t } from "../texts/texts";
 import { Fill } from "../wire/values";
 import { fillName } from "./merge";
 
 export interface Notice {
   id: number;
-  kind: "info" | "error" | "fill"; // an error stays until it is dismissed
+  kind: "info" | "error" | "fill" | "alert"; // errors and alerts stay until they are dismissed
   text: string;
-  fill: string; // the name of the fill; empty if it is none
+  address: string; // to which a tap leads; empty: nowhere
   count: number; // of fills that were merged
   seenAt: number; // by clock(); 0: not yet
+  onSeen?: () => void;
 }
 
 const kShownMs = 5000;
@@ -40,7 +43,8 @@ export class Notices {
 
   constructor(
     private readonly platform: Platform,
-    private readonly onNewFill: (text: string, fill: string) => void,
+    private readonly describe: (fill: Fill) => string,
+    private readonly onNew: (title: string, address: string) => void, // a fill or an alert
   ) {
     this.seen = readSeen(platform.recall("seenFills"));
   }
@@ -49,7 +53,13 @@ export class Notices {
     this.add(isError ? "error" : "info", text, "");
   }
 
+  tellAlert(text: string, address: string, onSeen: () => void): void {
+    this.add("alert", text, address, onSeen);
+    this.onNew(text, address);
+  }
+
   dismiss(notice: Notice): void {
+    this.see(notice);
     this.list = this.list.filter((each) => each !== notice);
   }
 
@@ -67,22 +77,23 @@ export class Notices {
   age(now: number): void {
     const [first] = this.list;
     if (first === undefined) return;
-    if (first.seenAt === 0) first.seenAt = now;
-    else if (first.kind !== "error" && now - first.seenAt > kShownMs) this.dismiss(first);
+    const stays = first.kind === "error" || first.kind === "alert";
+    if (first.seenAt === 0) this.see(first);
+    else if (!stays && now - first.seenAt > kShownMs) this.dismiss(first);
   }
 
   // A list of all fills. The new ones get notices.
-  seeList(all: Fill[], describe: (fill: Fill) => string): void {
+  seeList(all: Fill[]): void {
     if (this.seen === null) this.setSeen(all); // a new device knows nothing of what it has missed
-    this.tellFills(all.filter((fill) => this.hasList || this.isUnseen(fill)), describe);
+    this.tellFills(all.filter((fill) => this.hasList || this.isUnseen(fill)));
     for (const fill of all) this.told.add(markOf(fill));
     this.hasList = true;
     this.count(all);
   }
 
   // Pushed fills, and all of the day with them.
-  seePush(pushed: Fill[], all: Fill[], describe: (fill: Fill) => string): void {
-    this.tellFills(pushed, describe);
+  seePush(pushed: Fill[], all: Fill[]): void {
+    this.tellFills(pushed);
     this.count(all);
   }
 
@@ -97,9 +108,9 @@ export class Notices {
     this.newFills = this.seen === null ? 0 : all.filter((fill) => this.isUnseen(fill)).length;
   }
 
-  private tellFills(fills: Fill[], describe: (fill: Fill) => string): void {
+  private tellFills(fills: Fill[]): void {
     for (const fill of fills) {
-      if (!this.told.has(markOf(fill))) this.addFill(fillName(fill), describe(fill));
+      if (!this.told.has(markOf(fill))) this.addFill(fillName(fill), this.describe(fill));
       this.told.add(markOf(fill));
     }
   }
@@ -117,19 +128,28 @@ export class Notices {
 
   // Fills of one burst share a notice.
   private addFill(name: string, text: string): void {
+    const address = addressOf("orders/fills", `row=${name}`);
     const now = this.platform.clock();
     const last = this.list.find((each) => each.kind === "fill");
     const isBurst = last !== undefined && now - this.lastFillAt < kBurstMs;
     this.lastFillAt = now;
-    if (isBurst) Object.assign(last, { text, fill: name, count: last.count + 1, seenAt: 0 });
-    else this.add("fill", text, name);
-    this.onNewFill(text, name);
+    if (isBurst) Object.assign(last, { text, address: addressOf("orders/fills", ""), count: last.count + 1, seenAt: 0 });
+    else this.add("fill", text, address);
+    this.onNew(t("fillNotice", text), address);
+  }
+
+  private see(notice: Notice): void {
+    if (notice.seenAt !== 0) return;
+    notice.seenAt = this.platform.clock();
+    notice.onSeen?.();
   }
 
   // Newest first: it is what is shown. A fill may come before the reply that its order was sent, and is not hidden by it.
-  private add(kind: Notice["kind"], text: string, fill: string): void {
-    const notice = { id: ++this.lastId, kind, text, fill, count: 1, seenAt: 0 };
+  // However many others follow, an alert is not dropped.
+  private add(kind: Notice["kind"], text: string, address: string, onSeen?: () => void): void {
+    const notice = { id: ++this.lastId, kind, text, address, count: 1, seenAt: 0, onSeen };
     const place = kind === "info" && this.list[0]?.kind === "fill" ? 1 : 0;
-    this.list = [...this.list.slice(0, place), notice, ...this.list.slice(place)].slice(0, kMost);
+    const all = [...this.list.slice(0, place), notice, ...this.list.slice(place)];
+    this.list = all.filter((each, at) => at < kMost || each.kind === "alert");
   }
 }

@@ -5,8 +5,8 @@ import { Platform } from "../platform";
 export interface Prefs {
   rise: "red" | "green"; // the colour of gains and purchases
   share: number; // of equity, in percent: an order that takes more needs a second tap
-  notifies: boolean; // fills are shown by the system while the page is hidden
-  vibrates: boolean; // on a fill
+  notifies: boolean; // fills and alerts are shown by the system while the page is hidden
+  vibrates: boolean; // on a fill or an alert
   period: Period; // of the history
 }
 

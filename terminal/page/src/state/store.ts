@@ -6,6 +6,7 @@ import { explained } from "../texts/refusals";
 import { t } from "../texts/texts";
 import { Ticket } from "../ticket/ticket";
 import { Account, Fill, Login, Order, Price, Quote, Right } from "../wire/values";
+import { Alerts } from "./alerts";
 import { Asker, Pair } from "./asker";
 import { Desk } from "./desk";
 import { Drafts } from "./drafts";
@@ -21,7 +22,7 @@ import { whyNot } from "./why";
 
 export interface Views {
   changed(): void;
-  notify(text: string, fill: string): void; // by the system
+  notify(title: string, address: string): void; // by the system; a tap leads to the address
   moved(codes: ReadonlySet<number>): void; // the prices of these instruments
 }
 
@@ -43,6 +44,7 @@ export class Store {
   readonly keeper: Keeper;
   readonly desk: Desk;
   readonly notices: Notices;
+  readonly alerts: Alerts;
   readonly drafts: Drafts;
   readonly stars: Stars;
   private views: Views = { changed: () => undefined, notify: () => undefined, moved: () => undefined };
@@ -61,9 +63,9 @@ export class Store {
     const kept = keptFor(platform, this.terminal);
     this.drafts = new Drafts(kept);
     this.stars = new Stars(kept);
-    this.notices = new Notices(kept, (text, fill) => {
+    this.notices = new Notices(kept, (fill) => fillText(fill, this.quote(fill.hashCode)), (title, address) => {
       if (this.prefs.vibrates) platform.vibrate();
-      if (this.prefs.notifies && !platform.isSeen()) this.views.notify(text, fill);
+      if (this.prefs.notifies && !platform.isSeen()) this.views.notify(title, address);
     });
     this.connection = new Connection(platform, {
       onState: () => this.onState(),
@@ -71,6 +73,7 @@ export class Store {
       onRefused: (message) => this.onRefused(message),
       onPush: (push) => this.onPush(push),
       onPrices: (rows) => this.onPrices(rows),
+      onAlerts: (rows) => this.alerts.takePush(rows),
       onGap: () => this.asker.askAll(),
     });
     this.asker = new Asker(platform, this.connection, {
@@ -82,6 +85,7 @@ export class Store {
       why: whyNot,
     });
     this.prices = new Prices(platform, this.connection, this.asker);
+    this.alerts = new Alerts(platform, this.connection, this.asker, this.notices, () => this.update());
     this.keeper = new Keeper(kept, this.asker);
     this.keeper.restore(this.token);
     this.desk = new Desk(kept, {
@@ -156,6 +160,7 @@ export class Store {
   private loseToken(): void {
     this.terminals.drop(this.token);
     this.keeper.drop();
+    this.alerts.clear();
     this.token = "";
     this.login = null;
   }
@@ -210,7 +215,7 @@ export class Store {
   }
 
   // At least once a second while the page is seen, and as soon as it is seen again. While it is hidden, a lost
-  // connection matters only if fills are to be notified of.
+  // connection matters only if the system is to notify.
   tick(): void {
     const now = this.platform.clock();
     const isSeen = this.platform.isSeen();
@@ -271,6 +276,7 @@ export class Store {
     if (name === "orders") return () => this.desk.see(this.lists.orders.rows, unknown);
     if (name === "fills") return () => this.seeFills();
     if (name === "capital") return () => this.prices.capitalCame();
+    if (name === "quotes") return () => this.alerts.notice();
     const asked = this.wish();
     if (name === "equity") return () => this.wishChanged(asked); // it may be the answer to the one before
     return () => undefined;
@@ -282,11 +288,9 @@ export class Store {
   }
 
   private seeFills(): void {
-    this.notices.seeList(this.lists.fills.rows, this.describe);
+    this.notices.seeList(this.lists.fills.rows);
     this.seeOrders();
   }
-
-  private readonly describe = (fill: Fill): string => fillText(fill, this.quote(fill.hashCode));
 
   // ---- what the connection reports
 
@@ -303,6 +307,7 @@ export class Store {
     this.login = login;
     this.asker.onlineSince = this.platform.clock();
     this.asker.askAll();
+    if (this.may("see")) void this.alerts.ask();
     this.update();
   }
 
@@ -334,7 +339,7 @@ export class Store {
 
   private onFills(pushed: Fill[]): void {
     this.asker.takeFills(pushed);
-    this.notices.seePush(pushed, this.lists.fills.rows, this.describe);
+    this.notices.seePush(pushed, this.lists.fills.rows);
     this.seeOrders();
   }
 }

@@ -51,6 +51,19 @@ export const kListTexts = {
   star: ["自选：{0}", "Star {0}"],
   isHeld: ["持", "held"],
 
+  // price alerts
+  alerts: ["价格预警", "Price alerts"],
+  alertsOf: ["价格预警 {0}", "Alerts: {0}"],
+  alertCount: ["{0}，已设 {1} 个", "{0}, {1} set"],
+  direction: ["方向", "Direction"],
+  risesTo: ["涨至 ≥", "Rises to ≥"],
+  fallsTo: ["跌至 ≤", "Falls to ≤"],
+  setAlert: ["设置预警", "Set alert"],
+  alertSet: ["预警已设置：{0}", "Alert set: {0}"],
+  deleteAlert: ["删除预警：{0}", "Delete alert: {0}"],
+  noAlerts: ["还没有预警。点按行情中的铃铛即可设置。", "No alerts yet. Tap the bell of an instrument to set one."],
+  badAlert: ["价格应为 {0} 的整数倍。", "The price must be a multiple of {0}."],
+
   // assets
   accounts: ["账户", "Accounts"],
   equity: ["权益曲线", "History"],

@@ -78,6 +78,10 @@ const kRefusals: readonly (readonly [RegExp, string])[] = [
   [/^too many wrong logins from (.*): wait a minute$/, "{0} 登录失败次数过多，请一分钟后再试"],
   [/^(\d+) connections with this token are open already$/, "此令牌已有 {0} 个连接"],
   [/^the tokens cannot be read: (.*)$/, "终端无法读取令牌：{0}"],
+  [/^there is no instrument (.*)$/, "没有合约 {0}"],
+  [/^this token has (\d+) alerts already: clear some$/, "此令牌已有 {0} 个预警，请先删除一些"],
+  [/^the alert cannot be stored: (.*)$/, "预警无法保存：{0}"],
+  [/^the alerts cannot be cleared: (.*)$/, "预警无法删除：{0}"],
   [/^query credit info error$/, "无法查询两融信息"],
 ];
 

@@ -12,7 +12,7 @@ import { Notices } from "./notices";
 import { Orders } from "./orders";
 import { Icon, Note } from "./parts";
 import { Positions } from "./positions";
-import { showFill } from "./systemnotices";
+import { showNotice } from "./systemnotices";
 import { presenceText } from "./terminals";
 import { UnderWay } from "./underway";
 
@@ -138,7 +138,7 @@ export class App extends Component<{}, { isCovered: boolean }> {
   state = { isCovered: false }; // by a dialog, which shows the notices itself
 
   componentDidMount() {
-    store.subscribe({ changed: () => this.setState({}), notify: showFill, moved: redrawLive });
+    store.subscribe({ changed: () => this.setState({}), notify: showNotice, moved: redrawLive });
     this.componentDidUpdate();
   }
 

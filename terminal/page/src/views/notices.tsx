@@ -9,11 +9,9 @@ export function noticeText(notice: Notice): string {
   return notice.count === 1 ? t("fillNotice", notice.text) : t("fillsNotice", notice.count, notice.text);
 }
 
-// Opens the fill, or the list of fills if there were several.
-function openFill(notice: Notice): void {
+function follow(notice: Notice): void {
   store.notices.dismiss(notice);
-  if (notice.count === 1) return nav.open(`row=${notice.fill}`, "orders/fills");
-  nav.go("orders/fills");
+  nav.follow(notice.address);
 }
 
 // The newest notice, and how many others wait. A dialog shows it in its own layer.
@@ -27,12 +25,12 @@ export function Notices() {
     <div class="notices" aria-live="polite" role="log">
       {notice === undefined ? null : (
         <p key={String(notice.id)} class={`notice ${notice.kind}`}>
-          {notice.kind === "fill" ? (
-            <button class="notice-text" onClick={() => openFill(notice)}>
+          {notice.address === "" ? (
+            <span class="notice-text">{notice.text}</span>
+          ) : (
+            <button class="notice-text" onClick={() => follow(notice)}>
               {noticeText(notice)}
             </button>
-          ) : (
-            <span class="notice-text">{notice.text}</span>
           )}
           {others.length > 0 ? <small>{t("moreNotices", others.length)}</small> : null}
           <button class="icon" aria-label={t("dismiss")} onClick={dismiss}>

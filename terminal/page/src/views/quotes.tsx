@@ -8,6 +8,7 @@ import { likelyTicket } from "../ticket/fill";
 import { holdingOf, matches } from "../ticket/ticket";
 import { Position, Quote } from "../wire/values";
 import { accountFor, arranged, changeOf, changeShare } from "../watchlist";
+import { Alerts, Bell } from "./alerts";
 import { Column, List } from "./list";
 import { Gain, Icon } from "./parts";
 import { Spark } from "./spark";
@@ -119,9 +120,10 @@ export class Quotes extends Component<{}, { typed: string }> {
     return this.arranged;
   }
 
-  private readonly star = (row: Quote) => {
+  private readonly actions = (row: Quote) => {
     const isOn = store.stars.has(row.hashCode);
-    return (
+    return [
+      <Bell quote={row} />,
       <button
         class="icon star"
         aria-pressed={String(isOn)}
@@ -132,8 +134,8 @@ export class Quotes extends Component<{}, { typed: string }> {
         }}
       >
         <Icon path={kStar} />
-      </button>
-    );
+      </button>,
+    ];
   };
 
   render() {
@@ -154,7 +156,7 @@ export class Quotes extends Component<{}, { typed: string }> {
         kindOf={() => "triple"}
         card={(row: Quote) => card(row, this.held.has(row.hashCode))}
         onOpen={store.may("trade") ? trade : undefined}
-        actions={this.star}
+        actions={this.actions}
         tools={
           <input
             type="search"
@@ -166,8 +168,11 @@ export class Quotes extends Component<{}, { typed: string }> {
             onInput={(event: Event) => this.setState({ typed: (event.target as HTMLInputElement).value })}
           />
         }
+        total={() => <Bell />}
         caption={t("quoteCaption")}
-      />
+      >
+        <Alerts />
+      </List>
     );
   }
 }

@@ -1,7 +1,7 @@
 import { nav, store } from "../app";
 import { t } from "../texts/texts";
 
-// Fills shown by the system while the page is hidden. Only secure pages may, and on phones only through a worker.
+// Fills and price alerts shown by the system while the page is hidden. Only secure pages may, and on phones only through a worker.
 
 export async function allowSystemNotices(): Promise<boolean> {
   if (!("Notification" in window) || !isSecureContext) return false;
@@ -9,17 +9,13 @@ export async function allowSystemNotices(): Promise<boolean> {
 }
 
 export function listenToNotices(): void {
-  navigator.serviceWorker?.addEventListener("message", (event) => openFill(String(event.data)));
-}
-
-function openFill(fill: string): void {
-  nav.open(`row=${fill}`, "orders/fills");
+  navigator.serviceWorker?.addEventListener("message", (event) => nav.follow(String(event.data)));
 }
 
 // A browser that does not trust the certificate takes no worker. It may show the notice by itself.
-async function show(title: string, fill: string): Promise<void> {
+async function show(title: string, address: string): Promise<void> {
   const vibrate = store.prefs.vibrates ? [200] : [];
-  const options = { icon: "icon.svg", vibrate, data: fill };
+  const options = { icon: "icon.svg", vibrate, data: address };
   try {
     await navigator.serviceWorker.register("worker.js");
     const worker = await navigator.serviceWorker.ready;
@@ -29,13 +25,13 @@ async function show(title: string, fill: string): Promise<void> {
     shown.onclick = () => {
       window.focus();
       shown.close();
-      openFill(fill);
+      nav.follow(address);
     };
   }
 }
 
-export function showFill(text: string, fill: string): void {
-  show(t("fillNotice", text), fill).catch(() => {
+export function showNotice(title: string, address: string): void {
+  show(title, address).catch(() => {
     store.prefer({ notifies: false });
     store.tell(t("notifyDenied"), true);
   });

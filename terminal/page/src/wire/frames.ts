@@ -1,6 +1,6 @@
 import { misfit } from "./check";
 import { kFrames, kPushes, kReplies } from "./shapes";
-import { FrameFailure, FramePush, FrameReply, FrameText, FrameUnnumbered, QuotePushRow } from "./types";
+import { AlertPushRow, FrameFailure, FramePush, FrameReply, FrameText, FrameUnnumbered, QuotePushRow } from "./types";
 
 // What a frame of the terminal turned out to be.
 export type Frame =
@@ -8,7 +8,8 @@ export type Frame =
   | { kind: "failure"; id: unknown; topic: string; message: string; seen?: string }
   | { kind: "garbled"; id: unknown; text: string } // the unreadable text, or the path to what breaks the contract
   | { kind: "push"; seq: number; topic: string; message: string; data: unknown; wrong: string }
-  | { kind: "quotes"; rows: QuotePushRow[] };
+  | { kind: "quotes"; rows: QuotePushRow[] }
+  | { kind: "alerts"; rows: AlertPushRow[] };
 
 const kUnclear = /结果未知|^the outcome of this request is not known/;
 
@@ -32,9 +33,11 @@ function readPush(push: FramePush): Frame {
   return { kind: "push", seq, topic, message, data, wrong };
 }
 
-function readQuotes(data: unknown): Frame {
-  const wrong = misfit(data, kPushes["quote.push"]);
-  return wrong === "" ? { kind: "quotes", rows: data as QuotePushRow[] } : { kind: "garbled", id: undefined, text: wrong };
+function readUnnumbered({ topic, data }: FrameUnnumbered): Frame {
+  const wrong = misfit(data, kPushes[topic]);
+  if (wrong !== "") return { kind: "garbled", id: undefined, text: wrong };
+  if (topic === "alert.push") return { kind: "alerts", rows: data as AlertPushRow[] };
+  return { kind: "quotes", rows: data as QuotePushRow[] };
 }
 
 // `asked` is the topic of the request with this id, whose contract the reply's data must keep: the reply's own topic
@@ -42,7 +45,7 @@ function readQuotes(data: unknown): Frame {
 export function readFrame(text: string, asked: (id: unknown) => string | undefined): Frame {
   const frame = parse(text);
   if (misfit(frame, kFrames.push) === "") return readPush(frame as FramePush);
-  if (misfit(frame, kFrames.unnumbered) === "") return readQuotes((frame as FrameUnnumbered).data);
+  if (misfit(frame, kFrames.unnumbered) === "") return readUnnumbered(frame as FrameUnnumbered);
   if (misfit(frame, kFrames.text) === "") {
     const { id, text: unreadable } = frame as FrameText;
     return { kind: "garbled", id, text: unreadable };

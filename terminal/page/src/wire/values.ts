@@ -4,6 +4,7 @@ import { Login } from "./types";
 
 export type {
   AccountListRow as Account,
+  AlertListRow as Alert,
   Bodies,
   CapitalListRow as Capital,
   CreditinfoListRow as CreditInfo,
