@@ -18,7 +18,7 @@ export const kFrameTexts = {
   newFills: ["{0} 笔新成交", "{0} new fills"],
   fillNotice: ["成交 {0}", "Filled: {0}"],
   fillsNotice: ["{0} 笔成交，最近：{1}", "{0} fills, the last: {1}"],
-  alertNotice: ["预警 {0}：{1} 于 {2}", "Alert: {0}, reached {1} at {2}"],
+  alertNotice: ["预警 {0}，{2} 达到 {1}", "Alert: {0}, reached {1} at {2}"],
   moreNotices: ["另有 {0} 条", "{0} more"],
 
   notLoadedView: ["此页面未能读取，请刷新网页。", "This view could not be loaded. Reload the page."],

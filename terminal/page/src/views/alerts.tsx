@@ -118,15 +118,17 @@ class AlertSheet extends Component<{ quote?: Quote }, State> {
   private row(alert: Alert) {
     const quote = store.quote(alert.hashCode);
     const name = this.props.quote === undefined ? (quote?.codeName ?? String(alert.hashCode)) : "";
-    const text = `${name} ${conditionText(alert, quote)}`.trim();
+    const condition = conditionText(alert, quote);
     return (
       <li key={String(alert.id)} class="alert">
-        <span class="figures">{text}</span>
+        <span>
+          {name} <span class="num">{condition}</span>
+        </span>
         <small class="num">{quote === undefined ? "" : percent(alert.price / quote.lastPrice - 1, true)}</small>
         <button
           class="icon"
           disabled={this.state.isSending}
-          aria-label={t("deleteAlert", text)}
+          aria-label={t("deleteAlert", `${name} ${condition}`.trim())}
           onClick={() => this.remove(alert)}
         >
           ✕
