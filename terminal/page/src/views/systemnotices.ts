@@ -1,7 +1,8 @@
 import { nav, store } from "../app";
 import { t } from "../texts/texts";
 
-// Fills and price alerts shown by the system while the page is hidden. Only secure pages may, and on phones only through a worker.
+// Fills and price alerts shown by the system while the page is hidden. Only secure pages may, and on phones only through
+// a worker.
 
 export async function allowSystemNotices(): Promise<boolean> {
   if (!("Notification" in window) || !isSecureContext) return false;
