@@ -133,6 +133,8 @@ class FitTest(PageTest):
                 self.opens(".row-main", "", ".actions", False)
                 self.opens("dialog .actions .primary", "", ".quotes")
                 self.show("quotes")
+                self.passes(8)
+                self.gone(".notice")
                 self.opens(".row .bell", "", "#alert-price", False)
                 self.fill("alert-price", "234.565" if language == "en" else "234.57")
                 self.opens("dialog .primary", "", ".alert")

@@ -84,8 +84,10 @@ export function FieldList<Row>(props: { fields: readonly Field<Row>[]; row: Row 
 
 const isAllAccounts = (): boolean => store.account === 0 && width() !== "desk"; // a desk has a column of accounts
 
+export const withoutExchange = (codeExch: string): string => codeExch.replace(/\.[^.]*$/, "");
+
 export function codeText(row: OfCode): string {
-  return isAllAccounts() ? row.codeExch.replace(/\.[^.]*$/, "") : row.codeExch;
+  return isAllAccounts() ? withoutExchange(row.codeExch) : row.codeExch;
 }
 
 // The account of a row, if rows of all accounts are mixed.

@@ -10,7 +10,7 @@ import { Position, Quote } from "../wire/values";
 import { accountFor, arranged, changeOf, changeShare } from "../watchlist";
 import { Alerts, Bell } from "./alerts";
 import { Column, List } from "./list";
-import { Gain, Icon } from "./parts";
+import { Gain, Icon, withoutExchange } from "./parts";
 import { Spark } from "./spark";
 
 const kStar = "M12 3l2.8 5.8 6.2.9-4.5 4.4 1.1 6.2L12 17.3l-5.6 3 1.1-6.2L3 9.7l6.2-.9z";
@@ -74,7 +74,7 @@ function card(row: Quote, isHere: boolean) {
     </span>,
     <span class="line">
       <span class="code">
-        <small>{row.codeExch}</small> {heldTag(isHere)}
+        <small>{withoutExchange(row.codeExch)}</small> {heldTag(isHere)}
       </span>
       <small>
         {change(row)} {share(row)}
