@@ -29,10 +29,16 @@ constexpr int kRecordHeadBytes = 5;  // of TLS
 
 using Socket = boost::asio::posix::stream_descriptor;
 
-void require(natsStatus status, std::string_view what) {
-  if (status == NATS_OK) return;
+// Without the place in libnats' own sources, "(conn.c:2088): ".
+std::string detailOf(natsStatus status) {
   const char* detail = nats_GetLastError(nullptr);
-  throw std::runtime_error(fmt::format("{}: {}", what, detail != nullptr ? detail : natsStatus_GetText(status)));
+  const std::string text = detail != nullptr ? detail : natsStatus_GetText(status);
+  const size_t end = text.starts_with('(') ? text.find("): ") : std::string::npos;
+  return end == std::string::npos ? text : text.substr(end + 3);
+}
+
+void require(natsStatus status, std::string_view what) {
+  if (status != NATS_OK) throw std::runtime_error(fmt::format("{}: {}", what, detailOf(status)));
 }
 
 std::string adviceFor(natsStatus status) {
@@ -41,6 +47,7 @@ std::string adviceFor(natsStatus status) {
   }
   if (status == NATS_SECURE_CONNECTION_REQUIRED) return "; the server wants TLS: write tls:// in the URL";
   if (status == NATS_SECURE_CONNECTION_WANTED) return "; the server has no TLS: write nats:// in the URL";
+  if (status == NATS_NO_SERVER) return "; check that the servers run and that their addresses are right";
   return "";
 }
 
@@ -102,11 +109,7 @@ void ServerConnection::open(const LinkOptions& options) {
   set(natsOptions_SetSecure(made, isSecure_));
   natsConnection* connection = nullptr;
   const natsStatus status = natsConnection_Connect(&connection, made);
-  if (status != NATS_OK) {
-    const char* detail = nats_GetLastError(nullptr);
-    throw std::runtime_error(
-        fmt::format("{}{}", detail != nullptr ? detail : natsStatus_GetText(status), adviceFor(status)));
-  }
+  if (status != NATS_OK) throw std::runtime_error(detailOf(status) + adviceFor(status));
   connection_.reset(connection);
 }
 
