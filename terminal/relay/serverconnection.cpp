@@ -21,6 +21,7 @@ namespace {
 constexpr int64_t kConnectMillis = 2000;
 constexpr int kReadBytes = 128 * 1024;
 constexpr size_t kBatchBytes = size_t{64} * 1024;  // are written at once
+constexpr size_t kUsedMessages = 64;               // are destroyed together
 constexpr size_t kMaxQueuedBytes = size_t{128} * 1024 * 1024;
 
 // A writable socket has room for a third of it, which is more than a batch or the longest message.
@@ -224,9 +225,10 @@ void ServerConnection::deliver() {
     natsMsg* message = nullptr;
     while (natsSubscription_GetPending(each.get(), &waiting, nullptr) == NATS_OK && waiting > 0 &&
            natsSubscription_NextMsg(&message, each.get(), 0) == NATS_OK) {
-      const std::unique_ptr<natsMsg, decltype(&natsMsg_Destroy)> held(message, natsMsg_Destroy);
+      used_.emplace_back(message, natsMsg_Destroy);
       onMessage_(natsMsg_GetSubject(message),
                  {natsMsg_GetData(message), static_cast<size_t>(natsMsg_GetDataLength(message))});
+      if (used_.size() >= kUsedMessages) used_.clear();
     }
   }
 }

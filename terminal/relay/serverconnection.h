@@ -88,6 +88,8 @@ class ServerConnection : public std::enable_shared_from_this<ServerConnection> {
   std::unique_ptr<natsConnection, decltype(&natsConnection_Destroy)> connection_{nullptr, natsConnection_Destroy};
   std::vector<std::unique_ptr<natsSubscription, decltype(&natsSubscription_Destroy)>> subscriptions_;
   OnMessage onMessage_;
+  // Libnats wakes a thread of its own to free messages, so they are destroyed in batches.
+  std::vector<std::unique_ptr<natsMsg, decltype(&natsMsg_Destroy)>> used_;
   std::deque<Outgoing> queue_;  // until the socket has room; empty while it has
   std::atomic<size_t> queuedBytes_ = 0;
   std::atomic<bool> hasEnded_ = false;
