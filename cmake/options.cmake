@@ -26,5 +26,10 @@ if(POCKETAGENT_SANITIZE)
     $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 endif()
 
+if(CMAKE_BUILD_TYPE STREQUAL Release)  # Debian's hardening
+  add_compile_options(-fstack-protector-strong -D_FORTIFY_SOURCE=2)
+  add_link_options(LINKER:-z,relro,-z,now)
+endif()
+
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
