@@ -3,7 +3,7 @@ add_library(pocketagent_options INTERFACE)
 target_compile_features(pocketagent_options INTERFACE cxx_std_20)
 target_include_directories(pocketagent_options INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(pocketagent_options INTERFACE
-  -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=  # log lines name sources relative to the root
+  -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=  # log lines name sources relative to the root
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Wold-style-cast
   -Woverloaded-virtual -Wcast-align -Wformat=2 -Wimplicit-fallthrough
   # When GCC 12 optimises, -Wnull-dereference and -Wrestrict give false warnings about its own library.
