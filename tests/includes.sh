@@ -31,27 +31,28 @@ meeting='terminal/(session|pages|eventloop)\.h'
 sockets='terminal/(tls|securestream|certificate)\.h'
 check terminal/net "terminal/(net|page)/|terminal/logging\.h|$meeting|$sockets"
 check terminal/phones "host/|terminal/phones/|$base|$meeting"
-program='terminal/(certificate|clocks|commandline|datadir|health|privatefile|serversettings|stopsignals)\.h'
+program='terminal/(certificate|clocks|commandline|datadir|health|ownersfile|privatefile|serversettings|stopsignals)\.h'
 check terminal/relay "terminal/(net|relay)/|terminal/logging\.h|$text|$meeting|$program"
 check terminal/client "terminal/client/|terminal/(ownersfile|tokens)\.h|$text|$sockets"
 check terminal/trading "host/|terminal/trading/|$text|terminal/(logging|clocks|databasecopy|liveprices|writetimer)\.h"
 
-# Only net/ and what connects or makes certificates uses Asio and Beast; no header that phones/ includes may.
+# Only net/ and what connects or makes certificates uses Asio and Beast, and the connection to NATS; no header that phones/ includes may.
 boostSeenBy=$(grep -rlE '#include <boost/(asio|beast)' terminal --include='*.h' --include='*.cpp' |
-  grep -vE '^terminal/(net|client)/|^terminal/(certificate|securestream|serversettings|tls|tlslayer)\.' || true)
+  grep -vE '^terminal/(net|client)/|^terminal/(certificate|securestream|serversettings|tls|tlslayer|relay/serverconnection)\.' || true)
 if [ -n "$boostSeenBy" ]; then
   echo "Asio or Beast is seen by: $boostSeenBy"
   failed=1
 fi
 natsSeenBy=$(grep -rlE '#include <nats' terminal | tr '\n' ' ')
-if [ "$natsSeenBy" != "terminal/relay/natslink.cpp " ]; then
-  echo "only terminal/relay/natslink.cpp may include NATS' headers, but these do: $natsSeenBy"
+if [ "$natsSeenBy" != "terminal/relay/serverconnection.h " ]; then
+  echo "only terminal/relay/serverconnection.h may include NATS' headers, but these do: $natsSeenBy"
   failed=1
 fi
-# Of net/ only the program itself knows: both ends of the transport work with any session.
-netSeenBy=$(grep -rlE '#include "terminal/net/' terminal/relay | tr '\n' ' ')
-if [ "$netSeenBy" != "terminal/relay/relaymain.cpp " ]; then
-  echo "of terminal/relay only relaymain.cpp may include terminal/net/, but these do: $netSeenBy"
+# Of net/ only the program and the link to NATS know, which runs in its loop: both ends of the transport work with any
+# session.
+netSeenBy=$(grep -rlE '#include "terminal/net/' terminal/relay | sort | tr '\n' ' ')
+if [ "$netSeenBy" != "terminal/relay/natslink.h terminal/relay/relaymain.cpp terminal/relay/serverconnection.h " ]; then
+  echo "of terminal/relay only the link and relaymain.cpp may include terminal/net/, but these do: $netSeenBy"
   failed=1
 fi
 
