@@ -22,8 +22,9 @@ if(POCKETAGENT_SANITIZE)
   add_compile_options(
     # rapidjson's own stack adds an offset to a null pointer.
     $<$<CXX_COMPILER_ID:Clang>:-fno-sanitize=pointer-overflow>
-    # With the sanitizer's checks, GCC no longer sees that std::regex sets its members. Asio has bare fences.
-    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized;-Wno-tsan>)
+    # With the sanitizer's checks, GCC no longer sees that std::regex sets its members.
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-tsan>)  # Asio's bare fences
 endif()
 
 if(CMAKE_BUILD_TYPE STREQUAL Release)  # Debian's hardening

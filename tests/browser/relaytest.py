@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""The page at a relay: two terminals in one browser, and what is seen of one that goes. Usage: relaytest.py POCKET_TERMINAL
-with pocket-relay beside it."""
+"""The page at a relay: two terminals in one browser, what is seen of one that goes, and prices. Usage: relaytest.py
+POCKET_TERMINAL with pocket-relay beside it."""
 import os
 import pathlib
 import re
@@ -9,6 +9,7 @@ import socket
 import subprocess
 import tempfile
 
+import listtest
 from page import PageTest, main
 from terminal import Terminal
 
@@ -20,12 +21,18 @@ def start(*command):
     return process, process.stdout.readline()
 
 
+def free_port():
+    with socket.create_server(("127.0.0.1", 0)) as free:
+        return free.getsockname()[1]
+
+
 class FarTerminal(Terminal):
-    """Behind the relay, without an address of its own."""
+    """Behind the relay. The test itself asks it directly."""
 
     def __init__(self, program, folder, name, servers):
-        self.command = [program, "--data", f"{folder}/{name}", "--quotes", "still", "--relay", servers, "--name", name,
-                        "--relay-credentials", f"{folder}/terminals/{name}.credentials"]
+        self.program, self.folder, self.port = program, f"{folder}/{name}", free_port()
+        self.command = [program, "--data", self.folder, "--quotes", "still", "--relay", servers, "--name", name,
+                        "--relay-credentials", f"{folder}/terminals/{name}.credentials", "--port", str(self.port)]
         self.start()
 
     def start(self):
@@ -40,8 +47,7 @@ class RelayTest(PageTest):
         cls.addClassCleanup(folder.cleanup)
         dir, relay = folder.name, str(pathlib.Path(cls.program).with_name("pocket-relay"))
         address = "127.%d.%d.%d" % (1 + os.getpid() // 65536 % 254, os.getpid() // 256 % 256, 1 + os.getpid() % 254)
-        with socket.create_server(("127.0.0.1", 0)) as free:
-            port = free.getsockname()[1]
+        port = free_port()
         subprocess.run([relay, "setup", dir, "--terminals", ",".join(NAMES), "--servers", f"{address}:4222",
                         "--page", f"http://127.0.0.1:{port}"], check=True, stdout=subprocess.DEVNULL)
         servers = f"nats://{address}:4222"
@@ -61,6 +67,10 @@ class RelayTest(PageTest):
         self.browser.get(self.terminal.link.split("#")[0])
         self.run_js("localStorage.setItem('test-hasty', 'yes')")
         super().open()
+
+    names = listtest.ListTest.names
+    test_quotes = listtest.ListTest.test_quotes_are_starred_searched_followed_and_traded
+    test_alert = listtest.ListTest.test_an_alert_is_set_and_shown_once_even_if_it_fires_while_the_page_is_closed
 
     def row(self, name):
         return self.see(".terminal", name).text
