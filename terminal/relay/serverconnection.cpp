@@ -159,7 +159,11 @@ natsStatus ServerConnection::onDetach(void* self) {
 }
 
 bool ServerConnection::ping(std::chrono::milliseconds patience) {
-  if (natsConnection_FlushTimeout(connection_.get(), patience.count()) == NATS_OK) return true;
+  uint64_t before = 0;
+  do {
+    before = moves_;
+    if (natsConnection_FlushTimeout(connection_.get(), patience.count()) == NATS_OK) return true;
+  } while (moves_ != before && !hasEnded_);
   shutDown();  // ends a call in which libnats waits for the server
   return false;
 }
@@ -198,7 +202,10 @@ void ServerConnection::awaitInput() {
 }
 
 void ServerConnection::read() {
-  if (hasInput()) natsConnection_ProcessReadEvent(connection_.get());
+  if (hasInput()) {
+    natsConnection_ProcessReadEvent(connection_.get());
+    ++moves_;
+  }
   deliver();
   awaitInput();
 }
@@ -267,9 +274,13 @@ void ServerConnection::sendQueue() {
 
 // Over TLS libnats would wait inside its call for room, and so would all phones.
 void ServerConnection::write() {
-  if (isBlocked_ || hasEnded_ || natsConnection_Buffered(connection_.get()) <= 0) return;
+  const int buffered = natsConnection_Buffered(connection_.get());
+  if (isBlocked_ || hasEnded_ || buffered <= 0) return;
   if (!isSecure_ || isNow(socket_.native_handle(), POLLOUT)) natsConnection_ProcessWriteEvent(connection_.get());
-  if (hasEnded_ || natsConnection_Buffered(connection_.get()) <= 0) return;
+  if (hasEnded_) return;
+  const int rest = natsConnection_Buffered(connection_.get());
+  if (rest != buffered) ++moves_;
+  if (rest <= 0) return;
   isBlocked_ = true;
   socket_.async_wait(Socket::wait_write, [self = shared_from_this()](const boost::system::error_code& error) {
     if (error) return;

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <boost/asio/posix/stream_descriptor.hpp>
 #include <chrono>
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -38,7 +39,8 @@ class ServerConnection : public std::enable_shared_from_this<ServerConnection> {
   // Waits for the server, as the next two do: not the loop's thread.
   void connect(const LinkOptions& options, const std::vector<std::string>& subscriptions);
 
-  // False if the server does not answer in time: the connection breaks.
+  // False if the server does not answer in time, and nothing else moves either: the connection breaks. Its answer may
+  // be behind much else on a slow line.
   bool ping(std::chrono::milliseconds patience);
 
   // Waits until all that was published is at the server, unless the server stops answering.
@@ -92,6 +94,7 @@ class ServerConnection : public std::enable_shared_from_this<ServerConnection> {
   std::vector<std::unique_ptr<natsMsg, decltype(&natsMsg_Destroy)>> used_;
   std::deque<Outgoing> queue_;  // until the socket has room; empty while it has
   std::atomic<size_t> queuedBytes_ = 0;
+  std::atomic<uint64_t> moves_ = 0;  // reads and writes so far
   std::atomic<bool> hasEnded_ = false;
   bool isBlocked_ = false;  // the socket has no room
   bool isSecure_ = false;
