@@ -70,7 +70,7 @@ void requirePrivate(const std::filesystem::path& file) {
 }
 
 // SQLite's own busy timeout sleeps up to 100 ms between two tries. A terminal under load holds the lock nearly all the
-// time, so that a command which tries that rarely would hardly ever get it.
+// time, so a command that tries so rarely would hardly ever get it.
 int waitForLock(void* /*unused*/, int tries) {
   std::this_thread::sleep_for(std::chrono::milliseconds(1));
   return tries < kBusyTries ? 1 : 0;

@@ -14,8 +14,8 @@
 
 namespace orvane::terminal {
 
-// A file of lines that is rotated by size: FILE becomes FILE.1, and so on. A separate thread writes them, so that a
-// caller never waits for the disk. On a full or read-only disk, or if the disk does not keep up, lines are lost and
+// A file of lines that is rotated by size: FILE becomes FILE.1, and so on. A separate thread writes them, so no
+// caller waits for the disk. On a full or read-only disk, or if the disk does not keep up, lines are lost and
 // counted, and the next line that can be written is preceded by their number. Any thread.
 class LogFile {
  public:

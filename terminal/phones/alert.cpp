@@ -25,8 +25,11 @@ StoredAlerts readAlerts(SQLite::Database& db) {
 }
 
 void insertAlert(const SQLite::Database& db, const Alert& alert) {
-  writeSql(db, "INSERT INTO alert VALUES (?, ?, ?, ?, ?, ?, ?, ?)", alert.id, alert.token, alert.hashCode,
-           static_cast<int>(alert.isAbove), alert.price, alert.made, alert.fired, alert.firedPrice);
+  // Its token may have been revoked meanwhile.
+  writeSql(db,
+           "INSERT INTO alert SELECT ?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8 WHERE EXISTS (SELECT 1 FROM token WHERE id = ?2)",
+           alert.id, alert.token, alert.hashCode, static_cast<int>(alert.isAbove), alert.price, alert.made, alert.fired,
+           alert.firedPrice);
 }
 
 void updateFired(const SQLite::Database& db, const Alert& alert) {

@@ -59,8 +59,9 @@ void Alerts::onRequest(const Peer& peer, const Frame& frame) {
 void Alerts::set(const Asker& asker, std::string_view body) {
   auto read = this->read(asker.token, body);
   if (auto* fault = std::get_if<std::string>(&read)) return refuse(asker, RefusalReason::Body, std::move(*fault));
-  const Alert& alert = alerts_.emplace(++lastId_, Kept{std::get<Alert>(read), false}).first->second;
-  alerts_.at(lastId_).id = lastId_;
+  Kept alert{std::get<Alert>(read), false};
+  alert.id = ++lastId_;
+  alerts_.emplace(alert.id, alert);
   store_.addAlert(alert, [this, asker, id = lastId_](const std::string& fault) {
     loop_.post([this, asker, id, fault] {
       const auto found = alerts_.find(id);
@@ -142,7 +143,10 @@ void Alerts::refuse(const Asker& asker, RefusalReason reason, std::string messag
 }
 
 void Alerts::dropRevoked(const Gatekeeper& keeper) {
-  std::erase_if(alerts_, [&](const auto& each) { return !keeper.isLive(each.second.token); });
+  std::map<int64_t, bool> isLive;  // by token, of which each may have a hundred alerts
+  for (const auto& [id, alert] : alerts_) isLive.try_emplace(alert.token, false);
+  for (auto& [token, live] : isLive) live = keeper.isLive(token);
+  std::erase_if(alerts_, [&](const auto& each) { return !isLive.at(each.second.token); });
 }
 
 void Alerts::tick() {

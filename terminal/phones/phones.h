@@ -32,8 +32,8 @@ struct PhonesOptions {
   const ILivePrices* prices = nullptr;          // what can be watched, if anything; must outlive the object
 };
 
-// What clients may say to this terminal, over whatever transport. Each request gets a new id, and each reply
-// goes back to the session that asked. Everything but agent() and deliver() belongs to the loop's thread.
+// What clients may say to this terminal, over whatever transport. Each request gets a new id, and each reply goes
+// back to the session that asked. Everything but agent() and deliver() belongs to the loop's thread.
 class Phones : public ISessionOwner, public IPageOwner {
  public:
   // Both must outlive the object.

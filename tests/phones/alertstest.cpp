@@ -98,6 +98,7 @@ TEST_F(AlertsTest, SurviveARestartAndGoWithTheirToken) {
   terminal::revokeToken(db_, "gone");
   advance(1s);
   move(30);
+  terminal::insertAlert(db_, {.id = 4, .token = 2, .price = 30});  // its token went while it was on the way
   EXPECT_EQ(db_.execAndGet("SELECT COUNT(*) FROM alert").getInt(), 1);
 
   terminal::GatewayStore store({.dataDir = dir_.path(), .audit = {}}, loop_);

@@ -36,7 +36,7 @@ export class Notices {
   newFills = 0;
   private lastId = 0;
   private lastFillAt = 0;
-  private told = new Set<string>(); // marks of the fills that were listed or pushed
+  private known = new Set<string>(); // marks of the fills that were listed or pushed
   private hasList = false;
   private seen: Set<string> | null; // marks of the day's fills that have been seen; null on a new device
   private seenRows: Fill[] | null = null; // those of `seen`
@@ -65,7 +65,7 @@ export class Notices {
 
   clear(): void {
     this.list = [];
-    this.told.clear();
+    this.known.clear();
     this.hasList = false;
     this.newFills = 0;
     this.seen = null;
@@ -86,7 +86,7 @@ export class Notices {
   seeList(all: Fill[]): void {
     if (this.seen === null) this.setSeen(all); // a new device knows nothing of what it has missed
     this.tellFills(all.filter((fill) => this.hasList || this.isUnseen(fill)));
-    for (const fill of all) this.told.add(markOf(fill));
+    for (const fill of all) this.known.add(markOf(fill));
     this.hasList = true;
     this.count(all);
   }
@@ -110,8 +110,8 @@ export class Notices {
 
   private tellFills(fills: Fill[]): void {
     for (const fill of fills) {
-      if (!this.told.has(markOf(fill))) this.addFill(fillName(fill), this.describe(fill));
-      this.told.add(markOf(fill));
+      if (!this.known.has(markOf(fill))) this.addFill(fillName(fill), this.describe(fill));
+      this.known.add(markOf(fill));
     }
   }
 
