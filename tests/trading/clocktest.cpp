@@ -4,8 +4,7 @@
 #include <SQLiteCpp/Statement.h>
 #include <gmock/gmock.h>
 
-#include "tests/trading/desktest.h"
-#include "tests/trading/testclock.h"
+#include "tests/trading/testdesk.h"
 
 namespace orvane::terminal::testing {
 namespace {
@@ -14,18 +13,7 @@ using std::chrono::hours;
 using std::chrono::minutes;
 using ::testing::HasSubstr;
 
-class ClockTest : public DeskTest {
- protected:
-  ClockTest() {
-    clock_ = &movable_;
-    reopen("UPDATE trading_day SET day = 20717; UPDATE orders SET day = 20717");  // 21 September 2026
-  }
-  ~ClockTest() override { host_.reset(); }
-
-  std::string act() { return order(1, kRebar, Side::Buy, Offset::Open, 3300, 1); }
-
-  TestClock movable_;
-};
+using ClockTest = DeskTest;
 
 TEST_F(ClockTest, TheDayStaysWhileTheClocksDisagree) {
   struct Case {
@@ -41,19 +29,19 @@ TEST_F(ClockTest, TheDayStaysWhileTheClocksDisagree) {
   };
   const double debt = credit().debtInterest;
   for (const Case& it : cases) {
-    movable_.time.jump(it.jump);
-    EXPECT_EQ(act(), "") << "orders work all the same";
-    EXPECT_EQ(cancel(1, kRebar, lastOrder().localOrderId), "");
+    clock_.time.jump(it.jump);
+    EXPECT_EQ(order(rebar(3300)), "") << "orders work all the same";
+    EXPECT_EQ(cancelOrder(1, kRebar, lastOrder().localOrderId).code, 0);
     EXPECT_THAT(host_->health().clockFault, HasSubstr(it.fault));
     EXPECT_EQ(host_->health().clockFault.empty(), it.fault[0] == '\0');
-    EXPECT_EQ(lastOrder().srcTimestamp / 1000, std::chrono::system_clock::to_time_t(movable_.wallTime()));
+    EXPECT_EQ(lastOrder().srcTimestamp / 1000, std::chrono::system_clock::to_time_t(clock_.wallTime()));
     EXPECT_GE(orders().size(), 18U) << "the day's orders are still there";
-    movable_.time.jump(-it.jump);
+    clock_.time.jump(-it.jump);
     EXPECT_EQ(host_->health().clockFault, "");
   }
   EXPECT_EQ(credit().debtInterest, debt);
-  movable_.time.advance(hours(12));
-  EXPECT_EQ(act(), "");
+  clock_.time.advance(hours(12));
+  EXPECT_EQ(order(rebar(3300)), "");
   EXPECT_EQ(orders().size(), 1U) << "both clocks are past midnight";
 }
 
@@ -69,10 +57,10 @@ TEST_F(ClockTest, ADatabaseOfEachEarlierVersionIsUpgraded) {
     SQLite::Database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE).exec(script.str());
     open();
     EXPECT_EQ(orders().size(), 2U);
-    EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3330, 2), "");
+    EXPECT_EQ(order({1, kRebar, 1, 1, 3330, 2}), "");
     reopen();
     EXPECT_EQ(fills().size(), 2U);
-    EXPECT_EQ(positions().at({1, kRebar}).longTodayVolume, 6);
+    EXPECT_EQ(position(1, kRebar).longTodayVolume, 6);
     host_.reset();
     SQLite::Database db(file);
     EXPECT_EQ(db.execAndGet("PRAGMA user_version").getInt(), 3);

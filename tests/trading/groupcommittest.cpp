@@ -4,8 +4,7 @@
 
 #include "terminal/phones/replyhold.h"
 #include "tests/support/holdssoon.h"
-#include "tests/trading/desktest.h"
-#include "tests/trading/faultvfs.h"
+#include "tests/trading/testdesk.h"
 
 namespace orvane::terminal::testing {
 namespace {
@@ -13,12 +12,8 @@ namespace {
 class GroupCommitTest : public DeskTest {
  protected:
   GroupCommitTest() { reopen("UPDATE account SET pre_balance = 1e12 WHERE idx = 1"); }
-  ~GroupCommitTest() override {
-    disk_.heal();
-    host_.reset();
-  }
 
-  static void place() { EXPECT_EQ(trade()->insertOrder(item(1, kRebar, Side::Buy, Offset::Open, 3100, 1)).code, 0); }
+  static void place() { EXPECT_EQ(insertOrder(rebar(3100)).code, 0); }
 
   // Places an order whose flush does not end before heal().
   void placeAndHold() {
@@ -26,8 +21,6 @@ class GroupCommitTest : public DeskTest {
     place();
     ASSERT_TRUE(disk_.awaitHeldFlush());
   }
-
-  FaultyDisk disk_;
 };
 
 // As the library's worker does it: one request after the other, of many clients, and another client's cancel.

@@ -5,9 +5,7 @@
 #include "terminal/trading/desk.h"
 #include "terminal/trading/equitylist.h"
 #include "terminal/trading/thin.h"
-#include "tests/trading/desktest.h"
-#include "tests/trading/faultvfs.h"
-#include "tests/trading/testclock.h"
+#include "tests/trading/testdesk.h"
 
 namespace orvane::terminal::testing {
 namespace {
@@ -50,18 +48,18 @@ class HistoryTest : public DeskTest {
  protected:
   HistoryTest() {
     host_.reset();
-    movable_.time.advance(std::chrono::seconds(40));  // to the start of a minute
-    run("UPDATE trading_day SET day = 20717; UPDATE orders SET day = 20717; DELETE FROM equity");
+    clock_.time.advance(std::chrono::seconds(40));  // to the start of a minute
+    run("DELETE FROM equity");
   }
 
   void run(const std::string& sql) {
     desk_.reset();
-    SQLite::Database((dir_ / "terminal.db").string(), SQLite::OPEN_READWRITE).exec(sql);
+    change(dir_, sql);
     openDesk();
   }
   void openDesk() {
     desk_.reset();
-    desk_.emplace(dir_, movable_);
+    desk_.emplace(dir_, clock_);
     desk_->outbox().start([this](const MobileMessage& message) { inbox_.put(message); });
   }
 
@@ -83,18 +81,16 @@ class HistoryTest : public DeskTest {
     });
   }
 
-  FaultyDisk disk_;
-  TestClock movable_;
   std::optional<Desk> desk_;
 };
 
 TEST_F(HistoryTest, AMinuteHasOneRowAlsoAfterARestart) {
   desk_->record();
-  movable_.time.advance(std::chrono::seconds(59));
+  clock_.time.advance(std::chrono::seconds(59));
   openDesk();
   setDeposit(70000);
   desk_->record();
-  movable_.time.advance(std::chrono::seconds(1));
+  clock_.time.advance(std::chrono::seconds(1));
   desk_->record();
   EXPECT_THAT(times(), ElementsAre(0, 60'000));
   const EquityRow row = rows().front();
@@ -107,7 +103,7 @@ TEST_F(HistoryTest, AMinuteHasOneRowAlsoAfterARestart) {
 
 TEST_F(HistoryTest, TheChangeOfDayClosesTheOldDayAndBeginsTheNewOne) {
   desk_->record();
-  movable_.time.advance(hours(24));
+  clock_.time.advance(hours(24));
   desk_->record();
   EXPECT_EQ(rows().size(), 1U) << "nothing has moved since midnight";
   setDeposit(30000);  // in the new day
@@ -120,7 +116,7 @@ TEST_F(HistoryTest, TheChangeOfDayClosesTheOldDayAndBeginsTheNewOne) {
   EXPECT_EQ(found[2].day, kToday + 1);
   EXPECT_EQ(found[2].deposit, 0);
   EXPECT_NEAR(found[2].equity, found[1].equity, kCent);
-  movable_.time.jump(hours(1));
+  clock_.time.jump(hours(1));
   desk_->record();
   EXPECT_EQ(rows().size(), 3U) << "the clocks disagree";
 }
@@ -142,7 +138,7 @@ TEST_F(HistoryTest, AFullDiskLosesRowsAndSaysSoOnce) {
   disk_.arm({"full", true, true, 0}, 1);
   for (int i = 0; i < 3; ++i) {
     desk_->record();
-    movable_.time.advance(minutes(1));
+    clock_.time.advance(minutes(1));
   }
   EXPECT_TRUE(rows().empty());
   EXPECT_EQ(desk_->storageFault(), "") << "orders may still find room";
@@ -159,29 +155,22 @@ TEST_F(HistoryTest, AReadOnlyDiskServesTheHistory) {
   EXPECT_EQ(rows().size(), 1U);
   desk_.reset();
   disk_.setReadOnly(true);
-  movable_.time.advance(hours(24));
+  clock_.time.advance(hours(24));
   openDesk();
   EXPECT_EQ(desk_->read([](const Book& book) { return book.day; }), kToday) << "a new day could not be stored";
   desk_->record();
   EXPECT_THAT(times(), ElementsAre(0));
 }
 
-class EquityListTest : public DeskTest {
- protected:
-  static std::string ask(const std::string& body, std::string* data = nullptr) {
-    MobileMessage reply;
-    IUIProxyMgr::getInstance()->requestSync("equity.list", body, reply);
-    if (data != nullptr) *data = reply.data;
-    return utf8(reply.message);
-  }
-};
-
-TEST_F(EquityListTest, TheSampleEndsAtThePresentFigures) {
+TEST_F(DeskTest, TheSamplesHistoryEndsAtThePresentFigures) {
+  host_.reset();
+  std::filesystem::remove_all(dir_);
+  host_.emplace(TradingOptions{dir_, QuoteMode::Still, {}, 1});  // with the machine's clocks
   for (const int account : {1, 2, 3, 4}) {
-    std::string data;
-    EXPECT_EQ(ask(fmt::format(R"({{"index":{},"from":0,"to":9007199254740991,"points":300}})", account), &data), "");
+    const MobileMessage reply =
+        ask("equity.list", fmt::format(R"({{"index":{},"from":0,"to":9007199254740991,"points":300}})", account));
     rapidjson::Document rows;
-    rows.Parse(data.c_str());
+    rows.Parse(reply.data.c_str());
     ASSERT_GT(rows.Size(), 200U);
     ASSERT_LE(rows.Size(), 300U);
     const auto& last = rows[rows.Size() - 1];
@@ -203,37 +192,6 @@ TEST(EquityTextTest, PaymentsAreSumsSinceTheFirstPoint) {
   EXPECT_EQ(text, R"([{"time":1,"day":0,"equity":10.0,"available":0.0,"margin":0.0,"profit":0.0,"deposit":0.0,)"
                   R"("withdraw":0.0},{"time":5,"day":2,"equity":14.0,"available":0.0,"margin":0.0,"profit":0.0,)"
                   R"("deposit":10.0,"withdraw":10.0}])");
-}
-
-TEST_F(EquityListTest, AWrongBodyIsRefused) {
-  const std::pair<const char*, const char*> cases[] = {
-      {R"({"from":0,"to":1,"points":4})", "equity.list 缺少整数 index"},
-      {R"({"index":1,"from":0.5,"to":1,"points":4})", "equity.list 缺少整数 from"},
-      {R"({"index":1,"from":0,"to":"x","points":4})", "equity.list 缺少整数 to"},
-      {R"({"index":1,"from":0,"to":1,"points":3})", "equity.list 的 points 须在 4 至 2000 之间"},
-      {R"({"index":1,"from":0,"to":1,"points":2001})", "equity.list 的 points 须在 4 至 2000 之间"},
-      {R"({"index":1,"from":2,"to":1,"points":4})", "equity.list 的 from 不得晚于 to"},
-      {R"({"index":9,"from":0,"to":1,"points":4})", "没有账户 9"},
-      {"[1]", R"(equity.list 需要 {"index": 整数, "from": 毫秒, "to": 毫秒, "points": 整数})"},
-      {R"({"index":1,"from":-9223372036854775808,"to":9223372036854775807,"points":4})", ""},
-  };
-  for (const auto& [body, message] : cases) EXPECT_EQ(ask(body), message);
-}
-
-TEST_F(EquityListTest, CurvesEndAtTheLastPrice) {
-  EXPECT_EQ(setQuote(kRebar, "3340"), "");
-  const std::pair<const char*, const char*> cases[] = {
-      {R"({"hashCodes":[1000001,9],"points":4})", "没有合约 9"},
-      {R"({"hashCodes":["a"],"points":4})", "quote.curve 缺少整数数组 hashCodes"},
-      {R"({"hashCodes":[],"points":0})", "quote.curve 的 points 须在 4 至 2000 之间"},
-      {R"({"hashCodes":[1000001],"points":4})", ""},
-  };
-  MobileMessage reply;
-  for (const auto& [body, message] : cases) {
-    IUIProxyMgr::getInstance()->requestSync("quote.curve", body, reply);
-    EXPECT_EQ(utf8(reply.message), message);
-  }
-  EXPECT_THAT(reply.data, HasSubstr(R"("prices":[3325.0,3340.0]})"));
 }
 
 }  // namespace

@@ -1,21 +1,11 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdlib>
-#include <ctime>
 #include <optional>
 
-#include <SQLiteCpp/Database.h>
-#include <fmt/format.h>
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include "host/common.h"
-#include "host/servicerouter.h"
-#include "host/tradeservice.h"
-#include "terminal/trading/tradinghost.h"
 #include "tests/support/randomsteps.h"
 #include "tests/trading/listcheck.h"
+#include "tests/trading/testdesk.h"
 
 namespace orvane::terminal::testing {
 namespace {
@@ -24,42 +14,22 @@ using second::Instrument;
 using second::Key;
 using second::PlacedOrder;
 
-// Moves local time by whole days from UTC.
-void setLocalDay(int days) {
-  setenv("TZ", fmt::format("XXX{:+}", -24 * days).c_str(), 1);
-  tzset();
-}
-
-// In memory if possible and nothing else is asked for: what is on the disk is for other tests.
-std::filesystem::path folder() {
-  const std::filesystem::path memory = "/dev/shm";
-  return (std::getenv("TMPDIR") == nullptr && is_directory(memory) ? memory : std::filesystem::temp_directory_path()) /
-         fmt::format("randomdays-{}", getpid());
-}
-
 // A host and the second book side by side, through random steps; after each, everything is compared.
-class RandomDays : test::RandomSteps {
+class RandomDays : test::RandomSteps, TestDesk {
  public:
   explicit RandomDays(uint32_t seed) : RandomSteps(seed) {
-    remove_all(dir_);
-    setLocalDay(localDay_);
-    { const TradingHost created(TradingOptions{dir_, QuoteMode::Still, {}, 1}); }
-    change(chance(80) ? "UPDATE account SET online = 1" : "UPDATE account SET ordinary_orders = 0 WHERE idx = 2");
-    if (chance(30)) change("UPDATE credit_terms SET long_limit = 400000, short_limit = 150000");
-    if (chance(30)) change("DELETE FROM strategy_target; DELETE FROM manual_position");  // everything is too much
-    if (chance(10)) change("DELETE FROM credit_contract; DELETE FROM holding WHERE account = 4 AND direction = 2");
-    if (chance(20)) change("UPDATE account SET pre_balance = pre_balance / 4");
+    std::string sql =
+        chance(80) ? "UPDATE account SET online = 1;" : "UPDATE account SET ordinary_orders = 0 WHERE idx = 2;";
+    if (chance(30)) sql += "UPDATE credit_terms SET long_limit = 400000, short_limit = 150000;";
+    if (chance(30)) sql += "DELETE FROM strategy_target; DELETE FROM manual_position;";  // everything is too much
+    if (chance(10)) sql += "DELETE FROM credit_contract; DELETE FROM holding WHERE account = 4 AND direction = 2;";
+    if (chance(20)) sql += "UPDATE account SET pre_balance = pre_balance / 4;";
+    host_.reset();
+    change(dir_, sql);
     book_.emplace(dir_ / "terminal.db");
-    lists_.emplace(*book_);
+    lists_.emplace(*book_, inbox_);
     open();
   }
-  ~RandomDays() {
-    host_.reset();
-    remove_all(dir_);
-    setLocalDay(0);
-  }
-  RandomDays(const RandomDays&) = delete;
-  RandomDays& operator=(const RandomDays&) = delete;
 
   // Runs until a difference or the end.
   void run(int steps) {
@@ -76,19 +46,16 @@ class RandomDays : test::RandomSteps {
   }
 
  private:
-  static ITradeService* trade() { return IServiceRouter::instance()->getTradeService(); }
-
-  void open() {
-    host_.emplace(TradingOptions{dir_, QuoteMode::Still, {}, 1});
-    host_->start([this](const MobileMessage& message) { lists_->put(message); });
-  }
-
-  void change(const std::string& sql) {
-    SQLite::Database((dir_ / "terminal.db").string(), SQLite::OPEN_READWRITE).exec(sql);
+  // Moves the clocks.
+  void pass(std::chrono::seconds time) {
+    clock_.time.advance(time);
+    const auto now = std::chrono::time_point_cast<std::chrono::milliseconds>(clock_.wallTime());
+    book_->now = now.time_since_epoch().count();
   }
 
   // Does one random thing to both and returns what.
   std::string step() {
+    pass(std::chrono::seconds(1));
     const int64_t what = pick(1, 100);
     if (what <= 48) return order();
     if (what <= 57) return cancel();
@@ -96,23 +63,23 @@ class RandomDays : test::RandomSteps {
     if (what <= 85) return synchronise();
     if (what <= 92) return manual();
     if (what <= 95) return nextStart(0);
-    return what <= 97 && localDay_ < 1 ? midnight() : nextStart(static_cast<int>(pick(1, 4)));
+    return what <= 97 ? midnight() : nextStart(static_cast<int>(pick(1, 4)));
   }
 
   std::string nextStart(int days) {
     host_.reset();
-    change(fmt::format("UPDATE trading_day SET day = day - {0}; UPDATE orders SET day = day - {0}", days));
+    pass(std::chrono::hours(24 * days));
     open();
     if (days > 0) book_->newDay(days);
     return fmt::format("start after {} days", days);
   }
 
-  // Under a running host. Local time can be two days ahead of where it began.
+  // Under a running host.
   std::string midnight() {
-    setLocalDay(++localDay_);
+    pass(std::chrono::hours(24));
     book_->newDay(1);
     const auto& [hash, instrument] = *book_->instruments.begin();
-    return "midnight, " + setQuote(hash, instrument.last);
+    return "midnight, " + moveTo(hash, instrument.last);
   }
 
   // Mostly an instrument that the account may trade, often one that it holds.
@@ -165,20 +132,13 @@ class RandomDays : test::RandomSteps {
   }
 
   std::string place(const PlacedOrder& order) {
-    MobileNewOrderItem item;
-    item.account.index = order.account.index;
-    item.code.hashCode = order.code.hashCode;
-    item.orderSource = order.orderSource;
-    item.orderSource.sourceText = CodeConvert::utf8_to_gbk(order.orderSource.sourceText);
-    item.volume = order.volume;
-    item.price = order.price;
-    item.priceType = order.priceType;
-    item.combOffset = order.combOffset;
-    item.hedge = order.hedge;
-    item.side = order.side;
-    const std::string got = CodeConvert::gbk_to_utf8(trade()->insertOrder(item).message);
+    Source source = order.orderSource;
+    source.sourceText = CodeConvert::utf8_to_gbk(source.sourceText);
+    const std::string got = utf8(insertOrder({order.account.index, order.code.hashCode, order.side, order.combOffset,
+                                              order.price, order.volume, order.priceType, source})
+                                     .message);
     expectRefusal(got, book_->place(order));
-    lists_->expectNote(got);
+    book_->orders.rbegin()->second.note = got;
     return fmt::format("order of {} {} side {} offset {} type {} price {} volume {}: {}", order.account.index,
                        order.code.hashCode, order.side, order.combOffset, order.priceType, order.price, order.volume,
                        got);
@@ -193,11 +153,8 @@ class RandomDays : test::RandomSteps {
     }
     if (chance(5)) order.account.index = static_cast<int32_t>(pick(1, 4));
     if (chance(5)) order.localOrderId += 1000;
-    CancelOrderRequest request;
-    request.localOrderId = order.localOrderId;
-    request.account.index = order.account.index;
-    request.code.hashCode = order.code.hashCode;
-    expectRefusal(CodeConvert::gbk_to_utf8(trade()->cancelOrder(request).message),
+    const auto [account, hash] = order.key();
+    expectRefusal(utf8(cancelOrder(account, hash, order.localOrderId).message),
                   book_->cancel(order.key(), order.localOrderId));
     return fmt::format("cancel of {}", order.localOrderId);
   }
@@ -207,14 +164,11 @@ class RandomDays : test::RandomSteps {
     for (const auto& [id, it] : book_->orders) {
       if (it.isWorking() && chance(20)) hash = it.code.hashCode;
     }
-    return setQuote(hash, randomPrice(book_->instruments.at(hash)));
+    return moveTo(hash, randomPrice(book_->instruments.at(hash)));
   }
 
-  std::string setQuote(int64_t hash, double price) {
-    MobileMessage reply;
-    IUIProxyMgr::getInstance()->requestSync("quote.set", fmt::format(R"({{"hashCode":{},"price":{}}})", hash, price),
-                                            reply);
-    EXPECT_EQ(reply.message.empty(), book_->setQuote(hash, price));
+  std::string moveTo(int64_t hash, double price) {
+    EXPECT_EQ(setQuote(hash, price).message.empty(), book_->setQuote(hash, price));
     return fmt::format("quote of {}: {}", hash, price);
   }
 
@@ -248,10 +202,7 @@ class RandomDays : test::RandomSteps {
       order.volume = it.volume;
       order.orderSource.sourceFlags = 0x1000000;
       order.orderSource.sourceText = "头寸监控一键同步";
-      if (const std::string text = book_->place(order); !text.empty()) {
-        lists_->expectNotice(
-            fmt::format("头寸监控同步委托被拒绝 ({} {}): {}", it.account.userCode, it.code.code, text));
-      }
+      book_->place(order);
     }
     const size_t count = offered.size();
     monitor.placeSyncOrders(offered);
@@ -271,27 +222,21 @@ class RandomDays : test::RandomSteps {
     for (MonitorManualPosition& it : update) {
       const Key key = randomKey(static_cast<int32_t>(pick(1, 4)));
       const Instrument& instrument = book_->instruments.at(key.second);
-      std::tie(it.account.index, it.code.hashCode) = key;
-      it.account.userCode = book_->accounts.at(key.first).userCode;
-      it.code.code = instrument.code;
+      it.account = book_->accounts.at(key.first).id;
+      it.code = instrument.symbol;
       const int64_t most = 1000 * instrument.most;
       for (int64_t* volume : {&it.position.longPos, &it.position.shortPos}) {
         *volume = chance(50) ? 0 : pick(0, 20) * instrument.lot;
         if (chance(5)) *volume = oneOf(std::array<int64_t, 4>{-1, most, most + 1, 7});
       }
-      if (book_->setManual(key, it.position.longPos, it.position.shortPos)) continue;
-      lists_->expectNotice(fmt::format("手工头寸无效 ({} {}): 多 {}, 空 {}, 应在 0 至 {} 之间", it.account.userCode,
-                                       it.code.code, it.position.longPos, it.position.shortPos, most));
+      book_->setManual(key, it.position.longPos, it.position.shortPos);
     }
     monitor.updateManualPositions(update);
     return "manual positions";
   }
 
-  std::filesystem::path dir_ = folder();
-  int localDay_ = -1;
   std::optional<second::SecondBook> book_;
   std::optional<ListCheck> lists_;
-  std::optional<TradingHost> host_;
 };
 
 TEST(RandomDaysTest, EveryFigureOfEveryListIsThatOfTheSecondBook) {

@@ -2,20 +2,10 @@
 
 #include <fmt/format.h>
 
-#include "tests/trading/desktest.h"
+#include "tests/trading/testdesk.h"
 
 namespace orvane::terminal::testing {
 namespace {
-
-struct Terms {
-  int32_t account;
-  int64_t code;
-  int32_t side, offset;
-  double price;
-  int64_t volume;
-  int32_t type = 1;
-  std::string source = "";
-};
 
 // Every order is placed on the sample data, changed by some SQL.
 class RefusalsTest : public DeskTest {
@@ -24,39 +14,7 @@ class RefusalsTest : public DeskTest {
   static constexpr int64_t kPut = 5100002;
   static constexpr int64_t kFund = 5200001;
 
-  RefusalsTest() {
-    host_.reset();
-    std::filesystem::copy_file(file(), sample());
-  }
-  ~RefusalsTest() override { std::filesystem::remove(sample()); }
-
-  void begin(const std::string& sql) {
-    host_.reset();
-    std::filesystem::copy_file(sample(), file(), std::filesystem::copy_options::overwrite_existing);
-    reopen(sql);
-  }
-
-  // The refusal, which must be the note of the last order if it is listed, and must bind nothing.
-  static std::string place(const Terms& terms) {
-    MobileNewOrderItem wanted = item(terms.account, terms.code, static_cast<Side>(terms.side),
-                                     static_cast<Offset>(terms.offset), terms.price, terms.volume);
-    wanted.priceType = terms.type;
-    wanted.orderSource.sourceText = terms.source;
-    const size_t before = orders().size();
-    const double frozen = terms.account <= 4 ? capital(terms.account).frozenMargin : 0;
-    const std::string text = utf8(trade()->insertOrder(wanted).message);
-    if (text.empty() || orders().size() == before) return text;
-    EXPECT_EQ(orders().size(), before + 1);
-    EXPECT_EQ(lastOrder().status, static_cast<int32_t>(OrderStatus::Refused));
-    EXPECT_EQ(lastOrder().orderId, "");
-    EXPECT_EQ(utf8(lastOrder().note), text);
-    EXPECT_EQ(capital(terms.account).frozenMargin, frozen);
-    return text;
-  }
-
- private:
-  std::filesystem::path file() const { return dir_ / "terminal.db"; }
-  std::filesystem::path sample() const { return dir_.string() + "-sample.db"; }
+  static std::string place(const Terms& terms) { return utf8(insertOrder(terms).message); }
 };
 
 TEST_F(RefusalsTest, EachCheckTakesTheLastAndRefusesTheNext) {
@@ -80,8 +38,8 @@ TEST_F(RefusalsTest, EachCheckTakesTheLastAndRefusesTheNext) {
   const Case cases[] = {
       {rebar, {5, kRebar, 1, 1, 3300, 1}, "没有账户 5"},
       {rebar, {1, 1000004, 1, 1, 3300, 1}, "没有合约 1000004"},
-      {{1, kRebar, 1, 1, 3300, 1, 1, std::string(64, 'x')},
-       {1, kRebar, 1, 1, 3300, 1, 1, std::string(65, 'x')},
+      {{1, kRebar, 1, 1, 3300, 1, 1, {1, std::string(64, 'x'), ""}},
+       {1, kRebar, 1, 1, 3300, 1, 1, {1, std::string(65, 'x'), ""}},
        "委托来源 65 字节, 超过上限 64"},
       {option, option, "账户 80080003 未登录, 不能委托", online},
       {rebar, rebar, "账户 80010001 没有普通委托权限", "", "UPDATE account SET ordinary_orders = 0 WHERE idx = 1"},
@@ -141,7 +99,6 @@ TEST_F(RefusalsTest, EachCheckTakesTheLastAndRefusesTheNext) {
 }
 
 TEST_F(RefusalsTest, AWorkingOrderClosesTheSamePartAfterARestart) {
-  begin("");
   EXPECT_EQ(place({1, kRebar, 2, 5, 3400, 3}), "");
   reopen();
   EXPECT_EQ(place({1, kRebar, 2, 5, 3400, 2}), "可平数量不足: 委托 2, 可平 1");
@@ -150,11 +107,10 @@ TEST_F(RefusalsTest, AWorkingOrderClosesTheSamePartAfterARestart) {
 
 // What working orders that buy securities back hold is taken from the proceeds of short sales, until they are gone.
 TEST_F(RefusalsTest, BuyingBackHoldsTheProceedsFirst) {
-  begin("");
   const double before = capital(4).available;
   EXPECT_EQ(place({4, kWuliangye, 5, 4, 125, 1000}), "");
   EXPECT_NEAR(capital(4).available, before, 0.005) << "125037.50 of 128300";
-  EXPECT_EQ(cancel(4, kWuliangye, lastOrder().localOrderId), "");
+  EXPECT_EQ(cancelOrder(4, kWuliangye, lastOrder().localOrderId).code, 0);
   EXPECT_NEAR(capital(4).available, before, 0.005);
   EXPECT_EQ(place({4, kMerchants, 1, 1, 42, 1000}), "");
   EXPECT_NEAR(capital(4).available, before - 42'012.6, 0.005);

@@ -56,7 +56,7 @@ std::set<Key> SecondBook::monitorKeys() const {
 
 std::pair<int64_t, int64_t> SecondBook::closable(const Key& key, size_t side) const {
   const Part part = parts(key).at(side);
-  std::pair<int64_t, int64_t> free{part.old(), instruments.at(key.second).kind == 0 ? 0 : part.today};
+  std::pair<int64_t, int64_t> free{part.old(), instruments.at(key.second).kind() == 0 ? 0 : part.today};
   for (const auto& [id, it] : orders) {
     if (it.key() != key || !it.isWorking() || !it.closes() || it.holdingSide() != side) continue;
     free.first -= it.closesOld;
@@ -80,10 +80,10 @@ int64_t SecondBook::ownClosable(const Key& key) const {
 std::string SecondBook::refusal(PlacedOrder& order) const {
   const Account& account = accounts.at(order.account.index);
   const Instrument& it = instruments.at(order.code.hashCode);
-  if (!account.isOnline) return "账户 " + account.userCode + " 未登录";
-  if (!account.mayOrder) return "账户 " + account.userCode + " 没有普通委托权限";
-  if (!account.trades(it)) return "账户 " + account.userCode + " 不能交易";
-  if (order.side < 1 || order.side > (account.credit ? 6 : 2)) return "账户 " + account.userCode + " 不支持买卖方向";
+  if (!account.isOnline) return "账户 " + account.id.userCode + " 未登录";
+  if (!account.mayOrder) return "账户 " + account.id.userCode + " 没有普通委托权限";
+  if (!account.trades(it)) return "账户 " + account.id.userCode + " 不能交易";
+  if (order.side < 1 || order.side > (account.credit ? 6 : 2)) return "账户 " + account.id.userCode + " 不支持买卖方向";
   if (order.combOffset < (it.isSecurity() ? 0 : 1) || order.combOffset > 7) return "开平标志";
   if (order.priceType != 1 && order.priceType != 2) return "价格类型";
   if (order.priceType == 2) order.price = order.buys() ? it.ask() : it.bid();
@@ -135,26 +135,27 @@ std::string SecondBook::moneyRefusal(PlacedOrder order) const {
 }
 
 std::string SecondBook::place(PlacedOrder order) {
-  if (accounts.count(order.account.index) == 0) return "没有账户";
-  if (instruments.count(order.code.hashCode) == 0) return "没有合约";
   const Instrument& it = instruments.at(order.code.hashCode);
   complete(order);
   order.note = refusal(order);
   order.localOrderId = ++lastOrder_;
+  order.srcTimestamp = now;
   order.status = order.note.empty() ? 1 : 4;
   if (order.isWorking()) order.orderId = serial(it, order.localOrderId);
   const double quote = order.buys() ? it.ask() : it.bid();
   const bool crosses = order.buys() ? order.price >= quote - kTiny : order.price <= quote + kTiny;
   if (order.isWorking() && crosses) fill(order, quote);
   changed.push_back(orders[order.localOrderId] = order);
+  if (order.isSynchronising() && !order.note.empty()) {
+    notices.push_back(
+        fmt::format("头寸监控同步委托被拒绝 ({} {}): {}", order.account.userCode, order.code.code, order.note));
+  }
   return order.note;
 }
 
 void SecondBook::complete(PlacedOrder& order) const {
-  const Account& account = accounts.at(order.account.index);
-  order.account.userCode = account.userCode;
-  order.account.marketType = account.market;
-  order.code.code = instruments.at(order.code.hashCode).code;
+  order.account = accounts.at(order.account.index).id;
+  order.code = instruments.at(order.code.hashCode).symbol;
 }
 
 std::string SecondBook::cancel(const Key& key, int64_t id) {
@@ -189,6 +190,7 @@ void SecondBook::fill(PlacedOrder& order, double price) {
   paid.price = price;
   OrderFill& it = fills.emplace_back(fillOf(order));
   it.fillId = serial(instruments.at(order.code.hashCode), ++lastFill_);
+  it.exchTimestamp = now;
   it.volume = order.volume;
   it.price = price;
   order.status = 2;
@@ -248,12 +250,16 @@ void SecondBook::giveBack(const Key& key, int64_t volume) {
   }
 }
 
-bool SecondBook::setManual(const Key& key, int64_t longs, int64_t shorts) {
+void SecondBook::setManual(const Key& key, int64_t longs, int64_t shorts) {
   const int64_t most = 1000 * instruments.at(key.second).most;
-  if (longs < 0 || shorts < 0 || longs > most || shorts > most) return false;
+  if (longs < 0 || shorts < 0 || longs > most || shorts > most) {
+    notices.push_back(fmt::format("手工头寸无效 ({} {}): 多 {}, 空 {}, 应在 0 至 {} 之间",
+                                  accounts.at(key.first).id.userCode, instruments.at(key.second).symbol.code, longs,
+                                  shorts, most));
+    return;
+  }
   manual[key].longPos = longs;
   manual[key].shortPos = shorts;
-  return true;
 }
 
 void SecondBook::newDay(int days) {
@@ -288,10 +294,10 @@ std::list<MonitorSyncOrder> SecondBook::syncOrders(const Key& key) const {
   const PositionMonitorRecord record = monitor(key);
   const Account& account = accounts.at(key.first);
   const Instrument& instrument = instruments.at(key.second);
-  const bool securities = account.market == 2 || account.market == 16;
+  const bool securities = account.holdsSecurities();
   std::array<int64_t, 2> held{record.accountPos.longPos, record.accountPos.shortPos};
   for (const auto& [id, it] : orders) {
-    if (it.key() != key || !it.isWorking() || it.orderSource.sourceFlags != 0x1000000) continue;
+    if (it.key() != key || !it.isWorking() || !it.isSynchronising()) continue;
     held.at(it.holdingSide()) += it.closes() ? -it.volume : it.volume;
   }
   std::list<MonitorSyncOrder> result;
@@ -299,6 +305,8 @@ std::list<MonitorSyncOrder> SecondBook::syncOrders(const Key& key) const {
     const int64_t most = instrument.most / instrument.lot * instrument.lot;
     for (int64_t left = volume / instrument.lot * instrument.lot; left > 0 && result.size() < 100; left -= most) {
       MonitorSyncOrder& it = result.emplace_back();
+      it.account = account.id;
+      it.code = instrument.symbol;
       it.side = side;
       it.combOffsetFlag = offset;
       it.volume = std::min(left, most);

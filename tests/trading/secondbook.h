@@ -27,10 +27,11 @@ using Key = std::pair<int32_t, int64_t>;  // account and hash code
 struct Instrument {
   double bid() const;
   double ask() const;
-  bool isSecurity() const { return kind == 0 || kind == 3; }
+  int32_t kind() const { return symbol.codeClass; }  // 0 stock, 1 future, 2 option, 3 fund
+  bool isSecurity() const { return kind() == 0 || kind() == 3; }
 
-  int32_t kind = 0;  // 0 stock, 1 future, 2 option, 3 fund
-  std::string exchange, code, name, type;
+  SymbolCode symbol;
+  std::string exchange, name, type;
   double multiplier = 0, tick = 0, defaultRate = 0;
   int64_t lot = 0, most = 0;
   double preClose = 0, preSettlement = 0, low = 0, high = 0, last = 0;
@@ -69,12 +70,12 @@ struct Contract {
 };
 
 struct Account {
+  bool holdsSecurities() const { return id.marketType == 2 || id.marketType == 16; }
   bool trades(const Instrument& it) const {
-    return market == 1 ? it.kind == 1 : market == 8 ? it.kind == 2 : it.isSecurity();
+    return holdsSecurities() ? it.isSecurity() : it.kind() == (id.marketType == 1 ? 1 : 2);
   }
 
-  int32_t market = 0;
-  std::string userCode;
+  TradingAccountID id;
   bool isOnline = false, mayOrder = false;
   double pre = 0, deposit = 0, withdraw = 0, commission = 0;
   std::map<std::string, Fee> fees;  // by code type
@@ -94,6 +95,7 @@ struct SideSum {
 struct PlacedOrder : Order {
   Key key() const { return {account.index, code.hashCode}; }
   bool isWorking() const { return status == 1; }
+  bool isSynchronising() const { return orderSource.sourceFlags == 0x1000000; }
   bool buys() const { return side == 1 || side == 3 || side == 5; }
   bool closes() const { return closesOld + closesNew > 0; }
   size_t holdingSide() const { return buys() == closes() ? 1 : 0; }  // the side of the holding that it changes
@@ -115,7 +117,7 @@ class SecondBook {
   std::string place(PlacedOrder order);
   std::string cancel(const Key& key, int64_t id);
   bool setQuote(int64_t hash, double price);
-  bool setManual(const Key& key, int64_t longs, int64_t shorts);
+  void setManual(const Key& key, int64_t longs, int64_t shorts);
   void newDay(int days);
 
   TradingAccount capital(int32_t index) const;
@@ -133,7 +135,9 @@ class SecondBook {
   std::map<Key, PositionFigures> manual;
   std::map<int64_t, PlacedOrder> orders;  // of the day, as the fills
   std::vector<OrderFill> fills;
-  std::vector<PlacedOrder> changed;  // since the caller emptied it
+  std::vector<PlacedOrder> changed;  // since the caller emptied it, as the beginnings of notices
+  std::vector<std::string> notices;
+  int64_t now = 0;  // of the steps to come, in milliseconds since 1970
 
  private:
   std::set<Key> heldKeys() const;

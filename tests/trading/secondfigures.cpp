@@ -41,7 +41,7 @@ Rates SecondBook::ratesOf(const Key& key) const {
   const auto found = rates.find(key);
   Rates all = found != rates.end() ? found->second : Rates{{it.defaultRate, it.defaultRate}, {}};
   if (it.isSecurity()) return {{1, 1}, {}};
-  if (it.kind == 2) all.byMoney[0] = 1;  // a premium is paid in full
+  if (it.kind() == 2) all.byMoney[0] = 1;  // a premium is paid in full
   return all;
 }
 
@@ -122,7 +122,7 @@ TradingAccount SecondBook::capital(int32_t index) const {
     if (order.side == 5) returning += boundCash(order);
   }
   const auto& [longs, shorts] = sums;
-  it.id.marketType = account.market;
+  it.id = account.id;
   it.preBalance = account.pre;
   it.deposit = account.deposit;
   it.withdraw = account.withdraw;
@@ -137,8 +137,8 @@ TradingAccount SecondBook::capital(int32_t index) const {
   it.netLever = ratio(longs.value - shorts.value, it.dynamicAmount);
   it.risk = ratio(it.currMargin, it.dynamicAmount);
   it.available = it.dynamicAmount - it.currMargin - it.frozenMargin;
-  it.maintainAmount = account.market == 2 ? 0 : it.currMargin;
-  it.withdrawQuota = it.available - (account.market == 2 ? 0 : std::max(0.0, it.todayFloatingProfit));
+  it.maintainAmount = account.id.marketType == 2 ? 0 : it.currMargin;
+  it.withdrawQuota = it.available - (account.id.marketType == 2 ? 0 : std::max(0.0, it.todayFloatingProfit));
   if (account.credit) {
     const double debt = owed(index, 0).amount + shorts.value + owed(index, 0).interest + owed(index, 1).interest;
     const double cash = it.dynamicAmount + debt - longs.value;
@@ -213,6 +213,8 @@ Position SecondBook::position(const Key& key) const {
   }
   const double equity = capital(key.first).dynamicAmount;
   Position it;
+  it.account = accounts.at(key.first).id;
+  it.code = instrument.symbol;
   for (const auto& [id, order] : orders) {
     if (order.key() != key || !order.isWorking()) continue;
     (order.holdingSide() == 0 ? it.longActiveVolume : it.shortActiveVolume) += order.volume;
@@ -291,6 +293,8 @@ std::map<std::string, CodeTypePosition> SecondBook::codeTypes(const std::set<int
 
 PositionMonitorRecord SecondBook::monitor(const Key& key) const {
   PositionMonitorRecord it;
+  it.account = accounts.at(key.first).id;
+  it.code = instruments.at(key.second).symbol;
   if (const auto found = targets_.find(key); found != targets_.end()) {
     PositionFigures* families[] = {&it.strategyActive, &it.strategyUnsend, &it.algo};
     for (size_t i = 0; i < 3; ++i) set(*families[i], found->second.at(i).longPos, found->second.at(i).shortPos);

@@ -10,8 +10,7 @@
 #include "terminal/trading/engine.h"
 #include "terminal/trading/storeerror.h"
 #include "tests/support/soak.h"
-#include "tests/trading/desktest.h"
-#include "tests/trading/faultvfs.h"
+#include "tests/trading/testdesk.h"
 
 namespace orvane::terminal::testing {
 namespace {
@@ -24,41 +23,22 @@ enum class Answer { Acknowledged, Refused, Unknown };
 
 class StorageTest : public DeskTest {
  protected:
-  StorageTest() {
-    host_.reset();
-    std::filesystem::copy(dir_, fresh_);
-  }
-  ~StorageTest() override {
-    host_.reset();
-    std::filesystem::remove_all(fresh_);
-  }
-
-  void openFresh() {
-    host_.reset();
-    disk_.heal();
-    std::filesystem::remove_all(dir_);
-    std::filesystem::copy(fresh_, dir_);
-    open();
-    FaultyDisk::checkpointOften();
-  }
-
   // Every list is served and every change is refused, with the remedy, until `mend` is called; then actions work again.
   void expectOnlyLists(size_t expected, const std::string& reason, const std::string& remedy,
                        const std::function<void()>& mend) {
     const std::string file = (dir_ / "terminal.db").string();
-    EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3330, 1),
-              fmt::format("数据库 {} 无法写入 ({}), 未作任何更改: {}", file, reason, remedy));
+    EXPECT_EQ(order(rebar(3330)), fmt::format("数据库 {} 无法写入 ({}), 未作任何更改: {}", file, reason, remedy));
     EXPECT_THAT(host_->health().storageFault, HasSubstr(fmt::format("cannot use the database {}: {}", file, reason)));
-    EXPECT_THAT(setQuote(kRebar, "3400"), HasSubstr("未作任何更改"));
+    EXPECT_THAT(setQuote(kRebar, 3400).message, HasSubstr("未作任何更改"));
     EXPECT_EQ(orders().size(), expected);
-    EXPECT_EQ(positions().at({1, kRebar}).currentPrice, 3325);
+    EXPECT_EQ(position(1, kRebar).currentPrice, 3325);
     IPositionMonitor::getInstance()->cleanManualPositions({});
     expectNotice(fmt::format("手工头寸未能保存: 数据库 {} 无法写入", file));
     mend();
     expectNotice("数据库已恢复写入: 此前结果未知的更改均未执行");
     EXPECT_EQ(host_->health().storageFault, "");
     EXPECT_EQ(orders().size(), expected);
-    EXPECT_EQ(order(1, kRebar, Side::Buy, Offset::Open, 3330, 1), "");
+    EXPECT_EQ(order(rebar(3330)), "");
     EXPECT_EQ(orders().size(), expected + 1);
   }
 
@@ -69,25 +49,23 @@ class StorageTest : public DeskTest {
 
   // Orders of one lot, filled and resting in turn, told apart by their text.
   Answer place(int number) {
-    MobileNewOrderItem it = item(1, kRebar, Side::Buy, Offset::Open, number % 2 == 0 ? 3330 : 3300, 1);
-    it.orderSource.sourceText = fmt::format("order {}", number);
-    const std::string text = held(utf8(trade()->insertOrder(it).message));
+    Terms terms = rebar(number % 2 == 0 ? 3330 : 3300);
+    terms.source.sourceText = fmt::format("order {}", number);
+    const std::string text = order(terms);
     if (text.empty()) return Answer::Acknowledged;
     return text.find("结果未知") == std::string::npos ? Answer::Refused : Answer::Unknown;
   }
 
   // What a restart after a crash finds: the texts of the orders, and as many lots as were filled.
   void checkImage(const std::vector<Answer>& answers, bool powerFails) {
-    const std::filesystem::path image = fresh_.string() + "-image";
-    std::filesystem::remove_all(image);
-    std::filesystem::create_directories(image);
-    FaultyDisk::crash(dir_, image, powerFails);
-    const Book book = Database(image).load();
+    const test::TempDir image;
+    FaultyDisk::crash(dir_, image.path(), powerFails);
+    const Book book = Database(image.path()).load();
     std::set<std::string> there;
     int64_t lots = 4;  // opened today by the sample data
     for (const auto& [id, it] : book.orders) {
       const std::string& text = it.order.orderSource.sourceText;
-      if (text.rfind("order ", 0) != 0) continue;
+      if (!text.starts_with("order ")) continue;
       EXPECT_TRUE(there.insert(text).second) << text << " is there twice";
       lots += it.order.fillVolume;
     }
@@ -97,13 +75,13 @@ class StorageTest : public DeskTest {
       EXPECT_EQ(isThere, answers[i] == Answer::Acknowledged) << "order " << i << ", power failure: " << powerFails;
     }
     EXPECT_EQ(book.holdings.at({1, kRebar}).longs.todayVolume, lots);
-    std::filesystem::remove_all(image);
   }
 
   // Twenty orders while the fault is armed, then the same when it is gone.
   void runScenario(const Fault& fault, int at) {
     SCOPED_TRACE(fmt::format("{}, operation {}", fault.name, at));
-    openFresh();
+    begin();
+    FaultyDisk::checkpointOften();
     disk_.arm(fault, at);
     std::vector<Answer> answers;
     for (int i = 0; i < kOrders; ++i) {
@@ -124,13 +102,10 @@ class StorageTest : public DeskTest {
     checkImage(answers, false);
     checkImage(answers, true);
     const std::list<Order> all = orders();
-    const auto listed = std::count_if(
-        all.begin(), all.end(), [](const Order& it) { return it.orderSource.sourceText.rfind("order ", 0) == 0; });
+    const auto listed = std::count_if(all.begin(), all.end(),
+                                      [](const Order& it) { return it.orderSource.sourceText.starts_with("order "); });
     EXPECT_EQ(listed, std::count(answers.begin(), answers.end(), Answer::Acknowledged)) << "book and disk differ";
   }
-
-  FaultyDisk disk_;
-  std::filesystem::path fresh_ = dir_.string() + "-fresh";
 };
 
 TEST_F(StorageTest, AcknowledgedMeansThereAndRefusedMeansNotThereWhateverFails) {
@@ -142,7 +117,7 @@ TEST_F(StorageTest, AcknowledgedMeansThereAndRefusedMeansNotThereWhateverFails) 
       {"all fail from here on, though all is written", true, false, 1},
       {"full from here on", true, true, 0.5},
   };
-  openFresh();
+  FaultyDisk::checkpointOften();
   disk_.arm(faults[0], 0);
   for (int i = 0; i < kOrders; ++i) EXPECT_EQ(place(i), Answer::Acknowledged);
   const int operations = disk_.operations();
@@ -181,9 +156,8 @@ TEST_F(StorageTest, ANoticeRepeatsWhetherTheOutcomeIsKnown) {
   const std::pair<Fault, const char*> cases[] = {{{"failing", true, false, 0}, "结果未知: 请勿重新提交"},
                                                  {{"full", true, true, 0}, "未作任何更改: 请释放磁盘空间"}};
   for (const auto& [fault, outcome] : cases) {
-    openFresh();
     disk_.arm(fault, 1);
-    const std::string answer = order(1, kRebar, Side::Buy, Offset::Open, 3300, 1);
+    const std::string answer = order(rebar(3300));
     EXPECT_THAT(answer, HasSubstr(outcome));
     expectNotice(answer);
     disk_.heal();
@@ -192,6 +166,7 @@ TEST_F(StorageTest, ANoticeRepeatsWhetherTheOutcomeIsKnown) {
 }
 
 TEST_F(StorageTest, AFullDiskIsServedAndTakesActionsAgain) {
+  host_.reset();
   disk_.arm({"full", true, true, 0}, 1);
   open();
   expectOnlyLists(18, "database or disk is full", "请释放磁盘空间", [this] { disk_.heal(); });
@@ -199,31 +174,32 @@ TEST_F(StorageTest, AFullDiskIsServedAndTakesActionsAgain) {
 
 TEST_F(StorageTest, AReadOnlyDiskIsServedWithItsWriteAheadLogAndTakesActionsAgain) {
   const auto mend = [this] { disk_.setReadOnly(false); };
+  host_.reset();
   disk_.setReadOnly(true);
   open();
   expectOnlyLists(18, "the file is read-only", "请使该文件及其目录可写", mend);
 
-  const std::filesystem::path crashed = fresh_.string() + "-crashed";  // its log holds the order
-  std::filesystem::create_directories(crashed);
-  FaultyDisk::crash(dir_, crashed, false);
+  const test::TempDir crashed;  // its log holds the order
+  FaultyDisk::crash(dir_, crashed.path(), false);
   host_.reset();
   std::filesystem::remove_all(dir_);
-  std::filesystem::rename(crashed, dir_);
+  std::filesystem::copy(crashed.path(), dir_);
   disk_.setReadOnly(true);
   open();
   expectOnlyLists(19, "the file is read-only", "请使该文件及其目录可写", mend);
 }
 
 TEST_F(StorageTest, APriceThatFillsAnOrderOnEntryIsStoredWithIt) {
+  host_.reset();
   {
-    Desk desk(dir_, systemClock());
+    Desk desk(dir_, clock_);
     Engine engine(desk);
     engine.movePrices({{kRebar, 3400}, {kMaotai, 1500}}, false);
-    EXPECT_EQ(engine.insertOrder(item(1, kRebar, Side::Buy, Offset::Open, 3410, 1)).code, 0);
+    EXPECT_EQ(engine.insertOrder(itemOf(rebar(3410))).code, 0);
   }
   open();
-  EXPECT_EQ(positions().at({1, kRebar}).currentPrice, 3400);
-  EXPECT_EQ(positions().at({2, kMaotai}).currentPrice, 1475.20) << "stored by the next regular save";
+  EXPECT_EQ(position(1, kRebar).currentPrice, 3400);
+  EXPECT_EQ(position(2, kMaotai).currentPrice, 1475.20) << "stored by the next regular save";
 }
 
 }  // namespace

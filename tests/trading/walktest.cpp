@@ -1,8 +1,9 @@
 #include <cmath>
 #include <thread>
 
-#include "tests/trading/desktest.h"
-#include "tests/trading/listrow.h"
+#include <rapidjson/document.h>
+
+#include "tests/trading/testdesk.h"
 
 namespace orvane::terminal::testing {
 namespace {
@@ -13,22 +14,22 @@ using WalkTest = DeskTest;
 TEST_F(WalkTest, PricesStayOnTheTicksAndWithinTheLimitsAndAreStored) {
   EXPECT_FALSE(host_->health().quotesAge) << "quotes that need not move have no age";
   host_.reset();
-  SQLite::Database((dir_ / "terminal.db").string(), SQLite::OPEN_READWRITE)
-      .exec(
-          "UPDATE instrument SET lower_limit = last, upper_limit = last + price_tick FROM quote"
-          " WHERE quote.hash_code = instrument.hash_code");
-  host_.emplace(TradingOptions{dir_, QuoteMode::Walk, {}, 7});
-  host_->start([](const MobileMessage&) {});
+  change(dir_,
+         "UPDATE instrument SET lower_limit = last, upper_limit = last + price_tick FROM quote"
+         " WHERE quote.hash_code = instrument.hash_code");
+  open(QuoteMode::Walk);
   bool moved = false;
   for (int looks = 0; (looks < 40 || (!moved && looks < 1000)) && !HasFailure(); ++looks) {
-    MobileMessage reply;
-    IUIProxyMgr::getInstance()->requestSync("quote.list", "", reply);
-    for (const Row& row : rowsOf(reply)) {
-      const double last = std::stod(row.at("lastPrice"));
-      const double ticks = (last - std::stod(row.at("lowerLimit"))) / std::stod(row.at("priceTick"));
-      EXPECT_NEAR(ticks, std::round(ticks), 1e-6) << row.at("codeExch");
-      EXPECT_GT(ticks, -0.5) << row.at("codeExch");
-      EXPECT_LT(ticks, 1.5) << row.at("codeExch");
+    rapidjson::Document rows;
+    rows.Parse(ask("quote.list", "").data.c_str());
+    ASSERT_EQ(rows.Size(), 20U);
+    for (const auto& row : rows.GetArray()) {
+      const char* const code = row["codeExch"].GetString();
+      const double above = row["lastPrice"].GetDouble() - row["lowerLimit"].GetDouble();
+      const double ticks = above / row["priceTick"].GetDouble();
+      EXPECT_NEAR(ticks, std::round(ticks), 1e-6) << code;
+      EXPECT_GT(ticks, -0.5) << code;
+      EXPECT_LT(ticks, 1.5) << code;
       moved = moved || ticks > 0.5;
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
@@ -36,9 +37,9 @@ TEST_F(WalkTest, PricesStayOnTheTicksAndWithinTheLimitsAndAreStored) {
   EXPECT_TRUE(moved);
   EXPECT_TRUE(host_->health().quotesAge);
   host_->stop();
-  const double walked = positions().at({2, kMaotai}).currentPrice;
+  const double walked = position(2, kMaotai).currentPrice;
   reopen();
-  EXPECT_EQ(positions().at({2, kMaotai}).currentPrice, walked);
+  EXPECT_EQ(position(2, kMaotai).currentPrice, walked);
 }
 
 }  // namespace
