@@ -1,10 +1,13 @@
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include <fnmatch.h>
 
 #include "terminal/relay/bus.h"
 #include "tests/phones/fakes.h"
@@ -50,15 +53,11 @@ class FakeNetwork {
   size_t published = 0;
 
  private:
-  static bool fits(std::string_view pattern, std::string_view subject) {
-    while (!pattern.empty() && !subject.empty()) {
-      const std::string_view wanted = pattern.substr(0, pattern.find('.'));
-      const std::string_view token = subject.substr(0, subject.find('.'));
-      if (wanted != "*" && wanted != token) return false;
-      pattern.remove_prefix(std::min(pattern.size(), wanted.size() + 1));
-      subject.remove_prefix(std::min(subject.size(), token.size() + 1));
-    }
-    return pattern.empty() && subject.empty();
+  // As in a file name, the asterisk matches one part.
+  static bool fits(std::string pattern, std::string subject) {
+    std::ranges::replace(pattern, '.', '/');
+    std::ranges::replace(subject, '.', '/');
+    return fnmatch(pattern.c_str(), subject.c_str(), FNM_PATHNAME) == 0;
   }
 
   void carry(const Bus& from, std::string subject, std::string bytes) {

@@ -24,7 +24,7 @@ using namespace std::chrono_literals;
 class FakeOwner : public terminal::ISessionOwner {
  public:
   void onOpened(std::shared_ptr<terminal::Session> session) override { sessions.push_back(std::move(session)); }
-  void onFrame(terminal::Session& /*session*/, std::string_view text) override { frames.emplace_back(text); }
+  void onFrame(terminal::Session& /*session_*/, std::string_view text) override { frames.emplace_back(text); }
   void onClosed(terminal::Session& session) override {
     std::erase_if(sessions, [&](const auto& each) { return each.get() == &session; });
   }
@@ -35,8 +35,8 @@ class FakeOwner : public terminal::ISessionOwner {
 
 // One run of a terminal.
 struct Desk {
-  Desk(FakeLoop& loop, FakeNetwork& network, const std::string& name)
-      : bus(network), port(loop, bus, owner, {.name = name, .onRefused = [this] { isRefused = true; }}) {
+  Desk(FakeLoop& loop, FakeNetwork& network)
+      : bus(network), port(loop, bus, owner, {.name = "desk7", .onRefused = [this] { isRefused = true; }}) {
     port.start();
   }
   bool isRefused = false;
@@ -45,11 +45,15 @@ struct Desk {
   TerminalPort port;
 };
 
+terminal::Session::Text shared(std::string text) { return std::make_shared<const std::string>(std::move(text)); }
+
 class RelaySessions : public testing::Test {
  protected:
   RelaySessions() {
     board_.start();
     pass(2s);
+    desk_ = startDesk();
+    session_ = phone();
   }
 
   // Lets messages and timers run, in steps that are shorter than any limit.
@@ -63,15 +67,19 @@ class RelaySessions : public testing::Test {
     while (loop_.runPosted()) continue;
   }
 
-  std::unique_ptr<Desk> startDesk(const std::string& name) {
-    auto desk = std::make_unique<Desk>(loop_, network_, name);
+  std::unique_ptr<Desk> startDesk() {
+    auto desk = std::make_unique<Desk>(loop_, network_);
     pass(2s);
     return desk;
   }
 
-  std::shared_ptr<FakeSession> phone(const std::string& terminal, const std::string& address = "10.0.0.1") {
-    auto session = std::make_shared<FakeSession>(address);
+  std::shared_ptr<FakeSession> open() {
+    auto session = std::make_shared<FakeSession>();
     board_.onOpened(session);
+    return session;
+  }
+  std::shared_ptr<FakeSession> phone(const std::string& terminal = "desk7") {
+    auto session = open();
     say(*session, R"({"id":1,"topic":"login","terminal":")" + terminal + R"(","token":"t"})");
     return session;
   }
@@ -80,50 +88,52 @@ class RelaySessions : public testing::Test {
     settle();
   }
 
-  // The phone's transport has taken what was sent.
-  void take(FakeSession& session) {
-    for (const std::string& each : session.take()) board_.onSent(session, each.size());
+  // The phone's transport takes what was sent.
+  std::string take(FakeSession& session) {
+    std::string taken;
+    for (const std::string& each : session.take()) {
+      taken += each;
+      board_.onSent(session, each.size());
+    }
     settle();
+    return taken;
   }
 
   FakeLoop loop_;
   FakeNetwork network_{loop_};
   FakeNetwork::Bus relayBus_{network_};
   Switchboard board_{loop_, relayBus_, "r1", 10s};
+  std::unique_ptr<Desk> desk_;
+  std::shared_ptr<FakeSession> session_;
 };
 
 TEST_F(RelaySessions, BringFramesBothWays) {
-  const auto desk = startDesk("desk7");
-  const auto session = phone("desk7", "10.1.2.3");
-  ASSERT_EQ(desk->owner.sessions.size(), 1U);
-  terminal::Session& far = *desk->owner.sessions[0];
-  EXPECT_EQ(far.address(), "10.1.2.3");
-  EXPECT_EQ(far.network(), "10.1.2.3");
+  ASSERT_EQ(desk_->owner.sessions.size(), 1U);
+  terminal::Session& far = *desk_->owner.sessions[0];
+  EXPECT_EQ(far.address(), "10.0.0.1");
+  EXPECT_EQ(far.network(), "10.0.0.1");
   EXPECT_EQ(far.name(), "phone 1 of relay r1");
-  say(*session, "second");
-  EXPECT_THAT(desk->owner.frames, ElementsAre(HasSubstr(R"("token":"t")"), "second"));
-  far.send(std::make_shared<const std::string>("answer"));
+  say(*session_, "second");
+  EXPECT_THAT(desk_->owner.frames, ElementsAre(HasSubstr(R"("token":"t")"), "second"));
+  far.send(shared("answer"));
   far.admit();
   settle();
-  EXPECT_THAT(session->take(), ElementsAre("answer"));
-  EXPECT_TRUE(session->isAdmitted);
+  EXPECT_THAT(session_->take(), ElementsAre("answer"));
+  EXPECT_TRUE(session_->isAdmitted);
   far.close(CloseCode::NotEntitled, "no rights");
   settle();
-  EXPECT_EQ(session->closeCode(), CloseCode::NotEntitled);
-  EXPECT_TRUE(desk->owner.sessions.empty());
-  board_.onClosed(*session);
+  EXPECT_EQ(session_->closeCode(), CloseCode::NotEntitled);
+  EXPECT_TRUE(desk_->owner.sessions.empty());
+  board_.onClosed(*session_);
 }
 
 TEST_F(RelaySessions, EndWithTheirPhones) {
-  const auto desk = startDesk("desk7");
-  const auto session = phone("desk7");
-  board_.onClosed(*session);
+  board_.onClosed(*session_);
   settle();
-  EXPECT_TRUE(desk->owner.sessions.empty());
+  EXPECT_TRUE(desk_->owner.sessions.empty());
 }
 
 TEST_F(RelaySessions, AreRefusedWithAReason) {
-  const auto desk = startDesk("desk7");
   const struct {
     const char* frame;
     CloseCode code;
@@ -139,27 +149,23 @@ TEST_F(RelaySessions, AreRefusedWithAReason) {
       {R"({"id":)", CloseCode::NoLogin, "log in first"},
   };
   for (const auto& row : rows) {
-    const auto session = std::make_shared<FakeSession>();
-    board_.onOpened(session);
+    const auto session = open();
     say(*session, row.frame);
     EXPECT_EQ(session->closeCode(), row.code) << row.frame;
     EXPECT_THAT(session->take(), ElementsAre(HasSubstr(row.text)));
     board_.onClosed(*session);
   }
-  EXPECT_TRUE(desk->owner.sessions.empty());
-  const auto silent = std::make_shared<FakeSession>();
-  board_.onOpened(silent);
+  EXPECT_EQ(desk_->owner.sessions.size(), 1U);
+  const auto silent = open();
   pass(11s);
   EXPECT_EQ(silent->closeCode(), CloseCode::NoLogin);
 }
 
 TEST_F(RelaySessions, SeeWhoIsAwaySinceWhen) {
-  auto desk = startDesk("desk7");
-  const auto session = phone("desk7");
-  desk->bus.stop();
+  desk_->bus.stop();
   pass(6s);
-  EXPECT_EQ(session->closeCode(), CloseCode::TryLater);
-  const auto late = phone("desk7");
+  EXPECT_EQ(session_->closeCode(), CloseCode::TryLater);
+  const auto late = phone();
   EXPECT_THAT(late->take(),
               ElementsAre(MatchesRegex(R"(.*the terminal desk7 is away; it was last seen at 2026-09-21T[0-9:]{8}Z",)"
                                        R"("data":null,"seen":"2026-09-21T[0-9:]{8}Z"\})")));
@@ -167,77 +173,67 @@ TEST_F(RelaySessions, SeeWhoIsAwaySinceWhen) {
 }
 
 TEST_F(RelaySessions, EndWithTheirTerminal) {
-  const auto first = startDesk("desk7");
-  const auto session = phone("desk7");
-  first->bus.setUp(false);
-  const auto second = startDesk("desk7");
-  EXPECT_EQ(session->closeCode(), CloseCode::Restarted);
-  EXPECT_FALSE(phone("desk7")->isClosing());
-  EXPECT_TRUE(first->owner.sessions.empty());
+  desk_->bus.setUp(false);
+  const auto second = startDesk();
+  EXPECT_EQ(session_->closeCode(), CloseCode::Restarted);
+  EXPECT_FALSE(phone()->isClosing());
+  EXPECT_TRUE(desk_->owner.sessions.empty());
   EXPECT_EQ(second->owner.sessions.size(), 1U);
 }
 
 TEST_F(RelaySessions, CloseWithTheTerminalsOwnCode) {
-  const auto desk = startDesk("desk7");
-  const auto session = phone("desk7");
-  desk->port.stop();
+  desk_->port.stop();
   pass(1s);
-  EXPECT_EQ(session->closeCode(), CloseCode::GoingAway);
-  EXPECT_THAT(phone("desk7")->take(), ElementsAre(HasSubstr("is away")));
+  EXPECT_EQ(session_->closeCode(), CloseCode::GoingAway);
+  EXPECT_THAT(phone()->take(), ElementsAre(HasSubstr("is away")));
 }
 
 // One lost message, in each direction, even if none follows but the beat.
 TEST_F(RelaySessions, EndWhenAMessageIsLost) {
-  const auto desk = startDesk("desk7");
   for (const bool isUp : {true, false}) {
-    const auto session = phone("desk7");
-    const auto other = phone("desk7");
+    const auto session = phone();
+    const auto other = phone();
     network_.passes = [&](std::string_view subject, std::string_view bytes) {
       return !subject.starts_with(isUp ? "pocket.up." : "pocket.down.") || !bytes.ends_with("lost");
     };
     if (isUp) {
       say(*session, "lost");
     } else {
-      desk->owner.sessions.front()->send(std::make_shared<const std::string>("lost"));
+      desk_->owner.sessions.front()->send(shared("lost"));
     }
     pass(2s);
     EXPECT_EQ(session->closeCode(), CloseCode::TryLater);
     EXPECT_EQ(other->closeCode(), CloseCode::TryLater);
-    EXPECT_TRUE(desk->owner.sessions.empty());
-    EXPECT_FALSE(phone("desk7")->isClosing());
-    desk->owner.sessions.front()->close(CloseCode::Fault, "next");
+    EXPECT_TRUE(desk_->owner.sessions.empty());
+    EXPECT_FALSE(phone()->isClosing());
+    desk_->owner.sessions.front()->close(CloseCode::Fault, "next");
     settle();
   }
 }
 
 TEST_F(RelaySessions, EndWhenTheChannelIsSilent) {
-  const auto desk = startDesk("desk7");
-  const auto session = phone("desk7");
   network_.passes = [](std::string_view subject, std::string_view) { return !subject.starts_with("pocket.up."); };
   pass(7s);
-  EXPECT_EQ(session->closeCode(), CloseCode::TryLater);
-  EXPECT_TRUE(desk->owner.sessions.empty());
+  EXPECT_EQ(session_->closeCode(), CloseCode::TryLater);
+  EXPECT_TRUE(desk_->owner.sessions.empty());
 }
 
 TEST_F(RelaySessions, EndWithTheBus) {
-  const auto desk = startDesk("desk7");
-  const auto session = phone("desk7");
   relayBus_.setUp(false);
-  EXPECT_EQ(session->closeCode(), CloseCode::TryLater);
-  EXPECT_THAT(phone("desk7")->take(), ElementsAre(HasSubstr("no connection to the terminals now")));
+  EXPECT_EQ(session_->closeCode(), CloseCode::TryLater);
+  EXPECT_THAT(phone()->take(), ElementsAre(HasSubstr("no connection to the terminals now")));
   relayBus_.setUp(true);
   EXPECT_THAT(phone("desk9")->take(), ElementsAre(HasSubstr("only just connected")));
   pass(2s);
-  EXPECT_FALSE(phone("desk7")->isClosing());
+  EXPECT_FALSE(phone()->isClosing());
 }
 
 TEST_F(RelaySessions, CarryAPushOnceForAll) {
-  const auto desk = startDesk("desk7");
   std::vector<std::shared_ptr<FakeSession>> phones;
-  for (int i = 0; i < 20; ++i) phones.push_back(phone("desk7"));
+  for (int i = 0; i < 20; ++i) phones.push_back(phone());
   const size_t before = network_.published;
-  const auto push = std::make_shared<const std::string>("push");
-  for (const auto& each : desk->owner.sessions) each->send(push);
+  const auto push = shared("push");
+  for (const auto& each : desk_->owner.sessions) each->send(push);
   settle();
   EXPECT_EQ(network_.published, before + 1);
   for (const auto& each : phones) EXPECT_THAT(each->take(), ElementsAre("push"));
@@ -246,71 +242,61 @@ TEST_F(RelaySessions, CarryAPushOnceForAll) {
 // A phone that takes nothing holds a window's bytes at the relay and the rest at its terminal, until it is too slow.
 // Its neighbour gets everything.
 TEST_F(RelaySessions, SlowNoNeighbour) {
-  const auto desk = startDesk("desk7");
-  const auto slow = phone("desk7");
-  const auto fast = phone("desk7");
+  const auto fast = phone();
   const std::string text(100'000, 'x');
   size_t got = 0;
   for (int i = 0; i < 60; ++i) {
-    for (const auto& each : desk->owner.sessions) each->send(std::make_shared<const std::string>(text));
+    for (const auto& each : desk_->owner.sessions) each->send(shared(text));
     settle();
-    for (const std::string& each : fast->sent) got += each.size();
-    take(*fast);
+    got += take(*fast).size();
   }
   EXPECT_EQ(got, 60 * text.size());
   size_t held = 0;
-  for (const std::string& each : slow->sent) held += each.size();
+  for (const std::string& each : session_->sent) held += each.size();
   EXPECT_EQ(held, kWindowBytes);
   pass(4s);
-  EXPECT_EQ(slow->closeCode(), CloseCode::TooSlow);
+  EXPECT_EQ(session_->closeCode(), CloseCode::TooSlow);
   EXPECT_FALSE(fast->isClosing());
 }
 
 // Pieces of a long frame arrive whole and in order, with frames behind it.
 TEST_F(RelaySessions, CarryLongFrames) {
-  const auto desk = startDesk("desk7");
-  const auto session = phone("desk7");
   std::string list(12'800'000, ' ');
   for (size_t i = 0; i < list.size(); ++i) list[i] = static_cast<char>('a' + i % 23);
-  desk->owner.sessions.front()->send(std::make_shared<const std::string>(list));
-  desk->owner.sessions.front()->send(std::make_shared<const std::string>("next"));
+  desk_->owner.sessions.front()->send(shared(list));
+  desk_->owner.sessions.front()->send(shared("next"));
+  settle();
   std::string got;
-  do {
-    settle();
-    for (const std::string& each : session->sent) got += each;
-    if (session->sent.empty()) break;
-    take(*session);
-  } while (true);
+  for (std::string piece = take(*session_); !piece.empty(); piece = take(*session_)) got += piece;
   EXPECT_TRUE(got == list + "next");
 }
 
 TEST_F(RelaySessions, RefuseASecondTerminalOfTheName) {
-  const auto first = startDesk("desk7");
-  const auto second = startDesk("desk7");
+  const auto second = startDesk();
   EXPECT_TRUE(second->isRefused);
-  EXPECT_FALSE(first->isRefused);
-  const auto session = phone("desk7");
-  EXPECT_EQ(first->owner.sessions.size(), 1U);
+  EXPECT_FALSE(desk_->isRefused);
+  const auto late = phone();
+  EXPECT_EQ(desk_->owner.sessions.size(), 2U);
   EXPECT_TRUE(second->owner.sessions.empty());
   pass(10s);
-  EXPECT_FALSE(session->isClosing());
+  EXPECT_FALSE(session_->isClosing());
+  EXPECT_FALSE(late->isClosing());
   EXPECT_THAT(second->port.fault(), HasSubstr("another terminal with the name desk7 is present"));
 }
 
 // Both believed to be alone; the one that started first stays.
 TEST_F(RelaySessions, EndAtTheYoungerOfTwoTerminals) {
-  const auto first = startDesk("desk7");
-  first->bus.setUp(false);
+  desk_->bus.setUp(false);
   loop_.jump(1s);
-  const auto second = startDesk("desk7");
-  const auto session = phone("desk7");
+  const auto second = startDesk();
+  const auto session = phone();
   EXPECT_EQ(second->owner.sessions.size(), 1U);
-  first->bus.setUp(true);
+  desk_->bus.setUp(true);
   pass(3s);
   EXPECT_TRUE(second->owner.sessions.empty());
   EXPECT_TRUE(session->isClosing());
-  EXPECT_FALSE(phone("desk7")->isClosing());
-  EXPECT_EQ(first->owner.sessions.size(), 1U);
+  EXPECT_FALSE(phone()->isClosing());
+  EXPECT_EQ(desk_->owner.sessions.size(), 1U);
 }
 
 }  // namespace
