@@ -44,7 +44,7 @@ Server startRelay(const test::Cluster& cluster, const std::string& name, const s
 
 double serversTime(const test::Cluster& cluster) {
   double sum = 0;
-  for (size_t i = 0; i < test::Cluster::kServers; ++i) sum += processorTime(cluster.pidOfServer(i));
+  for (size_t i = 0; i < test::Cluster::kServers; ++i) sum += processorTime(cluster.server(i).pid());
   return sum;
 }
 

@@ -1,70 +1,13 @@
 #include "tests/relay/cluster.h"
 
-#include <boost/process/args.hpp>
-#include <boost/process/extend.hpp>
-#include <boost/process/io.hpp>
-#include <boost/process/start_dir.hpp>
 #include <chrono>
-#include <csignal>
 #include <stdexcept>
 #include <thread>
 
-#include <SQLiteCpp/Database.h>
 #include <fmt/format.h>
-#include <linux/close_range.h>
 #include <unistd.h>
 
-#include "tests/support/holdssoon.h"
-
 namespace orvane::test {
-namespace {
-
-namespace process = boost::process;
-
-// The user's own settings must not reach the tests.
-const bool kIsCutOff = setenv("XDG_CONFIG_HOME", "/nowhere", 1) == 0;
-
-constexpr uint16_t kFirstPort = 14222;
-
-std::vector<std::string> terminalArguments(const Cluster& cluster, const std::string& name,
-                                           const std::filesystem::path& dir) {
-  return {"--data",
-          dir.string(),
-          "--relay",
-          cluster.urls(),
-          "--name",
-          name,
-          "--relay-credentials",
-          cluster.credentials(name).string()};
-}
-
-}  // namespace
-
-// Without the test's own sockets: a connection that a phone closes would stay open in the program.
-Program::Program(const std::string& path, const std::vector<std::string>& arguments,
-                 const std::filesystem::path& folder)
-    : process_(path, process::args(arguments), process::start_dir(folder.string()),
-               (process::std_out & process::std_err) > output_,
-               process::extend::on_exec_setup([](auto& /*executor*/) { close_range(3, ~0U, CLOSE_RANGE_CLOEXEC); })) {}
-
-Program::~Program() {
-  if (process_.valid() && process_.running()) end(SIGKILL);
-}
-
-std::string Program::readLine() {
-  std::string line;
-  std::getline(output_, line);
-  return line;
-}
-
-void Program::send(int signal) { ::kill(process_.id(), signal); }
-
-int Program::end(int signal) {
-  send(signal);
-  if (signal != SIGKILL && !holdsSoon([this] { return !process_.running(); })) send(SIGKILL);
-  process_.wait();
-  return WIFSIGNALED(process_.native_exit_code()) ? -1 : process_.exit_code();
-}
 
 Cluster::Cluster(bool hasTls, size_t terminals)
     : host_(fmt::format("127.{}.{}.1", 1 + getpid() / 250 % 250, getpid() % 250)), hasTls_(hasTls) {
@@ -75,15 +18,15 @@ Cluster::Cluster(bool hasTls, size_t terminals)
                                      "--relays",    "r1,r2",
                                      "--servers",   fmt::format("{},{},{}", place(0), place(1), place(2))};
   if (hasTls) arguments.emplace_back("--tls");
-  Program setup(POCKET_RELAY, arguments);
-  const std::string line = setup.readLine();
-  if (setup.end(0) != 0) throw std::runtime_error("the cluster was not set up: " + line);
-  for (size_t i = 0; i < servers_.size(); ++i) startServer(i);
+  const Outcome setup = runProgram(POCKET_RELAY, arguments);
+  if (setup.exitCode != 0) throw std::runtime_error("the cluster was not set up: " + setup.error);
+  for (size_t i = 0; i < servers_.size(); ++i) restartServer(i);
 }
 
-std::string Cluster::place(size_t index) const { return fmt::format("{}:{}", host_, kFirstPort + index); }
+std::string Cluster::place(size_t index) const { return fmt::format("{}:{}", host_, 14222 + index); }
 
-void Cluster::startServer(size_t index) {
+void Cluster::restartServer(size_t index) {
+  servers_.at(index).reset();
   const std::filesystem::path folder = dir_.path() / "c" / fmt::format("server{}", index + 1);
   servers_.at(index) =
       std::make_unique<Program>(NATS_SERVER, std::vector<std::string>{"-c", "nats.conf", "-l", "log"}, folder);
@@ -99,6 +42,12 @@ std::filesystem::path Cluster::credentials(const std::string& name) const {
   return dir_.path() / "c" / (name.starts_with('r') ? "relays" : "terminals") / (name + ".credentials");
 }
 
+std::vector<std::string> Cluster::terminalArguments(const std::string& name,
+                                                    const std::filesystem::path& dataDir) const {
+  return {
+      "--data", dataDir.string(), "--relay", urls(), "--name", name, "--relay-credentials", credentials(name).string()};
+}
+
 RelayProcess::RelayProcess(const Cluster& cluster, const std::string& name, uint16_t port)
     : program_(POCKET_RELAY, {"--port", std::to_string(port), "--data", dir_.path().string(), "--servers",
                               cluster.urls(), "--credentials", cluster.credentials(name).string()}) {
@@ -108,20 +57,15 @@ RelayProcess::RelayProcess(const Cluster& cluster, const std::string& name, uint
   port_ = static_cast<uint16_t>(std::stoi(line.substr(colon + 1)));
 }
 
-FarTerminal::FarTerminal(const Cluster& cluster, const std::string& name, std::vector<std::string> options)
-    : name_(name), options_(std::move(options)) {
-  restart(cluster);
+FarTerminal::FarTerminal(const Cluster& cluster, std::string name, const std::vector<std::string>& options)
+    : name_(std::move(name)), arguments_(cluster.terminalArguments(name_, dir_.path())) {
+  arguments_.insert(arguments_.end(), options.begin(), options.end());
+  restart();
 }
 
-void FarTerminal::giveFunds() const {
-  SQLite::Database(dir_.path() / "terminal.db", SQLite::OPEN_READWRITE)
-      .exec("UPDATE account SET pre_balance = 1e12 WHERE idx = 1");
-}
-
-void FarTerminal::restart(const Cluster& cluster) {
-  std::vector<std::string> arguments = terminalArguments(cluster, name_, dir_.path());
-  arguments.insert(arguments.end(), options_.begin(), options_.end());
-  program_ = std::make_unique<Program>(POCKET_TERMINAL, arguments);
+void FarTerminal::restart() {
+  program_.reset();
+  program_ = std::make_unique<Program>(POCKET_TERMINAL, arguments_);
   const std::string line = program_->readLine();
   const std::string start = fmt::format("/#terminal={}", name_);
   const size_t token = line.find("&token=");
@@ -153,11 +97,10 @@ std::unique_ptr<terminal::Client> loginThrough(uint16_t port, const std::string&
   throw std::runtime_error("no login at " + terminal + ": " + last);
 }
 
-Refusal tryLogin(uint16_t port, const std::string& terminal, const std::string& token) {
+uint16_t tryLogin(uint16_t port, const std::string& terminal, const std::string& token) {
   terminal::Client client(port);
   client.send(loginFrame(terminal, token));
-  const std::string message = client.receive().message;
-  return {message, client.waitClose()};
+  return client.waitClose();
 }
 
 }  // namespace orvane::test

@@ -1,7 +1,4 @@
 #include <array>
-#include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/read_until.hpp>
-#include <boost/asio/write.hpp>
 #include <chrono>
 #include <csignal>
 #include <memory>
@@ -26,8 +23,8 @@ using namespace terminal::relay;
 using terminal::Client;
 using terminal::Reply;
 using testing::AnyOf;
+using testing::EndsWith;
 using testing::HasSubstr;
-using testing::StartsWith;
 
 constexpr const char* kOrder =
     R"({"orderList":[{"index":1,"hashCode":1000001,"side":1,"combOffset":1,"priceType":1,"price":3300,"offset":0,)"
@@ -98,10 +95,9 @@ TEST_F(RelayCluster, KeepsEachPhoneToItsOwnTerminal) {
     }
   }
   EXPECT_EQ(pairs[0].first->request("order.list", "[1]").data, before);
-  EXPECT_EQ(tryLogin(relay1_->port(), "t2", pairs[0].desk.token()).code, 4401);
+  EXPECT_EQ(tryLogin(relay1_->port(), "t2", pairs[0].desk.token()), 4401);
 
-  pairs[2].desk.program().end(SIGKILL);
-  pairs[2].desk.restart(*cluster_);
+  pairs[2].desk.restart();
   EXPECT_THAT(pairs[2].first->waitClose(), AnyOf(1012, 1013));
   EXPECT_THAT(pairs[2].second->waitClose(), AnyOf(1012, 1013));
   for (const size_t other : {size_t{0}, size_t{1}}) {
@@ -129,23 +125,15 @@ TEST_F(RelayCluster, CarriesHistoryPricesAndCompression) {
   EXPECT_THAT(phone->request("quote.watch", "[1000001]").data, HasSubstr("\"hashCode\":1000001"));
   EXPECT_THAT(phone->waitPush("quote.push").data, HasSubstr("\"hashCode\":1000001"));
 
-  boost::asio::io_context io;
-  boost::asio::ip::tcp::socket socket(io);
-  socket.connect({boost::asio::ip::address_v4::loopback(), relay1_->port()});
-  std::string received;
-  const auto ask = [&](const std::string& bytes, const std::string& end) {
-    boost::asio::write(socket, boost::asio::buffer(bytes));
-    boost::asio::read_until(socket, boost::asio::dynamic_buffer(received), end);
-  };
-  const auto frame = [](const std::string& text) {
-    return "\x81" + std::string(1, static_cast<char>(0x80 + text.size())) + std::string(4, '\0') + text;
-  };
-  ask("GET /ws HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: "
-      "13\r\n"
-      "Sec-WebSocket-Key: AAAAAAAAAAAAAAAAAAAAAA==\r\nSec-WebSocket-Extensions: permessage-deflate\r\n\r\n",
-      "permessage-deflate");
-  ask(frame(loginFrame("t4", desk.token())), "rights");
-  ask(frame(R"({"id":2,"topic":"quote.list"})"), "\xC1\x7E");  // the head of a long compressed frame
+  std::string upgrade = kUpgrade;
+  RawSocket socket(relay1_->port());
+  socket << upgrade.insert(upgrade.size() - 2, "Sec-WebSocket-Extensions: permessage-deflate\r\n");
+  EXPECT_THAT(socket.readUntil("\r\n\r\n"), HasSubstr("permessage-deflate"));
+  const auto expect = [&](const std::string& end) { EXPECT_THAT(socket.readUntil(end), EndsWith(end)); };
+  socket << frame(loginFrame("t4", desk.token()));
+  expect("rights");
+  socket << frame(R"({"id":2,"topic":"quote.list"})");
+  expect("\xC1\x7E");  // the head of a long compressed frame
 }
 
 // Not even a server that is stopped keeps the sockets' thread waiting, and what was sent meanwhile arrives.
@@ -165,11 +153,12 @@ TEST_F(RelayCluster, SendsPastAServerThatIsStopped) {
 
 TEST_F(RelayCluster, RefusesASecondTerminalOfTheName) {
   const auto phone = login();
-  FarTerminal second(*cluster_, "t1");
-  EXPECT_EQ(second.program().readLine(),
+  const TempDir dir;
+  const Outcome second = runProgram(POCKET_TERMINAL, cluster_->terminalArguments("t1", dir.path()));
+  EXPECT_EQ(second.error,
             "pocket-terminal: a terminal with the name t1 is present already: end it, or give this one another name "
-            "with pocket-relay setup");
-  EXPECT_EQ(second.program().end(0), 1);
+            "with pocket-relay setup\n");
+  EXPECT_EQ(second.exitCode, 1);
   EXPECT_EQ(phone->request("account.list").message, "");
 }
 
@@ -188,8 +177,7 @@ TEST_F(RelayCluster, KeepsTerminalsApart) {
   const auto hostile = listen("t2", {"pocket.>", "pocket.up.t1.>", "pocket.up.>", "pocket.here.*", "pocket.down.>"});
   hostile->publish(presenceSubject("t1"), leaving);
   EXPECT_EQ(phone->request("account.list").message, "");
-  const Refusal still = tryLogin(relay1_->port(), "t1", "wrong");  // the relay has worked off what came before
-  EXPECT_EQ(still.code, 4401);
+  EXPECT_EQ(tryLogin(relay1_->port(), "t1", "wrong"), 4401);  // the relay has processed what came before
   EXPECT_TRUE(hostile->heard().empty());
   // With its own credentials the same message counts.
   listen("t1", {})->publish(presenceSubject("t1"), leaving);

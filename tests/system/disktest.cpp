@@ -10,10 +10,10 @@
 #include <unistd.h>
 
 #include "tests/support/holdssoon.h"
+#include "tests/support/orderclients.h"
 #include "tests/support/rawsocket.h"
-#include "tests/system/faultydisk.h"
-#include "tests/system/orders.h"
 #include "tests/system/terminalprocess.h"
+#include "tests/system/trouble.h"
 
 namespace orvane::test {
 namespace {
@@ -31,7 +31,7 @@ TEST(Disk, ThatHangsHoldsUpNoListAndNotTheEnd) {
   const auto trader = terminal.login();
   const auto other = terminal.login();
   ASSERT_EQ(trader->request("order.new", orderData("before")).message, "");
-  disk.begin("hang");
+  Trouble hang = disk.fail("hang");
   trader->send(orderFrame("meanwhile"));
   for (int i = 0; i < 50; ++i) EXPECT_EQ(other->request("account.list").message, "");
   EXPECT_TRUE(holdsSoon([&] {
@@ -40,7 +40,7 @@ TEST(Disk, ThatHangsHoldsUpNoListAndNotTheEnd) {
            health.find(R"("log:writes":[{"status":"warn","output":"a write to )") != std::string::npos;
   }));
   EXPECT_EQ(terminal.stop(), 1);
-  disk.end("hang");
+  hang.reset();
   const TerminalProcess again(dir.path(), {}, terminal.token());
   EXPECT_THAT(again.login()->request("order.list", "[1]").data, HasSubstr(R"("before")"));
 }
@@ -93,7 +93,7 @@ TEST(Disk, ARevocationIsNotCalledConfirmedByATerminalThatDoesNotAnswer) {
   const TempDir dir;
   TerminalProcess terminal(dir.path());
   const auto thief = terminal.login(makeToken(dir.path(), "lost", "trade"));
-  ::kill(terminal.pid(), SIGSTOP);
+  terminal.program().send(SIGSTOP);
   const auto begin = Clock::now();
   const Outcome revoked = runTerminal({"token", "revoke", "lost", "--data", dir.path().string()});
   EXPECT_GE(Clock::now() - begin, 5s);
@@ -101,7 +101,7 @@ TEST(Disk, ARevocationIsNotCalledConfirmedByATerminalThatDoesNotAnswer) {
   EXPECT_EQ(revoked.error,
             "pocket-terminal: lost is revoked, but the running terminal has not confirmed within 5 s that it begins no "
             "further request of it: look at its log, or stop it\n");
-  ::kill(terminal.pid(), SIGCONT);
+  terminal.program().send(SIGCONT);
   EXPECT_EQ(thief->waitClose(), 4403);
   EXPECT_EQ(terminal.stop(), 0);
 }

@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include "tests/support/holdssoon.h"
-#include "tests/system/orders.h"
+#include "tests/support/orderclients.h"
 #include "tests/system/terminalprocess.h"
 
 namespace orvane::test {

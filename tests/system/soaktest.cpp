@@ -156,14 +156,14 @@ class TerminalSoak {
         << list;
   }
 
-  std::filesystem::path proc() const { return "/proc/" + std::to_string(terminal_.pid()); }
+  std::filesystem::path proc() { return "/proc/" + std::to_string(terminal_.program().pid()); }
 
-  size_t openDescriptors() const {
+  size_t openDescriptors() {
     const std::filesystem::directory_iterator entries(proc() / "fd");
     return static_cast<size_t>(std::distance(begin(entries), end(entries)));
   }
 
-  int64_t memoryBesideOrders() const {
+  int64_t memoryBesideOrders() {
     int64_t pages = 0;
     int64_t resident = 0;
     std::ifstream(proc() / "statm") >> pages >> resident;

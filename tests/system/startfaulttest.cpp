@@ -13,9 +13,8 @@
 #include <unistd.h>
 
 #include "tests/support/holdssoon.h"
+#include "tests/support/orderclients.h"
 #include "tests/support/rawsocket.h"
-#include "tests/system/faultydisk.h"
-#include "tests/system/orders.h"
 #include "tests/system/terminalprocess.h"
 #include "tests/system/trouble.h"
 
@@ -41,9 +40,9 @@ bool isReady(const TerminalProcess& terminal) {
   return httpGet(terminal.port(), "/health/ready").starts_with("HTTP/1.1 200 ");
 }
 
-// A terminal that was `ended` somehow is started while `fail` is in force, and goes on by itself after `mend`.
-void startThrough(const std::filesystem::path& dir, bool isKilled, const std::function<void()>& fail,
-                  const std::function<void()>& mend, const std::string& reason) {
+// A terminal that was stopped or killed is started in a trouble, and goes on by itself after its end.
+void startThrough(const std::filesystem::path& dir, bool isKilled, const std::function<Trouble()>& begin,
+                  const std::string& reason) {
   std::string token;
   {
     TerminalProcess first(dir);
@@ -59,7 +58,7 @@ void startThrough(const std::filesystem::path& dir, bool isKilled, const std::fu
     }
   }
   std::filesystem::remove(dir / "terminal.lock");  // as version 0.1.0 leaves a folder
-  fail();
+  Trouble trouble = begin();
   TerminalProcess terminal(dir, {}, token);
   EXPECT_TRUE(holdsSoon([&] { return !isReady(terminal); }));
   EXPECT_THAT(httpGet(terminal.port(), "/health"), AllOf(HasSubstr(R"("gateway:writes":[{"status":"fail")"),
@@ -74,7 +73,7 @@ void startThrough(const std::filesystem::path& dir, bool isKilled, const std::fu
                                              "now: cannot use " +
                                              (dir / "gateway.db").string()));
   EXPECT_THAT(runTerminal({"token", "list", "--data", dir.string()}).output, HasSubstr("first  see,cancel,trade"));
-  mend();
+  trouble.reset();
   EXPECT_TRUE(holdsSoon([&] { return isReady(terminal); }));
   EXPECT_EQ(place(*phone), "");
   EXPECT_EQ(placeKeyed(*phone), "") << "the reply of the first time";
@@ -92,7 +91,7 @@ TEST(StartFault, AFullDiskIsServedUntilThereIsRoom) {
     const TempDir dir;
     const FaultyDisk disk;
     startThrough(
-        dir.path(), isKilled, [&] { disk.begin("full"); }, [&] { disk.end("full"); }, "make room on its disk");
+        dir.path(), isKilled, [&] { return disk.fail("full"); }, "make room on its disk");
   }
 }
 
@@ -105,7 +104,6 @@ class ReadOnlyFolder {
                  mount(dir_.c_str(), dir_.c_str(), nullptr, MS_BIND, nullptr) == 0;
   }
   ~ReadOnlyFolder() {
-    set(false);
     if (isMounted_) umount2(dir_.c_str(), MNT_DETACH);
   }
   ReadOnlyFolder(const ReadOnlyFolder&) = delete;
@@ -113,6 +111,12 @@ class ReadOnlyFolder {
 
   bool isPossible() const { return isMounted_ || geteuid() != 0; }
 
+  Trouble close() const {
+    set(true);
+    return {nullptr, [this](void*) { set(false); }};
+  }
+
+ private:
   void set(bool isReadOnly) const {
     if (isMounted_) {
       const unsigned long flags = isReadOnly ? MS_REMOUNT | MS_BIND | MS_RDONLY : MS_REMOUNT | MS_BIND;
@@ -125,7 +129,6 @@ class ReadOnlyFolder {
     EXPECT_EQ(chmod(dir_.c_str(), isReadOnly ? 0500 : 0700), 0);
   }
 
- private:
   std::filesystem::path dir_;
   bool isMounted_ = false;
 };
@@ -137,8 +140,7 @@ TEST(StartFault, AReadOnlyFolderIsServedUntilItCanBeWritten) {
     const ReadOnlyFolder folder(dir.path());
     if (!folder.isPossible()) GTEST_SKIP() << "NOT TESTED: root may not mount here, and permissions do not stop root";
     startThrough(
-        dir.path(), isKilled, [&] { folder.set(true); }, [&] { folder.set(false); },
-        "let its owner write to the file and its folder");
+        dir.path(), isKilled, [&] { return folder.close(); }, "let its owner write to the file and its folder");
   }
 }
 
@@ -151,7 +153,7 @@ TEST(StartFault, ALockedDatabaseEndsNoStart) {
     token = first.token();
     EXPECT_EQ(first.stop(), 0);
   }
-  auto lock = std::make_unique<DatabaseLock>(dir.path());
+  Trouble lock = lockDatabase(dir.path());
   TerminalProcess terminal(dir.path(), {}, token);
   EXPECT_EQ(terminal.login()->request("account.list").message, "");
   EXPECT_TRUE(holdsSoon([&] { return !isReady(terminal); }));

@@ -1,52 +1,37 @@
 #pragma once
 
-#include <boost/process/child.hpp>
-#include <boost/process/pipe.hpp>
+#include <csignal>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "terminal/client/client.h"
+#include "tests/support/program.h"
 #include "tests/support/tempdir.h"
 
 namespace orvane::test {
 
 // The built pocket-terminal with prices that do not move, on any free port. It accepts connections when the constructor
-// returns. The destructor kills it if it is still running.
+// returns.
 class TerminalProcess {
  public:
   // Makes a token unless it is given one.
   explicit TerminalProcess(const std::filesystem::path& dataDir, const std::vector<std::string>& options = {},
                            const std::string& token = {});
-  ~TerminalProcess();
-  TerminalProcess(const TerminalProcess&) = delete;
-  TerminalProcess& operator=(const TerminalProcess&) = delete;
 
   uint16_t port() const { return port_; }
   const std::string& token() const { return token_; }  // with all rights
-  int pid() const { return process_.id(); }
+  Program& program() { return program_; }
+  int stop() { return program_.end(SIGTERM); }
 
   // A client that is logged in, with token() by default, and checks each message against its schema.
   std::unique_ptr<terminal::Client> login(const std::string& token = {}) const;
 
-  // Ends it by SIGTERM and returns its exit code; -1 if it does not end within 30 seconds, and is killed.
-  int stop();
-
-  // Ends it by SIGKILL.
-  void kill();
-
  private:
-  boost::process::ipstream output_;
-  boost::process::child process_;
+  Program program_;
   uint16_t port_ = 0;
   std::string token_;
-};
-
-struct Outcome {
-  int exitCode = -1;
-  std::string output;
-  std::string error;
 };
 
 // Runs pocket-terminal to its end.

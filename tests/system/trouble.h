@@ -1,46 +1,61 @@
 #pragma once
 
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <memory>
 
 #include <SQLiteCpp/Database.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
 
+#include "tests/support/tempdir.h"
+
 namespace orvane::test {
 
-// What may happen to a data folder, for as long as the object lives.
-class Trouble {
- public:
-  Trouble() = default;
-  virtual ~Trouble() = default;
-  Trouble(const Trouble&) = delete;
-  Trouble& operator=(const Trouble&) = delete;
-};
+// What may happen to a data folder. It ends with the last copy.
+using Trouble = std::shared_ptr<void>;
 
 // Another program writes to gateway.db and does not end.
-class DatabaseLock : public Trouble {
- public:
-  explicit DatabaseLock(const std::filesystem::path& dir) : db_(dir / "gateway.db", SQLite::OPEN_READWRITE) {
-    db_.setBusyTimeout(10'000);
-    db_.exec("BEGIN IMMEDIATE");
-  }
-
- private:
-  SQLite::Database db_;
-};
+inline Trouble lockDatabase(const std::filesystem::path& dir) {
+  auto db = std::make_shared<SQLite::Database>(dir / "gateway.db", SQLite::OPEN_READWRITE);
+  db->setBusyTimeout(10'000);
+  db->exec("BEGIN IMMEDIATE");
+  return db;
+}
 
 // Another program reads audit.log.
-class AuditLock : public Trouble {
+inline Trouble lockAudit(const std::filesystem::path& dir) {
+  const int file = open((dir / "audit.log").c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0600);
+  flock(file, LOCK_SH);
+  return {nullptr, [file](void*) { close(file); }};
+}
+
+// The disk and the clock of all terminals that are started while this lives, which fail when a test says so: see
+// tests/support/faultyfiles.cpp.
+class FaultyDisk {
  public:
-  explicit AuditLock(const std::filesystem::path& dir)
-      : file_(open((dir / "audit.log").c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0600)) {
-    flock(file_, LOCK_SH);
+  FaultyDisk() {
+    setenv("FAULTY_FILES", control_.path().c_str(), 1);
+    setenv("LD_PRELOAD", FAULTY_FILES_LIBRARY, 1);
   }
-  ~AuditLock() override { close(file_); }
+  ~FaultyDisk() {
+    unsetenv("LD_PRELOAD");
+    unsetenv("FAULTY_FILES");
+  }
+  FaultyDisk(const FaultyDisk&) = delete;
+  FaultyDisk& operator=(const FaultyDisk&) = delete;
+
+  // `fault` is "full", "flush", "hang" or "clock".
+  Trouble fail(const char* fault) const {
+    const std::filesystem::path file = control_.path() / fault;
+    std::ofstream(file).put('x');
+    return {nullptr, [file](void*) { std::filesystem::remove(file); }};
+  }
 
  private:
-  int file_;
+  TempDir control_;
 };
 
 }  // namespace orvane::test
