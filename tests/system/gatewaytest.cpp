@@ -31,56 +31,6 @@ TEST_F(GatewayTest, EndsItsSessionsAndKeepsItsDatabasePrivate) {
               HasSubstr("[INFO] Gateway phone 1 is logged in as first from 127.0.0.1\n"));
 }
 
-TEST_F(GatewayTest, CallTellsTheOutcome) {
-  struct Row {
-    std::vector<std::string> arguments;
-    int exitCode;
-    std::string output;
-    std::string error;
-  };
-  const std::string port = std::to_string(terminal_.port());
-  const std::string data = (dir_.path() / "data").string();
-  const std::vector<Row> rows{
-      {{"account.list", "--port", port, "--data", data}, 0, R"([{"userCode":"80010001",)", ""},
-      {{"account.list", "--port", port, "--token", terminal_.token()}, 0, R"([{"userCode":"80010001",)", ""},
-      {{"capital.list", "{}", "--port", port, "--data", data}, 1, "", "Data member not array\n"},
-      {{"no.topic", "--terminal-type", "24", "--port", port, "--data", data}, 1, "", "未知的功能: no.topic\n"},
-      {{"account.list", "--port", "1", "--data", data},
-       2,
-       "",
-       "127.0.0.1:1: Connection refused\nIs the terminal running"},
-      {{"account.list", "--port", port, "--token", "x"}, 2, "", "wrong token"},
-      {{"account.list", "--port", port, "--data", data + "/none"}, 2, "", "/none/gateway.db: start the terminal once"},
-      {{"capital.list", "[1", "--port", port},
-       2,
-       "",
-       "not JSON: Missing a comma or ']' after an array element. at byte 2"},
-      {{"--port", port}, 2, "", "TOPIC is required"},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(testing::PrintToString(row.arguments));
-    std::vector<std::string> arguments{"call"};
-    arguments.insert(arguments.end(), row.arguments.begin(), row.arguments.end());
-    const Outcome outcome = runTerminal(arguments);
-    EXPECT_EQ(outcome.exitCode, row.exitCode);
-    EXPECT_THAT(outcome.output, StartsWith(row.output));
-    EXPECT_THAT(outcome.error, HasSubstr(row.error));
-  }
-}
-
-TEST_F(GatewayTest, SaysWhyItCannotStart) {
-  const std::string port = std::to_string(terminal_.port());
-  TempDir other;
-  const Outcome taken = runTerminal({"--port", port, "--data", other.path().string()});
-  EXPECT_EQ(taken.exitCode, 1);
-  EXPECT_THAT(taken.error, HasSubstr("cannot listen on 127.0.0.1:" + port + ": Address already in use"));
-
-  std::filesystem::permissions(other.path() / "gateway.db", std::filesystem::perms(0644));
-  const Outcome shared = runTerminal({"--port", "0", "--data", other.path().string()});
-  EXPECT_EQ(shared.exitCode, 1);
-  EXPECT_THAT(shared.error, HasSubstr("other users can read it"));
-}
-
 // The answers repeat the long ids until neither the connection nor the send queue can hold more of them.
 TEST(SlowPhone, IsDropped) {
   const TempDir dir;

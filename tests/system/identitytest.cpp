@@ -55,37 +55,6 @@ TEST_F(IdentityTest, MakesListsAndRevokesTokens) {
   EXPECT_EQ(again.login(terminal_.token())->request("account.list").message, "");
 }
 
-TEST_F(IdentityTest, TellsMistakes) {
-  struct Row {
-    std::vector<std::string> arguments;
-    int exitCode;
-    std::string error;
-  };
-  const std::vector<Row> rows{
-      {{"token", "add", "first", "--rights", "see"}, 1, R"(there is a token "first": revoke it first, or use)"},
-      {{"token", "add", "a b", "--rights", "see"}, 1, R"("a b" is not a valid token name: use 1 to 64 characters)"},
-      {{"token", "add", "x", "--rights", "see,sell"},
-       2,
-       R"("sell" is not a right: name one or more of see,cancel,trade)"},
-      {{"token", "add", "x", "--rights", "see,"}, 2, R"("" is not a right)"},
-      {{"token", "add", "x"}, 2, "--rights is required"},
-      {{"token", "revoke", "x"}, 1, R"(there is no token "x": list them with pocket-terminal token list)"},
-      {{"token"}, 2, "A subcommand is required"},
-      {{"token", "list", "--data", "/dev/null"}, 1, "there is no /dev/null/gateway.db: start the terminal once"},
-      {{"token", "add", "x", "--rights", "see", "--data", "/dev/null"}, 1, "cannot write to the folder /dev/null: "},
-  };
-  const auto check = [](const Row& row, const Outcome& outcome) {
-    EXPECT_EQ(outcome.exitCode, row.exitCode) << testing::PrintToString(row.arguments);
-    EXPECT_THAT(outcome.error, HasSubstr(row.error));
-  };
-  for (const Row& row : rows) {
-    const bool hasData = row.arguments.size() > 2 && row.arguments[row.arguments.size() - 2] == "--data";
-    check(row, hasData ? runTerminal(row.arguments) : run(row.arguments));
-  }
-  SQLite::Database(data() / "gateway.db", SQLite::OPEN_READWRITE).exec("PRAGMA user_version = 4");
-  check({{}, 1, "gateway.db: its version is 4, this program reads version 3"}, run({"token", "list"}));
-}
-
 // Root makes the first token of a terminal that will run as a service.
 TEST(Token, IsLeftToTheFoldersOwner) {
   if (geteuid() != 0) GTEST_SKIP() << "only root gives files away";
@@ -131,32 +100,6 @@ TEST_F(IdentityTest, LeavesAnAuditLineForEachAction) {
                                        "reader monitor.manual.clean refused"};
   EXPECT_TRUE(holdsSoon([&] { return auditLines(file).size() >= lines.size(); }));
   EXPECT_EQ(auditLines(file), lines);
-}
-
-TEST(SettingsFile, IsReadAndChecked) {
-  struct Row {
-    std::string text;
-    std::string error;  // empty: the list of tokens is empty
-  };
-  const TempDir dir;
-  const std::string file = (dir.path() / "terminal.toml").string();
-  const std::string data = "data = \"" + dir.path().string() + "\"\n";
-  const std::vector<Row> rows{
-      {"# here\n" + data + "log-level = \"debug\"\nidle-timeout = 20\n",
-       "there is no " + dir.path().string() + "/gateway.db"},
-      {data + "colour = \"red\"\n", file + ": colour is not a setting"},
-      {data + "[gateway]\nport = 1\n", file + ": gateway is not a setting"},
-      {data + "[call]\ntoken = \"x\"\n", file + ": call.token is not a setting"},
-      {data + "log-level = \"loud\"\n",
-       "--log-level: loud not in {trace,debug,info,warn,error,off} (the settings file " + file},
-      {data + "port = \"http\"\n", "Could not convert: --port = http (the settings file " + file},
-  };
-  for (const Row& row : rows) {
-    std::ofstream(file) << row.text;
-    EXPECT_THAT(runTerminal({"token", "list", "--config", file}).error, HasSubstr(row.error)) << row.text;
-  }
-  EXPECT_THAT(runTerminal({"--config", file + "x"}).error,
-              HasSubstr("the settings file " + file + "x was not readable"));
 }
 
 }  // namespace

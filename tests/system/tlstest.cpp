@@ -88,25 +88,5 @@ TEST(Tls, TakesAeadSuitesOnly) {
   }
 }
 
-TEST(Tls, IsAMustBeyondLoopback) {
-  const TempDir dir;
-  const std::vector<std::pair<std::vector<std::string>, std::string>> rows{
-      {{"--listen", "0.0.0.0"}, "beyond this machine, on 0.0.0.0, the terminal listens with TLS only: add --tls-self"},
-      {{"--listen", "::"}, "beyond this machine, on ::, the terminal listens with TLS only: add --tls-self"},
-      {{"--listen", "home"}, "home is not an IP address"},
-      {{"--listen", "192.0.2.1", "--tls-self"}, "choose an address of this machine with --listen"},
-      {{"--tls-cert", "/none", "--tls-key", "/none"}, "cannot use the certificate /none: No such file or directory"},
-      {{"--tls-cert", "/dev/null", "--tls-key", "/none"}, "/dev/null: it must be a PEM certificate ("},
-      {{"--tls-cert", "/none"}, "its key is missing: add --tls-key"},
-      {{"--allow-origin", "https://a/b"}, "https://a/b is not an origin such as https://trade.example.com:8443"},
-  };
-  for (auto [arguments, error] : rows) {
-    arguments.insert(arguments.end(), {"--port", "0", "--data", dir.path().string()});
-    const Outcome outcome = runTerminal(arguments);
-    EXPECT_NE(outcome.exitCode, 0);
-    EXPECT_THAT(outcome.error, HasSubstr(error));
-  }
-}
-
 }  // namespace
 }  // namespace orvane::test
