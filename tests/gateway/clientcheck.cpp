@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
+#include "terminal/tokens.h"
 #include "tests/support/holdssoon.h"
 #include "tests/support/rawsocket.h"
 
@@ -60,7 +61,7 @@ std::string ClientCheck::connect(const std::string& address) {
 
 std::string ClientCheck::hangUp(int client) {
   wires_.erase(client);
-  model_.hangUp(client);
+  model_.world.clients.erase(client);
   EXPECT_EQ(await([this] { return findMetricsFault(); }), "");
   return fmt::format("client {} hangs up", client);
 }
@@ -92,17 +93,10 @@ std::string ClientCheck::request(int client, const model::Request& request) {
   return fmt::format("client {}: {}", client, frame.substr(0, 200));
 }
 
-void ClientCheck::requestInCrowd(int client, const model::Request& request) {
-  model_.requests.request(client, request);
-  wires_.at(client)->send(
-      fmt::format(R"({{"id":{},"topic":"{}","data":{}}})", request.id, request.topic, request.data));
-}
-
-std::string ClientCheck::badFrame(int client, const std::string& text, const std::string& id, const std::string& topic,
-                                  const std::string& message) {
-  model_.sessions.badFrame(client, id, topic, message);
-  send(client, text);
-  return fmt::format("client {}: {}", client, text);
+std::string ClientCheck::badFrame(int client) {
+  model_.sessions.badFrame(client, "7", "login", R"(the frame's "token" must be a string, not a number)");
+  send(client, R"({"id":7,"topic":"login","token":1})");
+  return fmt::format("client {}: a login that cannot be read", client);
 }
 
 void ClientCheck::push(const model::Reply& push) {
@@ -125,12 +119,12 @@ void ClientCheck::takeCalls() {
 
 // Takes what the library has got, in its order.
 bool ClientCheck::takeCall(std::chrono::milliseconds limit) {
-  const auto call = rig_.agent().take(limit);
+  auto call = rig_.agent().take(limit);
   if (!call) return false;
   const std::string what = fmt::format("{} {} {}", call->terminalType, call->topic, call->data);
   const std::optional<int> number = model_.requests.called(call->terminalType, call->topic, call->data);
   EXPECT_TRUE(number) << "the library must not get this now: " << what;
-  if (number) calls_.push_back({call->id, *number, call->topic, call->time});
+  if (number) calls_.push_back({std::move(*call), *number});
   return number.has_value();
 }
 
@@ -157,8 +151,8 @@ std::string ClientCheck::answerOne(model::Reply reply, size_t spread) {
 void ClientCheck::answer(size_t index, model::Reply reply) {
   const Call call = calls_.at(index);
   calls_.erase(calls_.begin() + static_cast<std::ptrdiff_t>(index));
-  if (reply.topic.empty()) reply.topic = call.topic;
-  deliver(call.id, reply);
+  if (reply.topic.empty()) reply.topic = call.got.topic;
+  deliver(call.got.id, reply);
   model_.requests.reply(call.number, reply);
 }
 
@@ -181,13 +175,13 @@ std::string ClientCheck::setAgent(bool isThere) {
 
 std::string ClientCheck::wait(int64_t seconds) {
   rig_.advance(std::chrono::seconds(seconds));
-  model_.advance(seconds);
+  model_.pass(seconds, 1);
   return fmt::format("{} s", seconds);
 }
 
 std::string ClientCheck::sleep(int64_t seconds) {
   rig_.sleep(std::chrono::seconds(seconds));
-  model_.sleep(seconds);
+  model_.pass(seconds, seconds);
   return fmt::format("sleep for {} s", seconds);
 }
 
@@ -201,7 +195,8 @@ std::string ClientCheck::addToken(int rights) {
 std::string ClientCheck::revoke(int token) {
   if (!model_.world.tokens.at(token).isValid) return "nothing";
   reachAll();
-  rig_.revokeToken(model_.world.tokens[token].name);
+  SQLite::Database db = rig_.openDatabase();
+  terminal::revokeToken(db, model_.world.tokens[token].name);
   model_.sessions.revoke(token);
   return wait(2) + " after a token was revoked";
 }
@@ -210,7 +205,8 @@ std::string ClientCheck::expire(int token, int64_t seconds) {
   if (!model_.world.tokens.at(token).isValid) return "nothing";
   reachAll();
   model_.world.tokens[token].expires = model_.world.now + seconds;
-  rig_.setExpiry(model_.world.tokens[token].name, model_.world.now + seconds);
+  rig_.openDatabase().exec(fmt::format("UPDATE token SET expires = {} WHERE name = '{}'", model_.world.now + seconds,
+                                       model_.world.tokens[token].name));
   return wait(seconds) + " after a token got a limit";
 }
 
@@ -222,7 +218,7 @@ void ClientCheck::compare() {
     compare(client);
     if (model_.world.isOpen(client)) continue;
     wires_.erase(client);
-    model_.hangUp(client);
+    model_.world.clients.erase(client);
     hasEnded = true;
   }
   if (!hasEnded || model_.world.epoch.empty()) return;
@@ -266,7 +262,7 @@ void ClientCheck::comparePages() {
   EXPECT_EQ(await([this] { return findMetricsFault(); }), "");
   takeCalls();
   terminal::BootTime oldest{};
-  for (const Call& call : calls_) oldest = std::max(oldest, rig_.time().bootTime() - call.time);
+  for (const Call& call : calls_) oldest = std::max(oldest, rig_.time().bootTime() - call.got.time);
   const bool isReady = model_.world.hasAgent && oldest <= std::chrono::seconds(10);
   for (const char* path : {"/health/ready", "/health"}) {
     EXPECT_THAT(httpGet(rig_.port(), path), testing::StartsWith(isReady ? "HTTP/1.1 200 " : "HTTP/1.1 503 ")) << path;

@@ -27,9 +27,7 @@ class ClientCheck {
   std::string hangUp(int client);
   std::string login(int client, const model::Login& login);
   std::string request(int client, const model::Request& request);
-  void requestInCrowd(int client, const model::Request& request);
-  std::string badFrame(int client, const std::string& text, const std::string& id, const std::string& topic,
-                       const std::string& message);
+  std::string badFrame(int client);
   void push(const model::Reply& push);
 
   // The gateway has done what it can do now: it waits for no file.
@@ -59,10 +57,8 @@ class ClientCheck {
 
  private:
   struct Call {
-    int64_t id = 0;
+    AgentCall got;
     int number = 0;  // the model's
-    std::string topic;
-    terminal::BootTime time{};
   };
 
   void send(int client, const std::string& frame);

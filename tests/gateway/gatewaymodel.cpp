@@ -6,17 +6,8 @@
 
 namespace orvane::test {
 
-void GatewayModel::advance(int64_t seconds) {
-  audit.endSecond(world.now + 1);
-  pass(seconds);
-}
-
-void GatewayModel::sleep(int64_t seconds) {
-  audit.endSecond(world.now + seconds);
-  pass(seconds);
-}
-
-void GatewayModel::pass(int64_t seconds) {
+void GatewayModel::pass(int64_t seconds, int64_t untilTimers) {
+  audit.endSecond(world.now + untilTimers);
   world.now += seconds;
   sessions.closeDue();
   requests.forgetKeys();
@@ -31,12 +22,6 @@ void GatewayModel::restart() {
   world.hasAgent = true;
 }
 
-size_t GatewayModel::countLoggedIn() const {
-  return static_cast<size_t>(std::count_if(world.clients.begin(), world.clients.end(), [](const auto& entry) {
-    return entry.second.token >= 0 && entry.second.closeCode == 0;
-  }));
-}
-
 std::map<std::string, double> GatewayModel::metrics() const {
   std::map<std::string, double> all = world.counts;
   for (const char* reason :
@@ -47,7 +32,9 @@ std::map<std::string, double> GatewayModel::metrics() const {
     all.try_emplace(fmt::format("closes_total{{code=\"{}\"}}", code));
   }
   all.try_emplace("pushes_total");
-  all["phones"] = static_cast<double>(countLoggedIn());
+  all["phones"] = static_cast<double>(std::count_if(world.clients.begin(), world.clients.end(), [](const auto& entry) {
+    return entry.second.token >= 0 && entry.second.closeCode == 0;
+  }));
   all["requests_waiting"] = static_cast<double>(requests.countWaiting());
   all["connections"] = static_cast<double>(world.clients.size()) + 1;  // that of the page itself
   return all;

@@ -26,22 +26,15 @@ class GatewayModel {
   model::Sessions sessions{world};
   model::Requests requests{world, audit};
 
-  void hangUp(int client) { world.clients.erase(client); }
-
-  // Time has passed; timers ran when they were due, or, as after a sleep of the machine, all of them at the end.
-  void advance(int64_t seconds);
-  void sleep(int64_t seconds);
+  // Time has passed. The first timers ran after `untilTimers` of these seconds: after a sleep of the machine, at its
+  // end.
+  void pass(int64_t seconds, int64_t untilTimers);
 
   // Ends what is under way. What is counted begins anew.
   void restart();
 
-  size_t countLoggedIn() const;
-
   // The values of /metrics by name.
   std::map<std::string, double> metrics() const;
-
- private:
-  void pass(int64_t seconds);
 };
 
 }  // namespace orvane::test

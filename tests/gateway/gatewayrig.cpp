@@ -4,9 +4,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include <SQLiteCpp/Statement.h>
-#include <SQLiteCpp/VariadicBind.h>
-
 #include "terminal/gatewaydatabase.h"
 #include "terminal/rights.h"
 #include "terminal/tokens.h"
@@ -44,21 +41,11 @@ std::optional<AgentCall> ScriptedAgent::take(std::chrono::milliseconds limit) {
   return call;
 }
 
-std::string GatewayRig::addToken(const std::string& name, int rights) {
-  SQLite::Database db = terminal::openGatewayDatabase(dataDir());
+SQLite::Database GatewayRig::openDatabase() const { return terminal::openGatewayDatabase(dataDir()); }
+
+std::string GatewayRig::addToken(const std::string& name, int rights) const {
+  SQLite::Database db = openDatabase();
   return terminal::addToken(db, name, terminal::Rights(rights));
-}
-
-void GatewayRig::revokeToken(const std::string& name) {
-  SQLite::Database db = terminal::openGatewayDatabase(dataDir());
-  terminal::revokeToken(db, name);
-}
-
-void GatewayRig::setExpiry(const std::string& name, int64_t wallSeconds) {
-  SQLite::Database db = terminal::openGatewayDatabase(dataDir());
-  SQLite::Statement change(db, "UPDATE token SET expires = ? WHERE name = ?");
-  SQLite::bind(change, wallSeconds, name);
-  change.exec();
 }
 
 void GatewayRig::settle() {

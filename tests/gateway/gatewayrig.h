@@ -72,14 +72,13 @@ class GatewayRig {
   GatewayRig& operator=(const GatewayRig&) = delete;
 
   uint16_t port() const { return port_; }
-  std::filesystem::path dataDir() const { return dir_.path(); }
+  const std::filesystem::path& dataDir() const { return dir_.path(); }
   const FakeTime& time() const { return time_; }
   ScriptedAgent& agent() { return *agent_; }
 
-  // Makes a token, also one without rights, as another process would.
-  std::string addToken(const std::string& name, int rights);
-  void revokeToken(const std::string& name);
-  void setExpiry(const std::string& name, int64_t wallSeconds);
+  // Makes a token, also one without rights, and opens the gateway's database, as another process would.
+  std::string addToken(const std::string& name, int rights) const;
+  SQLite::Database openDatabase() const;
 
   // Waits until what was read from the sockets is on the disk, and dispatched.
   void settle();

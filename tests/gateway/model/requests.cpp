@@ -37,7 +37,8 @@ void Requests::request(int client, const Request& request) {
     return world_.close(client, 4401, kNoLogin);
   }
   if (!passesGates(client, request)) return;
-  begin(self, request.topic);
+  ++self.waiting;
+  if (hasNotices(request.topic)) ++self.noticing;
   if (!request.key.empty() && !passesKey(client, request)) return;
   if (!world_.hasAgent) {
     end(self, request.topic);
@@ -94,11 +95,6 @@ bool Requests::passesKey(int client, const Request& request) {
   if (!key.reply) return refuse(client, request, "key", kUnknown);
   self.inbox.push_back(answer(request.id, *key.reply));
   return false;
-}
-
-void Requests::begin(Client& client, const std::string& topic) {
-  ++client.waiting;
-  if (hasNotices(topic)) ++client.noticing;
 }
 
 void Requests::end(Client& client, const std::string& topic) {

@@ -54,7 +54,6 @@ class Requests {
   bool passesGates(int client, const Request& request);
   bool passesKey(int client, const Request& request);
   bool refuse(int client, const Request& request, const char* reason, std::string_view message);
-  void begin(Client& client, const std::string& topic);
   void end(Client& client, const std::string& topic);
   bool isWanted(const Running& running) const;
   size_t waitingBytes(int token) const;

@@ -13,7 +13,7 @@ constexpr int64_t kLoginTime = 10;
 constexpr int64_t kPenalty = 1;
 constexpr int64_t kWrongWindow = 60;
 constexpr int kMaxWrong = 10;
-constexpr size_t kMaxOfToken = 85;
+constexpr std::ptrdiff_t kMaxOfToken = 85;
 constexpr size_t kKeptPushes = 1024;
 constexpr const char* kRevoked = "the token was revoked";
 
@@ -67,7 +67,10 @@ void Sessions::admit(int client, const Login& login, int token) {
       world_.close(number, 4409, "the same device has logged in anew");
     }
   }
-  if (countOfToken(token) > kMaxOfToken) {
+  const auto ofToken = std::count_if(world_.clients.begin(), world_.clients.end(), [token](const auto& entry) {
+    return entry.second.token == token && entry.second.closeCode == 0;
+  });
+  if (ofToken > kMaxOfToken) {
     world_.refuse(client, "login", login.id, "login",
                   fmt::format("{} connections with this token are open already", kMaxOfToken));
     return world_.close(client, 4429, "too many connections with this token");
@@ -85,12 +88,6 @@ void Sessions::admit(int client, const Login& login, int token) {
                         {}}));
   if (!resumed || (known.rights & kSee) == 0) return;
   for (uint64_t seq = seen; seq < lastPush(); ++seq) self.inbox.push_back(pushes_[seq]);
-}
-
-size_t Sessions::countOfToken(int token) const {
-  return static_cast<size_t>(std::count_if(world_.clients.begin(), world_.clients.end(), [token](const auto& entry) {
-    return entry.second.token == token && entry.second.closeCode == 0;
-  }));
 }
 
 void Sessions::push(const Reply& push) {

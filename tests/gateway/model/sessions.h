@@ -30,7 +30,6 @@ class Sessions {
  private:
   void admit(int client, const Login& login, int token);
   void refuseToken(int client, const Login& login);
-  size_t countOfToken(int token) const;
   bool hears(const Client& client, const std::string& topic) const;
 
   World& world_;
