@@ -1,49 +1,20 @@
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-
 #include "tests/phones/phonesfixture.h"
 
 namespace orvane::test {
 namespace {
 
-using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::SizeIs;
-
 class AlertsTest : public PhonesTest {
  protected:
-  AlertsTest() {
-    for (const int64_t hashCode : {1, 2}) prices_.set(hashCode, 10.5);
-  }
-
-  std::string ask(const SessionPtr& session, const std::string& topic, const std::string& body = "[]") {
-    send(session, fmt::format(R"({{"id":7,"topic":"{}","data":{}}})", topic, body));
-    const std::vector<std::string> answers = session->take();
-    return answers.empty() ? "" : answers.back();
-  }
   std::string set(const SessionPtr& session, int64_t hashCode, bool isAbove, double price) {
     return ask(session, "alert.set",
                fmt::format(R"({{"hashCode":{},"above":{},"price":{}}})", hashCode, isAbove, price));
-  }
-  void move(double last) {
-    prices_.set(1, last);
-    advance(250ms);
   }
 
   static std::string row(int id, bool isAbove, double price, int64_t made, int64_t fired = 0, double firedPrice = 0) {
     return fmt::format(R"({{"id":{},"hashCode":1,"above":{},"price":{},"made":{},"fired":{},"firedPrice":{}}})", id,
                        isAbove, price, made, fired, firedPrice);
   }
-  static std::string rows(const std::string& topic, const std::string& text) {
-    return R"({"id":7,"topic":")" + topic + R"(","message":"","data":[)" + text + "]}";
-  }
-  static std::string fired(const std::string& text) {
-    return R"({"topic":"alert.push","message":"","data":[)" + text + "]}";
-  }
+  static std::string fired(const std::string& rows) { return pushOf("alert.push", rows); }
   int64_t now() const {
     return std::chrono::duration_cast<std::chrono::milliseconds>(loop_.wallTime().time_since_epoch()).count();
   }
@@ -54,24 +25,24 @@ TEST_F(AlertsTest, FireOnceForTheClientsOfTheirTokenAndStayUntilCleared) {
   const auto second = client(token_);
   const auto other = client(addToken("other", "see"));
   const int64_t made = now();
-  EXPECT_EQ(set(first, 1, true, 11), rows("alert.set", row(1, true, 11, made)));
-  EXPECT_EQ(set(first, 1, false, 10), rows("alert.set", row(1, true, 11, made) + ',' + row(2, false, 10, made)));
-  EXPECT_EQ(ask(other, "alert.list"), rows("alert.list", ""));
-  move(10.99);
+  EXPECT_EQ(set(first, 1, true, 11), answer("alert.set", row(1, true, 11, made)));
+  EXPECT_EQ(set(first, 1, false, 10), answer("alert.set", row(1, true, 11, made) + ',' + row(2, false, 10, made)));
+  EXPECT_EQ(ask(other, "alert.list"), answer("alert.list", ""));
+  movePrice(10.99);
   EXPECT_THAT(first->take(), IsEmpty());
 
-  move(11);
+  movePrice(11);
   const std::string above = row(1, true, 11, made, now(), 11);
   EXPECT_THAT(first->take(), ElementsAre(fired(above)));
   EXPECT_THAT(second->take(), ElementsAre(fired(above)));
   EXPECT_THAT(other->take(), IsEmpty());
-  move(12);
+  movePrice(12);
   EXPECT_THAT(first->take(), IsEmpty()) << "an alert fires once";
-  EXPECT_EQ(ask(second, "alert.list"), rows("alert.list", above + ',' + row(2, false, 10, made)));
+  EXPECT_EQ(ask(second, "alert.list"), answer("alert.list", above + ',' + row(2, false, 10, made)));
 
-  EXPECT_EQ(ask(other, "alert.clear", "[1,2]"), rows("alert.clear", "")) << "only the own";
-  EXPECT_EQ(ask(first, "alert.clear", "[1,99]"), rows("alert.clear", row(2, false, 10, made)));
-  move(9);
+  EXPECT_EQ(ask(other, "alert.clear", "[1,2]"), answer("alert.clear", "")) << "only the own";
+  EXPECT_EQ(ask(first, "alert.clear", "[1,99]"), answer("alert.clear", row(2, false, 10, made)));
+  movePrice(9);
   EXPECT_THAT(second->take(), ElementsAre(fired(row(2, false, 10, made, now(), 9))));
 }
 
@@ -91,13 +62,13 @@ TEST_F(AlertsTest, SurviveARestartAndGoWithTheirToken) {
   const int64_t made = now();
   set(session, 1, true, 20);
   set(client(gone), 1, true, 30);
-  move(11);
-  const int64_t then = now();
   ask(session, "alert.clear", "[2]");
+  movePrice(11);
+  const int64_t then = now();
 
   terminal::revokeToken(db_, "gone");
   advance(1s);
-  move(30);
+  movePrice(30);
   terminal::insertAlert(db_, {.id = 4, .token = 2, .price = 30});  // its token went while it was on the way
   EXPECT_EQ(db_.execAndGet("SELECT COUNT(*) FROM alert").getInt(), 1);
 
@@ -132,12 +103,12 @@ TEST_F(AlertsTest, AreRefusedIfTheyCannotBeStored) {
   const auto session = client(token_);
   db_.exec("BEGIN IMMEDIATE");
   send(session, R"({"id":7,"topic":"alert.set","data":{"hashCode":1,"above":true,"price":10}})");
-  move(10);
+  movePrice(10);
   EXPECT_THAT(session->take(), IsEmpty());
   advance(4s);
   EXPECT_THAT(session->take(), ElementsAre(HasSubstr("the alert cannot be stored: ")));
   db_.exec("ROLLBACK");
-  EXPECT_EQ(ask(session, "alert.list"), rows("alert.list", ""));
+  EXPECT_EQ(ask(session, "alert.list"), answer("alert.list", ""));
 }
 
 }  // namespace

@@ -22,16 +22,10 @@ class FakeLoop : public terminal::IEventLoop {
  public:
   void post(Work work) override { posted_.push_back(std::move(work)); }
   std::unique_ptr<terminal::Timer> after(std::chrono::milliseconds delay, Work work) override {
-    return time_.after(delay, std::move(work));
+    return time.after(delay, std::move(work));
   }
-  terminal::WallTime wallTime() const override { return time_.wallTime(); }
-  terminal::BootTime bootTime() const override { return time_.bootTime(); }
-
-  void jump(std::chrono::seconds time) { time_.jump(time); }
-  void advance(std::chrono::nanoseconds time) { time_.advance(time); }
-
-  // Both clocks go on, as in suspend; no timer notices.
-  void suspend(std::chrono::seconds time) { time_.sleep(time); }
+  terminal::WallTime wallTime() const override { return time.wallTime(); }
+  terminal::BootTime bootTime() const override { return time.bootTime(); }
 
   // False if nothing was posted.
   bool runPosted() {
@@ -40,8 +34,9 @@ class FakeLoop : public terminal::IEventLoop {
     return any;
   }
 
+  FakeTime time;
+
  private:
-  FakeTime time_;
   std::deque<Work> posted_;
 };
 
@@ -79,9 +74,12 @@ class FakeSession : public terminal::Session {
   std::optional<terminal::CloseCode> code_;
 };
 
-// Instruments whose prices a test sets; bid and ask are one below and above.
+// Instruments 1, 2 and 3, whose prices a test sets; bid and ask are one below and above.
 class FakePrices : public terminal::ILivePrices {
  public:
+  FakePrices() {
+    for (const int64_t hashCode : {1, 2, 3}) set(hashCode, 10.5);
+  }
   void set(int64_t hashCode, double last) { prices_[hashCode] = {hashCode, last, last - 1, last + 1, ++version_}; }
 
   std::vector<terminal::LivePrice> changedSince(uint64_t version,

@@ -3,9 +3,10 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <fmt/format.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "terminal/gatewaydatabase.h"
 #include "terminal/phones/gatewaystore.h"
@@ -14,6 +15,15 @@
 #include "tests/support/tempdir.h"
 
 namespace orvane::test {
+
+// What nearly every test uses.
+using namespace std::chrono_literals;
+using terminal::CloseCode;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
 
 // The side of clients without sockets, threads or waiting. The agent answers when the test says so, and the disk's work
 // is done after each step.
@@ -37,7 +47,7 @@ class PhonesTest : public testing::Test {
   }
 
   void advance(std::chrono::nanoseconds time) {
-    loop_.advance(time);
+    loop_.time.advance(time);
     settle();
   }
 
@@ -50,6 +60,19 @@ class PhonesTest : public testing::Test {
   void send(const SessionPtr& session, const std::string& frame) {
     phones_.onFrame(*session, frame);
     settle();
+  }
+
+  // The only answer to a request.
+  std::string ask(const SessionPtr& session, const std::string& topic, const std::string& data = "[]") {
+    send(session, fmt::format(R"({{"id":7,"topic":"{}","data":{}}})", topic, data));
+    EXPECT_THAT(session->sent, SizeIs(1)) << topic << ' ' << data.substr(0, 80);
+    return session->sent.empty() ? "" : session->take().back();
+  }
+  static std::string answer(const std::string& topic, const std::string& rows) {
+    return fmt::format(R"({{"id":7,"topic":"{}","message":"","data":[{}]}})", topic, rows);
+  }
+  static std::string pushOf(const std::string& topic, const std::string& rows) {
+    return fmt::format(R"({{"topic":"{}","message":"","data":[{}]}})", topic, rows);
   }
 
   // `more` is further members of the login's frame.
@@ -67,6 +90,12 @@ class PhonesTest : public testing::Test {
   }
 
   void hangUp(const SessionPtr& session) { phones_.onClosed(*session); }
+
+  static std::string ones(size_t count) {
+    std::string list = "[1";
+    for (size_t i = 1; i < count; ++i) list += ",1";
+    return list + ']';
+  }
 
   static std::string orderFrame(int id, const std::string& key, const std::string& data = "{}") {
     return fmt::format(R"({{"id":{},"topic":"order.new","key":"{}","data":{}}})", id, key, data);
@@ -86,6 +115,12 @@ class PhonesTest : public testing::Test {
     message.topic = topic;
     message.data = data;
     deliver(message);
+  }
+
+  // Sets the price of instrument 1, and waits until clients get it.
+  void movePrice(double last) {
+    prices_.set(1, last);
+    advance(250ms);
   }
 
   // The agent's reply to the request that it got as number `index`.

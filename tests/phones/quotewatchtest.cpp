@@ -1,42 +1,22 @@
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-
 #include "tests/phones/phonesfixture.h"
 
 namespace orvane::test {
 namespace {
 
-using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-
 class QuoteWatchTest : public PhonesTest {
  protected:
-  QuoteWatchTest() {
-    for (const int64_t hashCode : {1, 2, 3}) prices_.set(hashCode, 10.5);
-  }
-
-  std::vector<std::string> watch(const SessionPtr& session, const std::string& codes) {
-    send(session, R"({"id":7,"topic":"quote.watch","data":)" + codes + "}");
-    return session->take();
-  }
+  std::string watch(const SessionPtr& session, const std::string& codes) { return ask(session, "quote.watch", codes); }
 
   static std::string row(int64_t hashCode, double last) {
     return fmt::format(R"({{"hashCode":{},"lastPrice":{},"bidPrice":{},"askPrice":{}}})", hashCode, last, last - 1,
                        last + 1);
   }
-  static std::string frame(const std::string& rows) {
-    return R"({"topic":"quote.push","message":"","data":[)" + rows + "]}";
-  }
+  static std::string frame(const std::string& rows) { return pushOf("quote.push", rows); }
 };
 
 TEST_F(QuoteWatchTest, SendsWhatChangesFourTimesASecond) {
   const auto session = client(token_);
-  EXPECT_THAT(watch(session, "[2,1,2]"), ElementsAre(R"({"id":7,"topic":"quote.watch","message":"","data":[)" +
-                                                     row(1, 10.5) + ',' + row(2, 10.5) + "]}"));
+  EXPECT_EQ(watch(session, "[2,1,2]"), answer("quote.watch", row(1, 10.5) + ',' + row(2, 10.5)));
   prices_.set(1, 11);
   prices_.set(2, 12);
   prices_.set(2, 13);
@@ -66,10 +46,7 @@ TEST_F(QuoteWatchTest, SendsASlowClientTheLatest) {
   watch(slow, "[1]");
   watch(fast, "[1]");
   slow->backlog = 1;
-  for (const double price : {11, 12}) {
-    prices_.set(1, price);
-    advance(250ms);
-  }
+  for (const double price : {11, 12}) movePrice(price);
   EXPECT_THAT(fast->take(), ElementsAre(frame(row(1, 11)), frame(row(1, 12))));
   EXPECT_THAT(slow->take(), IsEmpty());
   slow->backlog = 0;
@@ -79,35 +56,27 @@ TEST_F(QuoteWatchTest, SendsASlowClientTheLatest) {
 
 TEST_F(QuoteWatchTest, RefusesWhatIsNoListOfInstruments) {
   const auto session = client(token_);
-  std::string codes = "1";
-  for (int i = 1; i < 200; ++i) codes += ",1";
-  EXPECT_THAT(watch(session, '[' + codes + ']')[0], HasSubstr(row(1, 10.5)));
-  for (const std::string& body : {'[' + codes + ",1]", std::string("{}"), std::string("[1.5]"), std::string(R"(["1"])"),
-                                  std::string("null"), std::string("[9223372036854775808]")}) {
-    EXPECT_THAT(watch(session, body), ElementsAre(HasSubstr("takes an array of at most 200 hash codes"))) << body;
+  EXPECT_THAT(watch(session, ones(200)), HasSubstr(row(1, 10.5)));
+  for (const std::string& body :
+       std::vector<std::string>{ones(201), "{}", "[1.5]", R"(["1"])", "null", "[9223372036854775808]"}) {
+    EXPECT_THAT(watch(session, body), HasSubstr("takes an array of at most 200 hash codes")) << body;
   }
-  EXPECT_THAT(watch(session, "[1,9]"), ElementsAre(HasSubstr("there is no instrument 9")));
-  prices_.set(1, 11);
-  advance(250ms);
+  EXPECT_THAT(watch(session, "[1,9]"), HasSubstr("there is no instrument 9"));
+  movePrice(11);
   EXPECT_THAT(session->take(), ElementsAre(frame(row(1, 11)))) << "a refused list leaves the one before";
 }
 
 TEST_F(QuoteWatchTest, NeedsTheRightToSeeAndEndsWithTheLogin) {
   const auto blind = client(addToken("blind", "trade"));
-  EXPECT_THAT(watch(blind, "[1]"), ElementsAre(HasSubstr("this token may not see")));
+  EXPECT_THAT(watch(blind, "[1]"), HasSubstr("this token may not see"));
   const auto session = client(token_);
-  watch(session, "[1]");
+  const auto gone = client(token_);
+  for (const auto& each : {session, gone}) watch(each, "[1]");
   send(session, fmt::format(R"({{"id":1,"topic":"login","token":"{}"}})", addToken("other", "trade")));
   session->take();
-  prices_.set(1, 11);
-  advance(250ms);
-  EXPECT_THAT(session->take(), IsEmpty());
-
-  const auto gone = client(token_);
-  watch(gone, "[1]");
   hangUp(gone);
-  prices_.set(1, 12);
-  advance(250ms);
+  movePrice(11);
+  EXPECT_THAT(session->take(), IsEmpty());
   EXPECT_THAT(gone->take(), IsEmpty());
 }
 

@@ -59,7 +59,7 @@ class RelaySessions : public testing::Test {
   // Lets messages and timers run, in steps that are shorter than any limit.
   void pass(std::chrono::milliseconds time) {
     for (; time > 0ms; time -= 100ms) {
-      loop_.advance(100ms);
+      loop_.time.advance(100ms);
       settle();
     }
   }
@@ -287,7 +287,7 @@ TEST_F(RelaySessions, RefuseASecondTerminalOfTheName) {
 // Both believed to be alone; the one that started first stays.
 TEST_F(RelaySessions, EndAtTheYoungerOfTwoTerminals) {
   desk_->bus.setUp(false);
-  loop_.jump(1s);
+  loop_.time.jump(1s);
   const auto second = startDesk();
   const auto session = phone();
   EXPECT_EQ(second->owner.sessions.size(), 1U);
