@@ -26,19 +26,16 @@ struct Disk {
   std::map<const sqlite3_io_methods*, sqlite3_io_methods> methods;  // ours by theirs: files with locks have others
   std::map<sqlite3_file*, OpenFile> files;
   Fault fault{};
-  int at = 0;  // 0: nothing fails
-  int operations = 0;
+  int at = 0;                     // 0: nothing fails
   sqlite3* connection = nullptr;  // the last one opened
-  bool readOnly = false;
-  bool keeps = false;  // what is flushed
+  bool keeps = false;             // what is flushed
   std::condition_variable changed;
   bool holds = false;  // each flush
-  int flushes = 0;
 
   // Counts an operation; true if it fails.
   bool fails(bool isWrite) {
     const std::lock_guard lock(mutex);
-    ++operations;
+    const int operations = ++FaultyDisk::operations;
     const bool isDue = at != 0 && (fault.lasts ? operations >= at : operations == at);
     return isDue && (isWrite || !fault.full);
   }
@@ -70,7 +67,7 @@ void keepFlushed(const std::string& name) {
 int syncFile(sqlite3_file* file, int /*flags*/) {
   if (gDisk.fails(false)) return SQLITE_IOERR_FSYNC;
   std::unique_lock lock(gDisk.mutex);
-  ++gDisk.flushes;
+  ++FaultyDisk::flushes;
   gDisk.changed.notify_all();
   gDisk.changed.wait(lock, [] { return !gDisk.holds; });
   if (gDisk.keeps) keepFlushed(gDisk.files.at(file).name);
@@ -88,7 +85,7 @@ int openFile(sqlite3_vfs* /*vfs*/, const char* name, sqlite3_file* file, int fla
   const std::lock_guard lock(gDisk.mutex);
   const bool exists = name != nullptr && std::filesystem::exists(name);
   const bool onDisk = name != nullptr && std::string(name).find("/database-") == std::string::npos;  // a copy in memory
-  if (gDisk.readOnly && onDisk) {
+  if (FaultyDisk::isReadOnly && onDisk) {
     if (!exists) return SQLITE_CANTOPEN;
     flags = (flags & ~(SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE)) | SQLITE_OPEN_READONLY;
   }
@@ -124,7 +121,7 @@ FaultyDisk::FaultyDisk() {
 
 FaultyDisk::~FaultyDisk() {
   heal();
-  setReadOnly(false);
+  isReadOnly = false;
   sqlite3_vfs_unregister(&gDisk.vfs);
   sqlite3_reset_auto_extension();
 }
@@ -133,7 +130,7 @@ void FaultyDisk::arm(const Fault& fault, int at) {
   const std::lock_guard lock(gDisk.mutex);
   gDisk.fault = fault;
   gDisk.at = at;
-  gDisk.operations = 0;
+  operations = 0;
   gDisk.keeps = true;
   for (const auto& [file, open] : gDisk.files) keepFlushed(open.name);
 }
@@ -143,17 +140,12 @@ void FaultyDisk::checkpointOften() { sqlite3_wal_autocheckpoint(gDisk.connection
 void FaultyDisk::holdFlushes() {
   const std::lock_guard lock(gDisk.mutex);
   gDisk.holds = true;
-  gDisk.flushes = 0;
+  flushes = 0;
 }
 
 bool FaultyDisk::awaitHeldFlush() {
   std::unique_lock lock(gDisk.mutex);
-  return gDisk.changed.wait_for(lock, std::chrono::seconds(30), [] { return gDisk.flushes > 0; });
-}
-
-int FaultyDisk::flushes() const {
-  const std::lock_guard lock(gDisk.mutex);
-  return gDisk.flushes;
+  return gDisk.changed.wait_for(lock, std::chrono::seconds(30), [] { return flushes > 0; });
 }
 
 void FaultyDisk::heal() {
@@ -161,16 +153,6 @@ void FaultyDisk::heal() {
   gDisk.at = 0;
   gDisk.holds = false;
   gDisk.changed.notify_all();
-}
-
-int FaultyDisk::operations() const {
-  const std::lock_guard lock(gDisk.mutex);
-  return gDisk.operations;
-}
-
-void FaultyDisk::setReadOnly(bool readOnly) {
-  const std::lock_guard lock(gDisk.mutex);
-  gDisk.readOnly = readOnly;
 }
 
 void FaultyDisk::crash(const std::filesystem::path& from, const std::filesystem::path& to, bool powerFails) {

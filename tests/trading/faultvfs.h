@@ -1,8 +1,7 @@
 #pragma once
 
+#include <atomic>
 #include <filesystem>
-#include <functional>
-#include <string>
 
 namespace orvane::terminal::testing {
 
@@ -35,20 +34,16 @@ class FaultyDisk {
   // Waits for a flush that is held up. False if none comes within 30 seconds.
   bool awaitHeldFlush();
 
-  // Since holdFlushes().
-  int flushes() const;
-
   // Nothing fails any more, and no flush is held up.
   void heal();
 
-  // Since arm().
-  int operations() const;
-
-  // While it is set, files can be read only: not even opened for writing.
-  void setReadOnly(bool readOnly);
-
   // Copies the databases in `from` to the empty folder `to`: as a crash of the process leaves it, or of the power.
   static void crash(const std::filesystem::path& from, const std::filesystem::path& to, bool powerFails);
+
+  // SQLite calls plain functions, so there is one state.
+  static inline std::atomic<int> operations = 0;       // since arm()
+  static inline std::atomic<int> flushes = 0;          // since holdFlushes()
+  static inline std::atomic<bool> isReadOnly = false;  // files are not even opened for writing
 };
 
 }  // namespace orvane::terminal::testing

@@ -154,7 +154,7 @@ TEST_F(HistoryTest, AReadOnlyDiskServesTheHistory) {
   desk_->record();
   EXPECT_EQ(rows().size(), 1U);
   desk_.reset();
-  disk_.setReadOnly(true);
+  disk_.isReadOnly = true;
   clock_.time.advance(hours(24));
   openDesk();
   EXPECT_EQ(desk_->read([](const Book& book) { return book.day; }), kToday) << "a new day could not be stored";

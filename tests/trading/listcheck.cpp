@@ -62,18 +62,6 @@ std::string textOf(const Position& it) {
   return serializePositionList({entry});
 }
 
-template <typename Record>
-Record withGbkSource(Record it) {
-  it.orderSource.sourceText = CodeConvert::utf8_to_gbk(it.orderSource.sourceText);
-  return it;
-}
-
-Order inGbk(const PlacedOrder& order) {
-  Order it = withGbkSource<Order>(order);
-  it.note = CodeConvert::utf8_to_gbk(it.note);
-  return it;
-}
-
 bool has(const std::list<int32_t>& selector, int32_t account) {
   return selector.empty() || selector.front() == account;
 }
@@ -118,15 +106,15 @@ void ListCheck::adoptNotes() {
     adopted_ = got.localOrderId;
     if (expected->second.status != 4) continue;
     SCOPED_TRACE(fmt::format("order {}", adopted_));
-    expectRefusal(utf8(got.note), expected->second.note);
-    expected->second.note = utf8(got.note);
+    expectRefusal(utf8(got.note), utf8(expected->second.note));
+    expected->second.note = got.note;
   }
 }
 
 void ListCheck::compareOrders(const std::list<int32_t>& selector) {
   std::list<Order> orders;
   for (const auto& [id, it] : book_.orders) {
-    if (has(selector, it.account.index)) orders.push_back(inGbk(it));
+    if (has(selector, it.account.index)) orders.push_back(it);
   }
   const std::list<Order> got = TestDesk::orders(selector);
   expectSame(serializeOrderList(got), serializeOrderList(orders));
@@ -135,7 +123,7 @@ void ListCheck::compareOrders(const std::list<int32_t>& selector) {
   }));
   std::list<OrderFill> fills;
   for (const OrderFill& it : book_.fills) {
-    if (has(selector, it.account.index)) fills.push_back(withGbkSource(it));
+    if (has(selector, it.account.index)) fills.push_back(it);
   }
   expectSame(serializeFillList(TestDesk::fills(selector)), serializeFillList(fills));
 }
@@ -208,11 +196,11 @@ void ListCheck::comparePushes() {
   std::ptrdiff_t filled = 0;
   for (const PlacedOrder& it : book_.changed) {
     const auto listed = book_.orders.find(it.localOrderId);
-    expectedOrders += rowsOf(serializeOrderList({inGbk(listed == book_.orders.end() ? it : listed->second)}));
+    expectedOrders += rowsOf(serializeOrderList({listed == book_.orders.end() ? it : listed->second}));
     if (it.status == 2) ++filled;
   }
   for (auto it = book_.fills.end() - filled; it != book_.fills.end(); ++it) {
-    expectedFills += rowsOf(serializeFillList({withGbkSource(*it)}));
+    expectedFills += rowsOf(serializeFillList({*it}));
   }
   expectSame(orders, expectedOrders);
   expectSame(fills, expectedFills);

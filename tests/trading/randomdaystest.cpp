@@ -128,20 +128,18 @@ class RandomDays : test::RandomSteps, TestDesk {
     order.hedge = 1;
     order.orderSource = oneOf(std::array<Source, 4>{
         {{65536, "手机", ""}, {0x8000000, "", ""}, {0x8400000, "电脑 \"A\"", ""}, {0x400000, "€😀", ""}}});
+    order.orderSource.sourceText = CodeConvert::utf8_to_gbk(order.orderSource.sourceText);
     return place(order);
   }
 
   std::string place(const PlacedOrder& order) {
-    Source source = order.orderSource;
-    source.sourceText = CodeConvert::utf8_to_gbk(source.sourceText);
-    const std::string got = utf8(insertOrder({order.account.index, order.code.hashCode, order.side, order.combOffset,
-                                              order.price, order.volume, order.priceType, source})
-                                     .message);
-    expectRefusal(got, book_->place(order));
-    book_->orders.rbegin()->second.note = got;
+    const ResultStatus got = insertOrder({order.account.index, order.code.hashCode, order.side, order.combOffset,
+                                          order.price, order.volume, order.priceType, order.orderSource});
+    expectRefusal(utf8(got.message), book_->place(order));
+    book_->orders.rbegin()->second.note = got.message;
     return fmt::format("order of {} {} side {} offset {} type {} price {} volume {}: {}", order.account.index,
                        order.code.hashCode, order.side, order.combOffset, order.priceType, order.price, order.volume,
-                       got);
+                       utf8(got.message));
   }
 
   // Mostly of a working order.
@@ -201,7 +199,7 @@ class RandomDays : test::RandomSteps, TestDesk {
       order.price = it.price;
       order.volume = it.volume;
       order.orderSource.sourceFlags = 0x1000000;
-      order.orderSource.sourceText = "头寸监控一键同步";
+      order.orderSource.sourceText = CodeConvert::utf8_to_gbk("头寸监控一键同步");
       book_->place(order);
     }
     const size_t count = offered.size();

@@ -5,6 +5,8 @@
 
 #include <fmt/format.h>
 
+#include "host/common.h"
+
 namespace orvane::terminal::testing::second {
 namespace {
 
@@ -137,20 +139,20 @@ std::string SecondBook::moneyRefusal(PlacedOrder order) const {
 std::string SecondBook::place(PlacedOrder order) {
   const Instrument& it = instruments.at(order.code.hashCode);
   complete(order);
-  order.note = refusal(order);
+  const std::string text = refusal(order);
+  order.note = CodeConvert::utf8_to_gbk(text);
   order.localOrderId = ++lastOrder_;
   order.srcTimestamp = now;
-  order.status = order.note.empty() ? 1 : 4;
+  order.status = text.empty() ? 1 : 4;
   if (order.isWorking()) order.orderId = serial(it, order.localOrderId);
   const double quote = order.buys() ? it.ask() : it.bid();
   const bool crosses = order.buys() ? order.price >= quote - kTiny : order.price <= quote + kTiny;
   if (order.isWorking() && crosses) fill(order, quote);
   changed.push_back(orders[order.localOrderId] = order);
-  if (order.isSynchronising() && !order.note.empty()) {
-    notices.push_back(
-        fmt::format("头寸监控同步委托被拒绝 ({} {}): {}", order.account.userCode, order.code.code, order.note));
+  if (order.isSynchronising() && !text.empty()) {
+    notices.push_back(fmt::format("头寸监控同步委托被拒绝 ({} {}): {}", order.account.userCode, order.code.code, text));
   }
-  return order.note;
+  return text;
 }
 
 void SecondBook::complete(PlacedOrder& order) const {
@@ -166,7 +168,7 @@ std::string SecondBook::cancel(const Key& key, int64_t id) {
   const char* const states[] = {"已全部成交", "已撤单", "是废单"};
   if (it.status != 1) return name + states[it.status - 2] + ", 不能撤单";
   it.status = 3;
-  it.note = "用户撤单";
+  it.note = CodeConvert::utf8_to_gbk("用户撤单");
   changed.push_back(it);
   return "";
 }
@@ -266,7 +268,7 @@ void SecondBook::newDay(int days) {
   for (auto& [id, it] : orders) {
     if (!it.isWorking()) continue;
     it.status = 3;
-    it.note = "收盘自动撤单";
+    it.note = CodeConvert::utf8_to_gbk("收盘自动撤单");
     changed.push_back(it);
   }
   orders.clear();

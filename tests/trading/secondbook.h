@@ -19,7 +19,7 @@
 
 // A second book of the paper-trading host, plain and slow. It is written from docs/terminal.md and shares no code with
 // the terminal: it loads the sample data, follows each step of a day, and calculates every figure from the start.
-// Texts are UTF-8. Index 0 is long, 1 short.
+// Texts are UTF-8, but those of orders and fills GBK as the host's. Index 0 is long, 1 short.
 namespace orvane::terminal::testing::second {
 
 using Key = std::pair<int32_t, int64_t>;  // account and hash code
@@ -103,6 +103,14 @@ struct PlacedOrder : Order {
   int64_t closesOld = 0, closesNew = 0;
 };
 
+// Of a key that is not in the map, `otherwise`.
+template <typename Map>
+typename Map::mapped_type valueOf(const Map& map, const typename Map::key_type& key,
+                                  const typename Map::mapped_type& otherwise = {}) {
+  const auto found = map.find(key);
+  return found == map.end() ? otherwise : found->second;
+}
+
 inline double number(int64_t value) { return static_cast<double>(value); }
 
 // A fill with its order's account, instrument, source and terms.
@@ -141,8 +149,9 @@ class SecondBook {
 
  private:
   std::set<Key> heldKeys() const;
-  std::array<Part, 2> parts(const Key& key) const;
+  std::array<Part, 2> parts(const Key& key) const { return valueOf(holdings_, key); }
   SideSum sideSum(const Key& key, size_t side) const;
+  std::array<SideSum, 2> sums(int32_t account) const;
   Rates ratesOf(const Key& key) const;
   Contract owed(int32_t account, size_t side, const Key* only = nullptr) const;  // the sum of the contracts
   double orderValue(const PlacedOrder& order) const;

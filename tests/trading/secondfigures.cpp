@@ -10,11 +10,7 @@ constexpr std::array<double, 2> kSign{1, -1};
 
 double ratio(double value, double divisor) { return divisor > 0 ? value / divisor : 0; }
 
-void set(PositionFigures& figures, int64_t longs, int64_t shorts) {
-  figures.longPos = longs;
-  figures.shortPos = shorts;
-  figures.netPos = longs - shorts;
-}
+PositionFigures figuresOf(int64_t longs, int64_t shorts) { return {longs - shorts, longs, shorts, 0}; }
 
 }  // namespace
 
@@ -31,15 +27,18 @@ SideSum& SideSum::operator+=(const SideSum& other) {
   return *this;
 }
 
-std::array<Part, 2> SecondBook::parts(const Key& key) const {
-  const auto found = holdings_.find(key);
-  return found == holdings_.end() ? std::array<Part, 2>{} : found->second;
+std::array<SideSum, 2> SecondBook::sums(int32_t account) const {
+  std::array<SideSum, 2> sums;
+  for (const auto& [key, unused] : holdings_) {
+    if (key.first != account) continue;
+    for (const size_t side : {0U, 1U}) sums.at(side) += sideSum(key, side);
+  }
+  return sums;
 }
 
 Rates SecondBook::ratesOf(const Key& key) const {
   const Instrument& it = instruments.at(key.second);
-  const auto found = rates.find(key);
-  Rates all = found != rates.end() ? found->second : Rates{{it.defaultRate, it.defaultRate}, {}};
+  Rates all = valueOf(rates, key, {{it.defaultRate, it.defaultRate}, {}});
   if (it.isSecurity()) return {{1, 1}, {}};
   if (it.kind() == 2) all.byMoney[0] = 1;  // a premium is paid in full
   return all;
@@ -83,10 +82,7 @@ double SecondBook::orderValue(const PlacedOrder& order) const {
 }
 
 double SecondBook::fee(const PlacedOrder& order) const {
-  const auto& fees = accounts.at(order.account.index).fees;
-  const auto found = fees.find(instruments.at(order.code.hashCode).type);
-  if (found == fees.end()) return 0;
-  const Fee& it = found->second;
+  const Fee it = valueOf(accounts.at(order.account.index).fees, instruments.at(order.code.hashCode).type);
   return std::max(it.minimum, orderValue(order) * it.byMoney + number(order.volume) * it.byVolume) +
          (order.buys() ? 0 : orderValue(order) * it.saleTax);
 }
@@ -109,11 +105,7 @@ double SecondBook::boundMargin(const PlacedOrder& order) const {
 
 TradingAccount SecondBook::capital(int32_t index) const {
   const Account& account = accounts.at(index);
-  std::array<SideSum, 2> sums;
-  for (const auto& [key, unused] : holdings_) {
-    if (key.first != index) continue;
-    for (const size_t side : {0U, 1U}) sums.at(side) += sideSum(key, side);
-  }
+  const auto& [longs, shorts] = sums(index);
   double returning = 0;  // what orders that buy securities back bind
   TradingAccount it;
   for (const auto& [id, order] : orders) {
@@ -121,7 +113,6 @@ TradingAccount SecondBook::capital(int32_t index) const {
     it.frozenMargin += boundCash(order);
     if (order.side == 5) returning += boundCash(order);
   }
-  const auto& [longs, shorts] = sums;
   it.id = account.id;
   it.preBalance = account.pre;
   it.deposit = account.deposit;
@@ -152,18 +143,16 @@ TradingAccount SecondBook::capital(int32_t index) const {
 
 CreditInfoRecord SecondBook::credit(int32_t index) const {
   const CreditTerms& terms = *accounts.at(index).credit;
-  std::array<SideSum, 2> sums;
+  const auto& [longs, shorts] = sums(index);
   CreditInfoRecord it;
   for (const auto& [key, unused] : holdings_) {
-    if (key.first != index) continue;
-    for (const size_t side : {0U, 1U}) sums.at(side) += sideSum(key, side);
-    it.longMarginMarket += number(owed(index, 0, &key).volume) * instruments.at(key.second).last;
+    if (key.first == index)
+      it.longMarginMarket += number(owed(index, 0, &key).volume) * instruments.at(key.second).last;
   }
   double working = 0;
   for (const auto& [id, order] : orders) {
     if (order.account.index == index && order.isWorking()) working += boundMargin(order);
   }
-  const auto& [longs, shorts] = sums;
   const TradingAccount figures = capital(index);
   const Contract money = owed(index, 0);
   const Contract securities = owed(index, 1);
@@ -295,26 +284,23 @@ PositionMonitorRecord SecondBook::monitor(const Key& key) const {
   PositionMonitorRecord it;
   it.account = accounts.at(key.first).id;
   it.code = instruments.at(key.second).symbol;
-  if (const auto found = targets_.find(key); found != targets_.end()) {
-    PositionFigures* families[] = {&it.strategyActive, &it.strategyUnsend, &it.algo};
-    for (size_t i = 0; i < 3; ++i) set(*families[i], found->second.at(i).longPos, found->second.at(i).shortPos);
-  }
-  if (const auto found = manual.find(key); found != manual.end()) {
-    set(it.manual, found->second.longPos, found->second.shortPos);
-  }
+  const auto& [active, unsent, algorithms] = valueOf(targets_, key);
+  it.strategyActive = figuresOf(active.longPos, active.shortPos);
+  it.strategyUnsend = figuresOf(unsent.longPos, unsent.shortPos);
+  it.algo = figuresOf(algorithms.longPos, algorithms.shortPos);
+  it.manual = figuresOf(valueOf(manual, key).longPos, valueOf(manual, key).shortPos);
   const auto& [longs, shorts] = parts(key);
-  set(it.accountPos, longs.held(), shorts.held());
+  it.accountPos = figuresOf(longs.held(), shorts.held());
   it.accountPos.netLever = ratio(sideSum(key, 0).value - sideSum(key, 1).value, capital(key.first).dynamicAmount);
-  set(it.system, it.strategyActive.longPos + it.algo.longPos + it.manual.longPos,
-      it.strategyActive.shortPos + it.algo.shortPos + it.manual.shortPos);
+  it.system = figuresOf(it.strategyActive.longPos + it.algo.longPos + it.manual.longPos,
+                        it.strategyActive.shortPos + it.algo.shortPos + it.manual.shortPos);
   it.theoryPosDif = it.system.netPos + it.strategyUnsend.netPos - it.accountPos.netPos;
   it.longPosDif = it.system.longPos - it.accountPos.longPos;
   it.shortPosDif = it.system.shortPos - it.accountPos.shortPos;
   it.isMatchTheory = it.theoryPosDif == 0 ? 1 : 0;
   it.isMatchLongShort = it.longPosDif == 0 && it.shortPosDif == 0 ? 1 : 0;
   it.isMatchNetPos = it.system.netPos == it.accountPos.netPos ? 1 : 0;
-  const auto rule = rules_.find(key);
-  it.syncRule = rule == rules_.end() ? 0 : rule->second;
+  it.syncRule = valueOf(rules_, key);
   it.isMatchPosDif = it.syncRule == 0 ? it.isMatchLongShort : it.isMatchNetPos;
   return it;
 }

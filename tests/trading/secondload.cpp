@@ -4,6 +4,7 @@
 #include <SQLiteCpp/Database.h>
 #include <SQLiteCpp/Statement.h>
 
+#include "host/common.h"
 #include "tests/trading/secondbook.h"
 
 namespace orvane::terminal::testing::second {
@@ -119,6 +120,7 @@ SecondBook::SecondBook(const std::filesystem::path& database) {
     row.take(it.localOrderId, it.account.index, it.code.hashCode, it.orderSource.sourceFlags, it.orderSource.sourceText,
              it.orderId, it.srcTimestamp, it.side, it.combOffset, it.hedge, it.priceType, it.price, it.volume,
              it.closesOld, it.closesNew, it.status, it.note, it.fillVolume, it.fillAmount, it.fillAvgPrice);
+    for (std::string* text : {&it.note, &it.orderSource.sourceText}) *text = CodeConvert::utf8_to_gbk(*text);
     complete(it);
     lastOrder_ = std::max(lastOrder_, it.localOrderId);
     orders[it.localOrderId] = it;

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <functional>
 #include <numeric>
 #include <set>
 
@@ -120,7 +121,7 @@ TEST_F(StorageTest, AcknowledgedMeansThereAndRefusedMeansNotThereWhateverFails) 
   FaultyDisk::checkpointOften();
   disk_.arm(faults[0], 0);
   for (int i = 0; i < kOrders; ++i) EXPECT_EQ(place(i), Answer::Acknowledged);
-  const int operations = disk_.operations();
+  const int operations = disk_.operations;
   EXPECT_GT(operations, 220) << "checkpoints are among them";
   // Spread over all points from the first on, so that a short run leaves no gap.
   const int cases = operations * static_cast<int>(std::size(faults));
@@ -173,9 +174,9 @@ TEST_F(StorageTest, AFullDiskIsServedAndTakesActionsAgain) {
 }
 
 TEST_F(StorageTest, AReadOnlyDiskIsServedWithItsWriteAheadLogAndTakesActionsAgain) {
-  const auto mend = [this] { disk_.setReadOnly(false); };
+  const auto mend = [this] { disk_.isReadOnly = false; };
   host_.reset();
-  disk_.setReadOnly(true);
+  disk_.isReadOnly = true;
   open();
   expectOnlyLists(18, "the file is read-only", "请使该文件及其目录可写", mend);
 
@@ -184,7 +185,7 @@ TEST_F(StorageTest, AReadOnlyDiskIsServedWithItsWriteAheadLogAndTakesActionsAgai
   host_.reset();
   std::filesystem::remove_all(dir_);
   std::filesystem::copy(crashed.path(), dir_);
-  disk_.setReadOnly(true);
+  disk_.isReadOnly = true;
   open();
   expectOnlyLists(19, "the file is read-only", "请使该文件及其目录可写", mend);
 }

@@ -41,9 +41,9 @@ TEST_F(TradingHostTest, ADatabaseThatCannotBeUsedIsLeftAlone) {
   change(dir_, "DROP TABLE sync_rule");
   EXPECT_EQ(faultOf(dir_), file + "no such table: sync_rule" + advice);
   const std::string readOnly = "the file is read-only; make the file and its folder writable";
-  disk_.setReadOnly(true);
+  disk_.isReadOnly = true;
   EXPECT_THAT(faultOf(dir_), HasSubstr(readOnly + "; nor can it be read: cannot use"));
-  disk_.setReadOnly(false);
+  disk_.isReadOnly = false;
   change(dir_, "PRAGMA user_version = 7");
   EXPECT_THAT(faultOf(dir_), HasSubstr("its version is 7, this program reads versions 1 to 3" + advice));
   std::ofstream(dir_ / "terminal.db", std::ios::trunc) << "not a database, and longer than the header of one hundred"
@@ -51,7 +51,7 @@ TEST_F(TradingHostTest, ADatabaseThatCannotBeUsedIsLeftAlone) {
   EXPECT_EQ(faultOf(dir_), file + "file is not a database" + advice);
   EXPECT_THAT(faultOf("/proc/none"), HasSubstr("cannot use the database /proc/none/terminal.db: "));
   std::ofstream(dir_ / "terminal.db", std::ios::trunc).flush();
-  disk_.setReadOnly(true);
+  disk_.isReadOnly = true;
   EXPECT_EQ(faultOf(dir_), file + readOnly) << "an empty file has nothing to read";
 }
 
