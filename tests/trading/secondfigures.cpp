@@ -146,8 +146,8 @@ CreditInfoRecord SecondBook::credit(int32_t index) const {
   const auto& [longs, shorts] = sums(index);
   CreditInfoRecord it;
   for (const auto& [key, unused] : holdings_) {
-    if (key.first == index)
-      it.longMarginMarket += number(owed(index, 0, &key).volume) * instruments.at(key.second).last;
+    if (key.first != index) continue;
+    it.longMarginMarket += number(owed(index, 0, &key).volume) * instruments.at(key.second).last;
   }
   double working = 0;
   for (const auto& [id, order] : orders) {
