@@ -1,7 +1,5 @@
 #include "tests/trading/faultvfs.h"
 
-#include <chrono>
-#include <condition_variable>
 #include <map>
 #include <mutex>
 #include <vector>
@@ -26,11 +24,10 @@ struct Disk {
   std::map<const sqlite3_io_methods*, sqlite3_io_methods> methods;  // ours by theirs: files with locks have others
   std::map<sqlite3_file*, OpenFile> files;
   Fault fault{};
-  int at = 0;                     // 0: nothing fails
-  sqlite3* connection = nullptr;  // the last one opened
-  bool keeps = false;             // what is flushed
-  std::condition_variable changed;
-  bool holds = false;  // each flush
+  int at = 0;                       // 0: nothing fails
+  sqlite3* connection = nullptr;    // the last one opened
+  bool keeps = false;               // what is flushed
+  std::atomic<bool> holds = false;  // each flush
 
   // Counts an operation; true if it fails.
   bool fails(bool isWrite) {
@@ -66,10 +63,9 @@ void keepFlushed(const std::string& name) {
 
 int syncFile(sqlite3_file* file, int /*flags*/) {
   if (gDisk.fails(false)) return SQLITE_IOERR_FSYNC;
-  std::unique_lock lock(gDisk.mutex);
   ++FaultyDisk::flushes;
-  gDisk.changed.notify_all();
-  gDisk.changed.wait(lock, [] { return !gDisk.holds; });
+  gDisk.holds.wait(true);
+  const std::lock_guard lock(gDisk.mutex);
   if (gDisk.keeps) keepFlushed(gDisk.files.at(file).name);
   return SQLITE_OK;
 }
@@ -138,21 +134,15 @@ void FaultyDisk::arm(const Fault& fault, int at) {
 void FaultyDisk::checkpointOften() { sqlite3_wal_autocheckpoint(gDisk.connection, 25); }
 
 void FaultyDisk::holdFlushes() {
-  const std::lock_guard lock(gDisk.mutex);
   gDisk.holds = true;
   flushes = 0;
-}
-
-bool FaultyDisk::awaitHeldFlush() {
-  std::unique_lock lock(gDisk.mutex);
-  return gDisk.changed.wait_for(lock, std::chrono::seconds(30), [] { return flushes > 0; });
 }
 
 void FaultyDisk::heal() {
   const std::lock_guard lock(gDisk.mutex);
   gDisk.at = 0;
   gDisk.holds = false;
-  gDisk.changed.notify_all();
+  gDisk.holds.notify_all();
 }
 
 void FaultyDisk::crash(const std::filesystem::path& from, const std::filesystem::path& to, bool powerFails) {

@@ -31,9 +31,6 @@ class FaultyDisk {
   // Holds up each flush until heal(). Counts flushes from here on.
   void holdFlushes();
 
-  // Waits for a flush that is held up. False if none comes within 30 seconds.
-  bool awaitHeldFlush();
-
   // Nothing fails any more, and no flush is held up.
   void heal();
 

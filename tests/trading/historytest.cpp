@@ -49,23 +49,20 @@ class HistoryTest : public DeskTest {
   HistoryTest() {
     host_.reset();
     clock_.time.advance(std::chrono::seconds(40));  // to the start of a minute
-    run("DELETE FROM equity");
+    openDesk("DELETE FROM equity");
   }
 
-  void run(const std::string& sql) {
+  void openDesk(const std::string& sql = "") {
     desk_.reset();
     change(dir_, sql);
-    openDesk();
-  }
-  void openDesk() {
-    desk_.reset();
     desk_.emplace(dir_, clock_);
     desk_->outbox().start([this](const MobileMessage& message) { inbox_.put(message); });
   }
 
-  std::vector<EquityRow> rows(int64_t from = 0, int64_t to = INT64_MAX) {
+  std::vector<EquityRow> rows() {
     std::promise<std::vector<EquityRow>> read;
-    desk_->readEquity({1, from, to}, [&](std::vector<EquityRow> found, const StoreError*) { read.set_value(found); });
+    desk_->readEquity({1, 0, INT64_MAX},
+                      [&](std::vector<EquityRow> found, const StoreError*) { read.set_value(found); });
     return read.get_future().get();
   }
   std::vector<int64_t> times() {
@@ -122,7 +119,7 @@ TEST_F(HistoryTest, TheChangeOfDayClosesTheOldDayAndBeginsTheNewOne) {
 }
 
 TEST_F(HistoryTest, ThirtyDaysOfMinutesAndTheLastRowOfEachDayBeforeAreKept) {
-  run(
+  openDesk(
       fmt::format("WITH RECURSIVE n (n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM n WHERE n < 50000) INSERT INTO equity"
                   " SELECT idx, {} - n * 60000, ({} - n * 60000) / {}, n, 0, 0, 0, 0, 0 FROM n, account",
                   kStart, kStart, kDayMillis));

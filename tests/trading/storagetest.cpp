@@ -57,6 +57,10 @@ class StorageTest : public DeskTest {
     return text.find("结果未知") == std::string::npos ? Answer::Refused : Answer::Unknown;
   }
 
+  void checkImages(const std::vector<Answer>& answers) {
+    for (const bool powerFails : {false, true}) checkImage(answers, powerFails);
+  }
+
   // What a restart after a crash finds: the texts of the orders, and as many lots as were filled.
   void checkImage(const std::vector<Answer>& answers, bool powerFails) {
     const test::TempDir image;
@@ -88,20 +92,14 @@ class StorageTest : public DeskTest {
     for (int i = 0; i < kOrders; ++i) {
       answers.push_back(place(i));
       const bool isNew = i == 0 || answers.back() != answers[answers.size() - 2];
-      if (isNew || i + 1 == kOrders) {
-        checkImage(answers, false);
-        checkImage(answers, true);
-      }
+      if (isNew || i + 1 == kOrders) checkImages(answers);
     }
     disk_.heal();
     while (!host_->health().storageFault.empty()) inbox_.next("terminal.notice");
-    for (Answer& it : answers) {  // overwritten by now
-      if (it == Answer::Unknown) it = Answer::Refused;
-    }
+    std::replace(answers.begin(), answers.end(), Answer::Unknown, Answer::Refused);  // overwritten by now
     answers.push_back(place(kOrders));
     EXPECT_EQ(answers.back(), Answer::Acknowledged);
-    checkImage(answers, false);
-    checkImage(answers, true);
+    checkImages(answers);
     const std::list<Order> all = orders();
     const auto listed = std::count_if(all.begin(), all.end(),
                                       [](const Order& it) { return it.orderSource.sourceText.starts_with("order "); });
