@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -64,6 +65,7 @@ class ClientCheck {
   void send(int client, const std::string& frame);
   void compare(int client);
   void reachAll();
+  void answerUntil(const std::function<bool()>& isDone);
   bool takeCall(std::chrono::milliseconds limit);
   void answer(size_t index, model::Reply reply);
   void deliver(int64_t id, const model::Reply& reply);

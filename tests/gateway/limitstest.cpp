@@ -26,44 +26,10 @@ class LimitsTest : public testing::Test {
     return phone;
   }
 
-  static void ask(const Phone& phone, const std::string& data, int count) {
-    for (int i = 0; i < count; ++i) {
-      phone->send(fmt::format(R"({{"id":{},"topic":"account.list","data":{}}})", i, data));
-    }
-    phone->sync();
-  }
-
-  void answer(const AgentCall& call) {
-    MobileMessage reply;
-    reply.requestId = call.id;
-    reply.topic = call.topic;
-    reply.data = "1";
-    rig_.deliver(reply);
-  }
-
   FaultyDisk disk_;
   GatewayRig rig_;
   const std::string token_ = rig_.addToken("first", 7);
 };
-
-TEST_F(LimitsTest, HoldEightMebibytesOfATokensRequests) {
-  const Phone busy = login(token_);
-  const Phone calm = login(rig_.addToken("calm", 1));
-  const std::string data = "[" + std::string(250'000, ' ') + "]";
-  ask(busy, data, 40);
-  EXPECT_THAT(busy->receive().text, HasSubstr("requests of this token with 8 MiB wait already"));
-  size_t refused = 1;
-  for (; busy->sync(); ++refused) busy->receive();
-  EXPECT_GE(refused, 40U - 8 * 1024 * 1024 / 250'000 - 2);  // those that the library has do not wait
-  EXPECT_LE(refused, 40U - 8 * 1024 * 1024 / 250'000);
-  ask(calm, "[]", 1);
-  EXPECT_FALSE(calm->sync());
-  for (size_t i = refused; i < 40; ++i) answer(rig_.agent().take().value());
-  answer(rig_.agent().take().value());
-  for (size_t i = refused; i < 40; ++i) EXPECT_THAT(busy->receive().text, HasSubstr(R"("data":1})"));
-  ask(busy, data, 1);
-  EXPECT_TRUE(rig_.agent().take());
-}
 
 // With all 256 places taken, the longest without a login gives way, and neither a younger one nor a client.
 TEST_F(LimitsTest, LetTheOldestWithoutALoginGiveWay) {
