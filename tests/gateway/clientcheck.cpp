@@ -14,14 +14,6 @@ namespace {
 
 int64_t wallSeconds(const FakeTime& time) { return std::chrono::system_clock::to_time_t(time.wallTime()); }
 
-// What `find` returns at last: it is tried again until that is empty.
-template <typename Find>
-std::string await(const Find& find) {
-  std::string fault;
-  holdsSoon([&] { return (fault = find()).empty(); });
-  return fault;
-}
-
 std::multiset<std::string> linesOf(const std::filesystem::path& file) {
   std::ifstream stream(file);
   std::multiset<std::string> lines;
@@ -62,7 +54,7 @@ std::string ClientCheck::connect(const std::string& address) {
 std::string ClientCheck::hangUp(int client) {
   wires_.erase(client);
   model_.world.clients.erase(client);
-  EXPECT_EQ(await([this] { return findMetricsFault(); }), "");
+  compareMetrics();
   return fmt::format("client {} hangs up", client);
 }
 
@@ -222,8 +214,7 @@ void ClientCheck::compare() {
     model_.world.clients.erase(client);
     hasEnded = true;
   }
-  if (!hasEnded || model_.world.epoch.empty()) return;
-  EXPECT_EQ(await([this] { return findMetricsFault(); }), "");
+  if (hasEnded && !model_.world.epoch.empty()) compareMetrics();
 }
 
 void ClientCheck::compare(int client) try {
@@ -259,8 +250,16 @@ std::string ClientCheck::findMetricsFault() {
   return {};
 }
 
+// Those of a test that has failed differ for long.
+void ClientCheck::compareMetrics() {
+  if (testing::Test::HasFailure()) return;
+  std::string fault;
+  holdsSoon([&] { return (fault = findMetricsFault()).empty(); });
+  EXPECT_EQ(fault, "");
+}
+
 void ClientCheck::comparePages() {
-  EXPECT_EQ(await([this] { return findMetricsFault(); }), "");
+  compareMetrics();
   takeCalls();
   terminal::BootTime oldest{};
   for (const Call& call : calls_) oldest = std::max(oldest, rig_.time().bootTime() - call.got.time);

@@ -70,6 +70,7 @@ class ClientCheck {
   void answer(size_t index, model::Reply reply);
   void deliver(int64_t id, const model::Reply& reply);
   std::string findMetricsFault();
+  void compareMetrics();
 
   GatewayRig rig_;
   GatewayModel model_;
