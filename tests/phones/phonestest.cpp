@@ -59,6 +59,13 @@ TEST_F(PhonesTest, ServesTokensInTurn) {
   EXPECT_THAT(agent_->requests, SizeIs(33)) << "a token that is alone gets all 32 places for lists";
 }
 
+TEST_F(PhonesTest, GivesTheAgentFewerLongRequests) {
+  const auto session = client(token_);
+  const std::string list = R"({"topic":"account.list","data":")" + std::string(40'000, 'x') + "\"}";
+  for (int i = 0; i < 3; ++i) send(session, list);
+  EXPECT_THAT(agent_->requests, SizeIs(2));
+}
+
 TEST_F(PhonesTest, IsNotReadyWithoutAnAgent) {
   EXPECT_EQ(phones_.agent().detach(handle_ + 1).code, -1);
   EXPECT_EQ(get("/health").status, 200U);

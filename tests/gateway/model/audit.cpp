@@ -4,8 +4,6 @@
 
 #include <fmt/format.h>
 
-#include "tests/gateway/model/texts.h"
-
 namespace orvane::test::model {
 namespace {
 
