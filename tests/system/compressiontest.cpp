@@ -60,13 +60,8 @@ class Phone {
   websocket::stream<tcp::socket> ws_;
 };
 
-class CompressionTest : public testing::Test {
- protected:
-  TempDir dir_;
-};
-
-TEST_F(CompressionTest, LongListTakesLittleOnceItsLikeWasSentAndTheMemoryIsGivenUpWithoutMore) {
-  const TerminalProcess terminal(dir_.path(), {"--idle-timeout", "1"});
+TEST(Compression, LongListTakesLittleOnceItsLikeWasSentAndTheMemoryIsGivenUpWithoutMore) {
+  const FreshTerminal terminal({"--idle-timeout", "1"});
   Phone phone(terminal);
   const std::string list = phone.ask("position.list");
   EXPECT_GT(list.size(), 20'000U);
@@ -82,10 +77,9 @@ TEST_F(CompressionTest, LongListTakesLittleOnceItsLikeWasSentAndTheMemoryIsGiven
   EXPECT_LT(phone.cost(list), 1000U);
 }
 
-TEST_F(CompressionTest, KeepsWithinItsMemoryAndSendsPlainlyBeyond) {
+TEST(Compression, KeepsWithinItsMemoryAndSendsPlainlyBeyond) {
   for (const auto& [limit, count] : {std::pair{"0", 0}, {"1", 4}}) {
-    const TempDir dir;
-    const TerminalProcess terminal(dir.path(), {"--max-compression", limit});
+    const FreshTerminal terminal({"--max-compression", limit});
     std::vector<std::unique_ptr<Phone>> phones;
     int compressed = 0;
     for (int i = 0; i < 6; ++i) phones.push_back(std::make_unique<Phone>(terminal, i % 2 == 0 ? 15 : 9));
@@ -98,8 +92,8 @@ TEST_F(CompressionTest, KeepsWithinItsMemoryAndSendsPlainlyBeyond) {
   }
 }
 
-TEST_F(CompressionTest, MessageThatIsTooLargeOnceInflatedIsRefused) {
-  const TerminalProcess terminal(dir_.path());
+TEST(Compression, MessageThatIsTooLargeOnceInflatedIsRefused) {
+  const FreshTerminal terminal;
   Phone phone(terminal);
   phone.send(R"({"topic":"terminal.info","data":")" + std::string(200'000, ' ') + R"("})");
   EXPECT_THAT(phone.read(), testing::HasSubstr("terminal.info"));

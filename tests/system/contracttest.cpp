@@ -45,8 +45,7 @@ TEST(Topics, HaveARowEach) {
 
 // The library asserts the shapes that the table names: a wrong row would end the process.
 TEST(Topics, SurviveBodiesOfAnyShape) {
-  const TempDir dir;
-  const TerminalProcess terminal(dir.path());
+  const FreshTerminal terminal;
   const auto phone = terminal.login();
   std::set<std::string> topics = requestTopics();
   for (int32_t value = kTopicMin; value <= kTopicUnknown; ++value) topics.insert(topicName(value));

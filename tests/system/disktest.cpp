@@ -1,13 +1,9 @@
 #include <chrono>
 #include <csignal>
-#include <filesystem>
 #include <future>
 
-#include <SQLiteCpp/Database.h>
 #include <fmt/format.h>
 #include <gmock/gmock.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "tests/support/holdssoon.h"
 #include "tests/support/orderclients.h"
@@ -21,13 +17,11 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 using testing::HasSubstr;
-using testing::StartsWith;
 
 // A disk that answers no write: lists are served, and the terminal ends in time without it.
 TEST(Disk, ThatHangsHoldsUpNoListAndNotTheEnd) {
-  const TempDir dir;
   const FaultyDisk disk;
-  TerminalProcess terminal(dir.path(), {"--log-level", "trace"});
+  FreshTerminal terminal({"--log-level", "trace"});
   const auto trader = terminal.login();
   const auto other = terminal.login();
   ASSERT_EQ(trader->request("order.new", orderData("before")).message, "");
@@ -41,15 +35,14 @@ TEST(Disk, ThatHangsHoldsUpNoListAndNotTheEnd) {
   }));
   EXPECT_EQ(terminal.stop(), 1);
   hang.reset();
-  const TerminalProcess again(dir.path(), {}, terminal.token());
+  const TerminalProcess again(terminal.dir(), {}, terminal.token());
   EXPECT_THAT(again.login()->request("order.list", "[1]").data, HasSubstr(R"("before")"));
 }
 
 // A token that was revoked orders as fast as it can, until it is closed.
 TEST(Disk, NothingOfARevokedTokenBegins) {
-  const TempDir dir;
-  TerminalProcess terminal(dir.path());
-  const std::string token = makeToken(dir.path(), "lost", "trade");
+  FreshTerminal terminal;
+  const std::string token = terminal.makeToken("lost", "trade");
   const auto watcher = terminal.login();
   std::promise<void> begun;
   auto end = std::async(std::launch::async, [&]() -> std::string {
@@ -66,7 +59,7 @@ TEST(Disk, NothingOfARevokedTokenBegins) {
     }
   });
   begun.get_future().wait();
-  const Outcome revoked = runTerminal({"token", "revoke", "lost", "--data", dir.path().string()});
+  const Outcome revoked = terminal.run({"token", "revoke", "lost"});
   EXPECT_EQ(revoked.exitCode, 0) << revoked.error;
   EXPECT_EQ(revoked.output, "lost is revoked. The running terminal begins no further request of it.\n");
   const auto countOrders = [&] {
@@ -82,20 +75,18 @@ TEST(Disk, NothingOfARevokedTokenBegins) {
   EXPECT_THAT(end.get(), HasSubstr("4403"));
   EXPECT_EQ(countOrders(), orders);
   EXPECT_EQ(terminal.stop(), 0);
-  EXPECT_EQ(runTerminal({"token", "revoke", "start-0", "--data", dir.path().string()}).exitCode, 1);
-  makeToken(dir.path(), "lost", "trade");
-  EXPECT_THAT(runTerminal({"token", "revoke", "lost", "--data", dir.path().string()}).output,
-              HasSubstr("lost is revoked. No terminal runs on"));
+  EXPECT_EQ(terminal.run({"token", "revoke", "start-0"}).exitCode, 1);
+  terminal.makeToken("lost", "trade");
+  EXPECT_THAT(terminal.run({"token", "revoke", "lost"}).output, HasSubstr("lost is revoked. No terminal runs on"));
 }
 
 // A stopped process holds its lock on the folder, and answers nothing.
 TEST(Disk, ARevocationIsNotCalledConfirmedByATerminalThatDoesNotAnswer) {
-  const TempDir dir;
-  TerminalProcess terminal(dir.path());
-  const auto thief = terminal.login(makeToken(dir.path(), "lost", "trade"));
+  FreshTerminal terminal;
+  const auto thief = terminal.login(terminal.makeToken("lost", "trade"));
   terminal.program().send(SIGSTOP);
   const auto begin = Clock::now();
-  const Outcome revoked = runTerminal({"token", "revoke", "lost", "--data", dir.path().string()});
+  const Outcome revoked = terminal.run({"token", "revoke", "lost"});
   EXPECT_GE(Clock::now() - begin, 5s);
   EXPECT_EQ(revoked.exitCode, 1);
   EXPECT_EQ(revoked.error,
@@ -103,51 +94,6 @@ TEST(Disk, ARevocationIsNotCalledConfirmedByATerminalThatDoesNotAnswer) {
             "further request of it: look at its log, or stop it\n");
   terminal.program().send(SIGCONT);
   EXPECT_EQ(thief->waitClose(), 4403);
-  EXPECT_EQ(terminal.stop(), 0);
-}
-
-// Whoever owns the folder of another's service may not have root write elsewhere.
-TEST(Disk, CommandsOfRootFollowNoPlantedLink) {
-  if (geteuid() != 0) GTEST_SKIP() << "only root acts as others";
-  const NoLeakCheck noLeakCheck;
-  constexpr uid_t kService = 65534;
-  for (const char* name : {"gateway.db", "audit.log", "terminal.lock"}) {
-    SCOPED_TRACE(name);
-    const TempDir dir;
-    const TempDir secret;
-    ASSERT_EQ(chown(dir.path().c_str(), kService, kService), 0);
-    makeToken(dir.path(), "phone", "see");
-    std::filesystem::remove(dir.path() / name);
-    std::filesystem::create_symlink(secret.path() / "target", dir.path() / name);
-    runTerminal({"token", "add", "more", "--rights", "see", "--data", dir.path().string()});
-    runTerminal({"token", "revoke", "phone", "--data", dir.path().string()});
-    EXPECT_TRUE(std::filesystem::is_empty(secret.path()));
-    // Not even into a folder that its owner may write.
-    ASSERT_EQ(chown(secret.path().c_str(), kService, kService), 0);
-    runTerminal({"token", "add", "again", "--rights", "see", "--data", dir.path().string()});
-    EXPECT_TRUE(std::filesystem::is_empty(secret.path()));
-  }
-}
-
-// Nor may a terminal that root starts on it.
-TEST(Disk, ATerminalOfRootFollowsNoPlantedLink) {
-  if (geteuid() != 0) GTEST_SKIP() << "only root acts as others";
-  const NoLeakCheck noLeakCheck;
-  constexpr uid_t kService = 65534;
-  const TempDir dir;
-  const TempDir secret;
-  ASSERT_EQ(chown(dir.path().c_str(), kService, kService), 0);
-  for (const char* name : {"terminal.log", "terminal.db", "tls.key.new"}) {
-    std::filesystem::create_symlink(secret.path() / name, dir.path() / name);
-  }
-  const Outcome started = runTerminal({"--port", "0", "--tls-self", "--data", dir.path().string()});
-  EXPECT_THAT(started.error, HasSubstr("terminal.db"));
-  EXPECT_TRUE(std::filesystem::is_empty(secret.path()));
-  std::filesystem::remove(dir.path() / "terminal.db");
-  TerminalProcess terminal(dir.path());
-  struct stat made {};
-  ASSERT_EQ(stat((dir.path() / "terminal.db").c_str(), &made), 0);
-  EXPECT_EQ(made.st_uid, kService);
   EXPECT_EQ(terminal.stop(), 0);
 }
 

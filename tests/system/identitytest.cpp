@@ -19,56 +19,44 @@ using terminal::Client;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 
-class IdentityTest : public testing::Test {
- protected:
-  std::filesystem::path data() const { return dir_.path() / "data"; }
-  Outcome run(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.end(), {"--data", data().string()});
-    return runTerminal(arguments);
-  }
-
-  TempDir dir_;
-  TerminalProcess terminal_{data()};
-};
-
-TEST_F(IdentityTest, MakesListsAndRevokesTokens) {
-  const std::string link = fmt::format("http://127.0.0.1:{}/#token=", terminal_.port());
-  const Outcome added = run({"token", "add", "tablet", "--rights", "see,cancel"});
+TEST(IdentityTest, MakesListsAndRevokesTokens) {
+  FreshTerminal terminal;
+  const std::string link = fmt::format("http://127.0.0.1:{}/#token=", terminal.port());
+  const Outcome added = terminal.run({"token", "add", "tablet", "--rights", "see,cancel"});
   const std::string token = added.output.substr(0, 43);
   EXPECT_EQ(added.output, token + '\n' + link + token + '\n');
-  const auto phone = terminal_.login(token);
-  EXPECT_THAT(run({"token", "list"}).output, MatchesRegex("name +rights +made +lastUsed *\nfirst +see,cancel,trade .*"
-                                                          "\ntablet +see,cancel +202[0-9T:-]+ +202[0-9T:-]+ *\n"));
-  for (const auto& entry : std::filesystem::directory_iterator(data())) {
+  const auto phone = terminal.login(token);
+  EXPECT_THAT(terminal.run({"token", "list"}).output,
+              MatchesRegex("name +rights +made +lastUsed *\nfirst +see,cancel,trade .*"
+                           "\ntablet +see,cancel +202[0-9T:-]+ +202[0-9T:-]+ *\n"));
+  for (const auto& entry : std::filesystem::directory_iterator(terminal.dir())) {
     EXPECT_THAT(readFile(entry.path()), Not(HasSubstr(token))) << entry.path();
-    EXPECT_THAT(readFile(entry.path()), Not(HasSubstr(terminal_.token()))) << entry.path();
+    EXPECT_THAT(readFile(entry.path()), Not(HasSubstr(terminal.token()))) << entry.path();
   }
-  EXPECT_EQ(run({"token", "revoke", "tablet"}).exitCode, 0);
+  EXPECT_EQ(terminal.run({"token", "revoke", "tablet"}).exitCode, 0);
   EXPECT_EQ(phone->waitClose(), 4403);
-  Client refused(terminal_.port());
+  Client refused(terminal.port());
   EXPECT_THROW(refused.login(token), terminal::ClientError);
-  EXPECT_THAT(run({"token", "list"}).output, Not(HasSubstr("tablet")));
+  EXPECT_THAT(terminal.run({"token", "list"}).output, Not(HasSubstr("tablet")));
 
-  ASSERT_EQ(terminal_.stop(), 0);
-  TerminalProcess again(data());
-  EXPECT_NE(again.token(), terminal_.token());
-  EXPECT_EQ(again.login(terminal_.token())->request("account.list").message, "");
+  ASSERT_EQ(terminal.stop(), 0);
+  TerminalProcess again(terminal.dir());
+  EXPECT_NE(again.token(), terminal.token());
+  EXPECT_EQ(again.login(terminal.token())->request("account.list").message, "");
 }
 
-// Root makes the first token of a terminal that will run as a service.
-TEST(Token, IsLeftToTheFoldersOwner) {
-  if (geteuid() != 0) GTEST_SKIP() << "only root gives files away";
-  const NoLeakCheck noLeakCheck;
-  constexpr uid_t kService = 65534;
+TEST(IdentityTest, EndsItsSessionsAndKeepsItsDatabasePrivate) {
   const TempDir dir;
-  ASSERT_EQ(chown(dir.path().c_str(), kService, kService), 0);
-  makeToken(dir.path(), "phone", "see");
-  for (const char* name : {"gateway.db", "audit.log"}) {
-    struct stat file {};
-    ASSERT_EQ(stat((dir.path() / name).c_str(), &file), 0) << name;
-    EXPECT_EQ(file.st_uid, kService) << name;
-    EXPECT_EQ(file.st_mode & 0777, 0600U) << name;
-  }
+  TerminalProcess terminal(dir.path() / "data");
+  const auto phone = terminal.login();
+  const FreshTerminal impatient({"--login-timeout", "0.1"});
+  EXPECT_EQ(Client(impatient.port()).waitClose(), 4401) << "there was no login";
+  struct stat database {};
+  ASSERT_EQ(stat((terminal.dir() / "gateway.db").c_str(), &database), 0);
+  EXPECT_EQ(database.st_mode & 0777, 0600U);
+  EXPECT_EQ(terminal.stop(), 0);
+  EXPECT_EQ(phone->waitClose(), 1001);
+  EXPECT_THAT(terminal.log(), HasSubstr("[INFO] Gateway phone 1 is logged in as first from 127.0.0.1\n"));
 }
 
 // "token topic outcome" of each line.
@@ -87,13 +75,14 @@ std::vector<std::string> auditLines(const std::filesystem::path& file) {
   return lines;
 }
 
-TEST_F(IdentityTest, LeavesAnAuditLineForEachAction) {
-  const std::filesystem::path file = data() / "audit.log";
-  const auto phone = terminal_.login();
+TEST(IdentityTest, LeavesAnAuditLineForEachAction) {
+  const FreshTerminal terminal;
+  const std::filesystem::path file = terminal.dir() / "audit.log";
+  const auto phone = terminal.login();
   phone->request("account.list");
   EXPECT_EQ(phone->request("order.new", orderData("x")).message, "");
   EXPECT_NE(phone->request("order.cancel", "[\n{ \"index\":\r\n1,\"\\u0000\":\"\\n\"}]").message, "");
-  const auto reader = terminal_.login(makeToken(data(), "reader", "see"));
+  const auto reader = terminal.login(terminal.makeToken("reader", "see"));
   reader->request("monitor.manual.clean", "[]");
   const std::vector<std::string> lines{"- token.add answered", "first order.new answered",
                                        "first order.cancel answered", "- token.add answered",

@@ -60,8 +60,7 @@ TEST(LogFile, CountsWhatIsLost) {
 
 // The library's lines are in it, too: at this level each request has some.
 TEST(Log, OnAFullDisk) {
-  const TempDir dir;
-  TerminalProcess terminal(dir.path(), {"--log", "/dev/full", "--log-level", "trace"});
+  FreshTerminal terminal({"--log", "/dev/full", "--log-level", "trace"});
   const auto phone = terminal.login();
   for (int i = 0; i < 100; ++i) EXPECT_EQ(phone->request("account.list").message, "");
   EXPECT_TRUE(holdsSoon([&] { return httpGet(terminal.port(), "/health").find("are lost") != std::string::npos; }));

@@ -170,8 +170,7 @@ class TerminalSoak {
     return resident * sysconf(_SC_PAGESIZE) - orders_ * kOrderSize;
   }
 
-  TempDir dir_;
-  TerminalProcess terminal_{dir_.path()};
+  FreshTerminal terminal_;
   std::atomic<bool> ended_{false};
   std::atomic<int64_t> visits_{0}, orders_{0};
 };

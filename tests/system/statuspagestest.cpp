@@ -14,8 +14,7 @@ using testing::Not;
 using testing::StartsWith;
 
 TEST(Pages, AreServedToTheirOwnOrigin) {
-  const TempDir dir;
-  const TerminalProcess terminal(dir.path(), {"--allow-origin", "https://Trade.example.com:8443"});
+  const FreshTerminal terminal({"--allow-origin", "https://Trade.example.com:8443"});
   const std::string own = "127.0.0.1:" + std::to_string(terminal.port());
   const std::vector<std::tuple<std::string, std::string, int>> rows{
       {own, "", 200},
@@ -46,8 +45,7 @@ TEST(Pages, AreServedToTheirOwnOrigin) {
 }
 
 TEST(Pages, FilesAreSentInTheShortestFormThatTheClientTakesAndOnlyOnce) {
-  const TempDir dir;
-  const TerminalProcess terminal(dir.path());
+  const FreshTerminal terminal;
   const std::vector<std::tuple<std::string, std::string, size_t>> rows{
       {"gzip, deflate, br", "\r\nContent-Encoding: br\r\n", 45'000},
       {"GZIP", "\r\nContent-Encoding: gzip\r\n", 50'000},

@@ -21,7 +21,7 @@ std::vector<std::string> serveArguments(const std::filesystem::path& dataDir, co
 
 TerminalProcess::TerminalProcess(const std::filesystem::path& dataDir, const std::vector<std::string>& options,
                                  const std::string& token)
-    : program_(POCKET_TERMINAL, serveArguments(dataDir, options)), token_(token) {
+    : dir_(dataDir), program_(POCKET_TERMINAL, serveArguments(dataDir, options)), token_(token) {
   const std::string link = program_.readLine();
   std::smatch parts;
   const std::regex form("https?://127\\.0\\.0\\.[12]:([0-9]+)/(#token=([A-Za-z0-9_-]{43}))?");
@@ -31,7 +31,7 @@ TerminalProcess::TerminalProcess(const std::filesystem::path& dataDir, const std
   port_ = static_cast<uint16_t>(std::stoi(parts[1]));
   if (!token_.empty()) return;
   token_ = parts[2].matched ? parts[3].str()
-                            : makeToken(dataDir, "start-" + std::to_string(program_.pid()), "see,cancel,trade");
+                            : test::makeToken(dataDir, "start-" + std::to_string(program_.pid()), "see,cancel,trade");
 }
 
 std::unique_ptr<terminal::Client> TerminalProcess::login(const std::string& token) const {
@@ -41,14 +41,18 @@ std::unique_ptr<terminal::Client> TerminalProcess::login(const std::string& toke
   return client;
 }
 
-Outcome runTerminal(const std::vector<std::string>& arguments) { return runProgram(POCKET_TERMINAL, arguments); }
-
-NoLeakCheck::NoLeakCheck() {
-  if (const char* options = std::getenv("ASAN_OPTIONS")) options_ = options;
-  setenv("ASAN_OPTIONS", (options_ + ":detect_leaks=0").c_str(), 1);
+Outcome TerminalProcess::run(std::vector<std::string> arguments) const {
+  arguments.insert(arguments.end(), {"--data", dir_.string()});
+  return runTerminal(arguments);
 }
 
-NoLeakCheck::~NoLeakCheck() { setenv("ASAN_OPTIONS", options_.c_str(), 1); }
+std::string TerminalProcess::makeToken(const std::string& name, const std::string& rights) const {
+  return test::makeToken(dir_, name, rights);
+}
+
+std::string TerminalProcess::log() const { return readFile(dir_ / "terminal.log"); }
+
+Outcome runTerminal(const std::vector<std::string>& arguments) { return runProgram(POCKET_TERMINAL, arguments); }
 
 std::string makeToken(const std::filesystem::path& dataDir, const std::string& name, const std::string& rights) {
   const Outcome made = runTerminal({"token", "add", name, "--rights", rights, "--data", dataDir.string()});

@@ -20,6 +20,7 @@ class TerminalProcess {
   explicit TerminalProcess(const std::filesystem::path& dataDir, const std::vector<std::string>& options = {},
                            const std::string& token = {});
 
+  const std::filesystem::path& dir() const { return dir_; }
   uint16_t port() const { return port_; }
   const std::string& token() const { return token_; }  // with all rights
   Program& program() { return program_; }
@@ -28,26 +29,28 @@ class TerminalProcess {
   // A client that is logged in, with token() by default, and checks each message against its schema.
   std::unique_ptr<terminal::Client> login(const std::string& token = {}) const;
 
+  // Runs a command of pocket-terminal on its folder.
+  Outcome run(std::vector<std::string> arguments) const;
+  // Makes a token and returns its text.
+  std::string makeToken(const std::string& name, const std::string& rights) const;
+  // What it has logged.
+  std::string log() const;
+
  private:
+  const std::filesystem::path dir_;
   Program program_;
   uint16_t port_ = 0;
   std::string token_;
 };
 
+// One on a new folder of its own.
+class FreshTerminal : private TempDir, public TerminalProcess {
+ public:
+  explicit FreshTerminal(const std::vector<std::string>& options = {}) : TerminalProcess(path(), options) {}
+};
+
 // Runs pocket-terminal to its end.
 Outcome runTerminal(const std::vector<std::string>& arguments);
-
-// While it lives, programs started here look for no leaks: the leak sanitizer cannot trace one that has given up root.
-class NoLeakCheck {
- public:
-  NoLeakCheck();
-  ~NoLeakCheck();
-  NoLeakCheck(const NoLeakCheck&) = delete;
-  NoLeakCheck& operator=(const NoLeakCheck&) = delete;
-
- private:
-  std::string options_;
-};
 
 // Makes a token and returns its text.
 std::string makeToken(const std::filesystem::path& dataDir, const std::string& name, const std::string& rights);
