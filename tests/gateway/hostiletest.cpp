@@ -2,10 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include "terminal/logging.h"
 #include "terminal/net/originpolicy.h"
 #include "tests/gateway/gatewayrig.h"
-#include "tests/support/gatewaylog.h"
 #include "tests/support/holdssoon.h"
+#include "tests/support/logcapture.h"
 #include "tests/support/rawsocket.h"
 
 namespace orvane::test {
@@ -44,7 +45,7 @@ class HostileTest : public testing::Test {
     EXPECT_TRUE(holdsSoon([this] { return descriptors() <= descriptors_; }));
   }
 
-  GatewayLog log_;
+  LogCapture log_{terminal::gatewayLogger(), log4cxx::Level::getDebug()};
   GatewayRig rig_{{.head = std::chrono::milliseconds(1500), .idle = kIdle}};
   const std::string token_ = rig_.addToken("first", 7);
   const uint16_t port_ = rig_.port();

@@ -5,8 +5,9 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include "terminal/logging.h"
 #include "tests/phones/phonesfixture.h"
-#include "tests/support/gatewaylog.h"
+#include "tests/support/logcapture.h"
 
 namespace orvane::test {
 namespace {
@@ -33,7 +34,7 @@ class StoreTest : public PhonesTest {
 
   int count(const std::string& table) { return db_.execAndGet("SELECT count(*) FROM " + table).getInt(); }
 
-  GatewayLog log_;
+  LogCapture log_{terminal::gatewayLogger(), log4cxx::Level::getDebug()};
 };
 
 TEST_F(StoreTest, RefusesActionsWhileTheDatabaseIsLocked) {

@@ -11,16 +11,19 @@
 
 namespace orvane::test {
 
-// Records the library's log lines at `level` and above during its lifetime.
+// Records a logger's lines at `level` and above during its lifetime.
 class LogCapture {
  public:
-  explicit LogCapture(const log4cxx::LevelPtr& level) {
-    agentLogger()->setLevel(level);
-    agentLogger()->addAppender(appender_);
+  LogCapture(log4cxx::LoggerPtr logger, const log4cxx::LevelPtr& level)
+      : logger_(std::move(logger)), before_(logger_->getLevel()) {
+    logger_->setLevel(level);
+    logger_->addAppender(appender_);
   }
+  // The library's lines.
+  explicit LogCapture(const log4cxx::LevelPtr& level) : LogCapture(agentLogger(), level) {}
   ~LogCapture() {
-    agentLogger()->removeAppender(appender_);
-    agentLogger()->setLevel(log4cxx::Level::getOff());
+    logger_->removeAppender(appender_);
+    logger_->setLevel(before_);
   }
   LogCapture(const LogCapture&) = delete;
   LogCapture& operator=(const LogCapture&) = delete;
@@ -28,6 +31,12 @@ class LogCapture {
   std::vector<std::string> lines() const {
     const std::lock_guard lock(appender_->linesMutex);
     return appender_->lines;
+  }
+  // The lines, each with its line feed.
+  std::string text() const {
+    std::string text;
+    for (const std::string& line : lines()) text += line + '\n';
+    return text;
   }
   // The level of the last line and its location: "DEBUG orvane::MobileWorker::parseTid accountselector.cpp".
   std::string lastPlace() const { return appender_->lastPlace; }
@@ -49,7 +58,9 @@ class LogCapture {
     std::string lastPlace;
   };
 
-  std::shared_ptr<Appender> appender_ = std::make_shared<Appender>();
+  const log4cxx::LoggerPtr logger_;
+  const log4cxx::LevelPtr before_;
+  const std::shared_ptr<Appender> appender_ = std::make_shared<Appender>();
 };
 
 }  // namespace orvane::test
