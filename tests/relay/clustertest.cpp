@@ -2,6 +2,7 @@
 #include <chrono>
 #include <csignal>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,47 +31,46 @@ constexpr const char* kOrder =
     R"({"orderList":[{"index":1,"hashCode":1000001,"side":1,"combOffset":1,"priceType":1,"price":3300,"offset":0,)"
     R"("volume":1,"insertTimestamp":1000,"source":"x"}]})";
 
+struct World {
+  World() {
+    loginThrough(relay1.port(), "t1", desk.token());
+    loginThrough(relay2.port(), "t1", desk.token());
+  }
+  ~World() {
+    for (FarTerminal* each : {&desk, &others[0], &others[1]}) EXPECT_EQ(each->program().end(SIGTERM), 0);
+    EXPECT_EQ(relay1.program().end(SIGTERM), 0);
+  }
+  World(const World&) = delete;
+  World& operator=(const World&) = delete;
+
+  Cluster cluster{true};
+  RelayProcess relay1{cluster, "r1"};
+  RelayProcess relay2{cluster, "r2"};
+  FarTerminal desk{cluster, "t1"};
+  std::array<FarTerminal, 2> others{FarTerminal(cluster, "t2"), FarTerminal(cluster, "t3")};
+};
+
 // Real servers, relays and terminals, which all tests share because they take a while to start.
 class RelayCluster : public testing::Test {
  protected:
-  static void SetUpTestSuite() {
-    cluster_ = std::make_unique<Cluster>(true);
-    relay1_ = std::make_unique<RelayProcess>(*cluster_, "r1");
-    relay2_ = std::make_unique<RelayProcess>(*cluster_, "r2");
-    desk_ = std::make_unique<FarTerminal>(*cluster_, "t1");
-    others_ = {std::make_unique<FarTerminal>(*cluster_, "t2"), std::make_unique<FarTerminal>(*cluster_, "t3")};
-    loginThrough(relay1_->port(), "t1", desk_->token());
-    loginThrough(relay2_->port(), "t1", desk_->token());
-  }
-  static void TearDownTestSuite() {
-    EXPECT_EQ(desk_->program().end(SIGTERM), 0);
-    for (auto& each : others_) EXPECT_EQ(each->program().end(SIGTERM), 0);
-    EXPECT_EQ(relay1_->program().end(SIGTERM), 0);
-    desk_.reset();
-    others_ = {};
-    relay1_.reset();
-    relay2_.reset();
-    cluster_.reset();
-  }
+  static void SetUpTestSuite() { world_.emplace(); }
+  static void TearDownTestSuite() { world_.reset(); }
 
   static std::unique_ptr<Client> login() {
-    return loginThrough(relay1_->port(), "t1", desk_->token(),
+    return loginThrough(world_->relay1.port(), "t1", world_->desk.token(),
                         {.certificate = {}, .patience = std::chrono::seconds(60)});
   }
 
+  static Credentials credentials(const std::string& name) { return readCredentials(world_->cluster.credentials(name)); }
+
   // A client of the cluster with somebody's credentials that is connected.
-  static std::unique_ptr<Listening> listen(const std::string& credentials, std::vector<std::string> subscriptions) {
-    auto made = std::make_unique<Listening>(cluster_->urlList(), readCredentials(cluster_->credentials(credentials)),
-                                            std::move(subscriptions));
+  static std::unique_ptr<Listening> listen(const std::string& name, std::vector<std::string> subscriptions) {
+    auto made = std::make_unique<Listening>(world_->cluster.urlList(), credentials(name), std::move(subscriptions));
     EXPECT_TRUE(holdsSoon([&] { return made->isUp(); }));
     return made;
   }
 
-  static inline std::unique_ptr<Cluster> cluster_;
-  static inline std::unique_ptr<RelayProcess> relay1_;
-  static inline std::unique_ptr<RelayProcess> relay2_;
-  static inline std::unique_ptr<FarTerminal> desk_;
-  static inline std::array<std::unique_ptr<FarTerminal>, 2> others_;
+  static inline std::optional<World> world_;
 };
 
 // Three terminals with a phone at each relay: an order, a push, a token and an end concern one terminal alone.
@@ -81,9 +81,9 @@ TEST_F(RelayCluster, KeepsEachPhoneToItsOwnTerminal) {
     std::unique_ptr<Client> second;
   };
   std::vector<Pair> pairs;
-  for (FarTerminal* desk : {desk_.get(), others_[0].get(), others_[1].get()}) {
-    pairs.push_back({*desk, loginThrough(relay1_->port(), desk->name(), desk->token()),
-                     loginThrough(relay2_->port(), desk->name(), desk->token())});
+  for (FarTerminal* desk : {&world_->desk, &world_->others[0], &world_->others[1]}) {
+    pairs.push_back({*desk, loginThrough(world_->relay1.port(), desk->name(), desk->token()),
+                     loginThrough(world_->relay2.port(), desk->name(), desk->token())});
   }
   const std::string before = pairs[0].first->request("order.list", "[1]").data;
   EXPECT_EQ(pairs[1].first->request("order.new", kOrder).message, "");
@@ -95,7 +95,7 @@ TEST_F(RelayCluster, KeepsEachPhoneToItsOwnTerminal) {
     }
   }
   EXPECT_EQ(pairs[0].first->request("order.list", "[1]").data, before);
-  EXPECT_EQ(tryLogin(relay1_->port(), "t2", pairs[0].desk.token()), 4401);
+  EXPECT_EQ(tryLogin(world_->relay1.port(), "t2", pairs[0].desk.token()), 4401);
 
   pairs[2].desk.restart();
   EXPECT_THAT(pairs[2].first->waitClose(), AnyOf(1012, 1013));
@@ -104,7 +104,7 @@ TEST_F(RelayCluster, KeepsEachPhoneToItsOwnTerminal) {
     EXPECT_EQ(pairs[other].first->request("account.list").message, "");
     EXPECT_EQ(pairs[other].second->request("account.list").message, "");
   }
-  EXPECT_EQ(loginThrough(relay2_->port(), "t3", pairs[2].desk.token())->request("account.list").message, "");
+  EXPECT_EQ(loginThrough(world_->relay2.port(), "t3", pairs[2].desk.token())->request("account.list").message, "");
 }
 
 TEST_F(RelayCluster, CarriesLongRepliesPastASlowPhone) {
@@ -116,8 +116,8 @@ TEST_F(RelayCluster, CarriesLongRepliesPastASlowPhone) {
 
 // What a terminal serves by itself comes through a relay too, compressed if the phone takes that.
 TEST_F(RelayCluster, CarriesHistoryPricesAndCompression) {
-  const FarTerminal desk(*cluster_, "t4", {"--quotes", "walk"});
-  const auto phone = loginThrough(relay1_->port(), "t4", desk.token());
+  const FarTerminal desk(world_->cluster, "t4", {"--quotes", "walk"});
+  const auto phone = loginThrough(world_->relay1.port(), "t4", desk.token());
   EXPECT_THAT(phone->request("equity.list", R"({"index":1,"from":0,"to":9000000000000,"points":5})").data,
               HasSubstr("\"equity\""));
   EXPECT_THAT(phone->request("quote.curve", R"({"hashCodes":[1000001],"points":5})").data, HasSubstr("\"prices\""));
@@ -125,7 +125,7 @@ TEST_F(RelayCluster, CarriesHistoryPricesAndCompression) {
   EXPECT_THAT(phone->waitPush("quote.push").data, HasSubstr("\"hashCode\":1000001"));
 
   std::string upgrade = kUpgrade;
-  RawSocket socket(relay1_->port());
+  RawSocket socket(world_->relay1.port());
   socket << upgrade.insert(upgrade.size() - 2, "Sec-WebSocket-Extensions: permessage-deflate\r\n");
   EXPECT_THAT(socket.readUntil("\r\n\r\n"), HasSubstr("permessage-deflate"));
   const auto expect = [&](const std::string& end) { EXPECT_THAT(socket.readUntil(end), EndsWith(end)); };
@@ -137,15 +137,15 @@ TEST_F(RelayCluster, CarriesHistoryPricesAndCompression) {
 
 // Not even a server that is stopped keeps the sockets' thread waiting, and what was sent meanwhile arrives.
 TEST_F(RelayCluster, SendsPastAServerThatIsStopped) {
-  const std::vector<std::string> urls = cluster_->urlList();
+  const std::vector<std::string> urls = world_->cluster.urlList();
   const std::string subject = upSubject({"t1", "test"}, {"r2", "test"});
-  Listening receiver({urls[0]}, readCredentials(cluster_->credentials("t1")), {subject});
-  Listening sender({urls[2]}, readCredentials(cluster_->credentials("r2")), {});
+  Listening receiver({urls[0]}, credentials("t1"), {subject});
+  Listening sender({urls[2]}, credentials("r2"), {});
   ASSERT_TRUE(holdsSoon([&] { return receiver.isUp() && sender.isUp(); }));
-  cluster_->server(2).send(SIGSTOP);
+  world_->cluster.server(2).send(SIGSTOP);
   for (int i = 0; i < 120; ++i) sender.publish(subject, std::string(60'000, static_cast<char>('a' + i % 26)));
   EXPECT_EQ(sender.fault(), "");  // which the thread answers
-  cluster_->server(2).send(SIGCONT);
+  world_->cluster.server(2).send(SIGCONT);
   EXPECT_TRUE(holdsSoon([&] { return receiver.heard().size() == 120; })) << receiver.heard().size();
   EXPECT_EQ(receiver.heard().back().bytes.front(), 'a' + 119 % 26);
 }
@@ -153,7 +153,7 @@ TEST_F(RelayCluster, SendsPastAServerThatIsStopped) {
 TEST_F(RelayCluster, RefusesASecondTerminalOfTheName) {
   const auto phone = login();
   const TempDir dir;
-  const Outcome second = runProgram(POCKET_TERMINAL, cluster_->terminalArguments("t1", dir.path()));
+  const Outcome second = runProgram(POCKET_TERMINAL, world_->cluster.terminalArguments("t1", dir.path()));
   EXPECT_EQ(second.error,
             "pocket-terminal: a terminal with the name t1 is present already: end it, or give this one another name "
             "with pocket-relay setup\n");
@@ -176,7 +176,7 @@ TEST_F(RelayCluster, KeepsTerminalsApart) {
   const auto hostile = listen("t2", {"pocket.>", "pocket.up.t1.>", "pocket.up.>", "pocket.here.*", "pocket.down.>"});
   hostile->publish(presenceSubject("t1"), leaving);
   EXPECT_EQ(phone->request("account.list").message, "");
-  EXPECT_EQ(tryLogin(relay1_->port(), "t1", "wrong"), 4401);  // the relay has processed what came before
+  EXPECT_EQ(tryLogin(world_->relay1.port(), "t1", "wrong"), 4401);  // the relay has processed what came before
   EXPECT_TRUE(hostile->heard().empty());
   // With its own credentials the same message counts.
   listen("t1", {})->publish(presenceSubject("t1"), leaving);
@@ -184,11 +184,11 @@ TEST_F(RelayCluster, KeepsTerminalsApart) {
 }
 
 TEST_F(RelayCluster, RefusesClientsWithoutItsCredentials) {
-  const Credentials good = readCredentials(cluster_->credentials("t1"));
+  const Credentials good = credentials("t1");
   natsOptions* options = nullptr;
   natsConnection* connection = nullptr;
   natsOptions_Create(&options);
-  natsOptions_SetURL(options, cluster_->urlList()[0].c_str());
+  natsOptions_SetURL(options, world_->cluster.urlList()[0].c_str());
   natsOptions_SetSecure(options, true);
   natsOptions_LoadCATrustedCertificates(options, good.file.c_str());
   EXPECT_EQ(natsConnection_Connect(&connection, options), NATS_CONNECTION_AUTH_FAILED);
@@ -196,17 +196,17 @@ TEST_F(RelayCluster, RefusesClientsWithoutItsCredentials) {
   const auto failsWith = [](Listening& link, const char* why) {
     return holdsSoon([&] { return link.fault().find(why) != std::string::npos; });
   };
-  Listening stranger(cluster_->urlList(), {"t1", NKey::make(), good.page, good.authority, good.file}, {});
+  Listening stranger(world_->cluster.urlList(), {"t1", NKey::make(), good.page, good.authority, good.file}, {});
   EXPECT_TRUE(failsWith(stranger, "refuses the credentials")) << stranger.fault();
-  Listening distrustful(cluster_->urlList(), {"t1", good.key, good.page, {}, {}}, {});
+  Listening distrustful(world_->cluster.urlList(), {"t1", good.key, good.page, {}, {}}, {});
   EXPECT_TRUE(failsWith(distrustful, "ertificate")) << distrustful.fault();
 }
 
 TEST_F(RelayCluster, ShowsHealthAndMetrics) {
   const auto phone = login();
-  EXPECT_THAT(httpGet(relay1_->port(), "/health"), HasSubstr(R"("cluster:connection":[{"status":"pass")"));
-  EXPECT_THAT(httpGet(relay1_->port(), "/metrics"), HasSubstr("\npocket_relay_terminals "));
-  EXPECT_THAT(httpGet(relay1_->port(), "/"), HasSubstr("<html"));
+  EXPECT_THAT(httpGet(world_->relay1.port(), "/health"), HasSubstr(R"("cluster:connection":[{"status":"pass")"));
+  EXPECT_THAT(httpGet(world_->relay1.port(), "/metrics"), HasSubstr("\npocket_relay_terminals "));
+  EXPECT_THAT(httpGet(world_->relay1.port(), "/"), HasSubstr("<html"));
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -19,39 +19,21 @@ namespace orvane::test {
 namespace {
 
 using namespace terminal::relay;
+using testing::FieldsAre;
 using testing::HasSubstr;
+using testing::Optional;
+using testing::ThrowsMessage;
 using Text = terminal::Session::Text;
 
 Text text(size_t size) { return std::make_shared<const std::string>(size, 'x'); }
 
-std::string faultOf(const std::function<void()>& action) {
-  try {
-    action();
-    return {};
-  } catch (const std::runtime_error& error) {
-    return error.what();
-  }
-}
-
 TEST(RelayMessage, KeepsEachField) {
-  const Message sent{.kind = Kind::Close,
-                     .isLast = false,
-                     .value = 0xFEDCBA98,
-                     .channel = 0x8000000000000001,
-                     .number = 0x0123456789ABCDEF,
-                     .session = 0xFFFFFFFFFFFFFFFF,
-                     .payload = "reason"};
+  const Message sent{Kind::Close,        false,   0xFEDCBA98, 0x8000000000000001, 0x0123456789ABCDEF,
+                     0xFFFFFFFFFFFFFFFF, "reason"};
   const std::string bytes = encode(sent);
   EXPECT_EQ(bytes.size(), kHeadBytes + 6);
-  const auto read = decode(bytes);
-  ASSERT_TRUE(read);
-  EXPECT_EQ(read->kind, Kind::Close);
-  EXPECT_FALSE(read->isLast);
-  EXPECT_EQ(read->value, sent.value);
-  EXPECT_EQ(read->channel, sent.channel);
-  EXPECT_EQ(read->number, sent.number);
-  EXPECT_EQ(read->session, sent.session);
-  EXPECT_EQ(read->payload, "reason");
+  EXPECT_THAT(decode(bytes), Optional(FieldsAre(sent.kind, sent.isLast, sent.value, sent.channel, sent.number,
+                                                sent.session, sent.payload)));
 }
 
 TEST(RelayMessage, RefusesWhatIsNone) {
@@ -128,31 +110,31 @@ TEST(RelayWindow, CutsFramesAndWaitsForCredit) {
 TEST(RelayCredentials, AreReadBackAndNotMistaken) {
   const TempDir dir;
   const auto file = dir.path() / "desk7.credentials";
-  const auto write = [&](const std::string& content, int mode = 0600) {
-    std::ofstream(file) << content;
-    chmod(file.c_str(), static_cast<mode_t>(mode));
+  const auto expectFault = [&](const std::string& fault) {
+    EXPECT_THAT([&] { readCredentials(file); }, ThrowsMessage<std::runtime_error>(HasSubstr(fault)));
   };
-  const auto fault = [&] { return faultOf([&] { readCredentials(file); }); };
-  EXPECT_THAT(fault(), HasSubstr("No such file"));
+  expectFault("No such file");
   const Credentials made{"desk7", NKey::make(), "https://relay.example", "-----BEGIN CERTIFICATE-----\nabc\n", {}};
   const std::string good = writeCredentials(made);
-  write(good);
+  std::ofstream(file) << good;
+  chmod(file.c_str(), 0604);
+  expectFault("chmod 600");
+  chmod(file.c_str(), 0600);
   const Credentials read = readCredentials(file);
   EXPECT_EQ(read.name, "desk7");
   EXPECT_EQ(read.key.publicText(), made.key.publicText());
   EXPECT_EQ(read.page, made.page);
   EXPECT_EQ(read.authority, made.authority);
-  write(good, 0604);
-  EXPECT_THAT(fault(), HasSubstr("chmod 600"));
-  write("seed: x\n");
-  EXPECT_THAT(fault(), HasSubstr("\"name:\" must be"));
-  write("name: desk7\nseed: x\n");
-  EXPECT_THAT(fault(), HasSubstr("\"page:\" must be"));
   std::string damaged = good;
   char& letter = damaged[damaged.find("seed: ") + 20];
   letter = letter == 'A' ? 'B' : 'A';
-  write(damaged);
-  EXPECT_THAT(fault(), HasSubstr("the seed is damaged"));
+  const std::vector<std::pair<std::string, std::string>> rows{{"seed: x\n", "\"name:\" must be"},
+                                                              {"name: desk7\nseed: x\n", "\"page:\" must be"},
+                                                              {damaged, "the seed is damaged"}};
+  for (const auto& [content, fault] : rows) {
+    std::ofstream(file) << content;
+    expectFault(fault);
+  }
 }
 
 TEST(RelayUrls, AreCheckedBeforeTheyAreUsed) {

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
-#include <functional>
 #include <future>
 #include <memory>
 #include <mutex>
@@ -33,26 +33,19 @@ class Listening : public terminal::relay::IBusOwner {
   Listening(const Listening&) = delete;
   Listening& operator=(const Listening&) = delete;
 
-  void onUp() override {
-    note([this] { isUp_ = true; });
-  }
-  void onDown() override {
-    note([this] { isUp_ = false; });
-  }
+  void onUp() override { isUp_ = true; }
+  void onDown() override { isUp_ = false; }
   void onMessage(std::string_view subject, std::string_view bytes) override {
-    note([&] { heard_.emplace_back(subject, bytes); });
+    const std::lock_guard lock(mutex_);
+    heard_.push_back({std::string(subject), std::string(bytes)});
   }
 
   struct Heard {
     std::string subject;
     std::string bytes;
-    Heard(std::string_view s, std::string_view b) : subject(s), bytes(b) {}
   };
 
-  bool isUp() {
-    const std::lock_guard lock(mutex_);
-    return isUp_;
-  }
+  bool isUp() const { return isUp_; }
   std::vector<Heard> heard() {
     const std::lock_guard lock(mutex_);
     return heard_;
@@ -67,16 +60,11 @@ class Listening : public terminal::relay::IBusOwner {
   }
 
  private:
-  void note(const std::function<void()>& change) {
-    const std::lock_guard lock(mutex_);
-    change();
-  }
-
   terminal::AsioLoop loop_;
   terminal::relay::NatsLink link_;
   std::unique_ptr<terminal::Timer> keepAlive_;
+  std::atomic<bool> isUp_ = false;
   std::mutex mutex_;
-  bool isUp_ = false;
   std::vector<Heard> heard_;
 };
 
