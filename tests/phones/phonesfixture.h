@@ -105,31 +105,25 @@ class PhonesTest : public testing::Test {
     send(session, orderFrame(id, key, data));
   }
 
-  void deliver(const MobileMessage& message) {
-    phones_.deliver(std::make_shared<const MobileMessage>(message));
+  void deliver(int64_t requestId, const std::string& topic, const std::string& data) {
+    auto message = std::make_shared<MobileMessage>();
+    message->requestId = requestId;
+    message->topic = topic;
+    message->data = data;
+    phones_.deliver(std::move(message));
     settle();
   }
+  void push(const std::string& topic) { deliver(kNoRequestId, topic, "1"); }
 
-  void push(const std::string& data, const std::string& topic = "order.push") {
-    MobileMessage message;
-    message.topic = topic;
-    message.data = data;
-    deliver(message);
+  // The agent's reply to the request that it got as number `index`.
+  void reply(size_t index, const std::string& data) {
+    deliver(agent_->requests.at(index).id, agent_->requests.at(index).topic, data);
   }
 
   // Sets the price of instrument 1, and waits until clients get it.
   void movePrice(double last) {
     prices_.set(1, last);
     advance(250ms);
-  }
-
-  // The agent's reply to the request that it got as number `index`.
-  void reply(size_t index, const std::string& data) {
-    MobileMessage message;
-    message.requestId = agent_->requests.at(index).id;
-    message.topic = agent_->requests.at(index).topic;
-    message.data = data;
-    deliver(message);
   }
 
   terminal::Page get(const std::string& path, const std::string& authorization = "", bool isLoopback = true) {

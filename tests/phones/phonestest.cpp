@@ -12,6 +12,11 @@ TEST_F(PhonesTest, DropsTheListsOfAClientThatIsBeingClosed) {
   EXPECT_THAT(agent_->requests, SizeIs(32));
 }
 
+TEST_F(PhonesTest, DoesNotCountClosingConnectionsOfAToken) {
+  for (int i = 0; i < 85; ++i) login(token_, R"(,"device":"a1")");
+  EXPECT_TRUE(login(token_, R"(,"device":"a1")")->isAdmitted);
+}
+
 TEST_F(PhonesTest, ForgetsAKeyAfterSevenDays) {
   const auto session = client(token_);
   order(session, 1, "a17");
@@ -101,18 +106,18 @@ TEST_F(PhonesTest, SendsNoticesToATraderThatMayHaveCausedThem) {
   const auto trader = client(addToken("trader", "trade"));
   const auto other = client(addToken("other", "trade"));
   send(trader, R"({"id":1,"topic":"monitor.sync.order.new","data":[{}]})");
-  push("1", "terminal.notice");
-  push("1", "order.push");
+  push("terminal.notice");
+  push("order.push");
   EXPECT_THAT(trader->take(), ElementsAre(HasSubstr("terminal.notice")));
   advance(11s);
-  push("1", "terminal.notice");
+  push("terminal.notice");
   EXPECT_THAT(trader->take(), SizeIs(1));
   reply(0, "1");
   advance(9999ms);
-  push("2", "terminal.notice");
+  push("terminal.notice");
   EXPECT_THAT(trader->take(), SizeIs(2));
   advance(1ms);
-  push("3", "terminal.notice");
+  push("terminal.notice");
   EXPECT_THAT(trader->take(), IsEmpty());
   EXPECT_THAT(other->take(), IsEmpty());
 }
