@@ -7,18 +7,19 @@
 #include <utility>
 #include <vector>
 
+#include "terminal/clocks.h"
 #include "terminal/eventloop.h"
 
 namespace orvane::test {
 
 // Both clocks of a loop and its timers. They move only when the test says so. The clocks may be read on any thread,
 // everything else belongs to the loop's.
-class FakeTime {
+class FakeTime : public terminal::IClock {
  public:
   using Work = terminal::IEventLoop::Work;
 
-  terminal::BootTime bootTime() const { return now_.load(); }
-  terminal::WallTime wallTime() const {
+  terminal::BootTime bootTime() const override { return now_.load(); }
+  terminal::WallTime wallTime() const override {
     return terminal::WallTime(std::chrono::seconds(1'790'000'000)) +
            std::chrono::duration_cast<terminal::WallTime::duration>(bootTime()) + jumped_.load();
   }

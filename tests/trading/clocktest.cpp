@@ -29,18 +29,18 @@ TEST_F(ClockTest, TheDayStaysWhileTheClocksDisagree) {
   };
   const double debt = credit().debtInterest;
   for (const Case& it : cases) {
-    clock_.time.jump(it.jump);
+    clock_.jump(it.jump);
     EXPECT_EQ(order(rebar(3300)), "") << "orders work all the same";
     EXPECT_EQ(cancelOrder(1, kRebar, lastOrder().localOrderId).code, 0);
     EXPECT_THAT(host_->health().clockFault, HasSubstr(it.fault));
     EXPECT_EQ(host_->health().clockFault.empty(), it.fault[0] == '\0');
     EXPECT_EQ(lastOrder().srcTimestamp / 1000, std::chrono::system_clock::to_time_t(clock_.wallTime()));
     EXPECT_GE(orders().size(), 18U) << "the day's orders are still there";
-    clock_.time.jump(-it.jump);
+    clock_.jump(-it.jump);
     EXPECT_EQ(host_->health().clockFault, "");
   }
   EXPECT_EQ(credit().debtInterest, debt);
-  clock_.time.advance(hours(12));
+  clock_.advance(hours(12));
   EXPECT_EQ(order(rebar(3300)), "");
   EXPECT_EQ(orders().size(), 1U) << "both clocks are past midnight";
 }

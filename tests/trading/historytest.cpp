@@ -48,7 +48,7 @@ class HistoryTest : public DeskTest {
  protected:
   HistoryTest() {
     host_.reset();
-    clock_.time.advance(std::chrono::seconds(40));  // to the start of a minute
+    clock_.advance(std::chrono::seconds(40));  // to the start of a minute
     openDesk("DELETE FROM equity");
   }
 
@@ -83,11 +83,11 @@ class HistoryTest : public DeskTest {
 
 TEST_F(HistoryTest, AMinuteHasOneRowAlsoAfterARestart) {
   desk_->record();
-  clock_.time.advance(std::chrono::seconds(59));
+  clock_.advance(std::chrono::seconds(59));
   openDesk();
   setDeposit(70000);
   desk_->record();
-  clock_.time.advance(std::chrono::seconds(1));
+  clock_.advance(std::chrono::seconds(1));
   desk_->record();
   EXPECT_THAT(times(), ElementsAre(0, 60'000));
   const EquityRow row = rows().front();
@@ -100,7 +100,7 @@ TEST_F(HistoryTest, AMinuteHasOneRowAlsoAfterARestart) {
 
 TEST_F(HistoryTest, TheChangeOfDayClosesTheOldDayAndBeginsTheNewOne) {
   desk_->record();
-  clock_.time.advance(hours(24));
+  clock_.advance(hours(24));
   desk_->record();
   EXPECT_EQ(rows().size(), 1U) << "nothing has moved since midnight";
   setDeposit(30000);  // in the new day
@@ -113,7 +113,7 @@ TEST_F(HistoryTest, TheChangeOfDayClosesTheOldDayAndBeginsTheNewOne) {
   EXPECT_EQ(found[2].day, kToday + 1);
   EXPECT_EQ(found[2].deposit, 0);
   EXPECT_NEAR(found[2].equity, found[1].equity, kCent);
-  clock_.time.jump(hours(1));
+  clock_.jump(hours(1));
   desk_->record();
   EXPECT_EQ(rows().size(), 3U) << "the clocks disagree";
 }
@@ -135,7 +135,7 @@ TEST_F(HistoryTest, AFullDiskLosesRowsAndSaysSoOnce) {
   disk_.arm({"full", true, true, 0}, 1);
   for (int i = 0; i < 3; ++i) {
     desk_->record();
-    clock_.time.advance(minutes(1));
+    clock_.advance(minutes(1));
   }
   EXPECT_TRUE(rows().empty());
   EXPECT_EQ(desk_->storageFault(), "") << "orders may still find room";
@@ -152,7 +152,7 @@ TEST_F(HistoryTest, AReadOnlyDiskServesTheHistory) {
   EXPECT_EQ(rows().size(), 1U);
   desk_.reset();
   disk_.isReadOnly = true;
-  clock_.time.advance(hours(24));
+  clock_.advance(hours(24));
   openDesk();
   EXPECT_EQ(desk_->read([](const Book& book) { return book.day; }), kToday) << "a new day could not be stored";
   desk_->record();

@@ -1,6 +1,6 @@
 #include "tests/trading/listcheck.h"
 
-#include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <sstream>
@@ -46,18 +46,19 @@ void expectSame(const std::string& got, const std::string& expected) {
   std::istringstream members(got);
   std::istringstream others(expected);
   std::string row;
-  bool isSame = true;
+  bool isSameRow = true;
   for (std::string member; std::getline(members, member, ',');) {
     if (member.find('{') != std::string::npos) {
-      if (!isSame) return;
+      if (!isSameRow) return;
       row.clear();
     }
     row += member;
     row += ',';
     std::string other;
     std::getline(others, other, ',');
-    isSame = isSame && isSameMember(member, other);
-    EXPECT_TRUE(isSameMember(member, other)) << row << " not " << other;
+    const bool isSame = isSameMember(member, other);
+    EXPECT_TRUE(isSame) << row << " not " << other;
+    isSameRow = isSameRow && isSame;
   }
   EXPECT_TRUE(others.peek() == EOF) << "rows are missing behind " << row;
 }
@@ -108,7 +109,9 @@ void ListCheck::compare(const std::set<int32_t>& selected) {
 void ListCheck::adoptNotes() {
   for (const Order& got : TestDesk::orders()) {
     const auto expected = book_.orders.find(got.localOrderId);
-    if (got.localOrderId <= adopted_ || expected == book_.orders.end()) continue;
+    if (expected == book_.orders.end()) continue;
+    EXPECT_EQ(got.orderSource.sourceFlags, expected->second.orderSource.sourceFlags) << "of order " << got.localOrderId;
+    if (got.localOrderId <= adopted_) continue;
     adopted_ = got.localOrderId;
     if (expected->second.status != 4) continue;
     SCOPED_TRACE(fmt::format("order {}", adopted_));
@@ -122,11 +125,7 @@ void ListCheck::compareOrders(const std::list<int32_t>& selector) {
   for (const auto& [id, it] : book_.orders) {
     if (has(selector, it.account.index)) orders.push_back(it);
   }
-  const std::list<Order> got = TestDesk::orders(selector);
-  expectSame(serializeOrderList(got), serializeOrderList(orders));
-  EXPECT_TRUE(std::equal(got.begin(), got.end(), orders.begin(), orders.end(), [](const Order& a, const Order& b) {
-    return a.orderSource.sourceFlags == b.orderSource.sourceFlags;
-  }));
+  expectSame(serializeOrderList(TestDesk::orders(selector)), serializeOrderList(orders));
   std::list<OrderFill> fills;
   for (const OrderFill& it : book_.fills) {
     if (has(selector, it.account.index)) fills.push_back(it);
@@ -182,22 +181,17 @@ void ListCheck::comparePushes() {
   IUIProxyMgr::getInstance()->requestAsync(++request_, "terminal.info", "");
   auto messages = inbox_.takeUntil([this](const MobileMessage& it) { return it.requestId == request_; });
   messages.pop_back();
-  std::string orders;
-  std::string fills;
-  std::string notices;
+  std::map<std::string, std::string> pushed;
+  const std::string& orders = pushed["order.push"];
+  const std::string& fills = pushed["trade.push"];
+  const std::string& notices = pushed["terminal.notice"];
   for (const MobileMessage& it : messages) {
     EXPECT_EQ(it.requestId, kNoRequestId);
-    if (it.topic == "order.push") {
-      orders += rowsOf(utf8(it.data));
-    } else if (it.topic == "trade.push") {
-      fills += rowsOf(utf8(it.data));
-    } else {
-      EXPECT_EQ(it.topic, "terminal.notice");
-      notices += utf8(it.message) + '\n';
-    }
+    pushed[it.topic] += it.topic == "terminal.notice" ? utf8(it.message) + '\n' : rowsOf(utf8(it.data));
     EXPECT_LE(count(fills, R"("fillId":)"), count(orders, R"("status":2,)")) << "a fill came first";
     EXPECT_LE(count(notices, "委托被拒绝"), count(orders, R"("status":4,)")) << "a notice came first";
   }
+  EXPECT_EQ(pushed.size(), 3U) << "an unknown topic";
   std::string expectedOrders;
   std::string expectedFills;
   std::ptrdiff_t filled = 0;
@@ -229,15 +223,7 @@ void ListCheck::compareCodeTypes(const std::set<int32_t>& accounts, bool derivat
   }
   std::vector<CodeTypePosition> got;
   IUIProxyMgr::getInstance()->getCodeTypePositions(ids, derivatives, securities, got);
-  std::vector<CodeTypePosition> expected;
-  for (auto [type, it] : book_.codeTypes(chosen)) {
-    it.codeType = CodeConvert::utf8_to_gbk(type);
-    expected.push_back(it);
-  }
-  const auto byType = [](const CodeTypePosition& a, const CodeTypePosition& b) { return a.codeType < b.codeType; };
-  std::sort(got.begin(), got.end(), byType);
-  std::sort(expected.begin(), expected.end(), byType);
-  expectSame(serializeCodeTypeList(got), serializeCodeTypeList(expected));
+  expectSame(serializeCodeTypeList(got), serializeCodeTypeList(book_.codeTypes(chosen)));
 }
 
 void ListCheck::compareMonitor() {

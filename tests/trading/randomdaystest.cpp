@@ -48,7 +48,7 @@ class RandomDays : test::RandomSteps, TestDesk {
  private:
   // Moves the clocks.
   void pass(std::chrono::seconds time) {
-    clock_.time.advance(time);
+    clock_.advance(time);
     const auto now = std::chrono::time_point_cast<std::chrono::milliseconds>(clock_.wallTime());
     book_->now = now.time_since_epoch().count();
   }

@@ -133,9 +133,9 @@ class SecondBook {
   CreditInfoRecord credit(int32_t index) const;
   PositionMonitorRecord monitor(const Key& key) const;
   std::list<MonitorSyncOrder> syncOrders(const Key& key) const;
-  std::map<std::string, CodeTypePosition> codeTypes(const std::set<int32_t>& chosen) const;
-  std::set<Key> positionKeys() const;  // held, or in a working order
-  std::set<Key> monitorKeys() const;   // held, or wanted
+  std::vector<CodeTypePosition> codeTypes(const std::set<int32_t>& chosen) const;  // by name in GBK
+  std::set<Key> positionKeys() const;                                              // held, or in a working order
+  std::set<Key> monitorKeys() const;                                               // held, or wanted
 
   std::map<int64_t, Instrument> instruments;
   std::map<int32_t, Account> accounts;

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "host/common.h"
 #include "tests/trading/secondbook.h"
 
 namespace orvane::terminal::testing::second {
@@ -242,7 +243,7 @@ Position SecondBook::position(const Key& key) const {
   return it;
 }
 
-std::map<std::string, CodeTypePosition> SecondBook::codeTypes(const std::set<int32_t>& chosen) const {
+std::vector<CodeTypePosition> SecondBook::codeTypes(const std::set<int32_t>& chosen) const {
   double equity = 0;
   double money = 0;
   double all = 0;
@@ -253,7 +254,7 @@ std::map<std::string, CodeTypePosition> SecondBook::codeTypes(const std::set<int
   std::map<std::string, std::pair<SideSum, double>> sums;  // and the sizes of net values
   for (const auto& [key, parts] : holdings_) {
     if (chosen.count(key.first) == 0 || (parts[0].isEmpty() && parts[1].isEmpty())) continue;
-    auto& [sum, net] = sums[instruments.at(key.second).type];
+    auto& [sum, net] = sums[CodeConvert::utf8_to_gbk(instruments.at(key.second).type)];
     const SideSum longs = sideSum(key, 0);
     const SideSum shorts = sideSum(key, 1);
     sum += longs;
@@ -261,10 +262,11 @@ std::map<std::string, CodeTypePosition> SecondBook::codeTypes(const std::set<int
     net += std::abs(longs.value - shorts.value);
     all += longs.value + shorts.value;
   }
-  std::map<std::string, CodeTypePosition> types;
+  std::vector<CodeTypePosition> types;
   for (const auto& [type, sumAndNet] : sums) {
     const auto& [sum, net] = sumAndNet;
-    CodeTypePosition& it = types[type];
+    CodeTypePosition& it = types.emplace_back();
+    it.codeType = type;
     it.netAbsLever = ratio(net, equity);
     it.totalLever = ratio(sum.value, equity);
     it.leverWeight = ratio(sum.value, all);

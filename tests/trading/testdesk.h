@@ -29,15 +29,6 @@ inline constexpr double kCent = 0.005;
 
 inline std::string utf8(const std::string& gbk) { return CodeConvert::gbk_to_utf8(gbk); }
 
-// Both of its clocks move only when the test says so, from 21 September 2026 on.
-class TestClock : public IClock {
- public:
-  WallTime wallTime() const override { return time.wallTime(); }
-  BootTime bootTime() const override { return time.bootTime(); }
-
-  test::FakeTime time;
-};
-
 // The terms of an order; texts are GBK.
 struct Terms {
   int32_t account;
@@ -198,7 +189,7 @@ class TestDesk {
   const test::TempDir folder_;
   const std::filesystem::path dir_ = folder_.path();
   FaultyDisk disk_;
-  TestClock clock_;
+  test::FakeTime clock_;  // from 21 September 2026 on
   Inbox inbox_;
   std::optional<TradingHost> host_;
 };
