@@ -122,11 +122,13 @@ class PageTest(unittest.TestCase):
         self.see("dialog .confirm")
         return self.confirmed()
 
-    # What the confirmation says.
+    # What the confirmation says once it knows the rates.
     def confirmed(self):
-        lines = self.run_js("""return [...document.querySelectorAll('dialog .confirm > div')].map(
-            (line) => [line.querySelector('dt').innerText, line.querySelector('dd').innerText])""")
-        return {**dict(lines), "Deal": self.see("dialog .headline").text.rsplit(" ", 1)[0]}
+        lines = dict(self.wait(lambda: self.run_js("""
+            const lines = [...document.querySelectorAll('dialog .confirm > div')].map(
+                (line) => [line.querySelector('dt').innerText, line.querySelector('dd').innerText]);
+            return lines.some(([, value]) => value === '–') ? [] : lines"""), "no rates"))
+        return {**lines, "Deal": self.see("dialog .headline").text.rsplit(" ", 1)[0]}
 
     def action(self):
         return self.run_js("return document.querySelector('dialog .choices input:checked + span').innerText")

@@ -16,7 +16,7 @@ export function listenToNotices(): void {
 // A browser that does not trust the certificate takes no worker. It may show the notice by itself.
 async function show(title: string, address: string): Promise<void> {
   const vibrate = store.prefs.vibrates ? [200] : [];
-  const options = { icon: "icon.svg", vibrate, data: address };
+  const options = { icon: "icon-192.png", vibrate, data: address };
   try {
     await navigator.serviceWorker.register("worker.js");
     const worker = await navigator.serviceWorker.ready;
