@@ -51,8 +51,8 @@ TEST(Disk, NothingOfARevokedTokenBegins) {
     try {
       for (int i = 0;; ++i) {
         thief->send(orderFrame(fmt::format("k{}", i)));
-        if (i == kUnderWay) begun.set_value();
         if (i >= kUnderWay) thief->receive();
+        if (i == kUnderWay) begun.set_value();
       }
     } catch (const terminal::ClientError& error) {
       return error.what();
