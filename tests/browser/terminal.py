@@ -11,8 +11,8 @@ import subprocess
 from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
 
-# A browser without windows, which needs half as long as the whole one.
-BROWSER = "/usr/bin/chromium-headless-shell"
+# A browser without windows needs half as long. Closing the script in /usr/bin that starts it would leave it running.
+BROWSER = "/usr/lib/chromium/chromium-headless-shell"
 FLAGS = ("--no-sandbox --disable-gpu --disable-background-networking --disable-component-update "
          "--disable-sync --disable-quic --no-first-run --hide-scrollbars --lang=en --force-prefers-reduced-motion").split()
 
