@@ -34,9 +34,6 @@ class ClientCheck {
   // The gateway has done what it can do now: it waits for no file.
   void settle() { rig_.settle(); }
 
-  // Notes which requests the library has got.
-  void takeCalls();
-
   // The library answers one of the first `spread` + 1 requests that it has. An empty topic is the request's own.
   std::string answerOne(model::Reply reply, size_t spread);
   void answerAll();
@@ -64,6 +61,7 @@ class ClientCheck {
 
   void send(int client, const std::string& frame);
   void compare(int client);
+  void takeCalls();
   void reachAll();
   void answerUntil(const std::function<bool()>& isDone);
   bool takeCall(std::chrono::milliseconds limit);
