@@ -18,8 +18,8 @@
 #include "host/uiproxymgr.h"
 
 // A second book of the paper-trading host, plain and slow. It is written from docs/terminal.md and shares no code with
-// the terminal: it loads the sample data, follows each step of a day, and calculates every figure from the start.
-// Texts are UTF-8, but those of orders and fills GBK as the host's. Index 0 is long, 1 short.
+// the terminal but the conversion of texts: it loads the sample data, follows each step of a day, and calculates every
+// figure from the start. Texts are UTF-8, but those of orders and fills GBK as the host's. Index 0 is long, 1 short.
 namespace orvane::terminal::testing::second {
 
 using Key = std::pair<int32_t, int64_t>;  // account and hash code

@@ -29,7 +29,7 @@ inline constexpr double kCent = 0.005;
 
 inline std::string utf8(const std::string& gbk) { return CodeConvert::gbk_to_utf8(gbk); }
 
-// The terms of an order; texts are GBK.
+// The terms of an order, in the numbers of the wire. Texts are GBK.
 struct Terms {
   int32_t account;
   int64_t code;
@@ -172,10 +172,10 @@ class TestDesk {
     return failure.empty() ? text : failure;
   }
 
-  // One that buys rebar to open.
+  // An order that buys one lot of rebar to open.
   static Terms rebar(double price) { return {1, kRebar, 1, 1, price, 1}; }
 
- private:
+  // A folder with the sample data, as of the day on which the clocks begin.
   static const std::filesystem::path& sample() {
     static const test::TempDir dir;
     if (is_empty(dir.path())) {
@@ -185,7 +185,6 @@ class TestDesk {
     return dir.path();
   }
 
- protected:
   const test::TempDir folder_;
   const std::filesystem::path dir_ = folder_.path();
   FaultyDisk disk_;
