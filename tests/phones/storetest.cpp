@@ -207,9 +207,8 @@ TEST_F(StoreTest, KeepsKeysAfterAJumpOfTheClock) {
 }
 
 TEST_F(StoreTest, DropsWhatWaitsOfARevokedToken) {
-  const std::string token = addToken("lost", "trade");
-  const auto session = client(token);
-  for (int i = 0; i < 300; ++i) send(session, orderFrame(i, fmt::format("k{}", i)));
+  const auto session = client(addToken("lost", "trade"));
+  for (int i = 0; i < 300; ++i) order(session, i, fmt::format("k{}", i));
   ASSERT_THAT(agent_->requests, SizeIs(64));
   addToken("idle", "trade");
   const int64_t revocation = terminal::revokeToken(db_, "lost");
@@ -217,7 +216,7 @@ TEST_F(StoreTest, DropsWhatWaitsOfARevokedToken) {
   advance(100ms);
   EXPECT_EQ(session->closeCode(), CloseCode::NotEntitled);
   EXPECT_TRUE(terminal::isConfirmed(db_, idle));
-  send(session, orderFrame(300, "k300"));
+  order(session, 300, "k300");
   EXPECT_FALSE(terminal::isConfirmed(db_, revocation));
   for (size_t i = 0; i < 64; ++i) reply(i, "1");
   EXPECT_TRUE(terminal::isConfirmed(db_, revocation));
