@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <future>
 #include <list>
@@ -179,6 +181,8 @@ class TestDesk {
   static const std::filesystem::path& sample() {
     static const test::TempDir dir;
     if (is_empty(dir.path())) {
+      setenv("TZ", "UTC", 1);  // in Tokyo the clocks begin on the next day
+      tzset();
       { const TradingHost created(TradingOptions{dir.path(), QuoteMode::Still, {}, 1}); }
       change(dir.path(), "UPDATE trading_day SET day = 20717; UPDATE orders SET day = 20717");
     }
