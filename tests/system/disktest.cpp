@@ -1,6 +1,7 @@
 #include <chrono>
 #include <csignal>
 #include <future>
+#include <regex>
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -63,15 +64,12 @@ TEST(Disk, NothingOfARevokedTokenBegins) {
   EXPECT_EQ(revoked.exitCode, 0) << revoked.error;
   EXPECT_EQ(revoked.output, "lost is revoked. The running terminal begins no further request of it.\n");
   const auto countOrders = [&] {
+    static const std::regex source(R"("source":"k)");
     const std::string list = watcher->request("order.list", "[1]").data;
-    size_t count = 0;
-    for (size_t at = list.find("\"source\":\"k"); at != std::string::npos; at = list.find("\"source\":\"k", at + 1)) {
-      ++count;
-    }
-    return count;
+    return std::distance(std::sregex_iterator(list.begin(), list.end(), source), std::sregex_iterator());
   };
-  const size_t orders = countOrders();
-  EXPECT_GT(orders, 0U);
+  const auto orders = countOrders();
+  EXPECT_GT(orders, 0);
   EXPECT_THAT(end.get(), HasSubstr("4403"));
   EXPECT_EQ(countOrders(), orders);
   EXPECT_EQ(terminal.stop(), 0);

@@ -36,10 +36,6 @@ std::string placeKeyed(Client& phone) {
   return reply.message;
 }
 
-bool isReady(const TerminalProcess& terminal) {
-  return httpGet(terminal.port(), "/health/ready").starts_with("HTTP/1.1 200 ");
-}
-
 // A terminal that was stopped or killed is started in a trouble, and goes on by itself after its end.
 void startThrough(const std::filesystem::path& dir, bool isKilled, const std::function<Trouble()>& begin,
                   const std::string& reason) {
@@ -60,7 +56,7 @@ void startThrough(const std::filesystem::path& dir, bool isKilled, const std::fu
   std::filesystem::remove(dir / "terminal.lock");  // as version 0.1.0 leaves a folder
   Trouble trouble = begin();
   TerminalProcess terminal(dir, {}, token);
-  EXPECT_TRUE(holdsSoon([&] { return !isReady(terminal); }));
+  EXPECT_TRUE(holdsSoon([&] { return !terminal.isReady(); }));
   EXPECT_THAT(httpGet(terminal.port(), "/health"), AllOf(HasSubstr(R"("gateway:writes":[{"status":"fail")"),
                                                          HasSubstr(R"("database:writes":[{"status":"fail")")));
   const auto phone = terminal.login();
@@ -72,15 +68,15 @@ void startThrough(const std::filesystem::path& dir, bool isKilled, const std::fu
   EXPECT_THAT(placeKeyed(*phone), StartsWith("the terminal cannot look up the key of this request, so it does nothing "
                                              "now: cannot use " +
                                              (dir / "gateway.db").string()));
-  EXPECT_THAT(runTerminal({"token", "list", "--data", dir.string()}).output, HasSubstr("first  see,cancel,trade"));
+  EXPECT_THAT(terminal.run({"token", "list"}).output, HasSubstr("first  see,cancel,trade"));
   trouble.reset();
-  EXPECT_TRUE(holdsSoon([&] { return isReady(terminal); }));
+  EXPECT_TRUE(holdsSoon([&] { return terminal.isReady(); }));
   EXPECT_EQ(place(*phone), "");
   EXPECT_EQ(placeKeyed(*phone), "") << "the reply of the first time";
   const std::string orders = phone->request("order.list", "[1]").data;
   EXPECT_EQ(orders.find(R"("keyed")"), orders.rfind(R"("keyed")"));
-  EXPECT_EQ(terminal.login(makeToken(dir, "late", "see"))->request("account.list").message, "");
-  EXPECT_THAT(runTerminal({"token", "revoke", "late", "--data", dir.string()}).output,
+  EXPECT_EQ(terminal.login(terminal.makeToken("late", "see"))->request("account.list").message, "");
+  EXPECT_THAT(terminal.run({"token", "revoke", "late"}).output,
               HasSubstr("The running terminal begins no further request of it"));
   EXPECT_EQ(terminal.stop(), 0);
 }
@@ -156,13 +152,12 @@ TEST(StartFault, ALockedDatabaseEndsNoStart) {
   Trouble lock = lockDatabase(dir.path());
   TerminalProcess terminal(dir.path(), {}, token);
   EXPECT_EQ(terminal.login()->request("account.list").message, "");
-  EXPECT_TRUE(holdsSoon([&] { return !isReady(terminal); }));
-  const Outcome added = runTerminal({"token", "add", "x", "--rights", "see", "--data", dir.path().string()});
-  EXPECT_THAT(added.error, HasSubstr("gateway.db: database is locked; end the program that holds it"));
-  const Outcome called = runTerminal({"call", "--data", dir.path().string(), "account.list"});
-  EXPECT_THAT(called.error, HasSubstr("gateway.db: database is locked; end the program that holds it"));
+  EXPECT_TRUE(holdsSoon([&] { return !terminal.isReady(); }));
+  const auto isLocked = HasSubstr("gateway.db: database is locked; end the program that holds it");
+  EXPECT_THAT(terminal.run({"token", "add", "x", "--rights", "see"}).error, isLocked);
+  EXPECT_THAT(terminal.run({"call", "account.list"}).error, isLocked);
   lock.reset();
-  EXPECT_TRUE(holdsSoon([&] { return isReady(terminal); }));
+  EXPECT_TRUE(holdsSoon([&] { return terminal.isReady(); }));
   SQLite::Database db(dir.path() / "gateway.db");
   EXPECT_EQ(db.execAndGet("SELECT link FROM address").getString(),
             fmt::format("http://127.0.0.1:{}/", terminal.port()));

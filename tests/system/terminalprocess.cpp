@@ -6,6 +6,7 @@
 #include <regex>
 #include <stdexcept>
 
+#include "tests/support/rawsocket.h"
 #include "tests/system/contract.h"
 
 namespace orvane::test {
@@ -51,6 +52,8 @@ std::string TerminalProcess::makeToken(const std::string& name, const std::strin
 }
 
 std::string TerminalProcess::log() const { return readFile(dir_ / "terminal.log"); }
+
+bool TerminalProcess::isReady() const { return httpGet(port_, "/health/ready").starts_with("HTTP/1.1 200 "); }
 
 Outcome runTerminal(const std::vector<std::string>& arguments) { return runProgram(POCKET_TERMINAL, arguments); }
 

@@ -35,6 +35,8 @@ class TerminalProcess {
   std::string makeToken(const std::string& name, const std::string& rights) const;
   // What it has logged.
   std::string log() const;
+  // What /health/ready reports.
+  bool isReady() const;
 
  private:
   const std::filesystem::path dir_;
