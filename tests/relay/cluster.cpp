@@ -32,11 +32,12 @@ void Cluster::restartServer(size_t index) {
       std::make_unique<Program>(NATS_SERVER, std::vector<std::string>{"-c", "nats.conf", "-l", "log"}, folder);
 }
 
-std::string Cluster::url(size_t index) const { return (hasTls_ ? "tls://" : "nats://") + place(index); }
+std::vector<std::string> Cluster::urlList() const {
+  const std::string scheme = hasTls_ ? "tls://" : "nats://";
+  return {scheme + place(0), scheme + place(1), scheme + place(2)};
+}
 
-std::string Cluster::urls() const { return fmt::format("{},{},{}", url(0), url(1), url(2)); }
-
-std::vector<std::string> Cluster::urlList() const { return {url(0), url(1), url(2)}; }
+std::string Cluster::urls() const { return fmt::format("{}", fmt::join(urlList(), ",")); }
 
 std::filesystem::path Cluster::credentials(const std::string& name) const {
   return dir_.path() / "c" / (name.starts_with('r') ? "relays" : "terminals") / (name + ".credentials");

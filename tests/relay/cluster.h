@@ -20,9 +20,9 @@ class Cluster {
 
   explicit Cluster(bool hasTls, size_t terminals = 4);
 
-  // All servers, comma-separated.
-  std::string urls() const;
+  // All servers; comma-separated.
   std::vector<std::string> urlList() const;
+  std::string urls() const;
   std::filesystem::path credentials(const std::string& name) const;
   std::filesystem::path dir() const { return dir_.path(); }
 
@@ -35,7 +35,6 @@ class Cluster {
 
  private:
   std::string place(size_t index) const;
-  std::string url(size_t index) const;
 
   TempDir dir_;
   const std::string host_;

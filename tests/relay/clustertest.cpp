@@ -15,6 +15,7 @@
 #include "tests/relay/cluster.h"
 #include "tests/relay/listening.h"
 #include "tests/support/holdssoon.h"
+#include "tests/support/orderclients.h"
 #include "tests/support/rawsocket.h"
 
 namespace orvane::test {
@@ -26,10 +27,6 @@ using terminal::Reply;
 using testing::AnyOf;
 using testing::EndsWith;
 using testing::HasSubstr;
-
-constexpr const char* kOrder =
-    R"({"orderList":[{"index":1,"hashCode":1000001,"side":1,"combOffset":1,"priceType":1,"price":3300,"offset":0,)"
-    R"("volume":1,"insertTimestamp":1000,"source":"x"}]})";
 
 struct World {
   World() {
@@ -86,8 +83,8 @@ TEST_F(RelayCluster, KeepsEachPhoneToItsOwnTerminal) {
                      loginThrough(world_->relay2.port(), desk->name(), desk->token())});
   }
   const std::string before = pairs[0].first->request("order.list", "[1]").data;
-  EXPECT_EQ(pairs[1].first->request("order.new", kOrder).message, "");
-  EXPECT_THAT(pairs[1].second->waitPush("order.push").data, HasSubstr("\"price\":3300"));
+  EXPECT_EQ(pairs[1].first->request("order.new", orderData("mine")).message, "");
+  EXPECT_THAT(pairs[1].second->waitPush("order.push").data, HasSubstr(R"("source":"mine)"));
   for (const size_t stranger : {size_t{0}, size_t{2}}) {
     for (Client* phone : {pairs[stranger].first.get(), pairs[stranger].second.get()}) {
       phone->send(R"({"id":7,"topic":"account.list","data":null})");
