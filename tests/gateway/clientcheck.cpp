@@ -252,7 +252,7 @@ std::string ClientCheck::findMetricsFault() {
   return {};
 }
 
-// Those of a test that has failed differ for long.
+// After a failure they may differ for ever.
 void ClientCheck::compareMetrics() {
   if (testing::Test::HasFailure()) return;
   std::string fault;

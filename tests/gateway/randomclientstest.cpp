@@ -35,9 +35,10 @@ class RandomClients : RandomSteps {
   std::string nextId() { return chance(50) ? std::to_string(++lastId_) : fmt::format("\"i{}\"", ++lastId_); }
   model::World& world() { return check_.world(); }
 
-  // Does one random thing to both and returns what. Each 40th is one of the six that are rare, in turn.
+  // Does one random thing to both and returns what.
   std::string step(int number) {
-    const int64_t what = number % 40 == 0 ? 990 + number / 40 % 6 : pick(1, 989);
+    if (number % 40 == 0) return rareStep(number / 40 % 6);
+    const int64_t what = pick(1, 989);
     if (world().clients.empty() || what <= 60) return connect();
     const int client =
         std::next(world().clients.begin(), pick(0, static_cast<int64_t>(world().clients.size()) - 1))->first;
@@ -51,12 +52,16 @@ class RandomClients : RandomSteps {
     if (what <= 960) return tokens();
     if (what <= 970) return changeAgent();
     if (what <= 980) return pages();
-    if (what <= 989) return check_.restart();
-    if (what == 990) return check_.sleep(3 * 24 * 3600);
-    if (what == 991) return crowd();
-    if (what == 992) return push(1100);
-    if (what == 993) return guesses();
-    return what == 994 ? heavyCrowd() : crowdOfClients();
+    return check_.restart();
+  }
+
+  // Each is done in its turn.
+  std::string rareStep(int turn) {
+    if (turn == 1) return crowd();
+    if (turn == 2) return push(1100);
+    if (turn == 3) return guesses();
+    if (turn == 4) return heavyCrowd();
+    return turn == 5 ? crowdOfClients() : check_.sleep(3 * 24 * 3600);
   }
 
   std::string connect() {
