@@ -203,7 +203,7 @@ class RandomClients : RandomSteps {
     return fmt::format("{} requests of client {}", count, client);
   }
 
-  // More bytes of requests than may wait.
+  // More bytes of requests than may wait, which those of another token do not share.
   std::string heavyCrowd() {
     const int client = logIn("127.0.0.4", world().tokens.at(0).text);
     check_.settle();
@@ -211,6 +211,8 @@ class RandomClients : RandomSteps {
     for (int i = 0; i < 40; ++i) {
       check_.request(client, listRequest(fmt::format("[{}{}]", ++lastId_, std::string(250'000, ' '))));
     }
+    check_.addToken(model::kSee);
+    check_.request(logIn("127.0.0.4", world().tokens.rbegin()->second.text), listRequest(bodyFor("account.list")));
     return fmt::format("40 long requests of client {}", client);
   }
 
