@@ -19,19 +19,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A long soak has more phones. Each gets the pushes of all, so they order less often.
-struct Size {
-  size_t phones;
-  std::chrono::milliseconds pause;          // of a phone between two orders
-  std::vector<std::chrono::seconds> stops;  // how long programs are stopped, in turn
-};
-
-Size sizeOf(std::chrono::seconds time) {
-  if (time < 60s) return {8, 40ms, {1s}};
-  return {100, 1000ms, {1s, 4s, 12s, 30s}};
-}
-constexpr int kShort = 20;  // seconds of the test
-
 // Servers, relays and the terminal are killed and stopped in turn while phones place keyed orders: none that was
 // acknowledged is lost, none is placed twice, and all phones come back after each fault.
 TEST(RelaySoak, LosesAndDoublesNoOrder) {
@@ -42,12 +29,16 @@ TEST(RelaySoak, LosesAndDoublesNoOrder) {
   desk.program().end(SIGTERM);
   giveFunds(desk.dir());
   desk.restart();
-  const Size size = sizeOf(soakTime(kShort));
+  const std::chrono::seconds length = soakTime(20);
+  // A long soak has more phones. Each gets the pushes of all, so they order less often.
+  const bool isLong = length >= 60s;
+  const size_t count = isLong ? 100 : 8;
+  const auto stops = isLong ? std::vector{1s, 4s, 12s, 30s} : std::vector{1s};
   const std::array<uint16_t, 2> ports{relay1->port(), relay2.port()};
   loginThrough(ports[0], "t1", desk.token());
   auto pause = [&, turn = size_t{0}](Program& program) mutable {
     program.send(SIGSTOP);
-    std::this_thread::sleep_for(size.stops[turn++ % size.stops.size()]);
+    std::this_thread::sleep_for(stops[turn++ % stops.size()]);
     program.send(SIGCONT);
   };
   const std::vector<std::function<void()>> faults{
@@ -65,15 +56,15 @@ TEST(RelaySoak, LosesAndDoublesNoOrder) {
   OrderTally tally;
   OrderClients phones({.port = [&](size_t number) { return ports[number % 2]; },
                        .login = fmt::format(R"("terminal":"t1","token":"{}")", desk.token()),
-                       .clients = size.phones,
+                       .clients = count,
                        .batch = 1,
-                       .pause = size.pause,
+                       .pause = isLong ? 1000ms : 40ms,
                        .patience = 2s,
                        .mayHang = true},
                       tally);
   ASSERT_TRUE(phones.allAnswered());
   std::chrono::duration<double> longest{};
-  const auto end = std::chrono::steady_clock::now() + soakTime(kShort);
+  const auto end = std::chrono::steady_clock::now() + length;
   for (size_t i = 0; std::chrono::steady_clock::now() < end; ++i) {
     faults[i % faults.size()]();
     const auto over = std::chrono::steady_clock::now();
@@ -82,7 +73,7 @@ TEST(RelaySoak, LosesAndDoublesNoOrder) {
   }
   phones.end();
   phones.checkOrders();
-  fmt::print("{} phones: {}, all back within {:.1f} s\n", size.phones, tally.text(), longest.count());
+  fmt::print("{} phones: {}, all back within {:.1f} s\n", count, tally.text(), longest.count());
   EXPECT_GT(tally.resumed, 0U);
 }
 
