@@ -32,6 +32,9 @@ TEST_F(RefusalsTest, EachCheckTakesTheLastAndRefusesTheNext) {
   const std::string todayWaits = "UPDATE orders SET close_yesterday = 0, close_today = 2 WHERE id = 1007";
   const std::string allSold = "UPDATE holding SET yesterday_closed = 10 WHERE hash_code = 1000001 AND direction = 1";
   const std::string poor = "UPDATE account SET pre_balance = 808969.0735 WHERE idx = 1";
+  const std::string repaying =
+      "UPDATE orders SET hash_code = 5000003, side = 6, comb_offset = 4, price = 60, volume = 1000,"
+      " close_yesterday = 1000 WHERE id = 1018; UPDATE credit_contract SET volume = 1000 WHERE id = 1";
   const auto limit = [](const char* column, double value) {
     return fmt::format("UPDATE credit_terms SET {} = {}", column, value);
   };
@@ -81,6 +84,11 @@ TEST_F(RefusalsTest, EachCheckTakesTheLastAndRefusesTheNext) {
       {{2, kFund, 2, 4, 4.7, 30000}, {2, kFund, 2, 4, 4.7, 30100}, "可平数量不足: 委托 30100, 可平 30000"},
       {{2, kMaotai, 2, 4, 1480, 200}, {2, kCatl, 2, 4, 390, 100}, "可平数量不足: 委托 100, 可平 0"},  // bought today
       {{4, kMerchants, 2, 4, 43, 8000}, {4, kPingAn, 2, 4, 59, 100}, "可平数量不足: 委托 100, 可平 0"},
+      {{4, kPingAn, 2, 4, 59, 3000},
+       {4, kPingAn, 2, 4, 59, 3100},
+       "可平数量不足: 委托 3100, 可平 3000",  // the other 1000 are being sold already
+       repaying,
+       repaying},
       {{4, kPingAn, 6, 4, 59, 4000}, {4, kPingAn, 6, 4, 59, 4100}, "可平数量不足: 委托 4100, 可平 4000"},
       {{4, kWuliangye, 5, 4, 120, 1000}, {4, kWuliangye, 5, 4, 120, 1100}, "可平数量不足: 委托 1100, 可平 1000"},
       // A working order of the sample borrows 144000 of the limit.
