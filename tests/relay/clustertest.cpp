@@ -23,7 +23,6 @@ namespace {
 
 using namespace terminal::relay;
 using terminal::Client;
-using terminal::Reply;
 using testing::AnyOf;
 using testing::EndsWith;
 using testing::HasSubstr;

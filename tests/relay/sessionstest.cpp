@@ -1,5 +1,3 @@
-#include <functional>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>

@@ -6,7 +6,6 @@
 #include <gmock/gmock.h>
 #include <rapidjson/document.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "tests/support/holdssoon.h"
 #include "tests/support/orderclients.h"

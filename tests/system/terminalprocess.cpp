@@ -1,6 +1,5 @@
 #include "tests/system/terminalprocess.h"
 
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <regex>
