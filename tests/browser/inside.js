@@ -69,8 +69,10 @@ window.find = (selector, text) =>
 window.see = (patience, selector, text) => until(() => find(selector, text), patience);
 window.gone = (patience, selector) => until(() => !document.querySelector(selector), patience);
 
-// A finger: what is covered or disabled is not tapped, nor what goes as it is pressed.
-window.tap = async (patience, selector, text) => {
+// A finger: what is covered or disabled is not tapped, nor what goes as it is pressed. A tap that replaces the page ends
+// this script too, and is not done again.
+window.tap = async (patience, selector, text, name) => {
+  if (sessionStorage.getItem("last-tap") === name) return true;
   const element = await until(() => {
     const it = find(selector, text);
     if (!it || it.matches(":disabled")) return null;
@@ -88,6 +90,7 @@ window.tap = async (patience, selector, text) => {
   }
   await new Promise((done) => later(done, 0));
   if (!element?.isConnected) return null;
+  sessionStorage.setItem("last-tap", name);
   element.click();
   return true;
 };

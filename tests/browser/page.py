@@ -70,7 +70,8 @@ class PageTest(unittest.TestCase):
                     return result
             except JavascriptException as error:
                 why = error.msg
-        self.fail(f"cannot {name} {values} {why}")
+        shown = self.run_js("return document.body.innerText")
+        self.fail(f"cannot {name} {values} {why}; the page shows {shown[:1000]!r}")
 
     # So many seconds, at once.
     def passes(self, seconds):
@@ -88,7 +89,7 @@ class PageTest(unittest.TestCase):
 
     def tap(self, selector, text=""):
         self.taps += 1
-        self.do("tap", selector, text)
+        self.do("tap", selector, text, str(time.monotonic()))
 
     def go(self, view):
         self.run_js("location.hash = '#/' + arguments[0]", view)
