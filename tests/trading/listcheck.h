@@ -14,7 +14,8 @@ class ListCheck {
  public:
   ListCheck(second::SecondBook& book, Inbox& inbox) : book_(book), inbox_(inbox) {}
 
-  // Compares everything; `selected` are the accounts of one more query by code type.
+  // Compares everything, and the lists of one account, of each in turn; `selected` are the accounts of one more query
+  // by code type.
   void compare(const std::set<int32_t>& selected);
 
  private:
@@ -31,6 +32,7 @@ class ListCheck {
   Inbox& inbox_;
   int64_t adopted_ = 0;  // the last order whose note was taken over
   int64_t request_ = 0;
+  int32_t turn_ = 0;  // the account whose lists are compared
 };
 
 // A refusal begins with `expected`, and is empty if that is.
