@@ -74,6 +74,7 @@ TEST(RelaySoak, LosesAndDoublesNoOrder) {
   phones.end();
   phones.checkOrders();
   fmt::print("{} phones: {}, all back within {:.1f} s\n", count, tally.text(), longest.count());
+  EXPECT_GT(tally.acknowledged, 0U);
   EXPECT_GT(tally.resumed, 0U);
 }
 

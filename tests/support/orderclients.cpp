@@ -231,7 +231,9 @@ void OrderClients::checkOrders() {
       Client client(plan_.port(0), {.certificate = {}, .patience = 60s});
       client.send(loginFrame(plan_.login));
       client.receive();
-      list = client.request("order.list", "[1]").data;
+      const Reply reply = client.request("order.list", "[1]");
+      EXPECT_EQ(reply.message, "");
+      list = reply.data;
       return true;
     } catch (const ClientError&) {
       return false;  // a relay that has just started may not let it in yet

@@ -120,6 +120,7 @@ class FaultSoak {
   }
 
   void report() const {
+    EXPECT_GT(tally_.acknowledged, 0U);
     for (const Kind& kind : kinds_) {
       std::printf("%-22s %4d times, %3d kills and %3d stops meanwhile, ready again after at most %.1f s\n",
                   kind.name.c_str(), kind.times, kind.kills, kind.stops,

@@ -40,9 +40,9 @@ TEST_F(ClockTest, TheDayStaysWhileTheClocksDisagree) {
     EXPECT_EQ(host_->health().clockFault, "");
   }
   EXPECT_EQ(credit().debtInterest, debt);
-  clock_.advance(hours(12));
+  clock_.advance(hours(2));
   EXPECT_EQ(order(rebar(3300)), "");
-  EXPECT_EQ(orders().size(), 1U) << "both clocks are past midnight";
+  EXPECT_EQ(orders().size(), 1U) << "both clocks are past the local midnight";
 }
 
 TEST_F(ClockTest, ADatabaseOfEachEarlierVersionIsUpgraded) {

@@ -106,7 +106,7 @@ TEST_F(HistoryTest, TheChangeOfDayClosesTheOldDayAndBeginsTheNewOne) {
   setDeposit(30000);  // in the new day
   const std::vector<EquityRow> found = rows();
   ASSERT_EQ(found.size(), 3U);
-  EXPECT_EQ(found[1].time, TradingDay::lastMinute(kToday));
+  EXPECT_EQ(found[1].time, (kToday + 1) * kDayMillis - (8 * 60 + 1) * 60'000) << "23:59, local time";
   EXPECT_EQ(found[1].day, kToday);
   EXPECT_EQ(found[1].deposit, 50000);
   EXPECT_EQ(found[2].time, kStart + kDayMillis);

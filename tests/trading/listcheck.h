@@ -20,6 +20,7 @@ class ListCheck {
 
  private:
   void adoptNotes();
+  std::list<int32_t> online(const std::list<int32_t>& selector) const;
   void compareOrders(const std::list<int32_t>& selector);
   void compareCapital(const std::list<int32_t>& selector);
   void comparePositions(const std::list<int32_t>& selector);

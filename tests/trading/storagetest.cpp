@@ -193,11 +193,12 @@ TEST_F(StorageTest, APriceThatFillsAnOrderOnEntryIsStoredWithIt) {
   {
     Desk desk(dir_, clock_);
     Engine engine(desk);
-    engine.movePrices({{kRebar, 3400}, {kMaotai, 1500}}, false);
+    engine.movePrices({{kSugar, 5450}, {kRebar, 3400}, {kMaotai, 1500}}, false);
     EXPECT_EQ(engine.insertOrder(itemOf(rebar(3410))).code, 0);
   }
   open();
   EXPECT_EQ(position(1, kRebar).currentPrice, 3400);
+  EXPECT_EQ(position(1, kSugar).longTodayVolume, 10) << "filled by the first of three prices";
   EXPECT_EQ(position(2, kMaotai).currentPrice, 1475.20) << "stored by the next regular save";
 }
 

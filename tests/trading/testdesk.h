@@ -182,7 +182,7 @@ class TestDesk {
   static const std::filesystem::path& sample() {
     static const test::TempDir dir;
     if (is_empty(dir.path())) {
-      setenv("TZ", "UTC", 1);  // in Tokyo the clocks begin on the next day
+      setenv("TZ", "CST-8", 1);  // eight hours ahead, so that a day in UTC is noticed
       tzset();
       { const TradingHost created(TradingOptions{dir.path(), QuoteMode::Still, {}, 1}); }
       change(dir.path(), "UPDATE trading_day SET day = 20717; UPDATE orders SET day = 20717");
