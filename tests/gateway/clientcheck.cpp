@@ -122,7 +122,7 @@ bool ClientCheck::takeCall(std::chrono::milliseconds limit) {
   return number.has_value();
 }
 
-// What waits reaches the library before anything else happens: requests of others are answered until it has them all.
+// Answers requests until the library has got all that are waiting.
 void ClientCheck::reachAll() {
   answerUntil([this] {
     rig_.settle();

@@ -11,7 +11,7 @@
 
 namespace orvane::test {
 
-// The body of "order.new" for one lot of account 1, told apart by its source.
+// The body of "order.new" for one lot of account 1. No two orders share a source.
 std::string orderData(const std::string& source);
 
 // The request for it, whose key and id are its source.

@@ -18,7 +18,9 @@ namespace {
 
 namespace process = boost::process;
 
-const bool kIsCutOff = setenv("XDG_CONFIG_HOME", "/nowhere", 1) == 0 && unsetenv("POCKET_TOKEN") == 0;
+// Before any program starts: none reads the user's settings or token.
+[[maybe_unused]] const bool hasOwnEnvironment =
+    setenv("XDG_CONFIG_HOME", "/nowhere", 1) == 0 && unsetenv("POCKET_TOKEN") == 0;
 
 }  // namespace
 

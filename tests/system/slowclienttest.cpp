@@ -78,7 +78,7 @@ TEST(SlowClient, MayTakeItsTimeOverALongList) {
   EXPECT_TRUE(phone.readUntil(R"("id":2,"topic":"account.list")").ends_with(R"("account.list")"));
 }
 
-// What waits for all clients has a limit, and the largest backlog goes first.
+// The backlogs of all clients together have a limit. Beyond it the client with the largest is closed.
 TEST(SlowClient, LosesTheLargestBacklog) {
   FreshTerminal terminal({"--max-backlog", "10"});
   RawSocket first = openPhone(terminal);

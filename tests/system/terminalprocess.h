@@ -45,7 +45,7 @@ class TerminalProcess {
   std::string token_;
 };
 
-// One on a new folder of its own.
+// A terminal with its own new folder.
 class FreshTerminal : private TempDir, public TerminalProcess {
  public:
   explicit FreshTerminal(const std::vector<std::string>& options = {}) : TerminalProcess(path(), options) {}
